@@ -1,0 +1,170 @@
+#include <platform/runtime/exception.h>
+#include <platform/runtime/system.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+const CRuntimeClass* CObject::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"CObject"};
+    return &s_class;
+}
+
+CObject::~CObject() = default;
+
+void CObject::Serialize(std::string& archive) const
+{
+    archive += GetRuntimeClass()->m_lpszClassName;
+    archive += '\n';
+}
+
+void CObject::AssertValid() const {}
+
+void CObject::Dump(std::string& text) const
+{
+    text += GetRuntimeClass()->m_lpszClassName;
+}
+
+int CException::GetErrorMessage(char* text, unsigned int size, unsigned int* helpContext) const
+{
+    if (helpContext)
+    {
+        *helpContext = 0;
+    }
+    if (text && size > 0)
+    {
+        text[0] = '\0';
+    }
+    return 0;
+}
+
+int CException::ReportError(unsigned int, unsigned int) const
+{
+    std::string text;
+    Dump(text);
+    Sys.verbose("%s\n", text.c_str());
+    return 1;
+}
+
+S_Exception::S_Exception() = default;
+S_Exception::S_Exception(const S_Exception&) = default;
+S_Exception& S_Exception::operator=(const S_Exception&) = default;
+S_Exception::~S_Exception() = default;
+
+const CRuntimeClass* S_Exception::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"S_Exception"};
+    return &s_class;
+}
+
+int S_Exception::GetErrorMessage(char* text, unsigned int size, unsigned int* helpContext) const
+{
+    CException::GetErrorMessage(text, size, helpContext);
+    const char* message = getErrorMessage();
+    if (text && size > 0)
+    {
+        const std::size_t length = std::min<std::size_t>(std::strlen(message), size - 1);
+        std::memcpy(text, message, length);
+        text[length] = '\0';
+    }
+    return *message != '\0';
+}
+
+void S_Exception::Dump(std::string& text) const
+{
+    text += getErrorMessage();
+}
+
+const char* S_Exception::getErrorMessage() const noexcept
+{
+    return m_strMessage.c_str();
+}
+
+const char* S_Exception::what() const noexcept
+{
+    return getErrorMessage();
+}
+
+void S_Exception::setError(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    va_end(arguments);
+    m_strMessage.resize(static_cast<std::size_t>(std::max(length, 0)));
+    std::vsnprintf(m_strMessage.data(), m_strMessage.size() + 1, format, again);
+    va_end(again);
+}
+
+S_MemoryException::S_MemoryException() = default;
+S_MemoryException::~S_MemoryException() = default;
+
+S_MemoryException_Allocation::S_MemoryException_Allocation() = default;
+S_MemoryException_Allocation::~S_MemoryException_Allocation() = default;
+
+const CRuntimeClass* S_MemoryException_Allocation::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"S_MemoryException_Allocation"};
+    return &s_class;
+}
+
+const char* S_MemoryException_Allocation::getErrorMessage() const noexcept
+{
+    return "Out of system memory resources";
+}
+
+S_FileException::S_FileException(const char* fileName, const char* reason)
+{
+    setError("File \"%s\": %s", fileName, reason);
+}
+S_FileException::~S_FileException() = default;
+
+const CRuntimeClass* S_FileException::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"S_FileException"};
+    return &s_class;
+}
+
+S_MemoryFileException::S_MemoryFileException(const char* fileName, unsigned int chunkId, std::size_t offset,
+                                             const char* expected)
+{
+    if (chunkId != 0)
+    {
+        setError("File \"%s\", chunk 0x%X, byte %zu: expected %s", fileName, chunkId, offset, expected);
+    }
+    else
+    {
+        setError("File \"%s\", top level, byte %zu: expected %s", fileName, offset, expected);
+    }
+}
+S_MemoryFileException::~S_MemoryFileException() = default;
+
+const CRuntimeClass* S_MemoryFileException::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"S_MemoryFileException"};
+    return &s_class;
+}
+
+S_ScriptException::S_ScriptException(const char* fileName, unsigned int line, const char* block, const char* key,
+                                     const char* problem)
+{
+    if (key)
+    {
+        setError("Script \"%s\", line %u, block \"%s\", key \"%s\": %s", fileName, line, block, key, problem);
+    }
+    else
+    {
+        setError("Script \"%s\", line %u, block \"%s\": %s", fileName, line, block, problem);
+    }
+}
+S_ScriptException::~S_ScriptException() = default;
+
+const CRuntimeClass* S_ScriptException::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"S_ScriptException"};
+    return &s_class;
+}

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <platform/export.h>
+#include <platform/runtime/allocator.h>
+
+#include <string_view>
+
+/// Paths and whole files, reached through the global object `File`.
+///
+/// Names may use '/' and '\' as separators, and a name that differs from the file on disk only in letter case is found
+/// too: files made on one system load on every other. Results use '/'. Every operation that fails throws
+/// S_FileException with the name as given.
+class TW2_PLATFORM_API S_File
+{
+public:
+    /// @name Names
+    /// @{
+
+    /// `name` as an absolute path, relative ones taken from the current directory; "." and ".." are resolved. The file
+    /// need not exist; the parts of the path that exist get the letter case they have on disk.
+    [[nodiscard]] S_String getFullPathName(std::string_view name) const;
+    /// The directory part of `name`, with its closing separator; empty when there is none.
+    [[nodiscard]] S_String getPath(std::string_view name) const;
+    /// What follows the last separator.
+    [[nodiscard]] S_String getFilename(std::string_view name) const;
+    /// Whether `name` is absolute ("/...", "\..." or "C:...").
+    [[nodiscard]] bool isAbsolute(std::string_view name) const;
+    /// The name under which the file or directory `name` stands on disk; empty when there is none.
+    [[nodiscard]] S_String findOnDisk(std::string_view name) const;
+    /// @}
+
+    /// @name Directories and files
+    /// @{
+
+    /// The process's current directory, ending in '/'.
+    [[nodiscard]] S_String getCurrentDirectory() const;
+    /// Makes `directory` the process's current directory; an empty name changes nothing.
+    void changeDirectory(std::string_view directory) const;
+    /// Whether a file (not a directory) of that name exists.
+    [[nodiscard]] bool exists(const char* name) const;
+    /// The whole content of a file.
+    [[nodiscard]] S_Vector<unsigned char> read(std::string_view name) const;
+    /// Writes a whole file at once: a temporary file beside it is renamed into place, so that a reader sees the old
+    /// content or the new one, and a failure leaves the old one.
+    void write(std::string_view name, const void* data, std::size_t size) const;
+    /// @}
+};
+
+/// The one file object of the process.
+extern TW2_PLATFORM_API S_File File;
+
+/// Restores the current directory when the scope ends, also when an exception passes.
+class TW2_PLATFORM_API S_DirectoryGuard
+{
+public:
+    S_DirectoryGuard();
+    ~S_DirectoryGuard();
+    S_DirectoryGuard(const S_DirectoryGuard&) = delete;
+    S_DirectoryGuard& operator=(const S_DirectoryGuard&) = delete;
+
+    /// The directory that will be restored, ending in '/'.
+    [[nodiscard]] const S_String& getDirectory() const noexcept { return m_strDirectory; }
+
+private:
+    S_String m_strDirectory;
+};

@@ -1,0 +1,66 @@
+#include <platform/runtime/allocator.h>
+#include <platform/runtime/exception.h>
+#include <platform/runtime/memory_scope.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+TEST(Exceptions, AFrameworkHandlerGetsTheMessageCutToItsBuffer)
+{
+    const S_FileException thrown("walk.tw", "does not exist");
+    char text[12];
+    unsigned int helpContext = 7;
+    const CException& root = thrown;
+    EXPECT_EQ(root.GetErrorMessage(text, sizeof text, &helpContext), 1);
+    EXPECT_STREQ(text, "File \"walk.");
+    EXPECT_EQ(helpContext, 0u);
+    EXPECT_STREQ(root.GetRuntimeClass()->m_lpszClassName, "S_FileException");
+    EXPECT_STREQ(static_cast<const std::exception&>(thrown).what(), "File \"walk.tw\": does not exist");
+}
+
+TEST(Exceptions, AMessageSurvivesTheCopyThatIsThrown)
+{
+    try
+    {
+        const S_ScriptException original("a%s.txt", 3, "soldier", "index", "100% wrong");
+        throw S_ScriptException(original);
+    }
+    catch (const S_Exception& caught)
+    {
+        EXPECT_STREQ(caught.getErrorMessage(),
+                     "Script \"a%s.txt\", line 3, block \"soldier\", key \"index\": 100% wrong");
+    }
+}
+
+TEST(Memory, AnOrderedFailureHitsExactlyTheChosenAllocation)
+{
+    const long long live = S_Memory::getLiveCount();
+    S_Memory::failAllocation(2);
+    S_Vector<int> first(10);
+    EXPECT_TRUE(S_Memory::isFailurePending());
+    EXPECT_THROW(S_Vector<int>(10), S_MemoryException_Allocation);
+    EXPECT_FALSE(S_Memory::isFailurePending());
+    EXPECT_NO_THROW(S_Vector<int>(10));
+    EXPECT_EQ(S_Memory::getLiveCount(), live + 1);
+}
+
+TEST(Memory, AScopeBooksWhatIsAllocatedInsideItAndNotInAnInnerOne)
+{
+    const auto before = S_MemoryScope::getUsage("outer scope of the test");
+    {
+        const S_MemoryScope outer("outer scope of the test");
+        const S_Vector<char> booked(100);
+        {
+            const S_MemoryScope inner("inner scope of the test");
+            const S_Vector<char> elsewhere(1000);
+            EXPECT_STREQ(S_MemoryScope::getCurrentName(), "inner scope of the test");
+        }
+        EXPECT_STREQ(S_MemoryScope::getCurrentName(), "outer scope of the test");
+    }
+    const auto after = S_MemoryScope::getUsage("outer scope of the test");
+    EXPECT_EQ(after.m_iBlocks - before.m_iBlocks, 1);
+    EXPECT_EQ(after.m_iBytes - before.m_iBytes, 100);
+    EXPECT_EQ(S_MemoryScope::getUsage("inner scope of the test").m_iBytes, 1000);
+    EXPECT_EQ(S_MemoryScope::getUsage("never opened").m_iBlocks, 0);
+}
