@@ -23,6 +23,13 @@ if(NOT TW2_STB_INCLUDE_DIR)
   message(FATAL_ERROR "stb/stb_image.h was not found: install the stb headers (libstb-dev) or set TW2_STB_INCLUDE_DIR")
 endif()
 
+if(TW2_BUILD_TESTS)
+  find_package(GTest QUIET)
+  if(NOT GTest_FOUND)
+    tw2_switch_off(TESTS "GoogleTest was not found (libgtest-dev, libgmock-dev)")
+  endif()
+endif()
+
 if(TW2_BUILD_TOOLS)
   find_package(CLI11 QUIET)
   if(NOT CLI11_FOUND)
