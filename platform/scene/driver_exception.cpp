@@ -1,0 +1,25 @@
+#include <platform/scene/driver_exception.h>
+
+P_DriverException::P_DriverException(const char* message)
+{
+    setError("%s", message);
+}
+P_DriverException::~P_DriverException() = default;
+
+const CRuntimeClass* P_DriverException::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"P_DriverException"};
+    return &s_class;
+}
+
+P_DriverException_TooManyBonesPerVertex::P_DriverException_TooManyBonesPerVertex()
+    : P_DriverException("DirectX allows only 4 bones per vertex")
+{
+}
+P_DriverException_TooManyBonesPerVertex::~P_DriverException_TooManyBonesPerVertex() = default;
+
+const CRuntimeClass* P_DriverException_TooManyBonesPerVertex::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"P_DriverException_TooManyBonesPerVertex"};
+    return &s_class;
+}

@@ -1,0 +1,13 @@
+#include <platform/scene/scene_exception.h>
+
+P_SceneException::P_SceneException(const char* message)
+{
+    setError("%s", message);
+}
+P_SceneException::~P_SceneException() = default;
+
+const CRuntimeClass* P_SceneException::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"P_SceneException"};
+    return &s_class;
+}
