@@ -1,0 +1,124 @@
+#pragma once
+
+#include <platform/math/matrix4x3.h>
+#include <platform/runtime/allocator.h>
+
+class P_TriangleMesh;
+class P_VirtualObject;
+class S_MemoryFile;
+
+namespace TW2
+{
+struct DirectionalLightAnimationChunk;
+struct DirectionalLightChunk;
+struct EnvironmentChunk;
+struct HelperChunk;
+struct KeyframeAnimationChunk;
+struct MaterialListChunk;
+struct MeshChunk;
+struct PointLightAnimationChunk;
+struct PointLightChunk;
+struct SpotLightAnimationChunk;
+struct SpotLightChunk;
+
+/// What a host implements to receive the chunks of a file that TW_Loader walks.
+///
+/// The loader never deletes a callback; whoever registers one owns it. A record lives for the call only: copy what is
+/// to be kept. A callback may change the loader's callbacks (for the chunks after this one), but must not load.
+/// @{
+
+/// Receives cameras.
+class TW_CameraCallback
+{
+public:
+    /// Note the order: the camera's second and third value, then its first.
+    virtual void operator()(const M_Matrix4x3Template<float>& transform, float value1, float value2, float value0) = 0;
+
+protected:
+    ~TW_CameraCallback() = default;
+};
+
+/// Receives lights and light animations.
+class TW_LightCallback
+{
+public:
+    virtual void operator()(const SpotLightAnimationChunk& animation) = 0;
+    virtual void operator()(const DirectionalLightAnimationChunk& animation) = 0;
+    virtual void operator()(const PointLightAnimationChunk& animation) = 0;
+    virtual void operator()(const SpotLightChunk& light) = 0;
+    virtual void operator()(const DirectionalLightChunk& light) = 0;
+    virtual void operator()(const PointLightChunk& light) = 0;
+
+protected:
+    ~TW_LightCallback() = default;
+};
+
+/// Receives helpers.
+class TW_HelperCallback
+{
+public:
+    virtual void operator()(const HelperChunk& helper) = 0;
+
+protected:
+    ~TW_HelperCallback() = default;
+};
+
+/// Receives the environment.
+class TW_EnvironmentCallback
+{
+public:
+    virtual void operator()(const EnvironmentChunk& environment) = 0;
+
+protected:
+    ~TW_EnvironmentCallback() = default;
+};
+
+/// Receives meshes, and makes the triangle mesh of each primitive while an engine mesh is built from one.
+class TW_MeshCallback
+{
+public:
+    /// The record is the loader's; it may be changed.
+    virtual void operator()(MeshChunk& mesh) = 0;
+    /// Makes the triangle mesh of one primitive of `mesh`, with room for the counts; the loader itself never asks.
+    /// `vertexMap` is empty, or gives for each vertex the vertex of the file that it was made from.
+    virtual P_TriangleMesh* createTriangleMesh(P_VirtualObject* mesh, int primitive, int vertexFormatFlags,
+                                               int triangleCount, int vertexCount, const S_Vector<int>& vertexMap) = 0;
+
+protected:
+    ~TW_MeshCallback() = default;
+};
+
+/// Receives material lists.
+class TW_MaterialListCallback
+{
+public:
+    /// The record is the loader's; it may be changed.
+    virtual void operator()(MaterialListChunk& materials) = 0;
+
+protected:
+    ~TW_MaterialListCallback() = default;
+};
+
+/// Receives keyframe animations.
+class TW_KeyframeAnimationCallback
+{
+public:
+    /// The record is the loader's; it may be changed.
+    virtual void operator()(KeyframeAnimationChunk& animation) = 0;
+
+protected:
+    ~TW_KeyframeAnimationCallback() = default;
+};
+
+/// Receives what no other callback is for.
+class TW_UnknownChunkCallback
+{
+public:
+    /// `file` stands at the header of the chunk, which may be opened and read; the loader skips past it in any case.
+    virtual void operator()(S_MemoryFile& file) = 0;
+
+protected:
+    ~TW_UnknownChunkCallback() = default;
+};
+/// @}
+}  // namespace TW2
