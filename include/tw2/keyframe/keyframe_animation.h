@@ -1,0 +1,131 @@
+#pragma once
+
+#include <tw2/export.h>
+#include <tw2/keyframe/interpolation_mode.h>
+#include <tw2/keyframe/linearly_optimized_container.h>
+
+#include <platform/math/matrix4x3.h>
+#include <platform/runtime/allocator.h>
+
+namespace TW2
+{
+struct KeyframeAnimationChunk;
+
+/// Motion of one scene object: a transform track and, optionally, a visibility track.
+///
+/// Copies share the tracks; the last copy frees them. Frames are floats, keys sit on whole frames; a time in seconds
+/// becomes a frame by the animation's frame rate. A track whose keys have no scale is kept as quaternions (28 bytes a
+/// key), any other as matrices (48 bytes). An object is either constructed or empty; only a constructed one is
+/// evaluated. One thread at a time, across all animations.
+class TW2_API TW_KeyframeAnimation : public S_Allocated
+{
+public:
+    /// The tracks that all copies of an animation share.
+    struct SharedData : S_Allocated
+    {
+        LinearlyOptimizedContainer<TW_KeyframeMatrix> m_keyframes;  ///< compact track, in use while m_pMatrices is null
+        LinearlyOptimizedContainer<M_Matrix4x3Template<float>>* m_pMatrices = nullptr;  ///< full track or null; owned
+        LinearlyOptimizedContainer<float>* m_pVisibility = nullptr;  ///< visibility track or null; owned
+        int m_iDataReferenceCount = 1;                               ///< animations that share these tracks
+
+        SharedData() = default;
+        ~SharedData();
+        SharedData(const SharedData&) = delete;
+        SharedData& operator=(const SharedData&) = delete;
+    };
+
+    /// @name Life
+    /// @{
+
+    /// An empty animation.
+    TW_KeyframeAnimation();
+    TW_KeyframeAnimation(const KeyframeAnimationChunk& chunk, bool withVisibility);
+    explicit TW_KeyframeAnimation(const S_String& fileName);
+    TW_KeyframeAnimation(const TW_KeyframeAnimation& other);
+    TW_KeyframeAnimation& operator=(const TW_KeyframeAnimation& other);
+    ~TW_KeyframeAnimation();
+
+    /// Empty tracks: a compact transform track and a visibility track without keys. An animation in this state
+    /// evaluates to the identity and is visible.
+    void construct();
+    /// Builds the tracks from a chunk, the visibility track only when asked. An exception leaves the animation empty.
+    void construct(const KeyframeAnimationChunk& chunk, bool withVisibility);
+    /// Reads a file that holds one keyframe animation and nothing else; there is no visibility track. Throws
+    /// TW_Exception_NoAnimation, TW_Exception_InvalidAnimationChunk and what the file operations throw. The animation
+    /// then keeps what it had, or has the tracks of the file's first chunk when a later one is wrong.
+    void construct(const S_String& fileName);
+    /// Shares the tracks of `other`. Nothing happens when `other` is this object.
+    void construct(const TW_KeyframeAnimation& other);
+    /// Gives the tracks up, unless the object has further holders, and leaves an empty animation.
+    void destruct() noexcept;
+    [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
+    /// @}
+
+    /// @name Evaluation
+    /// @{
+
+    /// Writes the transform at `time` (seconds, any value) into `matrix`. Keeps the key found for the next call, so
+    /// that playing forward costs a step or two per call.
+    void animate(M_Matrix4x3Template<float>& matrix, float time) const;
+    /// The same at a frame.
+    void animateFrame(M_Matrix4x3Template<float>& matrix, float frame) const;
+    /// The same with a hint that the caller keeps: the value that the previous call returned, 0 at first.
+    int animateWithLastFrame(M_Matrix4x3Template<float>& matrix, float time, int lastFrame) const;
+    int animateFrameWithLastFrame(M_Matrix4x3Template<float>& matrix, float frame, int lastFrame) const;
+
+    /// Visibility at `time` (seconds); the object shows while it is above 0. 1 without a visibility track.
+    [[nodiscard]] float getVisibility(float time) const;
+    /// The same at a frame.
+    [[nodiscard]] float getVisibilityFrame(float frame) const;
+    /// @}
+
+    /// @name Asking and changing
+    /// @{
+    [[nodiscard]] bool isLooping() const noexcept;
+    /// Where a looping animation continues after its end; the frame count of one that does not loop.
+    [[nodiscard]] unsigned int getLoopToFrame() const noexcept;
+    [[nodiscard]] unsigned int getTotalFrameCount() const noexcept;
+    /// Frames per second.
+    [[nodiscard]] int getFrameRate() const noexcept { return m_iFrameRate; }
+    void setFrameRate(int framesPerSecond) noexcept { m_iFrameRate = framesPerSecond; }
+    /// Name of the scene object that the animation moves.
+    [[nodiscard]] const S_String& getAnimationTargetName() const noexcept { return m_strAnimationTargetName; }
+    void setAnimationTargetName(const S_String& name) { m_strAnimationTargetName = name; }
+    /// The visibility track, owned by the animation; null when there is none.
+    [[nodiscard]] LinearlyOptimizedContainer<float>* getVisibilityContainer() const noexcept;
+    /// Writes target and frame rate to the verbose log.
+    void dump() const;
+    /// @}
+
+    /// @name Reference counts
+    /// The data count is the number of animations that share the tracks; it is 0 for an empty animation. The object
+    /// count is the number of holders of this object: whoever lets go either deletes it, when the count is 1, or
+    /// decreases it.
+    /// @{
+    int increaseDataReferenceCount() const noexcept;
+    int decreaseDataReferenceCount() const noexcept;
+    [[nodiscard]] int getDataReferenceCount() const noexcept;
+    int increaseObjectReferenceCount() const noexcept { return ++m_iObjectReferenceCount; }
+    int decreaseObjectReferenceCount() const noexcept { return --m_iObjectReferenceCount; }
+    [[nodiscard]] int getObjectReferenceCount() const noexcept { return m_iObjectReferenceCount; }
+    /// @}
+
+protected:
+    [[nodiscard]] const SharedData* getSharedData() const noexcept { return m_pSharedData; }
+
+private:
+    friend struct TrackAccess;  // of the batch sampler
+
+    void initializeMembers() noexcept;
+
+    bool m_bConstructed;
+    S_String m_strAnimationTargetName;
+    int m_iFrameRate;
+    InterpolationMode m_eInterpolationMode;
+    bool m_bKeepScale;
+    mutable int m_iLastFrame;
+    mutable int m_iLastVisibilityFrame;
+    mutable int m_iObjectReferenceCount;
+    SharedData* m_pSharedData;
+};
+}  // namespace TW2
