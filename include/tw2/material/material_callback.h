@@ -1,0 +1,27 @@
+#pragma once
+
+#include <tw2/export.h>
+
+class P_Material;
+
+namespace TW2
+{
+struct TWMaterialChunk;
+
+/// Sees every material while it is built, and may change it. A host derives from it, overrides what it needs, and owns
+/// it; the operations here do nothing.
+class TW2_API TW_MaterialCallback
+{
+public:
+    TW_MaterialCallback() noexcept;
+    TW_MaterialCallback(const TW_MaterialCallback&) noexcept;
+    TW_MaterialCallback& operator=(const TW_MaterialCallback&) noexcept;
+    virtual ~TW_MaterialCallback();
+
+    /// The engine material is complete.
+    virtual void operator()(P_Material* material, const TWMaterialChunk& chunk);
+    /// No layer is added yet; either count may be changed, for layers that the host adds later. Negative counts are
+    /// taken as 0.
+    virtual void operator()(int& layerCount, int& textureCoordinateCount, const TWMaterialChunk& chunk);
+};
+}  // namespace TW2

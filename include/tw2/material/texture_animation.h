@@ -1,0 +1,67 @@
+#pragma once
+
+#include <tw2/export.h>
+
+#include <platform/runtime/allocator.h>
+
+#include <cstddef>
+
+namespace TW2
+{
+class TW_Texture;
+struct MaterialTextureChunk;
+
+/// The textures of one texture slot, a frame each, and how they are played. A still texture has one frame.
+class TW2_API TextureAnimation : public S_Allocated
+{
+public:
+    /// @name Life
+    /// @{
+
+    /// Builds the frames of `slot`; the files of `alpha` (null: none) supply their alpha channels. The longer list of
+    /// files gives the number of frames, the shorter one repeats from its start; an `alpha` without files counts as
+    /// none. Throws TW_Exception_TextureNotFound for a file that is not found, and with the slot's name for a slot
+    /// without files.
+    explicit TextureAnimation(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha = nullptr);
+    /// Shares the engine maps.
+    TextureAnimation(const TextureAnimation& other);
+    TextureAnimation& operator=(const TextureAnimation& other);
+    ~TextureAnimation();
+
+    void construct(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha = nullptr);
+    void construct(const TextureAnimation& other);
+    void destruct() noexcept;
+    [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
+    /// @}
+
+    /// @name Frames of a constructed animation
+    /// @{
+
+    /// Entries in playing order, at least 1; a ping-pong sequence counts both ways.
+    [[nodiscard]] unsigned int getFrameCount() const noexcept { return static_cast<unsigned int>(m_vecFrames.size()); }
+    /// The texture shown at a frame number, counted from the start frame: past the end the last one, or around when the
+    /// animation loops.
+    [[nodiscard]] TW_Texture* getFrame(unsigned int frame) const noexcept;
+    [[nodiscard]] int getFramesPerSecond() const noexcept { return m_iFramesPerSecond; }
+    void setFramesPerSecond(int rate) noexcept { m_iFramesPerSecond = rate; }
+    [[nodiscard]] int getStartFrame() const noexcept { return m_iStartFrame; }
+    [[nodiscard]] bool isLooping() const noexcept { return m_bLooping; }
+    /// @}
+
+    /// @name Texture memory, of every entry
+    /// @{
+    void addToTextureMemory();
+    void removeFromTextureMemory() noexcept;
+    /// @}
+
+private:
+    void initializeMembers() noexcept;
+    void appendPlayedBackwards();
+
+    bool m_bConstructed = false;
+    S_Vector<TW_Texture*> m_vecFrames;  // owned, each distinct one once
+    int m_iFramesPerSecond = 1;
+    int m_iStartFrame = 0;
+    bool m_bLooping = false;
+};
+}  // namespace TW2
