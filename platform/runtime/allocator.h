@@ -9,6 +9,7 @@
 #include <new>
 #include <set>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -89,6 +90,30 @@ private:
                                                     : __STDCPP_DEFAULT_NEW_ALIGNMENT__;
 };
 
+/// S_Allocator whose elements keep whatever the memory holds when a container grows without a value for them: for
+/// buffers that are filled right afterwards.
+template <typename T>
+class S_RawAllocator : public S_Allocator<T>
+{
+public:
+    S_RawAllocator() noexcept = default;
+    template <typename U>
+    S_RawAllocator(const S_RawAllocator<U>&) noexcept  // NOLINT(google-explicit-constructor): rebinding is implicit
+    {
+    }
+
+    template <typename U>
+    void construct(U* place) noexcept(std::is_nothrow_default_constructible_v<U>)
+    {
+        ::new (static_cast<void*>(place)) U;
+    }
+    template <typename U, typename... Arguments>
+    void construct(U* place, Arguments&&... arguments)
+    {
+        ::new (static_cast<void*>(place)) U(std::forward<Arguments>(arguments)...);
+    }
+};
+
 /// @name The library's containers
 /// @{
 using S_String = std::basic_string<char, std::char_traits<char>, S_Allocator<char>>;
@@ -100,4 +125,6 @@ template <typename K, typename V, typename Less = std::less<K>>
 using S_Map = std::map<K, V, Less, S_Allocator<std::pair<const K, V>>>;
 template <typename T, typename Less = std::less<T>>
 using S_Set = std::set<T, Less, S_Allocator<T>>;
+/// Bytes; `resize` does not zero the new ones.
+using S_Bytes = std::vector<unsigned char, S_RawAllocator<unsigned char>>;
 /// @}

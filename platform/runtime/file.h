@@ -39,7 +39,10 @@ public:
     /// Whether a file (not a directory) of that name exists.
     [[nodiscard]] bool exists(const char* name) const;
     /// The whole content of a file.
-    [[nodiscard]] S_Vector<unsigned char> read(std::string_view name) const;
+    [[nodiscard]] S_Bytes read(std::string_view name) const;
+    /// The same into `bytes`, whose storage is used again when it is large enough. After an exception `bytes` holds
+    /// nothing that can be relied on.
+    void read(std::string_view name, S_Bytes& bytes) const;
     /// Writes a whole file at once: a temporary file beside it is renamed into place, so that a reader sees the old
     /// content or the new one, and a failure leaves the old one.
     void write(std::string_view name, const void* data, std::size_t size) const;

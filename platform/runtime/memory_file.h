@@ -6,7 +6,10 @@
 #include <platform/runtime/allocator.h>
 
 #include <cstddef>
+#include <cstring>
+#include <iterator>
 #include <string_view>
+#include <type_traits>
 
 /// A chunk file held in memory, and the position at which it is read.
 ///
@@ -37,8 +40,8 @@ public:
     /// One chunk of a file. Invalid until a peek or an open fills it.
     ///
     /// A peeked handle only knows the header. An opened one bounds all reads of the file until it is destroyed or
-    /// filled again; opened handles end in the reverse order of their opening (local variables do). The file outlives
-    /// its handles.
+    /// filled again, the file moves past it (`skipChunk` of an enclosing chunk or of the file, `seek`), or the file's
+    /// content goes; the handle is invalid in the last case. Handles may end in any order.
     class TW2_PLATFORM_API Chunk
     {
     public:
@@ -71,12 +74,13 @@ public:
     private:
         friend class S_MemoryFile;
         void close() noexcept;
+        void requireOpen() const;
 
         S_MemoryFile* m_pFile = nullptr;
         Chunk* m_pParent = nullptr;  // enclosing open chunk
         std::size_t m_uBegin = 0;    // of the body
         std::size_t m_uEnd = 0;      // of the body
-        std::size_t m_uSubEnd = 0;   // of the nested chunk last peeked or opened
+        std::size_t m_uSubEnd = 0;   // of the nested chunk last peeked or opened; 0: none yet
         unsigned int m_uID = 0;
         unsigned int m_uVersion = 0;
         unsigned int m_uSize = 0;
@@ -104,6 +108,7 @@ public:
 
     /// @name Walking the top level
     /// @{
+    /// Moves to a byte of the file, or to its end; chunks that are open stop bounding reads.
     void seek(int offset, SeekMode mode);
     /// Fills `chunk` with the header at the current position without consuming it; invalid at the end of the file.
     void peekChunk(Chunk& chunk);
@@ -145,17 +150,37 @@ public:
     /// @}
 
 private:
-    [[nodiscard]] std::size_t getEnd() const noexcept;
-    void readHeader(Chunk& chunk, std::size_t end) const;
-    void require(std::size_t size, const char* expected) const;
-    const unsigned char* take(std::size_t size, const char* expected);
+    struct Header
+    {
+        unsigned int m_uID;
+        unsigned int m_uVersion;
+        unsigned int m_uSize;
+    };
 
+    template <typename T>
+    class BlockIterator;
+
+    [[nodiscard]] std::size_t getEnd() const noexcept { return m_pOpen ? m_pOpen->m_uEnd : m_vecBytes.size(); }
+    [[nodiscard]] Header readHeader(std::size_t end) const;
+    void fill(Chunk& chunk, const Header& header) noexcept;
+    void closeAbove(const Chunk* last) noexcept;
+    void replaceContent(std::string_view name, S_Bytes&& bytes);
+    const unsigned char* take(std::size_t size, const char* what);
+
+    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, int&);
+    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, unsigned int&);
+    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, float&);
+    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, bool&);
+    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, unsigned char&);
     friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, S_String&);
+    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, M_Vector3Template<float>&);
+    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, M_Matrix4x3Template<float>&);
 
-    S_Vector<unsigned char> m_vecBytes;
+    S_Bytes m_vecBytes;
     S_String m_strName;
+    std::size_t m_uReserve = 0;
     std::size_t m_uPosition = 0;
-    std::size_t m_uSubEnd = 0;  // of the top-level chunk last peeked or opened
+    std::size_t m_uSubEnd = 0;  // of the top-level chunk last peeked or opened; 0: none yet
     Chunk* m_pOpen = nullptr;   // innermost open chunk
 };
 
@@ -191,11 +216,48 @@ S_MemoryFile& operator>>(S_MemoryFile& file, S_Vector<T>& list)
 }
 /// @}
 
+/// Loads elements from bytes that need not be aligned for them, so that a list can be built from them in one pass.
+template <typename T>
+class S_MemoryFile::BlockIterator
+{
+public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const T*;
+    using reference = T;
+
+    explicit BlockIterator(const unsigned char* bytes) noexcept : m_pBytes(bytes) {}
+
+    T operator*() const noexcept
+    {
+        T value;
+        std::memcpy(&value, m_pBytes, sizeof(T));
+        return value;
+    }
+    BlockIterator& operator++() noexcept
+    {
+        m_pBytes += sizeof(T);
+        return *this;
+    }
+    BlockIterator operator++(int) noexcept
+    {
+        const BlockIterator before = *this;
+        ++*this;
+        return before;
+    }
+    friend bool operator==(const BlockIterator&, const BlockIterator&) = default;
+
+private:
+    const unsigned char* m_pBytes;
+};
+
 template <typename T>
 void S_MemoryFile::readBlock(S_Vector<T>& list, std::size_t count)
 {
     static_assert(std::is_trivially_copyable_v<T>);
     requireElements(count, sizeof(T));
-    list.resize(count);
-    read(list.data(), count * sizeof(T));
+    const unsigned char* bytes = m_vecBytes.data() + m_uPosition;
+    list.assign(BlockIterator<T>(bytes), BlockIterator<T>(bytes + count * sizeof(T)));
+    m_uPosition += count * sizeof(T);
 }

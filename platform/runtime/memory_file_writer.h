@@ -4,9 +4,11 @@
 #include <platform/math/matrix4x3.h>
 #include <platform/math/vector3.h>
 #include <platform/runtime/allocator.h>
+#include <platform/runtime/memory_file.h>
 
 #include <cstddef>
 #include <string_view>
+#include <type_traits>
 
 /// Writes chunk files: the counterpart of S_MemoryFile, value for value.
 ///
@@ -33,6 +35,7 @@ public:
     private:
         S_MemoryFileWriter& m_writer;
         std::size_t m_uBody;
+        unsigned int m_uID;
     };
 
     /// Appends `size` bytes as they are.
@@ -51,15 +54,18 @@ public:
     void writeCount(std::size_t count);
 
     /// The file so far; complete when no chunk is open.
-    [[nodiscard]] const S_Vector<unsigned char>& getBytes() const noexcept { return m_vecBytes; }
+    [[nodiscard]] const S_Bytes& getBytes() const noexcept { return m_vecBytes; }
     /// Writes the file under `fileName`, replacing one that is there. Throws S_FileException when it cannot, and
     /// S_MemoryFileException when a chunk is still open or is larger than its 32-bit size can say.
     void save(std::string_view fileName) const;
 
 private:
-    S_Vector<unsigned char> m_vecBytes;
+    S_Bytes m_vecBytes;
     int m_iOpenChunks = 0;
+    // The first chunk that is larger than its header can say, when there is one.
     bool m_bTooLarge = false;
+    unsigned int m_uTooLargeID = 0;
+    std::size_t m_uTooLargeBody = 0;
 };
 
 /// @name Values
@@ -79,7 +85,7 @@ TW2_PLATFORM_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, cons
 template <typename T>
 void S_MemoryFileWriter::writeList(const S_Vector<T>& list)
 {
-    *this << 28;  // the array tag
+    *this << static_cast<int>(S_MemoryFile::basicTypeArray);
     writeCount(list.size());
     for (const T& element : list)
     {

@@ -1,0 +1,418 @@
+#include <platform/runtime/exception.h>
+#include <platform/runtime/file.h>
+#include <platform/runtime/str.h>
+#include <platform/runtime/system.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+S_File File;
+
+namespace
+{
+namespace fs = std::filesystem;
+
+// Longer names exist on no file system; the bound keeps a damaged file's name from costing more than a comparison.
+constexpr std::size_t s_longestName = 4096;
+
+[[noreturn]] void fail(std::string_view name, const char* reason)
+{
+    throw S_FileException(S_String(name).c_str(), reason);
+}
+
+[[noreturn]] void failWithSystemError(std::string_view name, int error)
+{
+    fail(name, std::strerror(error));
+}
+
+bool isDrive(std::string_view name)
+{
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    return name.size() >= 2 && name[1] == ':' && isLetter(name[0]);
+}
+
+char toLower(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool equalsIgnoringCase(std::string_view a, std::string_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char left, char right) { return toLower(left) == toLower(right); });
+}
+
+S_String withSlashes(std::string_view name)
+{
+    S_String result(name);
+    std::replace(result.begin(), result.end(), '\\', '/');
+    return result;
+}
+
+bool isUsable(std::string_view name)
+{
+    return !name.empty() && name.size() <= s_longestName && name.find('\0') == std::string_view::npos;
+}
+
+bool isOnDisk(const S_String& name)
+{
+    std::error_code error;
+    return fs::exists(fs::status(name.c_str(), error));
+}
+
+/// A name taken apart: "C:" or nothing, whether a separator follows, and the parts without "." and resolved "..".
+struct Parts
+{
+    S_String m_strRoot;  ///< "", "/", or a drive and '/'
+    S_Vector<S_String> m_vecNames;
+};
+
+Parts takeApart(const S_String& slashed)
+{
+    Parts parts;
+    std::string_view rest = slashed;
+    if (isDrive(rest))
+    {
+        parts.m_strRoot.assign(rest.substr(0, 2)).append("/");
+        rest.remove_prefix(2);
+    }
+    else if (rest.starts_with('/'))
+    {
+        parts.m_strRoot = "/";
+    }
+    while (!rest.empty())
+    {
+        const std::size_t end = std::min(rest.find('/'), rest.size());
+        const std::string_view name = rest.substr(0, end);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+        if (name.empty() || name == ".")
+        {
+            continue;
+        }
+        const bool up = name == "..";
+        if (up && !parts.m_vecNames.empty() && parts.m_vecNames.back() != "..")
+        {
+            parts.m_vecNames.pop_back();
+        }
+        else if (!up || parts.m_strRoot.empty())  // above the root there is nothing
+        {
+            parts.m_vecNames.emplace_back(name);
+        }
+    }
+    return parts;
+}
+
+S_String join(const S_String& directory, std::string_view name)
+{
+    S_String result = directory;
+    if (!result.empty() && result.back() != '/')
+    {
+        result += '/';
+    }
+    result += name;
+    return result;
+}
+
+/// What stands in `directory` under `name`, letter case aside: the exact name first, then by name.
+S_Vector<S_String> findEntries(const S_String& directory, const S_String& name)
+{
+    S_Vector<S_String> found;
+    const S_String exact = join(directory, name);
+    if (isOnDisk(exact))
+    {
+        found.push_back(exact);
+    }
+    std::error_code error;  // a directory that cannot be listed has no other entries to offer
+    fs::directory_iterator entry(directory.empty() ? "." : directory.c_str(), error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error))
+    {
+        const std::string other = entry->path().filename().string();
+        if (other != std::string_view(name) && equalsIgnoringCase(other, name))
+        {
+            found.push_back(join(directory, other));
+        }
+    }
+    if (found.size() > 1)
+    {
+        std::sort(found.begin() + (found.front() == exact), found.end());
+    }
+    return found;
+}
+
+/// The name on disk of the parts from `index` on inside `directory`; empty when there is none. The depth is that of
+/// existing directories.
+S_String findInside(const S_String& directory, const S_Vector<S_String>& names, std::size_t index)
+{
+    if (index == names.size())
+    {
+        return directory;
+    }
+    for (const S_String& entry : findEntries(directory, names[index]))
+    {
+        S_String found = findInside(entry, names, index + 1);
+        if (!found.empty())
+        {
+            return found;
+        }
+    }
+    return {};
+}
+
+struct FileCloser
+{
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using OpenFile = std::unique_ptr<std::FILE, FileCloser>;
+
+/// Reads what is left of a stream whose size is not known beforehand.
+void readStream(std::FILE* stream, S_Bytes& bytes)
+{
+    constexpr std::size_t step = 65536;
+    std::size_t size = 0;
+    do
+    {
+        bytes.resize(size + step);
+        size += std::fread(bytes.data() + size, 1, step, stream);
+    } while (size == bytes.size());
+    bytes.resize(size);
+}
+
+/// Deletes a temporary file unless it was renamed.
+class TemporaryFile
+{
+public:
+    explicit TemporaryFile(S_String name) : m_strName(std::move(name)) {}
+    ~TemporaryFile()
+    {
+        if (!m_strName.empty())
+        {
+            std::remove(m_strName.c_str());
+        }
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    [[nodiscard]] const char* getName() const noexcept { return m_strName.c_str(); }
+    void keep() noexcept { m_strName.clear(); }
+
+private:
+    S_String m_strName;
+};
+
+/// The file that writing `name` replaces: what stands there now, letter case aside and links followed, else the name.
+S_String getTarget(std::string_view name)
+{
+    S_String target = File.findOnDisk(name);
+    if (target.empty())
+    {
+        const S_String slashed = withSlashes(name);
+        const S_String path = File.getPath(slashed);
+        const S_String directory = File.findOnDisk(path);
+        return directory.empty() ? slashed : join(directory, File.getFilename(slashed));
+    }
+    std::error_code error;
+    const fs::path resolved = fs::canonical(target.c_str(), error);
+    return error ? target : S_String(resolved.string());
+}
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Names
+// ---------------------------------------------------------------------------------------------------------------------
+
+S_String S_File::getFullPathName(std::string_view name) const
+{
+    const S_String slashed = withSlashes(name);
+    const Parts parts = takeApart(isAbsolute(slashed) ? slashed : getCurrentDirectory() + slashed);
+    const S_Vector<S_String>& names = parts.m_vecNames;
+    if (S_String found = findInside(parts.m_strRoot, names, 0); !found.empty())
+    {
+        return found;
+    }
+    S_String result = parts.m_strRoot;
+    std::size_t i = 0;
+    for (; i < names.size(); ++i)
+    {
+        const S_Vector<S_String> entries = findEntries(result, names[i]);
+        if (entries.empty())
+        {
+            break;
+        }
+        result = entries.front();
+    }
+    for (; i < names.size(); ++i)
+    {
+        result = join(result, names[i]);
+    }
+    return result;
+}
+
+S_String S_File::getPath(std::string_view name) const
+{
+    const S_String slashed = withSlashes(name);
+    return slashed.substr(0, slashed.rfind('/') + 1);
+}
+
+S_String S_File::getFilename(std::string_view name) const
+{
+    return S_String(name.substr(name.find_last_of("/\\") + 1));
+}
+
+bool S_File::isAbsolute(std::string_view name) const
+{
+    return name.starts_with('/') || name.starts_with('\\') || isDrive(name);
+}
+
+S_String S_File::findOnDisk(std::string_view name) const
+{
+    if (!isUsable(name))
+    {
+        return {};
+    }
+    const S_String slashed = withSlashes(name);
+    if (isOnDisk(slashed))
+    {
+        return slashed;
+    }
+    const Parts parts = takeApart(slashed);
+    return findInside(parts.m_strRoot, parts.m_vecNames, 0);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Directories and files
+// ---------------------------------------------------------------------------------------------------------------------
+
+S_String S_File::getCurrentDirectory() const
+{
+    std::error_code error;
+    const fs::path path = fs::current_path(error);
+    if (error)
+    {
+        fail(".", error.message().c_str());
+    }
+    return join(S_String(path.generic_string()), "");
+}
+
+void S_File::changeDirectory(std::string_view directory) const
+{
+    if (directory.empty())
+    {
+        return;
+    }
+    const S_String found = findOnDisk(directory);
+    if (found.empty())
+    {
+        fail(directory, "does not exist");
+    }
+    if (chdir(found.c_str()) != 0)
+    {
+        failWithSystemError(directory, errno);
+    }
+}
+
+bool S_File::exists(const char* name) const
+{
+    const S_String found = findOnDisk(name);
+    std::error_code error;
+    return !found.empty() && !fs::is_directory(found.c_str(), error);
+}
+
+S_Bytes S_File::read(std::string_view name) const
+{
+    S_Bytes bytes;
+    read(name, bytes);
+    return bytes;
+}
+
+void S_File::read(std::string_view name, S_Bytes& bytes) const
+{
+    const S_String found = findOnDisk(name);
+    if (found.empty())
+    {
+        fail(name, "does not exist");
+    }
+    std::error_code error;
+    const fs::file_status status = fs::status(found.c_str(), error);
+    if (!fs::is_regular_file(status) && !fs::is_fifo(status))
+    {
+        fail(name, fs::is_directory(status) ? "is a directory" : "is not a file");
+    }
+    const OpenFile file(std::fopen(found.c_str(), "rb"));
+    if (!file)
+    {
+        failWithSystemError(name, errno);
+    }
+    if (fs::is_regular_file(status))
+    {
+        const std::uintmax_t size = fs::file_size(found.c_str(), error);
+        bytes.resize(error ? 0 : static_cast<std::size_t>(size));
+        bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
+    }
+    else
+    {
+        readStream(file.get(), bytes);
+    }
+    if (std::ferror(file.get()))
+    {
+        failWithSystemError(name, errno);
+    }
+}
+
+void S_File::write(std::string_view name, const void* data, std::size_t size) const
+{
+    if (!isUsable(name))
+    {
+        fail(name, "is not a name that a file can have");
+    }
+    static std::atomic<unsigned int> s_uTemporaries = 0;
+    const S_String target = getTarget(name);
+    TemporaryFile temporary(
+        S_STR("%s.%ld-%u.tmp", target.c_str(), static_cast<long>(getpid()), ++s_uTemporaries).str());
+    OpenFile file(std::fopen(temporary.getName(), "wbx"));
+    if (!file)
+    {
+        const int reason = errno;
+        temporary.keep();  // it is not ours
+        failWithSystemError(name, reason);
+    }
+    const bool written = std::fwrite(data, 1, size, file.get()) == size;
+    const int writeError = errno;
+    const bool closed = std::fclose(file.release()) == 0;
+    if (!written || !closed)
+    {
+        failWithSystemError(name, written ? errno : writeError);
+    }
+    std::error_code error;
+    const fs::file_status old = fs::status(target.c_str(), error);
+    if (fs::is_regular_file(old))
+    {
+        fs::permissions(temporary.getName(), old.permissions(), error);
+    }
+    if (std::rename(temporary.getName(), target.c_str()) != 0)
+    {
+        failWithSystemError(name, errno);
+    }
+    temporary.keep();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// S_DirectoryGuard
+// ---------------------------------------------------------------------------------------------------------------------
+
+S_DirectoryGuard::S_DirectoryGuard() : m_strDirectory(File.getCurrentDirectory()) {}
+
+S_DirectoryGuard::~S_DirectoryGuard()
+{
+    // Nothing is allocated here: the guard also works while an exception for want of memory passes.
+    if (chdir(m_strDirectory.c_str()) != 0)
+    {
+        Sys.verbose("Could not return to directory \"%s\": %s\n", m_strDirectory.c_str(), std::strerror(errno));
+    }
+}

@@ -1,0 +1,420 @@
+#include <platform/runtime/memory_file.h>
+#include <platform/runtime/memory_file_writer.h>
+
+#include <gtest/gtest.h>
+#include <tests/support/expectations.h>
+#include <tests/support/temporary_directory.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+using support::messageOf;
+
+namespace
+{
+using Chunk = S_MemoryFile::Chunk;
+using WriteChunk = S_MemoryFileWriter::Chunk;
+
+constexpr unsigned int s_outer = 0x10005;
+constexpr unsigned int s_inner = 0x10000;
+constexpr unsigned int s_other = 0x1001A;
+
+void load(S_MemoryFile& file, const S_MemoryFileWriter& writer)
+{
+    file.constructFromMemory("walk.tw", writer.getBytes().data(), writer.getBytes().size());
+}
+
+template <typename T>
+T take(S_MemoryFile& file)
+{
+    T value;
+    file >> value;
+    return value;
+}
+
+/// outer { inner version 3 { 1 2 } other { 3 } 4 } other { 5 }
+S_MemoryFileWriter nestedFile()
+{
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk outer(writer, s_outer, 2);
+        {
+            const WriteChunk inner(writer, s_inner, 3);
+            writer << 1 << 2;
+        }
+        {
+            const WriteChunk other(writer, s_other, 0);
+            writer << 3;
+        }
+        writer << 4;
+    }
+    {
+        const WriteChunk last(writer, s_other, 0);
+        writer << 5;
+    }
+    return writer;
+}
+}  // namespace
+
+TEST(ChunkFile, EveryValueFormComesBackAsItWasWritten)
+{
+    const M_Matrix4x3Template<float> matrix = M_Matrix4x3Template<float>::translation({-1.5f, 0.0f, 1e30f});
+    const std::string text("two\0words", 9);
+    const S_Vector<S_String> names{"", "hip", "knee"};
+    const S_Vector<S_Vector<float>> tracks{{0.25f}, {}, {1.0f, 2.0f}};
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk chunk(writer, s_outer, 0);
+        writer << std::numeric_limits<int>::min() << 4000000000u << -0.0f << true << false
+               << static_cast<unsigned char>(200) << std::string_view(text) << M_Vector3Template<float>(1, 2, 3)
+               << matrix;
+        writer.writeList(names);
+    }
+    S_MemoryFile file;
+    load(file, writer);
+    Chunk chunk;
+    file.openChunk(chunk, s_outer);
+    EXPECT_EQ(take<int>(file), std::numeric_limits<int>::min());
+    EXPECT_EQ(take<unsigned int>(file), 4000000000u);
+    EXPECT_TRUE(std::signbit(take<float>(file)));
+    EXPECT_TRUE(take<bool>(file));
+    EXPECT_FALSE(take<bool>(file));
+    EXPECT_EQ(take<unsigned char>(file), 200);
+    EXPECT_EQ(std::string_view(take<S_String>(file)), text);
+    EXPECT_EQ(take<M_Vector3Template<float>>(file), M_Vector3Template<float>(1, 2, 3));
+    EXPECT_EQ(take<M_Matrix4x3Template<float>>(file), matrix);
+    EXPECT_EQ(take<S_Vector<S_String>>(file), names);
+    EXPECT_EQ(file.getRemaining(), 0u);
+}
+
+TEST(ChunkFile, TheBytesAreTheDocumentedOnes)
+{
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk chunk(writer, 0x10012, 1);
+        writer << "ab" << 1.0f << true;
+        writer.writeList(S_Vector<int>{-2});
+    }
+    const unsigned char expected[] = {0x12, 0, 1,    0,    1, 0,  0, 0, 23, 0, 0, 0, 2, 0,    0,    0,    'a', 'b',
+                                      0,    0, 0x80, 0x3F, 1, 28, 0, 0, 0,  1, 0, 0, 0, 0xFE, 0xFF, 0xFF, 0xFF};
+    EXPECT_EQ(writer.getBytes(), S_Bytes(std::begin(expected), std::end(expected)));
+}
+
+TEST(ChunkFile, APartlyReadChunkIsSkippedToItsEndAtEveryLevel)
+{
+    S_MemoryFile file;
+    load(file, nestedFile());
+    Chunk top;
+    file.peekChunk(top);
+    ASSERT_TRUE(top.isValid());
+    EXPECT_EQ(top.getID(), s_outer);
+    EXPECT_EQ(top.getVersion(), 2u);
+    {
+        Chunk outer;
+        file.openChunk(outer, s_outer);
+        Chunk sub;
+        outer.peekChunk(sub);
+        EXPECT_EQ(sub.getID(), s_inner);
+        EXPECT_EQ(sub.getSize(), 8u);
+        {
+            Chunk inner;
+            file.openChunk(inner, s_inner);
+            EXPECT_EQ(inner.getVersion(), 3u);
+            EXPECT_EQ(take<int>(inner.getMemoryFile()), 1);
+        }
+        outer.skipChunk();
+        outer.peekChunk(sub);  // peeked, never opened
+        EXPECT_EQ(sub.getID(), s_other);
+        outer.skipChunk();
+        EXPECT_EQ(take<int>(file), 4);
+        outer.peekChunk(sub);
+        EXPECT_FALSE(sub.isValid());
+        outer.skipChunk();
+        EXPECT_EQ(file.getRemaining(), 0u);
+    }
+    file.skipChunk();
+    file.peekChunk(top);
+    EXPECT_EQ(top.getID(), s_other);
+    file.skipChunk();
+    file.peekChunk(top);
+    EXPECT_FALSE(top.isValid());
+    file.skipChunk();
+    file.peekChunk(top);
+    EXPECT_FALSE(top.isValid());
+
+    file.seek(0, S_MemoryFile::seekBegin);
+    file.peekChunk(top);
+    EXPECT_EQ(top.getID(), s_outer);
+}
+
+TEST(ChunkFile, AnEmptyOrReleasedFileHasNoChunk)
+{
+    S_MemoryFile file(8192);
+    Chunk chunk;
+    const auto expectNothing = [&]
+    {
+        file.peekChunk(chunk);
+        EXPECT_FALSE(chunk.isValid());
+        file.skipChunk();
+        file.seek(0, S_MemoryFile::seekBegin);
+        int value = 0;
+        EXPECT_EQ(messageOf([&] { file >> value; }),
+                  "File \"\", top level, byte 0: expected an int of 4 bytes, 0 are left");
+    };
+    expectNothing();
+    load(file, nestedFile());
+    Chunk open;
+    file.openChunk(open, s_outer);
+    file.destruct();
+    EXPECT_FALSE(open.isValid());
+    EXPECT_NE(messageOf([&] { open.skipChunk(); }), "");
+    expectNothing();
+    load(file, nestedFile());
+    EXPECT_NO_THROW(file.openChunk(open, s_outer));
+}
+
+TEST(ChunkFile, EveryComplaintNamesFileChunkByteAndExpectation)
+{
+    struct Case
+    {
+        const char* m_pName;
+        void (*m_pWrite)(S_MemoryFileWriter&);
+        void (*m_pRead)(S_MemoryFile&);
+        const char* m_pMessage;
+    };
+    const Case cases[] = {
+        {"another id", [](S_MemoryFileWriter& writer) { const WriteChunk chunk(writer, s_other, 0); },
+         [](S_MemoryFile& file) { file.openChunk(*std::make_unique<Chunk>(), s_outer); },
+         "File \"walk.tw\", top level, byte 0: expected chunk 0x10005, found chunk 0x1001A"},
+        {"no chunk", [](S_MemoryFileWriter&) {},
+         [](S_MemoryFile& file) { file.openChunk(*std::make_unique<Chunk>(), s_outer); },
+         "File \"walk.tw\", top level, byte 0: expected chunk 0x10005, but the file ends here"},
+        {"half a header", [](S_MemoryFileWriter& writer) { writer << 1 << 2; },
+         [](S_MemoryFile& file) { file.peekChunk(*std::make_unique<Chunk>()); },
+         "File \"walk.tw\", top level, byte 0: expected the 12 bytes of a chunk's header, 8 are left"},
+        {"chunk past the file", [](S_MemoryFileWriter& writer) { writer << 0x10005 << 0 << 100 << 1; },
+         [](S_MemoryFile& file) { file.peekChunk(*std::make_unique<Chunk>()); },
+         "File \"walk.tw\", top level, byte 0: expected a chunk of at most 4 bytes, chunk 0x10005 says that it has "
+         "100"},
+        {"nested chunk past its parent",
+         [](S_MemoryFileWriter& writer)
+         {
+             {
+                 const WriteChunk chunk(writer, s_outer, 0);
+                 writer << s_inner << 0u << 0xFFFFFFFFu << 7;
+             }
+             writer << 1 << 2 << 3 << 4;
+         },
+         [](S_MemoryFile& file)
+         {
+             Chunk outer;
+             file.openChunk(outer, s_outer);
+             Chunk sub;
+             outer.peekChunk(sub);
+         },
+         "File \"walk.tw\", chunk 0x10005, byte 12: expected a chunk of at most 4 bytes, chunk 0x10000 says that it "
+         "has "
+         "4294967295"},
+        {"value past its chunk",
+         [](S_MemoryFileWriter& writer)
+         {
+             {
+                 const WriteChunk chunk(writer, s_outer, 0);
+                 writer << 1.0f << 2.0f;
+             }
+             writer << 3.0f;
+         },
+         [](S_MemoryFile& file)
+         {
+             Chunk outer;
+             file.openChunk(outer, s_outer);
+             take<M_Vector3Template<float>>(file);
+         },
+         "File \"walk.tw\", chunk 0x10005, byte 12: expected a vector of 12 bytes, 8 are left"},
+        {"string longer than its chunk", [](S_MemoryFileWriter& writer) { writer << 0xFFFFFFFFu << 1; },
+         [](S_MemoryFile& file) { take<S_String>(file); },
+         "File \"walk.tw\", top level, byte 0: expected a string of 4294967295 bytes, 4 are left"},
+        {"count that cannot fit", [](S_MemoryFileWriter& writer) { writer << 1 << 28 << 0x7FFFFFFF << 9; },
+         [](S_MemoryFile& file)
+         {
+             take<int>(file);
+             take<S_Vector<int>>(file);
+         },
+         "File \"walk.tw\", top level, byte 12: expected 2147483647 elements of at least 4 bytes, 4 are left"},
+        {"no list", [](S_MemoryFileWriter& writer) { writer << 27 << 0; },
+         [](S_MemoryFile& file) { take<S_Vector<int>>(file); },
+         "File \"walk.tw\", top level, byte 0: expected type tag 28, found 27"},
+        {"block past the end", [](S_MemoryFileWriter& writer) { writer << 1; },
+         [](S_MemoryFile& file)
+         {
+             char block[5];
+             file.read(block, sizeof block);
+         },
+         "File \"walk.tw\", top level, byte 0: expected a block of 5 bytes, 4 are left"},
+        {"seek past the end", [](S_MemoryFileWriter& writer) { writer << 1; },
+         [](S_MemoryFile& file) { file.seek(5, S_MemoryFile::seekBegin); },
+         "File \"walk.tw\", top level, byte 0: expected a seek to a byte from 0 to 4, not to 5"},
+        {"nested chunk of a handle that was only peeked",
+         [](S_MemoryFileWriter& writer) { const WriteChunk chunk(writer, s_other, 0); },
+         [](S_MemoryFile& file)
+         {
+             Chunk peeked;
+             file.peekChunk(peeked);
+             Chunk sub;
+             peeked.peekChunk(sub);
+         },
+         "File \"walk.tw\", top level, byte 0: expected chunk 0x1001A to be open"},
+    };
+    for (const Case& each : cases)
+    {
+        SCOPED_TRACE(each.m_pName);
+        S_MemoryFileWriter writer;
+        each.m_pWrite(writer);
+        S_MemoryFile file;
+        load(file, writer);
+        EXPECT_EQ(messageOf([&] { each.m_pRead(file); }), each.m_pMessage);
+    }
+}
+
+TEST(ChunkFile, CountsAreCheckedBeforeMemoryIsReserved)
+{
+    S_MemoryFileWriter writer;
+    writer << -1 << 0xFFFFFFFFu << 5u << 1 << 2;
+    S_MemoryFile file;
+    load(file, writer);
+    EXPECT_THROW(file.readCount(1), std::length_error);
+    const long long allocations = S_Memory::sm_iNewCount;
+    EXPECT_THROW(file.readUnsignedCount(12), S_MemoryFileException);
+    EXPECT_EQ(file.readUnsignedCount(1), 5u);
+    S_Vector<int> list;
+    EXPECT_THROW(file.readBlock(list, 3), S_MemoryFileException);
+    EXPECT_LT(S_Memory::sm_iNewCount - allocations, 10) << "messages aside nothing is allocated";
+    file.readBlock(list, 2);
+    EXPECT_EQ(list, (S_Vector<int>{1, 2}));
+    EXPECT_NO_THROW(file.readBlock(list, 0));
+    EXPECT_TRUE(list.empty());
+}
+
+TEST(ChunkFile, ABlockIsReadFromAnyByteAndReplacesTheList)
+{
+    S_MemoryFileWriter writer;
+    const S_Vector<M_Vector3Template<float>> points{{1, 2, 3}, {4, 5, 6}, {-7, 8, -9}};
+    writer << true;
+    writer.writeBlock(points);
+    S_MemoryFile file;
+    load(file, writer);
+    take<bool>(file);
+    S_Vector<M_Vector3Template<float>> list(100, {9, 9, 9});
+    file.readBlock(list, points.size());
+    EXPECT_EQ(list, points);
+}
+
+TEST(ChunkFile, HandlesMayEndInAnyOrder)
+{
+    S_MemoryFile file;
+    load(file, nestedFile());
+    auto outer = std::make_unique<Chunk>();
+    auto inner = std::make_unique<Chunk>();
+    file.openChunk(*outer, s_outer);
+    file.openChunk(*inner, s_inner);
+    outer.reset();
+    EXPECT_EQ(file.getRemaining(), 8u) << "the inner chunk still bounds reads";
+    inner.reset();
+    EXPECT_GT(file.getRemaining(), 8u);
+
+    // A walker that passes its own handle on finds its place again.
+    file.seek(0, S_MemoryFile::seekBegin);
+    Chunk walker;
+    int chunks = 0;
+    for (file.peekChunk(walker); walker.isValid(); file.peekChunk(walker), ++chunks)
+    {
+        file.openChunk(walker, walker.getID());
+        file.skipChunk();
+    }
+    EXPECT_EQ(chunks, 2);
+
+    // A handle that outlives the skip bounds nothing any more.
+    file.seek(0, S_MemoryFile::seekBegin);
+    Chunk forgotten;
+    file.peekChunk(walker);
+    file.openChunk(forgotten, s_outer);
+    file.skipChunk();
+    file.peekChunk(walker);
+    ASSERT_TRUE(walker.isValid());
+    EXPECT_EQ(walker.getID(), s_other);
+    EXPECT_EQ(forgotten.getID(), s_outer);
+
+    // The file goes first.
+    auto owner = std::make_unique<S_MemoryFile>();
+    load(*owner, nestedFile());
+    Chunk orphan;
+    owner->openChunk(orphan, s_outer);
+    owner.reset();
+    EXPECT_FALSE(orphan.isValid());
+}
+
+TEST(ChunkFile, AFailedReadConsumesNothing)
+{
+    S_MemoryFileWriter writer;
+    writer << 6u << static_cast<unsigned char>('x');
+    S_MemoryFile file;
+    load(file, writer);
+    S_String text = "before";
+    EXPECT_THROW(file >> text, S_MemoryFileException);
+    EXPECT_EQ(text, "before");
+    EXPECT_THROW(file.readTag(S_MemoryFile::basicTypeArray), S_MemoryFileException);
+    EXPECT_EQ(take<unsigned int>(file), 6u);
+}
+
+TEST(ChunkFile, SavingReplacesTheFileAsAWholeAndAFailureLeavesTheOldOne)
+{
+    support::TemporaryDirectory directory;
+    const std::string name = directory.file("scene.tw");
+    nestedFile().save(name);
+    S_MemoryFile file(name, S_MemoryFile::accessRead);
+    EXPECT_EQ(file.getFileName(), name.c_str());
+    Chunk chunk;
+    EXPECT_NO_THROW(file.openChunk(chunk, s_outer));
+
+    S_MemoryFileWriter unfinished;
+    {
+        const WriteChunk open(unfinished, s_outer, 0);
+        EXPECT_EQ(messageOf([&] { unfinished.save(name); }),
+                  "File \"" + name + "\", top level, byte 12: expected every chunk to be ended before saving");
+    }
+    EXPECT_THROW(unfinished.save(directory.file("nowhere/scene.tw")), S_FileException);
+    const S_Bytes bytes = nestedFile().getBytes();
+    EXPECT_EQ(directory.read("scene.tw"), std::string(bytes.begin(), bytes.end()));
+
+    EXPECT_THROW(file.construct(directory.file("missing.tw"), S_MemoryFile::accessRead), S_FileException);
+    file.peekChunk(chunk);
+    EXPECT_FALSE(chunk.isValid()) << "the object is empty after a failed open";
+    file.construct(name, S_MemoryFile::accessRead);
+    file.construct(file.getFileName(), S_MemoryFile::accessRead);
+    EXPECT_NO_THROW(file.openChunk(chunk, s_outer));
+}
+
+TEST(ChunkFile, FailedAllocationsLeaveNothingBehind)
+{
+    support::TemporaryDirectory directory;
+    const std::string name = directory.file("a scene whose name does not fit into a short string.tw");
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk chunk(writer, s_outer, 0);
+        writer.writeList(S_Vector<S_String>{"short", "a name that does not fit into a short string"});
+    }
+    writer.save(name);
+    support::expectNothingLeftByFailedAllocations(
+        [&]
+        {
+            S_MemoryFile file(8192);
+            file.construct(name, S_MemoryFile::accessRead);
+            Chunk chunk;
+            file.openChunk(chunk, s_outer);
+            take<S_Vector<S_String>>(file);
+        });
+    support::expectNothingLeftByFailedAllocations([&] { writer.save(name); });
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.getPath()), {}), 1)
+        << "no temporary file is left";
+}

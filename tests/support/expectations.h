@@ -1,0 +1,59 @@
+#pragma once
+
+#include <platform/runtime/allocator.h>
+#include <platform/runtime/exception.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace support
+{
+/// The message of the S_Exception that `action` throws; a test failure and the empty text when it throws none.
+template <typename Action>
+std::string messageOf(Action&& action)
+{
+    try
+    {
+        action();
+    }
+    catch (const S_Exception& exception)
+    {
+        return exception.getErrorMessage();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+/// Runs `action` with its first allocation failing, then its second and so on until it succeeds, and checks that each
+/// failure arrives as S_MemoryException_Allocation and leaves nothing allocated. `action` takes no state from run to
+/// run.
+template <typename Action>
+void expectNothingLeftByFailedAllocations(Action&& action)
+{
+    constexpr long long limit = 100000;
+    for (long long n = 1; n < limit; ++n)
+    {
+        const long long live = S_Memory::getLiveCount();
+        bool failed = false;
+        S_Memory::failAllocation(n);
+        try
+        {
+            action();
+        }
+        catch (const S_MemoryException_Allocation&)
+        {
+            failed = true;
+        }
+        const bool done = S_Memory::isFailurePending();
+        S_Memory::failAllocation(0);
+        EXPECT_EQ(S_Memory::getLiveCount(), live) << "blocks were left behind by the failure of allocation " << n;
+        EXPECT_EQ(failed, !done) << "the failure of allocation " << n << " did not arrive";
+        if (done || testing::Test::HasFailure())
+        {
+            return;
+        }
+    }
+    ADD_FAILURE() << "more than " << limit << " allocations";
+}
+}  // namespace support
