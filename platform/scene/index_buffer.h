@@ -4,6 +4,8 @@
 #include <platform/runtime/allocator.h>
 #include <platform/scene/buffer.h>
 
+#include <cstddef>
+
 /// The triangles of a triangle mesh, three vertex indices each; counts are triangles.
 ///
 /// Seen from its front, a triangle's corners run clockwise in a left-handed coordinate system.
@@ -15,7 +17,7 @@ public:
     /// Corner 0, 1 or 2 of a triangle below the capacity.
     [[nodiscard]] unsigned int getIndex(unsigned int triangle, unsigned int corner) const noexcept
     {
-        return m_vecIndices[3 * triangle + corner];
+        return m_vecIndices[std::size_t{3} * triangle + corner];
     }
     /// All indices, three per triangle.
     [[nodiscard]] const unsigned int* getData() const noexcept { return m_vecIndices.data(); }

@@ -60,10 +60,19 @@ public:
     [[nodiscard]] const int* getBoneCountList() const noexcept { return m_piBoneCounts; }
     /// @}
 
-    /// Where a vertex stands under the given bone matrices (null or a bone past their count: the identity).
+    /// @name Skinning under the given bone matrices
+    /// None, a null one or a bone past their count: the identity.
+    /// @{
+
+    /// Where a vertex stands.
     [[nodiscard]] M_Vector3Template<float> getSkinnedPosition(unsigned int vertex,
                                                               const M_Matrix4x3Template<float>* const* boneMatrices,
                                                               std::size_t boneMatrixCount) const noexcept;
+    /// Where its normal points: the weighted directions, scaled to length 1.
+    [[nodiscard]] M_Vector3Template<float> getSkinnedNormal(unsigned int vertex,
+                                                            const M_Matrix4x3Template<float>* const* boneMatrices,
+                                                            std::size_t boneMatrixCount) const noexcept;
+    /// @}
 
 protected:
     P_SkinMesh(const P_SkinMesh&) = default;
@@ -71,6 +80,11 @@ protected:
 
 private:
     void checkSlot(unsigned int vertex, unsigned int slot) const;
+    template <typename Transform>
+    [[nodiscard]] M_Vector3Template<float> blend(unsigned int vertex,
+                                                 const M_Matrix4x3Template<float>* const* boneMatrices,
+                                                 std::size_t boneMatrixCount, const M_Vector3Template<float>& rest,
+                                                 Transform transform) const noexcept;
 
     S_Vector<unsigned int> m_vecBoneIndices;
     S_Vector<float> m_vecBoneWeights;

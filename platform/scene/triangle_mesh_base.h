@@ -49,7 +49,7 @@ public:
     /// @name Drawn range of triangles
     /// @{
 
-    /// Draws `count` triangles from `first` on, cut at the used count; a count of 0 draws all in use.
+    /// Draws `count` triangles from `first` on, cut at the used count; a count of 0 draws all from `first` on.
     void setDrawnRange(unsigned int first, unsigned int count) noexcept;
     [[nodiscard]] unsigned int getFirstDrawn() const noexcept;
     [[nodiscard]] unsigned int getDrawnCount() const noexcept;
@@ -61,6 +61,7 @@ protected:
     P_TriangleMeshBase(const P_TriangleMeshBase& other);
     virtual ~P_TriangleMeshBase();
 
+    /// Drops the content and the drawn range; when memory runs out all is as before.
     void allocateBuffers(unsigned int triangles, unsigned int vertices, bool dynamic);
     /// Throws P_SceneException unless the mesh is locked.
     void checkLocked() const;
