@@ -5,8 +5,9 @@
 
 #include <platform/image/fcolor.h>
 #include <platform/runtime/allocator.h>
-#include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
+
+class S_MemoryFile;
+class S_MemoryFileWriter;
 
 namespace TW2
 {

@@ -3,8 +3,9 @@
 #include <tw2/export.h>
 
 #include <platform/runtime/allocator.h>
-#include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
+
+class S_MemoryFile;
+class S_MemoryFileWriter;
 
 namespace TW2
 {
@@ -32,16 +33,17 @@ struct TW2_API SkinChunk
 
     /// Back to the defaults.
     void reset();
-    /// Null when every index of the record lies inside the list that it points into, else what is wrong. A record that
-    /// passes can be asked for every vertex of its primitives without further checks.
-    [[nodiscard]] const char* findInvalidIndex() const noexcept;
+    /// Empty when every index of the record lies inside the list that it points into and every weight is a number; else
+    /// the first value that is wrong, by name. A record that passes can be asked for every vertex of its primitives
+    /// without further checks.
+    [[nodiscard]] S_String findInvalidValue() const;
     friend bool operator==(const SkinChunk&, const SkinChunk&) = default;
 };
 
 /// Fills a record from the skin chunk at the file's position. Data of version 0 become one primitive that holds all
 /// vertices, the influences of a vertex in the order in which they stand in the file.
 ///
-/// Throws S_MemoryFileException for a damaged file and for indices that point outside their lists; the record is partly
+/// Throws S_MemoryFileException for a damaged file and for values that `findInvalidValue` finds; the record is partly
 /// filled then.
 TW2_API S_MemoryFile& operator>>(S_MemoryFile& file, SkinChunk& chunk);
 
