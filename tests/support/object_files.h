@@ -1,0 +1,94 @@
+#pragma once
+
+#include "tests/support/temporary_directory.h"
+
+#include <tw2/io/mesh_chunk.h>
+#include <tw2/keyframe/keyframe_animation_chunk.h>
+#include <tw2/object/object_animation.h>
+
+#include <platform/math/matrix4x3.h>
+#include <platform/runtime/memory_file_writer.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace support
+{
+/// Writes what an animated object is built from (a geometry file of one-triangle meshes, animation files, the script)
+/// into a folder of its own, and builds objects from it.
+///
+///     ObjectFiles files;
+///     files.addMesh("hip");
+///     files.addMesh("leg", "hip", M_Matrix4x3Template<float>::translation({0, 0, -1}));
+///     files.addAnimation(0, {tracks...});
+///     const auto object = files.build("orthonormalized");
+class ObjectFiles
+{
+public:
+    using Matrix = M_Matrix4x3Template<float>;
+
+    /// A mesh below another (empty: below the object), which must have been added before.
+    void addMesh(const std::string& name, const std::string& parent = "", const Matrix& transform = {})
+    {
+        TW2::MeshChunk mesh;
+        mesh.name = name;
+        mesh.transform = transform;
+        mesh.hasParent = !parent.empty();
+        mesh.parentName = parent;
+        TW2::MeshVertexChunk& vertices = mesh.editVertices();
+        vertices.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+        vertices.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
+        vertices.groupOffsets = {0};
+        vertices.groupCounts = {3};
+        TW2::MeshFaceChunk& faces = mesh.editFaces();
+        faces.groupCounts = {1};
+        faces.groupOffsets = {0};
+        faces.indices = {0, 1, 2};
+        m_geometry << mesh;
+    }
+
+    /// An animation file with these tracks, and its block in the script.
+    void addAnimation(int index, const std::vector<TW2::KeyframeAnimationChunk>& tracks)
+    {
+        m_script += "    animation { index " + std::to_string(index) + "  filename \"" +
+                    writeAnimation("animation" + std::to_string(++m_iAnimationFiles) + ".tw", tracks) + "\" }\n";
+    }
+
+    /// An animation file only; returns its full name.
+    std::string writeAnimation(const std::string& name, const std::vector<TW2::KeyframeAnimationChunk>& tracks) const
+    {
+        S_MemoryFileWriter writer;
+        for (const TW2::KeyframeAnimationChunk& track : tracks)
+        {
+            writer << track;
+        }
+        return m_directory.write(name, writer.getBytes());
+    }
+
+    /// Writes geometry and script, with a block "object"; `geometryKeys` are further lines of its "geometry" block.
+    /// Returns the script's full name.
+    std::string writeScript(const std::string& crossMode = "linear", const std::string& geometryKeys = "") const
+    {
+        const std::string geometry = m_directory.write("geometry.tw", m_geometry.getBytes());
+        return m_directory.write("object.txt", "object\n{\n    geometry\n    {\n        exportdata \"" + geometry +
+                                                   "\"\n        crossmode \"" + crossMode + "\"\n" + geometryKeys +
+                                                   "    }\n" + m_script + "}\n");
+    }
+
+    std::unique_ptr<TW2::TW_ObjectAnimation> build(const std::string& crossMode = "linear",
+                                                   bool withVisibility = false) const
+    {
+        return std::make_unique<TW2::TW_ObjectAnimation>(writeScript(crossMode).c_str(), "object", nullptr,
+                                                         withVisibility);
+    }
+
+    [[nodiscard]] const TemporaryDirectory& getDirectory() const { return m_directory; }
+
+private:
+    TemporaryDirectory m_directory;
+    S_MemoryFileWriter m_geometry;
+    std::string m_script;
+    int m_iAnimationFiles = 0;
+};
+}  // namespace support
