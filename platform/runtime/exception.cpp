@@ -152,14 +152,9 @@ const CRuntimeClass* S_MemoryFileException::GetRuntimeClass() const
 S_ScriptException::S_ScriptException(const char* fileName, unsigned int line, const char* block, const char* key,
                                      const char* problem)
 {
-    if (key)
-    {
-        setError("Script \"%s\", line %u, block \"%s\", key \"%s\": %s", fileName, line, block, key, problem);
-    }
-    else
-    {
-        setError("Script \"%s\", line %u, block \"%s\": %s", fileName, line, block, problem);
-    }
+    const bool topLevel = *block == '\0';
+    setError("Script \"%s\", line %u, %s%s%s%s%s%s: %s", fileName, line, topLevel ? "top level" : "block \"", block,
+             topLevel ? "" : "\"", key ? ", key \"" : "", key ? key : "", key ? "\"" : "", problem);
 }
 S_ScriptException::~S_ScriptException() = default;
 

@@ -112,7 +112,7 @@ public:
 class TW2_PLATFORM_API S_ScriptException : public S_Exception
 {
 public:
-    /// `line` counts from 1; `block` is the nesting text; `key` may be null.
+    /// `line` counts from 1; `block` is the nesting text, empty for the top level; `key` may be null.
     S_ScriptException(const char* fileName, unsigned int line, const char* block, const char* key, const char* problem);
     ~S_ScriptException() override;
     [[nodiscard]] const CRuntimeClass* GetRuntimeClass() const override;

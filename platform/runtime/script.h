@@ -15,8 +15,10 @@
 ///
 /// A script object has a current position: the file's top level, or a block that was locked. Everything that is asked
 /// by name or index is asked of the blocks directly inside the current one. Block and key names are case-sensitive.
-/// Values are whole numbers, floats, "(x, y, z)" and words or "quoted strings" with \" and \\. Comments are // and
-/// /* */. Every complaint is an S_ScriptException that names file, line, block and key, and what would be right.
+/// A key's value stands in the key's line: a whole number, a float, "(x, y, z)", a word or a "quoted string" with \"
+/// and
+/// \\. Comments are // and /* */. Blocks nest at most 64 deep. Every complaint is an S_ScriptException that names file,
+/// line, block and key, and what would be right.
 class TW2_PLATFORM_API S_Script
 {
 public:
