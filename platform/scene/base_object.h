@@ -7,6 +7,8 @@
 #include <platform/scene/transform_block.h>
 #include <platform/scene/user_data.h>
 
+#include <cstddef>
+
 class P_Camera;
 class P_Context;
 class P_Scene;
@@ -90,8 +92,8 @@ public:
     [[nodiscard]] virtual float getBoundingRadius();
     [[nodiscard]] virtual M_Vector3Template<float> getBoundingBoxMin();
     [[nodiscard]] virtual M_Vector3Template<float> getBoundingBoxMax();
-    /// Whether the volumes that the engine flags switch on touch the camera's view volume: true when no volume is
-    /// switched on or `camera` is null; with both, both must touch.
+    /// Whether the volumes that the engine flags switch on, as the three operations above give them, touch the camera's
+    /// view volume: true when no volume is switched on or `camera` is null; with both, both must touch.
     [[nodiscard]] virtual bool isInsideViewVolume(P_Camera* camera);
     /// Computes radius and box from the subtree's meshes and stores them, fixed or not.
     virtual void calculateBoundingVolumes();
@@ -100,7 +102,7 @@ public:
     /// @name Collision
     /// @{
 
-    /// The group this object belongs to, 0 to 31.
+    /// The group this object belongs to, 0 to 31; another one throws P_SceneException.
     virtual void setCollisionGroup(int group);
     /// Bit g set: this object meets objects of group g.
     virtual void setCollisionMask(unsigned int mask);
@@ -122,7 +124,8 @@ protected:
     virtual bool executeAlways();
     /// Called every frame after all `executeAlways` calls, when the object is enabled and in view.
     virtual void executeVisible();
-    /// Called when the object has come into a scene; takes over the scene's context.
+    /// Called when the object has come into a scene; takes over the scene's context. May add objects below this one,
+    /// not remove any.
     virtual void linkToScene();
     /// Adds the bounding volumes that are switched on to the context's debug lines; called every frame while
     /// `enableVisualization` is on.
@@ -262,10 +265,18 @@ private:
 
     void markSubtree() noexcept;
     void mark(unsigned long long change) noexcept;
+    void computeWorldMatrix() const noexcept;
+    [[nodiscard]] bool isBelowThis(const P_BaseObject& object) const noexcept;
+    void linkInto(P_ObjectContainer& container) noexcept;
     void leaveContainer() noexcept;
-    void setScene(P_Scene* scene);
-    void containerChanged() noexcept;
+    void enterScene(P_Scene* scene);
+    void leaveScene() noexcept;
     void updateBoundingVolumes();
+    [[nodiscard]] P_BaseObject* getFirstShownChild() const noexcept;
+    [[nodiscard]] P_BaseObject* getNextShownSibling() const noexcept;
+
+    /// Counts every marking of the process: the source of the change counts.
+    static unsigned long long sm_uiChanges;
 
     M_Matrix4x3Template<float>* m_pLocalMatrix;
     M_Matrix4x3Template<float>* m_pWorldMatrix;
@@ -280,8 +291,15 @@ private:
     bool m_bInView = true;
     bool m_bVisualization = false;
     bool m_bVertexNormalVisualization = false;
+    /// `linkToScene` was called for the present scene.
+    bool m_bLinked = false;
+    /// The volumes were just computed: nobody computes them again.
+    bool m_bVolumesHeld = false;
     unsigned int m_uiEngineFlags = 0;
     unsigned long long m_uiChangeCount = 0;
+    /// Where the scene's lists of the running frame name this object, and the last frame that visited it.
+    std::size_t m_uiScenePlace = 0;
+    unsigned long long m_uiVisitedFrame = 0;
     /// While a chain of world matrices is computed: the next object on the way down.
     mutable const P_BaseObject* m_pWayDown = nullptr;
     P_Context* m_pContext;
@@ -292,7 +310,6 @@ private:
     float m_fBoundingRadius = 0.0f;
     M_Vector3Template<float> m_vBoundingBoxMin;
     M_Vector3Template<float> m_vBoundingBoxMax;
-    unsigned long long m_uiVolumesChangeCount = 0;
     int m_iCollisionGroup = 0;
     unsigned int m_uiCollisionMask = 0xFFFFFFFFu;
 };

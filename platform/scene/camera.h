@@ -59,10 +59,10 @@ public:
 
     /// Left, right, bottom, top, near and far plane, in world space.
     [[nodiscard]] ViewVolume getViewVolume() const noexcept;
-    /// Whether a sphere in world space touches the view volume.
+    /// Whether a sphere in world space touches the view volume. Here and below, what lies just outside of an edge or a
+    /// corner of the volume may be reported as well.
     [[nodiscard]] bool isSphereInView(const M_Vector3Template<float>& center, float radius) const noexcept;
-    /// Whether a box, given in the space that `toWorld` takes to the world, touches the view volume. A box near a
-    /// corner of the volume may be reported although it lies just outside.
+    /// Whether a box, given in the space that `toWorld` takes to the world, touches the view volume.
     [[nodiscard]] bool isBoxInView(const M_Vector3Template<float>& minimum, const M_Vector3Template<float>& maximum,
                                    const M_Matrix4x3Template<float>& toWorld) const noexcept;
     /// @}

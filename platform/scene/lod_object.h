@@ -25,7 +25,8 @@ public:
     /// @{
     [[nodiscard]] int getLevelCount() const noexcept { return static_cast<int>(m_vecLevels.size()); }
     /// Enters an object for a level and hangs it below this object; an object that was there is taken out. `range`: the
-    /// largest distance at which the level is shown. A null object empties the level and sets its range.
+    /// largest distance at which the level is shown. A null object empties the level and sets its range. An object
+    /// stands for one level at a time: its earlier level becomes empty.
     void setLODObject(int level, P_BaseObject* object, float range);
     /// Takes the level's object out; nothing happens when the level is empty. The range stays.
     void removeLODObject(int level);

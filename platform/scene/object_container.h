@@ -8,7 +8,6 @@
 
 class P_BaseObject;
 class P_Context;
-class P_LODObject;
 class P_Scene;
 
 /// What scene objects hang under: another object, a level-of-detail object or the scene.
@@ -77,18 +76,19 @@ protected:
     enum class Kind : unsigned char
     {
         Object,
+        Mesh,
+        Light,
         LevelOfDetail,
         Scene
     };
 
     explicit P_ObjectContainer(Kind kind) noexcept : m_eKind(kind) {}
 
-    /// Lets every child hang under nothing.
+    /// Lets every child hang under nothing. Destructors of what has children call it.
     void detachChildren() noexcept;
 
 private:
     friend class P_BaseObject;
-    friend class P_LODObject;
     friend class P_Scene;
 
     P_BaseObject* m_pFirstChild = nullptr;

@@ -23,7 +23,9 @@ public:
     /// context's current camera, sets its in-view flag and calls `executeAlways`; of a level-of-detail object only the
     /// level in use is visited. Then calls `executeVisible` on every object that is enabled and in view, and collects
     /// what there is to draw. Objects may be added, removed and destroyed by what is called; what is added below an
-    /// object that was already visited takes part from the next frame on.
+    /// object that was already visited takes part from the next frame on. No object is visited twice in a frame, and
+    /// one that was taken out during the frame is not drawn in it. An exception of what is called passes on; the lists
+    /// are then empty. Throws P_SceneException when it is called during a frame.
     void executeFrame();
 
     /// @name What the last frame found
@@ -44,14 +46,24 @@ private:
         bool m_bCulled;
     };
 
-    void visit(Pending pending);
+    class Frame;
+
+    void pushChildren(P_ObjectContainer& container, bool culled);
+    void push(P_BaseObject* object, bool culled);
+    void visit(const Pending& pending);
+    void executeVisited();
+    void collectVisible();
     void forget(const P_BaseObject* object) noexcept;
+
+    /// Counts the frames of all scenes, so that no two have the same number.
+    static unsigned long long sm_uiFrames;
 
     P_Context* m_pContext;
     S_Vector<Pending> m_vecPending;
-    S_Vector<P_BaseObject*> m_vecVisible;
+    S_Vector<P_BaseObject*> m_vecVisited;
     S_Vector<P_VirtualObject*> m_vecVisibleMeshes;
     S_Vector<P_Light*> m_vecLights;
     P_BaseObject* m_pVisiting = nullptr;
+    unsigned long long m_uiFrame = 0;
     bool m_bInFrame = false;
 };

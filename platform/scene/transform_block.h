@@ -52,8 +52,9 @@ public:
     P_TransformBlock& operator=(const P_TransformBlock&) = delete;
 
     /// Releases the present members and takes in `count` objects, object i at index i, with the matrices they have.
-    /// Playing is fastest when parents come before their children; any order works. An object may stand in the list
-    /// once. When memory runs out the block and the objects are as before.
+    /// Playing is fastest when parents come before their children; any order works. A null leaves its place empty. An
+    /// object that stands in the list twice throws P_SceneException. After an exception the block and the objects are
+    /// as before.
     void adopt(P_BaseObject* const* objects, std::size_t count);
     /// Gives every member its matrices back.
     void release() noexcept;
@@ -67,7 +68,7 @@ public:
     /// Index of each member's parent, or a value of `Parent`.
     [[nodiscard]] const int* getParents() const noexcept { return m_piParents; }
     /// Whether every parent that is in the block stands before its children.
-    [[nodiscard]] bool areParentsFirst() const noexcept { return m_bParentsFirst; }
+    [[nodiscard]] bool areParentsFirst() const noexcept { return m_uiOutOfOrder == 0; }
     /// @}
 
     /// @name Local matrices
@@ -92,7 +93,7 @@ public:
 
     /// Computes the world matrices that are out of date, one product each, in one pass. The bits are those that the
     /// objects would have computed one by one. Does nothing when nothing has changed since the last call.
-    void updateWorldMatrices();
+    void updateWorldMatrices() noexcept;
     /// The world matrices; entry i is valid when its state byte says so, all are after `updateWorldMatrices`.
     [[nodiscard]] const M_Matrix4x3Template<float>* getWorldMatrices() const noexcept { return m_pWorldMatrices; }
     /// The state bytes.
@@ -102,11 +103,20 @@ public:
 private:
     friend class P_BaseObject;
 
-    void allocate(std::size_t count);
-    void freeStorage() noexcept;
-    void refreshParent(unsigned int index) noexcept;
-    void invalidateOutsideChildren() noexcept;
+    struct Storage;
+
+    void takeIn(P_BaseObject* const* objects) noexcept;
+    void giveBack(P_BaseObject& object) noexcept;
+    void setParent(unsigned int index, int parent) noexcept;
+    void countOutsideChild(unsigned int index, bool comes) noexcept;
+    void changed() noexcept;
+    void invalidateMember(unsigned int index) noexcept;
     void spreadMarks() noexcept;
+    void invalidateOutsideChildren() noexcept;
+    void updateOutOfOrder() noexcept;
+    /// A child was hung under `parent` or leaves it.
+    static void childCame(const P_BaseObject& parent, P_BaseObject& child) noexcept;
+    static void childLeft(const P_BaseObject& parent, P_BaseObject& child) noexcept;
 
     M_Matrix4x3Template<float>* m_pLocalMatrices = nullptr;
     M_Matrix4x3Template<float>* m_pWorldMatrices = nullptr;
@@ -120,5 +130,6 @@ private:
     unsigned int m_uiOutsideChildTotal = 0;
     unsigned long long m_uiChangeCount = 0;
     unsigned long long m_uiUpdatedCount = 0;
-    bool m_bParentsFirst = true;
+    /// Members that stand before their parent.
+    unsigned int m_uiOutOfOrder = 0;
 };

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 
+class P_Bounds;
 class P_Material;
 
 /// A mesh in the scene: a fixed number of primitives, each a piece of geometry with a material. Bones and dummies are
@@ -34,7 +35,6 @@ public:
     [[nodiscard]] P_Context* getContext() const override;
     [[nodiscard]] ObjectType getType() const override;
     [[nodiscard]] const char* getObjectType() const override;
-    void calculateBoundingVolumes() override;
     /// Becomes like `other`; of a P_VirtualObject also the primitives, with geometry of its own. When memory runs out
     /// the object is as before.
     void duplicate(const P_BaseObject& other) override;
@@ -77,6 +77,12 @@ protected:
     void vertexNormalVisualization() override;
 
 private:
+    friend class P_BaseObject;
+    /// The primitive's index as a place in the list; throws P_SceneException when there is no such primitive.
+    [[nodiscard]] std::size_t checkPrimitive(int primitive) const;
+    /// Adds every vertex as it stands now.
+    void addToBounds(P_Bounds& bounds, const M_Matrix4x3Template<float>& transform) const noexcept;
+
     S_Vector<P_PrimitiveInstance> m_vecPrimitives;
     S_Vector<const M_Matrix4x3Template<float>*> m_vecBoneMatrices;
 };
