@@ -1,0 +1,172 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace TW2
+{
+/// How a track runs: the members of its container that decide where a frame lies.
+struct TrackLoop
+{
+    bool m_bLooping;
+    bool m_bLoopInterpolation;
+    unsigned int m_uLoopToFrame;
+    unsigned int m_uTotalFrameCount;
+
+    friend bool operator==(const TrackLoop&, const TrackLoop&) = default;
+};
+
+/// Where a frame lies in every track that runs the same way.
+struct TrackPosition
+{
+    enum class Place
+    {
+        Keys,      ///< around `m_fFrame`
+        LastKey,   ///< at or past the end of a track that does not loop
+        LoopFrame  ///< in the extra frame that leads from the last key to the loop-to key
+    };
+
+    Place m_place;
+    float m_fFrame;               ///< wrapped into the track; NaN is before every key
+    int m_iWhole;                 ///< rounded down, the nearest int where none is right
+    float m_fPart;                ///< what the rounding left, for Place::LoopFrame
+    unsigned int m_uLoopToFrame;  ///< of the track, for Place::LoopFrame
+};
+
+/// Two keys of a track by index, and the position between them as a quotient, which is 0 to 1.
+struct KeyPair
+{
+    int m_iLower;
+    int m_iUpper;
+    float m_fDistance;
+    float m_fSpan;  ///< never 0
+
+    [[nodiscard]] float getFraction() const noexcept { return m_fDistance / m_fSpan; }
+};
+
+/// x modulo period in [0, period).
+inline float positiveModulo(float x, float period) noexcept
+{
+    if (x >= 0.0F)
+    {
+        // Nearly always so, and much cheaper than the library function, which would give the same.
+        return x < period ? x : std::fmod(x, period);
+    }
+    const float result = period - std::fmod(-x, period);
+    return result == period ? 0.0F : result;
+}
+
+/// The last frame that a track reaches before it wraps.
+inline int getEndFrame(const TrackLoop& loop) noexcept
+{
+    const bool hasLoopFrame = loop.m_bLooping && loop.m_bLoopInterpolation;
+    return static_cast<int>(hasLoopFrame ? loop.m_uTotalFrameCount : loop.m_uTotalFrameCount - 1u);
+}
+
+inline float wrapFrame(const TrackLoop& loop, float frame) noexcept
+{
+    const int end = getEndFrame(loop);
+    if (!(frame > static_cast<float>(end)))
+    {
+        return positiveModulo(frame, static_cast<float>(end));
+    }
+    const auto loopTo = static_cast<float>(loop.m_uLoopToFrame);
+    const int span = static_cast<int>(static_cast<unsigned int>(end) - loop.m_uLoopToFrame);
+    return span != 0 ? loopTo + positiveModulo(frame - loopTo, static_cast<float>(span)) : loopTo;
+}
+
+/// The nearest int to a float without a fraction; the least int for NaN.
+inline int toInt(float whole) noexcept
+{
+    constexpr float limit = 2147483648.0F;
+    if (whole >= -limit && whole < limit)
+    {
+        return static_cast<int>(whole);
+    }
+    return whole > 0.0F ? std::numeric_limits<int>::max() : std::numeric_limits<int>::min();
+}
+
+inline TrackPosition locateFrame(const TrackLoop& loop, float frame) noexcept
+{
+    TrackPosition position;
+    const int lastFrame = static_cast<int>(loop.m_uTotalFrameCount - 1u);
+    position.m_fFrame = wrapFrame(loop, frame);
+    const float whole = std::floor(position.m_fFrame);
+    position.m_iWhole = toInt(whole);
+    position.m_fPart = position.m_fFrame - whole;
+    position.m_uLoopToFrame = loop.m_uLoopToFrame;
+    if (!loop.m_bLooping && frame >= static_cast<float>(lastFrame))
+    {
+        position.m_place = TrackPosition::Place::LastKey;
+    }
+    else if (position.m_iWhole >= lastFrame && loop.m_bLoopInterpolation)
+    {
+        position.m_place = TrackPosition::Place::LoopFrame;
+    }
+    else
+    {
+        position.m_place = TrackPosition::Place::Keys;
+    }
+    return position;
+}
+
+/// The first key behind the whole frame `whole`, or the last key. `hint` may be any number.
+inline int findUpperKey(const std::int16_t* frames, int keyCount, int whole, int hint) noexcept
+{
+    const auto behind = [whole](std::int16_t frame) { return whole < frame; };
+    const int last = keyCount - 1;
+    int key = hint >= 0 && hint <= last ? hint : 0;
+    if (behind(frames[key]))
+    {
+        // Playing forward within one stretch: the hinted key is the upper key still.
+        if (key == 0 || !behind(frames[key - 1]))
+        {
+            return key;
+        }
+        return static_cast<int>(std::upper_bound(frames, frames + key - 1, whole) - frames);
+    }
+    // Playing forward into one of the next stretches.
+    constexpr int steps = 4;
+    for (int step = 0; step < steps; ++step)
+    {
+        if (key == last || behind(frames[key]))
+        {
+            return key;
+        }
+        ++key;
+    }
+    return static_cast<int>(std::upper_bound(frames + key, frames + last, whole) - frames);
+}
+
+/// The keys around a position of a track with at least one key. Never reads outside the keys, whatever the frames are.
+inline KeyPair findKeys(const TrackPosition& position, const std::int16_t* frames, int keyCount, int hint) noexcept
+{
+    const int last = keyCount - 1;
+    if (position.m_place == TrackPosition::Place::Keys) [[likely]]
+    {
+        const int upper = findUpperKey(frames, keyCount, position.m_iWhole, hint);
+        const int lower = std::max(upper - 1, 0);
+        const int lowerFrame = frames[lower];
+        const int span = frames[upper] - lowerFrame;
+        if (!(position.m_fFrame <= static_cast<float>(frames[upper])))
+        {
+            return {upper, upper, 0.0F, 1.0F};
+        }
+        if (span == 0)
+        {
+            return {lower, upper, 0.0F, 1.0F};
+        }
+        return {lower, upper, position.m_fFrame - static_cast<float>(lowerFrame), static_cast<float>(span)};
+    }
+    if (position.m_place == TrackPosition::Place::LastKey)
+    {
+        return {last, last, 0.0F, 1.0F};
+    }
+    const auto before = [](std::int16_t frame, unsigned int loopTo)
+    { return static_cast<unsigned int>(static_cast<int>(frame)) < loopTo; };
+    const auto* const loopToKey = std::lower_bound(frames, frames + last, position.m_uLoopToFrame, before);
+    return {last, static_cast<int>(loopToKey - frames), position.m_fPart, 1.0F};
+}
+}  // namespace TW2

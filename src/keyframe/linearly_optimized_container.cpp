@@ -1,0 +1,102 @@
+#include "keyframe/key_search.h"
+
+#include <tw2/keyframe/linearly_optimized_container.h>
+
+namespace TW2
+{
+namespace
+{
+template <typename T>
+TrackLoop getLoop(const LinearlyOptimizedContainer<T>& track) noexcept
+{
+    return {track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame, track.m_uTotalFrameCount};
+}
+
+// (b - a) * fraction + a
+template <typename T>
+T interpolate(const T& a, const T& b, float fraction)
+{
+    T result = b;
+    result -= a;
+    result *= fraction;
+    result += a;
+    return result;
+}
+}  // namespace
+
+template <typename T>
+void LinearlyOptimizedContainer<T>::construct(unsigned int keyCount)
+{
+    destruct();
+    m_bConstructed = true;
+    try
+    {
+        m_vecFrames.resize(keyCount);
+        m_vecValues.resize(keyCount);
+    }
+    catch (...)
+    {
+        destruct();
+        throw;
+    }
+}
+
+template <typename T>
+void LinearlyOptimizedContainer<T>::destruct() noexcept
+{
+    m_bConstructed = false;
+    m_bLooping = false;
+    m_bLoopInterpolation = false;
+    m_uLoopToFrame = 0;
+    m_fLastLowerKey = 0.0F;
+    m_fLastUpperKey = 0.0F;
+    m_uTotalFrameCount = 0;
+    S_Vector<std::int16_t>().swap(m_vecFrames);
+    S_Vector<T>().swap(m_vecValues);
+}
+
+template <typename T>
+float LinearlyOptimizedContainer<T>::wrapFrame(float frame) const
+{
+    return TW2::wrapFrame(getLoop(*this), frame);
+}
+
+template <typename T>
+int LinearlyOptimizedContainer<T>::getKeys(T& lower, float& fraction, T& upper, float frame, int hint) const
+{
+    if (m_vecFrames.empty())
+    {
+        m_fLastLowerKey = 0.0F;
+        m_fLastUpperKey = 0.0F;
+        lower = T();
+        upper = T();
+        fraction = 0.0F;
+        return 0;
+    }
+    const KeyPair keys =
+        findKeys(locateFrame(getLoop(*this), frame), m_vecFrames.data(), static_cast<int>(m_vecFrames.size()), hint);
+    m_fLastLowerKey = static_cast<float>(keys.m_iLower);
+    m_fLastUpperKey = static_cast<float>(keys.m_iUpper);
+    lower = m_vecValues[static_cast<std::size_t>(keys.m_iLower)];
+    upper = m_vecValues[static_cast<std::size_t>(keys.m_iUpper)];
+    fraction = keys.getFraction();
+    return keys.m_iUpper;
+}
+
+template <typename T>
+int LinearlyOptimizedContainer<T>::getValue(T& out, float frame, int hint) const
+    requires(!std::is_same_v<T, TW_KeyframeMatrix>)
+{
+    T lower;
+    T upper;
+    float fraction;
+    const int key = getKeys(lower, fraction, upper, frame, hint);
+    out = fraction == 0.0F ? lower : interpolate(lower, upper, fraction);
+    return key;
+}
+
+template class LinearlyOptimizedContainer<float>;
+template class LinearlyOptimizedContainer<G_FColor>;
+template class LinearlyOptimizedContainer<M_Matrix4x3Template<float>>;
+template class LinearlyOptimizedContainer<TW_KeyframeMatrix>;
+}  // namespace TW2

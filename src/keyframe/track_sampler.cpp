@@ -1,0 +1,219 @@
+#include "keyframe/track_sampler.h"
+
+#include "keyframe/key_search.h"
+#include "keyframe/rigid_key.h"
+
+#include <tw2/keyframe/keyframe_animation.h>
+
+#include <platform/math/float4.h>
+#include <platform/math/four_matrices.h>
+
+namespace TW2
+{
+/// What the sampler reads of an animation.
+struct TrackAccess
+{
+    using CompactTrack = LinearlyOptimizedContainer<TW_KeyframeMatrix>;
+
+    /// The compact track; null when the animation has another one or no keys.
+    static const CompactTrack* getCompactTrack(const TW_KeyframeAnimation& animation) noexcept
+    {
+        const auto* const data = animation.m_pSharedData;
+        return data && !data->m_pMatrices && !data->m_keyframes.m_vecFrames.empty() ? &data->m_keyframes : nullptr;
+    }
+    static InterpolationMode getMode(const TW_KeyframeAnimation& animation) noexcept
+    {
+        return animation.m_eInterpolationMode;
+    }
+};
+
+namespace
+{
+constexpr std::size_t LANES = 4;
+constexpr std::size_t MODES = 3;
+
+// How four floats of a sampled matrix reach their place.
+template <TrackWrite write>
+struct Writer
+{
+    M_Float4 m_weight;
+
+    void operator()(float* place, const M_Float4& value) const noexcept
+    {
+        if constexpr (write == TrackWrite::Replace)
+        {
+            value.store(place);
+        }
+        else if constexpr (write == TrackWrite::Scale)
+        {
+            (value * m_weight).store(place);
+        }
+        else if constexpr (write == TrackWrite::Add)
+        {
+            (value * m_weight + M_Float4::load(place)).store(place);
+        }
+        else
+        {
+            const M_Float4 current = M_Float4::load(place);
+            (current + (value - current) * m_weight).store(place);
+        }
+    }
+};
+
+// Up to four compact tracks of one mode whose keys are found.
+struct Group
+{
+    const TW_KeyframeMatrix* m_lower[LANES];
+    const TW_KeyframeMatrix* m_upper[LANES];
+    float m_distance[LANES];
+    float m_span[LANES];
+    float* m_place[LANES];
+    std::size_t m_uiCount = 0;
+};
+
+RigidKey<M_Float4> loadKeys(const TW_KeyframeMatrix* const keys[LANES]) noexcept
+{
+    // Seven floats each: translation and w, then w again and the vector.
+    M_Float4 first[LANES];
+    M_Float4 second[LANES];
+    for (std::size_t i = 0; i < LANES; ++i)
+    {
+        const auto* const floats = reinterpret_cast<const float*>(keys[i]);
+        first[i] = M_Float4::load(floats);
+        second[i] = M_Float4::load(floats + 3);
+    }
+    transpose(first[0], first[1], first[2], first[3]);
+    transpose(second[0], second[1], second[2], second[3]);
+    return {{first[0], first[1], first[2]}, first[3], {second[1], second[2], second[3]}};
+}
+
+template <typename Write>
+void sampleGroup(Group& group, InterpolationMode mode, const Write& write) noexcept
+{
+    // Lanes to spare repeat the first track; their results are not stored.
+    for (std::size_t i = group.m_uiCount; i < LANES; ++i)
+    {
+        group.m_lower[i] = group.m_lower[0];
+        group.m_upper[i] = group.m_upper[0];
+        group.m_distance[i] = group.m_distance[0];
+        group.m_span[i] = group.m_span[0];
+    }
+    const M_Float4 fraction = M_Float4::load(group.m_distance) / M_Float4::load(group.m_span);
+    RigidBlend<M_Float4> blend(loadKeys(group.m_lower), loadKeys(group.m_upper), fraction);
+    blend.apply(mode);
+    const auto& r = blend.m_rows.m_rows;
+    const auto& t = blend.m_translation;
+    const M_FourMatrices matrices{
+        {{r[0].x, r[0].y, r[0].z}, {r[1].x, r[1].y, r[1].z}, {r[2].x, r[2].y, r[2].z}, {t.x, t.y, t.z}}};
+    matrices.store(group.m_place, group.m_uiCount, write);
+    group.m_uiCount = 0;
+}
+
+template <TrackWrite write>
+class Sampler
+{
+public:
+    Sampler(float frame, float weight) noexcept : m_writer{M_Float4(weight)}, m_fFrame(frame) {}
+
+    void add(const TW_KeyframeAnimation& animation, int& hint, float* place) noexcept
+    {
+        const auto* const track = TrackAccess::getCompactTrack(animation);
+        if (!track)
+        {
+            M_Matrix4x3Template<float> matrix;
+            hint = animation.animateFrameWithLastFrame(matrix, m_fFrame, hint);
+            for (std::size_t third = 0; third < 3; ++third)
+            {
+                m_writer(place + 4 * third, M_Float4::load(matrix.data() + 4 * third));
+            }
+            return;
+        }
+        const KeyPair keys =
+            findKeys(locate(*track), track->m_vecFrames.data(), static_cast<int>(track->m_vecFrames.size()), hint);
+        hint = keys.m_iUpper;
+        track->m_fLastLowerKey = static_cast<float>(keys.m_iLower);
+        track->m_fLastUpperKey = static_cast<float>(keys.m_iUpper);
+
+        const InterpolationMode mode = TrackAccess::getMode(animation);
+        Group& group = m_groups[static_cast<std::size_t>(mode)];
+        const std::size_t lane = group.m_uiCount++;
+        group.m_lower[lane] = &track->m_vecValues[static_cast<std::size_t>(keys.m_iLower)];
+        group.m_upper[lane] = &track->m_vecValues[static_cast<std::size_t>(keys.m_iUpper)];
+        group.m_distance[lane] = keys.m_fDistance;
+        group.m_span[lane] = keys.m_fSpan;
+        group.m_place[lane] = place;
+        if (group.m_uiCount == LANES)
+        {
+            sampleGroup(group, mode, m_writer);
+        }
+    }
+
+    void finish() noexcept
+    {
+        for (std::size_t mode = 0; mode < MODES; ++mode)
+        {
+            if (m_groups[mode].m_uiCount != 0)
+            {
+                sampleGroup(m_groups[mode], static_cast<InterpolationMode>(mode), m_writer);
+            }
+        }
+    }
+
+private:
+    // Tracks of one animation nearly always run alike, and wrapping a frame is the dearest part of a lookup.
+    const TrackPosition& locate(const TrackAccess::CompactTrack& track) noexcept
+    {
+        const TrackLoop loop{track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame,
+                             track.m_uTotalFrameCount};
+        if (!m_bLocated || loop != m_loop)
+        {
+            m_loop = loop;
+            m_position = locateFrame(loop, m_fFrame);
+            m_bLocated = true;
+        }
+        return m_position;
+    }
+
+    Writer<write> m_writer;
+    float m_fFrame;
+    bool m_bLocated = false;
+    TrackLoop m_loop{};
+    TrackPosition m_position{};
+    Group m_groups[MODES];
+};
+
+template <TrackWrite write>
+void sample(const TrackBatch& batch, float frame, float weight) noexcept
+{
+    Sampler<write> sampler(frame, weight);
+    for (std::size_t i = 0; i < batch.m_uiCount; ++i)
+    {
+        const std::size_t place = batch.m_puiPlaces ? batch.m_puiPlaces[i] : i;
+        if (const auto* const animation = batch.m_ppTracks[place])
+        {
+            sampler.add(*animation, batch.m_piHints[place], batch.m_pMatrices[place].data());
+        }
+    }
+    sampler.finish();
+}
+}  // namespace
+
+void sampleTracks(const TrackBatch& batch, float frame, TrackWrite write, float weight) noexcept
+{
+    switch (write)
+    {
+        case TrackWrite::Replace:
+            sample<TrackWrite::Replace>(batch, frame, weight);
+            return;
+        case TrackWrite::Scale:
+            sample<TrackWrite::Scale>(batch, frame, weight);
+            return;
+        case TrackWrite::Add:
+            sample<TrackWrite::Add>(batch, frame, weight);
+            return;
+        case TrackWrite::Blend:
+            sample<TrackWrite::Blend>(batch, frame, weight);
+            return;
+    }
+}
+}  // namespace TW2
