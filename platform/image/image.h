@@ -9,7 +9,7 @@
 ///
 /// Reads PNG, JPEG, TGA and BMP, writes PNG. Every failure is a G_ImageException that names the image (a file that
 /// cannot be read is an S_FileException), and leaves nothing allocated. An image larger than `maximumPixels` is
-/// rejected before memory is reserved for it.
+/// rejected before memory is reserved for it, and so is a file that is cut off or, in a PNG, altered anywhere.
 class TW2_PLATFORM_API G_Image : public S_Allocated
 {
 public:
@@ -25,8 +25,10 @@ public:
     G_Image(unsigned int width, unsigned int height);
     /// Decodes a file; the name follows the path rules of S_File.
     explicit G_Image(const char* fileName);
-    /// Decodes a file's content from memory; `name` stands in messages.
-    [[nodiscard]] static G_Image decode(const void* data, std::size_t size, const char* name);
+    /// Decodes a file's content from memory; `name` stands in messages. Pictures of more than `pixelLimit` pixels are
+    /// rejected.
+    [[nodiscard]] static G_Image decode(const void* data, std::size_t size, const char* name,
+                                        std::size_t pixelLimit = maximumPixels);
     /// @}
 
     /// @name Pixels
@@ -56,7 +58,7 @@ public:
     /// @{
 
     /// The image as the content of a PNG file. Throws for an empty image.
-    [[nodiscard]] S_Vector<unsigned char> encodePNG() const;
+    [[nodiscard]] S_Bytes encodePNG() const;
     /// Writes a PNG file; a reader sees the old file or the whole new one.
     void writePNG(const char* fileName) const;
     /// @}
@@ -64,5 +66,5 @@ public:
 private:
     unsigned int m_uiWidth = 0;
     unsigned int m_uiHeight = 0;
-    S_Vector<unsigned char> m_vecPixels;
+    S_Bytes m_vecPixels;
 };

@@ -19,7 +19,7 @@ public:
     /// The driver in use; a built-in one until a host puts its own here. Never null.
     static P_Driver* m_initializedDriver;
 
-    P_Driver() noexcept = default;
+    constexpr P_Driver() noexcept = default;
     explicit P_Driver(const P_DriverCaps& caps) noexcept : m_caps(caps) {}
 
     /// @name Capabilities

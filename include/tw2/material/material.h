@@ -134,6 +134,11 @@ private:
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     [[nodiscard]] const TextureSlot* selectSlot(TextureType type) const noexcept;
     [[nodiscard]] bool canBeShared() const noexcept;
+    void copyValues(const TW_Material& other);
+    void shareEngineMaterial(const TW_Material& other) noexcept;
+    void copyEngineMaterial(const TW_Material& other);
+    [[nodiscard]] static P_Map* acquireSolidMap();
+    static void releaseSolidMap() noexcept;
     void bindFrame(const TextureSlot& slot, unsigned int frame) noexcept;
     static void freeStaticData() noexcept;
 

@@ -56,7 +56,7 @@ struct TW2_API TWMaterialChunk
     /// @{
     TWMaterialChunk() noexcept = default;
     /// Copies every field, and every present slot into a record of its own.
-    TWMaterialChunk(const TWMaterialChunk& other);
+    TWMaterialChunk(const TWMaterialChunk& other) = default;
     TWMaterialChunk(TWMaterialChunk&& other) noexcept = default;
     /// Leaves the record as it was when memory runs out.
     TWMaterialChunk& operator=(const TWMaterialChunk& other);
@@ -132,10 +132,17 @@ private:
     {
     };
 
+    /// A copy has a record of its own when the slot is present, else none.
     struct Slot
     {
         std::unique_ptr<SlotRecord> m_pTexture;
         bool m_bPresent = false;
+
+        Slot() noexcept = default;
+        Slot(const Slot& other);
+        Slot(Slot&&) noexcept = default;
+        Slot& operator=(Slot&&) noexcept = default;
+        ~Slot() = default;
     };
 
     [[nodiscard]] const MaterialTextureChunk* getSlot(SlotIndex slot) const noexcept

@@ -5,6 +5,8 @@
 
 #include <platform/runtime/allocator.h>
 
+#include <memory>
+
 class P_VirtualObject;
 
 namespace TW2
@@ -92,6 +94,11 @@ private:
     /// One animated texture slot.
     struct TextureAnimationEntry : S_Allocated
     {
+        TextureAnimationEntry(TW_Material* material, TW_Material::TextureType type) noexcept
+            : m_pMaterial(material), m_eType(type)
+        {
+        }
+
         TW_Material* m_pMaterial;
         TW_Material::TextureType m_eType;
     };
@@ -99,9 +106,13 @@ private:
 
     TW_MaterialManager& operator=(const TW_MaterialManager&) = delete;
     void initializeMembers() noexcept;
-    void add(TW_Material* material);
+    void add(std::unique_ptr<TW_Material> added);
+    void removeLast() noexcept;
     void addTextureAnimation(TW_Material* material, TW_Material::TextureType type);
     [[nodiscard]] int findSet(const S_String& set) const;
+    [[nodiscard]] const TextureAnimationEntry* findEntry(int set, int animation) const noexcept;
+    template <typename Animate>
+    bool animateSet(int set, Animate animate);
 
     bool m_bConstructed = false;
     S_Map<S_String, TW_Material*> m_mapMaterials;

@@ -91,6 +91,7 @@ private:
     [[nodiscard]] SharedMap* safeSharedMapPointer() const noexcept { return m_pSharedMap; }
     [[nodiscard]] static SharedMap* findMap(const S_String& filename, const S_String& alphaFilename) noexcept;
     [[nodiscard]] static bool findFileFromGlobalPathList(S_String& directory, const S_String& filename);
+    [[nodiscard]] static S_String locateFile(const S_String& filename);
     [[nodiscard]] static SharedMap* createMap(const CreateInfo& info);
 
     bool m_bConstructed = false;

@@ -56,6 +56,7 @@ public:
 
 private:
     void initializeMembers() noexcept;
+    void createFrames(const MaterialTextureChunk& slot, const S_Vector<S_String>& alphaFiles);
     void appendPlayedBackwards();
 
     bool m_bConstructed = false;

@@ -1,0 +1,13 @@
+#include <platform/image/image_exception.h>
+
+G_ImageException::G_ImageException(const char* imageName, const char* reason)
+{
+    setError("Image \"%s\": %s", imageName, reason);
+}
+G_ImageException::~G_ImageException() = default;
+
+const CRuntimeClass* G_ImageException::GetRuntimeClass() const
+{
+    static constexpr CRuntimeClass s_class{"G_ImageException"};
+    return &s_class;
+}

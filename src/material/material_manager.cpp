@@ -1,0 +1,358 @@
+#include <tw2/core/exceptions.h>
+#include <tw2/material/material_chunk.h>
+#include <tw2/material/material_manager.h>
+
+#include <platform/runtime/memory_scope.h>
+#include <platform/scene/material.h>
+#include <platform/scene/primitive_instance.h>
+#include <platform/scene/virtual_object.h>
+
+#include <map>
+#include <memory>
+
+namespace TW2
+{
+namespace
+{
+constexpr const char* s_szMemoryScope = "TW Memory Container";
+constexpr int s_iNoSet = -1;
+}  // namespace
+
+TW_MaterialManager::TW_MaterialManager() noexcept
+{
+    initializeMembers();
+    construct();
+}
+
+TW_MaterialManager::TW_MaterialManager(const TW_MaterialManager& other) : S_Allocated(other)
+{
+    initializeMembers();
+    construct(other);
+}
+
+TW_MaterialManager::~TW_MaterialManager()
+{
+    destruct();
+}
+
+void TW_MaterialManager::initializeMembers() noexcept
+{
+    m_bConstructed = false;
+    m_mapMaterials.clear();
+    S_Vector<TW_Material*>().swap(m_vecMaterials);
+    m_mapTextureAnimationSets.clear();
+    S_Vector<TextureAnimationSet>().swap(m_vecTextureAnimationSets);
+}
+
+void TW_MaterialManager::construct() noexcept
+{
+    destruct();
+    m_bConstructed = true;
+}
+
+void TW_MaterialManager::construct(const TW_MaterialManager& other)
+{
+    if (this == &other)
+    {
+        return;
+    }
+    const S_MemoryScope scope(s_szMemoryScope);
+    construct();
+    try
+    {
+        for (const TW_Material* material : other.m_vecMaterials)
+        {
+            add(std::make_unique<TW_Material>(*material));
+        }
+    }
+    catch (...)
+    {
+        destruct();
+        throw;
+    }
+}
+
+void TW_MaterialManager::destruct() noexcept
+{
+    if (!m_bConstructed)
+    {
+        return;
+    }
+    for (const TextureAnimationSet& set : m_vecTextureAnimationSets)
+    {
+        for (const TextureAnimationEntry* entry : set)
+        {
+            delete entry;
+        }
+    }
+    for (const TW_Material* material : m_vecMaterials)
+    {
+        delete material;
+    }
+    initializeMembers();
+}
+
+void TW_MaterialManager::addMaterial(const TWMaterialChunk& chunk)
+{
+    const S_MemoryScope scope(s_szMemoryScope);
+    add(std::make_unique<TW_Material>(chunk));
+}
+
+/// Takes a material over; when memory runs out the manager is as before.
+void TW_MaterialManager::add(std::unique_ptr<TW_Material> added)
+{
+    m_vecMaterials.push_back(added.get());
+    TW_Material* material = added.release();
+    try
+    {
+        m_mapMaterials.try_emplace(material->getName(), material);
+        for (const auto type : {TW_Material::TEXTURE_DIFFUSE, TW_Material::TEXTURE_REFLECTION,
+                                TW_Material::TEXTURE_GLOSS, TW_Material::TEXTURE_SPECULAR})
+        {
+            if (material->getTextureAnimationFrames(type) > 1)
+            {
+                addTextureAnimation(material, type);
+            }
+        }
+    }
+    catch (...)
+    {
+        removeLast();
+        throw;
+    }
+}
+
+void TW_MaterialManager::addTextureAnimation(TW_Material* material, TW_Material::TextureType type)
+{
+    const S_String name = material->getTextureName(type, 0);
+    auto entry = std::make_unique<TextureAnimationEntry>(material, type);
+    int index = findSet(name);
+    if (index == s_iNoSet)
+    {
+        index = static_cast<int>(m_vecTextureAnimationSets.size());
+        m_vecTextureAnimationSets.emplace_back();
+        m_mapTextureAnimationSets.try_emplace(name, index);
+    }
+    m_vecTextureAnimationSets[static_cast<std::size_t>(index)].push_back(entry.get());
+    entry.release();
+}
+
+/// Takes the material added last out again, with its entries and the sets that only it is in.
+void TW_MaterialManager::removeLast() noexcept
+{
+    const std::unique_ptr<TW_Material> material(m_vecMaterials.back());
+    m_vecMaterials.pop_back();
+    std::erase_if(m_mapMaterials, [&](const auto& entry) { return entry.second == material.get(); });
+    for (TextureAnimationSet& set : m_vecTextureAnimationSets)
+    {
+        while (!set.empty() && set.back()->m_pMaterial == material.get())
+        {
+            delete set.back();
+            set.pop_back();
+        }
+    }
+    while (!m_vecTextureAnimationSets.empty() && m_vecTextureAnimationSets.back().empty())
+    {
+        m_vecTextureAnimationSets.pop_back();
+    }
+    std::erase_if(m_mapTextureAnimationSets, [&](const auto& entry) { return !isValidAnimationSet(entry.second); });
+}
+
+TW_Material* TW_MaterialManager::findMaterial(const S_String& name) const
+{
+    const S_MemoryScope scope(s_szMemoryScope);
+    const auto found = m_mapMaterials.find(name);
+    return found != m_mapMaterials.end() ? found->second : nullptr;
+}
+
+TW_Material* TW_MaterialManager::getMaterial(int index) const noexcept
+{
+    return m_vecMaterials[static_cast<std::size_t>(index)];
+}
+
+void TW_MaterialManager::remapMaterials(P_VirtualObject* object, TW_MaterialManager* source)
+{
+    const S_MemoryScope scope(s_szMemoryScope);
+    S_Map<const P_Material*, const S_String*> names;
+    for (const TW_Material* material : source->m_vecMaterials)
+    {
+        names.try_emplace(material->getMaterial(), &material->getName());
+    }
+    if (names.empty())
+    {
+        return;
+    }
+    for (int i = 0; i < object->getPrimitiveCount(); ++i)
+    {
+        P_PrimitiveInstance* instance = object->getPrimitiveInstance(i);
+        const auto name = names.find(instance->getMaterial());
+        const TW_Material* material = name != names.end() ? findMaterial(*name->second) : nullptr;
+        if (material)
+        {
+            instance->setMaterial(material->getMaterial());
+        }
+    }
+}
+
+void TW_MaterialManager::addToTextureMemory()
+{
+    for (TW_Material* material : m_vecMaterials)
+    {
+        material->addToTextureMemory();
+    }
+}
+
+void TW_MaterialManager::removeFromTextureMemory() noexcept
+{
+    for (TW_Material* material : m_vecMaterials)
+    {
+        material->removeFromTextureMemory();
+    }
+}
+
+/// The index of a set, or `s_iNoSet`, which no operation takes for a set.
+int TW_MaterialManager::findSet(const S_String& set) const
+{
+    const auto found = m_mapTextureAnimationSets.find(set);
+    return found != m_mapTextureAnimationSets.end() ? found->second : s_iNoSet;
+}
+
+/// Null when set or animation is invalid.
+const TW_MaterialManager::TextureAnimationEntry* TW_MaterialManager::findEntry(int set, int animation) const noexcept
+{
+    return isValidAnimation(set, animation)
+               ? m_vecTextureAnimationSets[static_cast<std::size_t>(set)][static_cast<std::size_t>(animation)]
+               : nullptr;
+}
+
+int TW_MaterialManager::getTextureAnimationIndex(const S_String& set) const
+{
+    const int index = findSet(set);
+    if (index == s_iNoSet)
+    {
+        throw TW_Exception_TextureNotFound(set.c_str());
+    }
+    return index;
+}
+
+bool TW_MaterialManager::textureAnimationExists(const S_String& set) const
+{
+    return findSet(set) != s_iNoSet;
+}
+
+bool TW_MaterialManager::isValidAnimationSet(int set) const noexcept
+{
+    return set >= 0 && static_cast<std::size_t>(set) < m_vecTextureAnimationSets.size();
+}
+
+bool TW_MaterialManager::isValidAnimationSet(const S_String& set) const
+{
+    return textureAnimationExists(set);
+}
+
+bool TW_MaterialManager::isValidAnimation(int set, int animation) const noexcept
+{
+    return isValidAnimationSet(set) && animation >= 0 &&
+           static_cast<unsigned int>(animation) < getTotalTextureAnimations(set);
+}
+
+bool TW_MaterialManager::isValidAnimation(const S_String& set, int animation) const
+{
+    return isValidAnimation(findSet(set), animation);
+}
+
+unsigned int TW_MaterialManager::getTotalTextureAnimations(int set) const noexcept
+{
+    return static_cast<unsigned int>(m_vecTextureAnimationSets[static_cast<std::size_t>(set)].size());
+}
+
+unsigned int TW_MaterialManager::getTotalTextureAnimations(const S_String& set) const
+{
+    const int index = findSet(set);
+    return index != s_iNoSet ? getTotalTextureAnimations(index) : 0;
+}
+
+unsigned int TW_MaterialManager::getTextureAnimationFrames(int set, int animation) const noexcept
+{
+    const TextureAnimationEntry* entry = findEntry(set, animation);
+    return entry ? entry->m_pMaterial->getTextureAnimationFrames(entry->m_eType) : 0;
+}
+
+unsigned int TW_MaterialManager::getTextureAnimationFrames(const S_String& set, int animation) const
+{
+    return getTextureAnimationFrames(findSet(set), animation);
+}
+
+float TW_MaterialManager::getTextureAnimationLength(int set, int animation) const noexcept
+{
+    const TextureAnimationEntry* entry = findEntry(set, animation);
+    return entry ? entry->m_pMaterial->getTextureAnimationLength(entry->m_eType) : 0.0f;
+}
+
+float TW_MaterialManager::getTextureAnimationLength(const S_String& set, int animation) const
+{
+    return getTextureAnimationLength(findSet(set), animation);
+}
+
+float TW_MaterialManager::getTextureAnimationFPS(int set, int animation) const noexcept
+{
+    const TextureAnimationEntry* entry = findEntry(set, animation);
+    return entry ? entry->m_pMaterial->getTextureAnimationFPS(entry->m_eType) : 0.0f;
+}
+
+float TW_MaterialManager::getTextureAnimationFPS(const S_String& set, int animation) const
+{
+    return getTextureAnimationFPS(findSet(set), animation);
+}
+
+void TW_MaterialManager::setTextureAnimationFPS(int set, int animation, float rate) noexcept
+{
+    if (const TextureAnimationEntry* entry = findEntry(set, animation))
+    {
+        entry->m_pMaterial->setTextureAnimationFPS(entry->m_eType, rate);
+    }
+}
+
+void TW_MaterialManager::setTextureAnimationFPS(const S_String& set, int animation, float rate)
+{
+    setTextureAnimationFPS(findSet(set), animation, rate);
+}
+
+bool TW_MaterialManager::animateTexture(int set, float seconds)
+{
+    return animateSet(set, [seconds](TW_Material& material, TW_Material::TextureType type)
+                      { return material.animateTexture(type, seconds); });
+}
+
+bool TW_MaterialManager::animateTexture(const S_String& set, float seconds)
+{
+    return animateTexture(findSet(set), seconds);
+}
+
+bool TW_MaterialManager::animateTextureFrame(int set, float frame)
+{
+    return animateSet(set, [frame](TW_Material& material, TW_Material::TextureType type)
+                      { return material.animateTextureFrame(type, frame); });
+}
+
+bool TW_MaterialManager::animateTextureFrame(const S_String& set, float frame)
+{
+    return animateTextureFrame(findSet(set), frame);
+}
+
+/// Animates every entry of a set; whether any was animated.
+template <typename Animate>
+bool TW_MaterialManager::animateSet(int set, Animate animate)
+{
+    if (!isValidAnimationSet(set))
+    {
+        return false;
+    }
+    bool animated = false;
+    for (const TextureAnimationEntry* entry : m_vecTextureAnimationSets[static_cast<std::size_t>(set)])
+    {
+        animated = animate(*entry->m_pMaterial, entry->m_eType) || animated;
+    }
+    return animated;
+}
+}  // namespace TW2

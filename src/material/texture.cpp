@@ -1,0 +1,250 @@
+#include <tw2/core/exceptions.h>
+#include <tw2/material/texture.h>
+
+#include <platform/runtime/file.h>
+#include <platform/runtime/str.h>
+#include <platform/scene/map.h>
+
+#include <algorithm>
+#include <cctype>
+#include <memory>
+#include <utility>
+
+namespace TW2
+{
+/// An engine map and who uses it.
+struct TW_Texture::SharedMap : S_Allocated
+{
+    S_String filename;
+    S_String alphaFilename;
+    S_String path;
+    S_String alphaPath;
+    int referenceCount = 0;
+    std::unique_ptr<P_Map> map;
+};
+
+S_Vector<S_String> TW_Texture::s_vecTexturePathList;
+S_List<TW_Texture::SharedMap*> TW_Texture::s_lstTextureList;
+TW_TextureCallback* TW_Texture::sm_pTextureCallback = nullptr;
+
+TW_TextureCallback::~TW_TextureCallback() = default;
+
+TW_Texture::TW_Texture(const CreateInfo& info)
+{
+    initializeMembers();
+    construct(info);
+}
+
+TW_Texture::TW_Texture(const TW_Texture& other) : S_Allocated(other)
+{
+    initializeMembers();
+    construct(other);
+}
+
+TW_Texture& TW_Texture::operator=(const TW_Texture& other)
+{
+    construct(other);
+    return *this;
+}
+
+TW_Texture::~TW_Texture()
+{
+    destruct();
+}
+
+void TW_Texture::initializeMembers() noexcept
+{
+    m_bConstructed = false;
+    S_String().swap(m_strName);
+    m_pSharedMap = nullptr;
+}
+
+void TW_Texture::construct(const CreateInfo& info)
+{
+    destruct();
+    S_String name = info.name;
+    SharedMap* map = findMap(info.filename, info.alphaFilename);
+    m_pSharedMap = map ? map : createMap(info);
+    ++m_pSharedMap->referenceCount;
+    m_strName.swap(name);
+    m_bConstructed = true;
+}
+
+void TW_Texture::construct(const TW_Texture& other)
+{
+    if (this == &other)
+    {
+        return;
+    }
+    destruct();
+    m_strName = other.m_strName;
+    m_pSharedMap = other.safeSharedMapPointer();
+    if (m_pSharedMap)
+    {
+        ++m_pSharedMap->referenceCount;
+    }
+    m_bConstructed = true;
+}
+
+void TW_Texture::destruct() noexcept
+{
+    if (!m_bConstructed)
+    {
+        return;
+    }
+    if (m_pSharedMap && --m_pSharedMap->referenceCount == 0)
+    {
+        s_lstTextureList.remove(m_pSharedMap);
+        delete m_pSharedMap;
+    }
+    initializeMembers();
+}
+
+const S_String& TW_Texture::getFilename() const noexcept
+{
+    return m_pSharedMap->filename;
+}
+
+const S_String& TW_Texture::getAlphaFilename() const noexcept
+{
+    return m_pSharedMap->alphaFilename;
+}
+
+const S_String& TW_Texture::getPath() const noexcept
+{
+    return m_pSharedMap->path;
+}
+
+const S_String& TW_Texture::getAlphaPath() const noexcept
+{
+    return m_pSharedMap->alphaPath;
+}
+
+P_Map* TW_Texture::getMap() const noexcept
+{
+    return m_pSharedMap->map.get();
+}
+
+void TW_Texture::addToTextureMemory()
+{
+    getMap()->addToTextureMemory();
+}
+
+void TW_Texture::removeFromTextureMemory() noexcept
+{
+    getMap()->removeFromTextureMemory();
+}
+
+void TW_Texture::addTexturePath(const S_String& directories)
+{
+    constexpr char divider = ';';
+    const auto isBlank = [](char character) { return std::isspace(static_cast<unsigned char>(character)) != 0; };
+    for (std::size_t begin = 0; begin <= directories.size();)
+    {
+        const std::size_t next = std::min(directories.find(divider, begin), directories.size());
+        std::size_t end = next;
+        while (begin < end && isBlank(directories[begin]))
+        {
+            ++begin;
+        }
+        while (begin < end && isBlank(directories[end - 1]))
+        {
+            --end;
+        }
+        if (begin < end)
+        {
+            S_String directory = directories.substr(begin, end - begin);
+            if (directory.back() != '\\' && directory.back() != '/')
+            {
+                directory += '\\';
+            }
+            s_vecTexturePathList.push_back(std::move(directory));
+        }
+        begin = next + 1;
+    }
+}
+
+void TW_Texture::clearTexturePathList() noexcept
+{
+    S_Vector<S_String>().swap(s_vecTexturePathList);
+}
+
+int TW_Texture::getTexturePathCount() noexcept
+{
+    return static_cast<int>(s_vecTexturePathList.size());
+}
+
+const S_String& TW_Texture::getTexturePath(int index) noexcept
+{
+    return s_vecTexturePathList[static_cast<std::size_t>(index)];
+}
+
+TW_Texture::SharedMap* TW_Texture::findMap(const S_String& filename, const S_String& alphaFilename) noexcept
+{
+    for (SharedMap* map : s_lstTextureList)
+    {
+        if (map->filename == filename && map->alphaFilename == alphaFilename)
+        {
+            return map;
+        }
+    }
+    return nullptr;
+}
+
+bool TW_Texture::findFileFromGlobalPathList(S_String& directory, const S_String& filename)
+{
+    directory.clear();
+    for (const S_String& entry : s_vecTexturePathList)
+    {
+        if (File.exists((entry + filename).c_str()))
+        {
+            directory = entry;
+            break;
+        }
+    }
+    return !directory.empty();
+}
+
+/// The absolute directory of a texture file; throws when no directory of the search path holds it.
+S_String TW_Texture::locateFile(const S_String& filename)
+{
+    S_String entry;
+    if (!findFileFromGlobalPathList(entry, filename))
+    {
+        throw TW_Exception_TextureNotFound(filename.c_str());
+    }
+    return File.isAbsolute(entry) ? entry : File.getCurrentDirectory() + entry;
+}
+
+/// Loads a new map and enters it in the list.
+TW_Texture::SharedMap* TW_Texture::createMap(const CreateInfo& info)
+{
+    const bool hasAlphaFile = !info.alphaFilename.empty();
+    auto shared = std::make_unique<SharedMap>();
+    shared->path = locateFile(info.filename);
+    if (hasAlphaFile)
+    {
+        shared->alphaPath = locateFile(info.alphaFilename);
+    }
+    shared->filename = info.filename;
+    shared->alphaFilename = info.alphaFilename;
+    const S_String fullName = shared->path + info.filename;
+    const S_String alphaFullName = shared->alphaPath + info.alphaFilename;
+    shared->map = std::make_unique<P_Map>(fullName.c_str(), hasAlphaFile ? alphaFullName.c_str() : nullptr);
+    if (info.mipLevels != 0)
+    {
+        shared->map->setMipLevelCount(info.mipLevels);
+    }
+    CreateInfo completed = info;
+    completed.path = shared->path;
+    completed.alphaPath = shared->alphaPath;
+    if (sm_pTextureCallback)
+    {
+        (*sm_pTextureCallback)(shared->map.get(), completed);
+    }
+    shared->map->validate();
+    shared->map->setDescription(S_STR("TW: %s", fullName.c_str()));
+    s_lstTextureList.push_back(shared.get());
+    return shared.release();
+}
+}  // namespace TW2

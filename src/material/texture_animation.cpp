@@ -1,0 +1,167 @@
+#include <tw2/core/exceptions.h>
+#include <tw2/material/material_texture_chunk.h>
+#include <tw2/material/texture.h>
+#include <tw2/material/texture_animation.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+
+namespace TW2
+{
+TextureAnimation::TextureAnimation(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha)
+{
+    initializeMembers();
+    construct(slot, alpha);
+}
+
+TextureAnimation::TextureAnimation(const TextureAnimation& other) : S_Allocated(other)
+{
+    initializeMembers();
+    construct(other);
+}
+
+TextureAnimation& TextureAnimation::operator=(const TextureAnimation& other)
+{
+    construct(other);
+    return *this;
+}
+
+TextureAnimation::~TextureAnimation()
+{
+    destruct();
+}
+
+void TextureAnimation::initializeMembers() noexcept
+{
+    m_bConstructed = false;
+    S_Vector<TW_Texture*>().swap(m_vecFrames);
+    m_iFramesPerSecond = 1;
+    m_iStartFrame = 0;
+    m_bLooping = false;
+}
+
+void TextureAnimation::construct(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha)
+{
+    destruct();
+    if (slot.frameFiles.empty())
+    {
+        throw TW_Exception_TextureNotFound(slot.name.c_str());
+    }
+    m_bConstructed = true;
+    try
+    {
+        static const S_Vector<S_String> s_vecNoFiles;
+        createFrames(slot, alpha ? alpha->frameFiles : s_vecNoFiles);
+        if (slot.playback == MaterialTextureChunk::PLAYBACK_PING_PONG)
+        {
+            appendPlayedBackwards();
+        }
+    }
+    catch (...)
+    {
+        destruct();
+        throw;
+    }
+    m_iFramesPerSecond = slot.framesPerSecond;
+    m_bLooping = slot.playback != MaterialTextureChunk::PLAYBACK_ONCE;
+    m_iStartFrame = slot.randomStart ? std::rand() % static_cast<int>(m_vecFrames.size()) : slot.startFrame;
+}
+
+void TextureAnimation::createFrames(const MaterialTextureChunk& slot, const S_Vector<S_String>& alphaFiles)
+{
+    TW_Texture::CreateInfo info;
+    info.name = slot.name;
+    info.mipLevels = slot.mipLevels;
+    const std::size_t count = std::max(slot.frameFiles.size(), alphaFiles.size());
+    m_vecFrames.reserve(count);
+    for (std::size_t frame = 0; frame < count; ++frame)
+    {
+        info.filename = slot.frameFiles[frame % slot.frameFiles.size()];
+        if (!alphaFiles.empty())
+        {
+            info.alphaFilename = alphaFiles[frame % alphaFiles.size()];
+        }
+        m_vecFrames.push_back(new TW_Texture(info));
+    }
+}
+
+void TextureAnimation::appendPlayedBackwards()
+{
+    const std::size_t count = m_vecFrames.size();
+    m_vecFrames.reserve(2 * count);
+    for (std::size_t frame = count; frame-- > 0;)
+    {
+        m_vecFrames.push_back(m_vecFrames[frame]);
+    }
+}
+
+void TextureAnimation::construct(const TextureAnimation& other)
+{
+    if (this == &other)
+    {
+        return;
+    }
+    destruct();
+    m_bConstructed = true;
+    m_iFramesPerSecond = other.m_iFramesPerSecond;
+    m_iStartFrame = other.m_iStartFrame;
+    m_bLooping = other.m_bLooping;
+    try
+    {
+        m_vecFrames.reserve(other.m_vecFrames.size());
+        for (const TW_Texture* frame : other.m_vecFrames)
+        {
+            m_vecFrames.push_back(new TW_Texture(*frame));
+        }
+    }
+    catch (...)
+    {
+        destruct();
+        throw;
+    }
+}
+
+void TextureAnimation::destruct() noexcept
+{
+    if (!m_bConstructed)
+    {
+        return;
+    }
+    // The way back of a ping-pong sequence names the textures of the way there once more.
+    std::sort(m_vecFrames.begin(), m_vecFrames.end(), std::less<>());
+    m_vecFrames.erase(std::unique(m_vecFrames.begin(), m_vecFrames.end()), m_vecFrames.end());
+    for (TW_Texture* frame : m_vecFrames)
+    {
+        delete frame;
+    }
+    initializeMembers();
+}
+
+TW_Texture* TextureAnimation::getFrame(unsigned int frame) const noexcept
+{
+    const auto count = static_cast<unsigned int>(m_vecFrames.size());
+    const unsigned int position = static_cast<unsigned int>(m_iStartFrame) + frame;
+    if (position >= count && !m_bLooping)
+    {
+        return m_vecFrames.back();
+    }
+    return m_vecFrames[position % count];
+}
+
+void TextureAnimation::addToTextureMemory()
+{
+    for (TW_Texture* frame : m_vecFrames)
+    {
+        frame->addToTextureMemory();
+    }
+}
+
+void TextureAnimation::removeFromTextureMemory() noexcept
+{
+    for (TW_Texture* frame : m_vecFrames)
+    {
+        frame->removeFromTextureMemory();
+    }
+}
+}  // namespace TW2

@@ -1,0 +1,160 @@
+#include "tests/support/expectations.h"
+#include "tests/support/picture_files.h"
+
+#include <platform/image/image.h>
+#include <platform/image/image_exception.h>
+#include <platform/runtime/memory_scope.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace
+{
+using support::PictureFormat;
+using testing::HasSubstr;
+using Bytes = std::vector<unsigned char>;
+
+struct Tolerance
+{
+    int color;
+    bool keepsAlpha;
+};
+
+Tolerance getTolerance(PictureFormat format)
+{
+    const bool isExact = format != PictureFormat::JPEG;
+    const bool keepsAlpha = isExact && format != PictureFormat::BMP;
+    return {isExact ? 0 : 12, keepsAlpha};
+}
+
+G_Image decode(const Bytes& bytes)
+{
+    return G_Image::decode(bytes.data(), bytes.size(), "stone.png");
+}
+
+std::string complaintAbout(const Bytes& bytes)
+{
+    return support::messageOf([&] { static_cast<void>(decode(bytes)); });
+}
+}  // namespace
+
+TEST(Image, EveryFormatGivesItsPixelsFromTopToBottom)
+{
+    const G_Image original = support::makeVariedPicture(12, 7);
+    for (const PictureFormat format : support::allPictureFormats)
+    {
+        const G_Image image = decode(support::encodePicture(original, format));
+        ASSERT_EQ(image.getWidth(), 12u);
+        ASSERT_EQ(image.getHeight(), 7u);
+        const Tolerance tolerance = getTolerance(format);
+        int worst = 0;
+        for (std::size_t i = 0; i < image.getSize(); ++i)
+        {
+            const bool isAlpha = i % 4 == 3;
+            const int expected = isAlpha && !tolerance.keepsAlpha ? 255 : original.getPixels()[i];
+            worst = std::max(worst, std::abs(image.getPixels()[i] - expected));
+        }
+        // Neighbours differ by 16 in some channel: a swapped row, column or channel is off by more.
+        EXPECT_LE(worst, tolerance.color) << "format " << static_cast<int>(format);
+    }
+}
+
+TEST(Image, APictureCutOffAnywhereIsRejectedByName)
+{
+    const G_Image original = support::makeVariedPicture(8, 5);
+    for (const PictureFormat format : support::allPictureFormats)
+    {
+        const Bytes bytes = support::encodePicture(original, format);
+        for (std::size_t size = 0; size < bytes.size(); ++size)
+        {
+            const long long live = S_Memory::getLiveCount();
+            EXPECT_THAT(complaintAbout(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size))),
+                        HasSubstr("Image \"stone.png\": "))
+                << "format " << static_cast<int>(format) << ", " << size << " of " << bytes.size() << " bytes";
+            ASSERT_EQ(S_Memory::getLiveCount(), live);
+        }
+    }
+}
+
+TEST(Image, APNGWithAnyByteAlteredIsRejected)
+{
+    const Bytes original = support::encodePicture(support::makeVariedPicture(8, 5), PictureFormat::PNG);
+    for (std::size_t i = 0; i < original.size(); ++i)
+    {
+        Bytes altered = original;
+        altered[i] ^= 0x10;
+        EXPECT_THROW(static_cast<void>(decode(altered)), G_ImageException) << "byte " << i;
+    }
+}
+
+TEST(Image, AnAbsurdSizeIsRejectedBeforeMemoryIsReserved)
+{
+    struct Case
+    {
+        const char* m_szName;
+        Bytes m_bytes;
+        const char* m_szReason;
+    };
+    Bytes largeBMP = support::encodePicture(support::makePlainPicture(4, 4, {1, 2, 3, 255}), PictureFormat::BMP);
+    largeBMP[20] = largeBMP[24] = 1;  // the sides' third bytes: 65540 x 65540
+    const Case cases[] = {
+        {"far too many pixels", support::makeHollowPNG(30000, 30000, 100),
+         "not a PNG, JPEG, TGA or BMP picture of up to 67108864 pixels"},
+        {"a few pixels too many", support::makeHollowPNG(8193, 8192, 100), "8193 x 8192 pixels are more than 67108864"},
+        {"less data than any picture of this size", support::makeHollowPNG(8000, 8000, 100), "cut off"},
+        {"data for more pixels than there are", support::makeHollowPNG(1, 1, 8 << 20), "unpack to more"},
+        {"too many pixels in a BMP", largeBMP, "65540 x 65540 pixels are more"},
+    };
+    for (const Case& test : cases)
+    {
+        const auto before = S_MemoryScope::getUsage("absurd pictures");
+        {
+            const S_MemoryScope scope("absurd pictures");
+            EXPECT_THAT(complaintAbout(test.m_bytes), HasSubstr(test.m_szReason)) << test.m_szName;
+        }
+        EXPECT_LT(S_MemoryScope::getUsage("absurd pictures").m_iBytes - before.m_iBytes, 10'000'000) << test.m_szName;
+    }
+    EXPECT_THROW(G_Image(0, 5), G_ImageException);
+    EXPECT_THROW(G_Image(1, std::numeric_limits<unsigned int>::max()), G_ImageException);
+}
+
+TEST(Image, RunningOutOfMemoryLeavesNothingBehind)
+{
+    const G_Image original = support::makeVariedPicture(9, 6);
+    for (const PictureFormat format : support::allPictureFormats)
+    {
+        const Bytes bytes = support::encodePicture(original, format);
+        support::expectNothingLeftByFailedAllocations([&] { static_cast<void>(decode(bytes)); });
+    }
+    support::expectNothingLeftByFailedAllocations([&] { static_cast<void>(original.encodePNG()); });
+}
+
+TEST(Image, AWrittenPNGIsReadBackAndReplacesTheOldFileAsAWhole)
+{
+    support::TemporaryDirectory directory;
+    directory.enter();
+    const G_Image original = support::makeVariedPicture(16, 16);
+    original.writePNG("out.png");
+    const G_Image image("OUT.PNG");
+    ASSERT_EQ(image.getSize(), original.getSize());
+    EXPECT_EQ(std::memcmp(image.getPixels(), original.getPixels(), image.getSize()), 0);
+
+    EXPECT_THAT(support::messageOf([] { G_Image().writePNG("out.png"); }), HasSubstr("out.png"));
+    EXPECT_EQ(G_Image("out.png").getWidth(), 16u);
+    directory.write("broken.png", "no picture");
+    EXPECT_THAT(support::messageOf([] { G_Image("broken.png"); }), HasSubstr("Image \"broken.png\": not a PNG"));
+    EXPECT_THROW(G_Image("missing.png"), S_FileException);
+}
+
+TEST(Image, OnlyAPictureOfOneColourIsUniform)
+{
+    G_Image image = support::makePlainPicture(3, 2, {10, 20, 30, 40});
+    EXPECT_TRUE(image.isUniform());
+    image.accessPixel(2, 1)[3] ^= 1;
+    EXPECT_FALSE(image.isUniform());
+    EXPECT_TRUE(G_Image().isUniform());
+}
