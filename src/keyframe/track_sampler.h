@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tw2/export.h>
+
 #include <platform/math/matrix4x3.h>
 
 #include <cstddef>
@@ -30,7 +32,7 @@ struct TrackBatch
 /// Samples every track of a batch at one frame (any value) and writes the matrices.
 ///
 /// The bits are those of `animateFrameWithLastFrame` followed by the arithmetic of `write`, track by track. Four tracks
-/// are worked on at a time; allocates nothing.
-void sampleTracks(const TrackBatch& batch, float frame, TrackWrite write = TrackWrite::Replace,
-                  float weight = 1.0F) noexcept;
+/// are worked on at a time; allocates nothing. Exported for the tests and benchmarks only.
+TW2_API void sampleTracks(const TrackBatch& batch, float frame, TrackWrite write = TrackWrite::Replace,
+                          float weight = 1.0F) noexcept;
 }  // namespace TW2

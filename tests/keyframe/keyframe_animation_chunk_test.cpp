@@ -1,0 +1,147 @@
+#include "tests/support/expectations.h"
+#include "tests/support/keyframe_tracks.h"
+
+#include <tw2/keyframe/keyframe_animation_chunk.h>
+
+#include <platform/runtime/memory_file.h>
+#include <platform/runtime/memory_file_writer.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+
+using TW2::KeyframeAnimationChunk;
+
+namespace
+{
+KeyframeAnimationChunk makeChunk(unsigned int seed = 1)
+{
+    std::mt19937 random(seed);
+    KeyframeAnimationChunk chunk = support::makeTrack(random, {.frames = 100,
+                                                               .keys = 7,
+                                                               .looping = true,
+                                                               .loopInterpolation = true,
+                                                               .loopToFrame = 12,
+                                                               .interpolationMode = 2,
+                                                               .keepScale = true,
+                                                               .visibilityKeys = 3});
+    chunk.objectName = "second name";
+    return chunk;
+}
+
+KeyframeAnimationChunk read(const S_MemoryFileWriter& writer, KeyframeAnimationChunk into = {})
+{
+    S_MemoryFile file;
+    file.constructFromMemory("test", writer.getBytes().data(), writer.getBytes().size());
+    file >> into;
+    return into;
+}
+}  // namespace
+
+TEST(KeyframeAnimationChunk, WhatIsWrittenIsReadBack)
+{
+    S_MemoryFileWriter writer;
+    writer << makeChunk();
+    KeyframeAnimationChunk chunk = read(writer);
+    EXPECT_EQ(chunk, makeChunk());
+    EXPECT_NE(chunk, makeChunk(2));
+    chunk.clear();
+    EXPECT_EQ(chunk, KeyframeAnimationChunk());
+}
+
+TEST(KeyframeAnimationChunk, EachVersionFillsItsFieldsAndKeepsTheOthers)
+{
+    KeyframeAnimationChunk previous = makeChunk(2);
+    previous.loopToFrame = 77;
+    previous.interpolationMode = 1;
+    for (unsigned int version = 0; version <= 6; ++version)
+    {
+        KeyframeAnimationChunk expected = makeChunk();
+        if (version < 1)
+        {
+            expected.visibilityKeys = previous.visibilityKeys;
+        }
+        if (version < 2)
+        {
+            expected.loopToFrame = 77;
+        }
+        if (version < 3)
+        {
+            expected.interpolationMode = 1;
+        }
+        S_MemoryFileWriter writer;
+        support::writeTrack(writer, makeChunk(), version);
+        EXPECT_EQ(read(writer, previous), expected) << "version " << version;
+        if (version == 0)
+        {
+            const KeyframeAnimationChunk fresh = read(writer);
+            EXPECT_EQ(fresh.totalFrameCount, 100u) << "the file holds the number of the last frame, 99";
+            EXPECT_TRUE(fresh.visibilityKeys.empty());
+            EXPECT_EQ(fresh.interpolationMode, 0);
+            EXPECT_FALSE(fresh.keepScale);
+        }
+    }
+}
+
+TEST(KeyframeAnimationChunk, ANewerHeaderAndANewerChunkAreSkippedToTheirEnds)
+{
+    const KeyframeAnimationChunk expected = makeChunk();
+    S_MemoryFileWriter writer;
+    {
+        const S_MemoryFileWriter::Chunk chunk(writer, TW2::CHUNK_KEYFRAME_ANIMATION, 9);
+        {
+            const S_MemoryFileWriter::Chunk header(writer, TW2::CHUNK_ANIMATION_HEADER, 3);
+            writer << expected.header.targetName << expected.header.frameRate << expected.header.looping << 5.0F
+                   << "new";
+        }
+        writer << expected.objectName << expected.loopInterpolation << expected.totalFrameCount;
+        writer << 0 << 0 << expected.loopToFrame << expected.interpolationMode << expected.keepScale << "new";
+    }
+    writer << expected;
+    S_MemoryFile file;
+    file.constructFromMemory("test", writer.getBytes().data(), writer.getBytes().size());
+    KeyframeAnimationChunk newer;
+    file >> newer;
+    EXPECT_EQ(newer.header, expected.header);
+    EXPECT_TRUE(newer.keys.empty());
+    EXPECT_EQ(newer.totalFrameCount, 100u);
+    S_MemoryFile::Chunk peeked;
+    file.seek(0, S_MemoryFile::seekBegin);
+    file.peekChunk(peeked);
+    file.skipChunk();
+    KeyframeAnimationChunk second;
+    file >> second;
+    EXPECT_EQ(second, expected);
+}
+
+TEST(KeyframeAnimationChunk, ADamagedChunkCostsAnExceptionWhereverItEnds)
+{
+    S_MemoryFileWriter writer;
+    writer << makeChunk();
+    const auto& bytes = writer.getBytes();
+    for (std::size_t size = 1; size < bytes.size(); ++size)
+    {
+        // Shorter by what is cut off, so that the chunk's size is right and its values are missing.
+        std::string cut(reinterpret_cast<const char*>(bytes.data()), size);
+        if (size >= S_MemoryFile::sm_headerSize)
+        {
+            const auto body = static_cast<unsigned int>(size - S_MemoryFile::sm_headerSize);
+            std::memcpy(cut.data() + 8, &body, sizeof body);
+        }
+        S_MemoryFile file;
+        file.constructFromMemory("cut", cut.data(), cut.size());
+        KeyframeAnimationChunk chunk;
+        EXPECT_THROW(file >> chunk, S_MemoryFileException) << size;
+    }
+    // A count that nothing stands behind must not reserve memory.
+    S_MemoryFileWriter lying;
+    {
+        const S_MemoryFileWriter::Chunk chunk(lying, TW2::CHUNK_KEYFRAME_ANIMATION, 5);
+        lying << TW2::AnimationHeader() << "" << false << 10u << 0xFFFFFFFFu << 1.0F;
+    }
+    const long long allocations = S_Memory::sm_iNewCount;
+    EXPECT_THROW(read(lying), S_MemoryFileException);
+    EXPECT_LT(S_Memory::sm_iNewCount, allocations + 20);
+}
