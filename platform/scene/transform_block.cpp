@@ -194,6 +194,7 @@ void P_TransformBlock::release(P_BaseObject& object) noexcept
     m_puiOutsideChildren[i] = 0;
     setParent(i, PARENT_NONE);
     m_pStates[i] = STATE_VALID;
+    changed();
 }
 
 void P_TransformBlock::setParent(unsigned int index, int parent) noexcept

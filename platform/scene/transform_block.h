@@ -83,8 +83,8 @@ public:
     void invalidate(const unsigned int* indices, std::size_t count) noexcept;
     /// The same for every index i with mask[i] not 0; `mask` has `getCount()` entries.
     void invalidateMasked(const unsigned char* mask) noexcept;
-    /// A value that changes whenever a member is marked as out of date, and never returns to an earlier one. A caller
-    /// that remembers it after `updateWorldMatrices` can tell that nothing in the block has moved since.
+    /// A value that changes whenever a member is marked as out of date or leaves, and never returns to an earlier one.
+    /// A caller that remembers it after `updateWorldMatrices` can tell that nothing in the block has moved since.
     [[nodiscard]] unsigned long long getChangeCount() const noexcept { return m_uiChangeCount; }
     /// @}
 

@@ -154,10 +154,11 @@ protected:
 
 private:
     void initializeMembers() noexcept;
-    TW_ObjectAnimation& addLevel(int level, float range);
+    template <typename Steps>
+    void build(const Steps& steps);
+    TW_ObjectAnimation& addLevel();
+    void enterLevel(int level, float range);
     [[nodiscard]] TW_ObjectAnimation& getUsedOrLast() const;
-    template <typename Call>
-    bool forEachLevel(const Call& call);
 
     P_LODObject* m_pEngineLODObject;
     int m_iLevelCount;

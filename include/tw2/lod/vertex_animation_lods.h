@@ -163,11 +163,14 @@ protected:
 
 private:
     void initializeMembers() noexcept;
+    template <typename Steps>
+    void build(const Steps& steps);
+    template <typename ConstructFirst>
+    void buildFromScript(int levelCount, S_Script& skinScript, const int* blockIndices, const float* distances,
+                         const ConstructFirst& constructFirst);
     TW_VertexAnimation& addLevel();
     void enterLevel(int level, float range);
     [[nodiscard]] TW_VertexAnimation& getUsedOrLast() const;
-    template <typename Call>
-    bool forEachLevel(const Call& call);
 
     bool m_bConstructed;
     P_LODObject* m_pEngineLODObject;

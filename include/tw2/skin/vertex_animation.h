@@ -200,40 +200,61 @@ private:
     };
 
     void initializeMembers() noexcept;
+    /// What all forms have in common around the steps of one.
+    template <typename Steps>
+    void build(const Steps& steps);
 
-    void addSkeleton(int blockIndex, S_Script& script);
-    void copySkeleton(const TW_ObjectAnimation& source);
-    void shareSkeleton(const TW_VertexAnimation& source);
+    /// @name Skeleton
+    /// @{
     TW_ObjectAnimation& createSkeleton();
+    [[nodiscard]] SharedSkeleton* holdSkeleton() const;
+    void addSkeleton(S_Script& script, int block);
+    void copySkeleton(const TW_ObjectAnimation& source);
     void hideSkeleton();
     void releaseSkeleton() noexcept;
+    /// @}
 
-    void addSkin(S_Script& script, int blockIndex);
+    /// @name Skin
+    /// @{
+    void addSkin(S_Script& script, int block);
     void copySkin(const TW_ObjectAnimation& source, const Skin* skinData, TW_MaterialManager* materialManager);
-    void releaseSkin() noexcept;
     void readSkinData(S_Script& script);
     void takeBoundingVolumes();
-    void constructByName(S_Script& skeletonScript, const char* skeletonBlock, S_Script& skinScript,
-                         const char* skinBlock);
+    void releaseSkin() noexcept;
+    /// @}
 
+    /// The skin, else the skeleton, if it uses a manual volume of the kind asked for; null when neither does.
+    [[nodiscard]] TW_ObjectAnimation* findManualVolume(bool (TW_ObjectAnimation::*isUsed)() const noexcept) const;
+    void buildByName(S_Script& skeletonScript, const char* skeletonBlock, S_Script& skinScript, const char* skinBlock);
+    void nameAfterParts();
+
+    /// @name Bones
+    /// @{
     void setUpBones();
     void handOutBoneMatrices();
     void updateBoneMatrices();
-    template <typename Build>
-    void build(const Build& steps);
+    [[nodiscard]] bool hasMovedSinceUpdate();
+    /// @}
 
     bool m_bConstructed;
     SharedSkeleton* m_pSharedSkeleton;
     TW_ObjectAnimation* m_pSkin;
     Skin* m_pSkinData;
+    /// Per bone: from the space of the skin's first mesh to the bone's own, at rest.
     S_Vector<M_Matrix4x3Template<float>> m_vecReferenceMatrices;
     S_Vector<M_Matrix4x3Template<float>> m_vecBoneMatrices;
+    /// Change counts of bones and skin when the bone matrices were written, and whether all their world matrices were
+    /// up to date then: only then is it sure that equal counts mean equal matrices.
+    unsigned long long m_uBoneChange;
+    unsigned long long m_uSkinChange;
+    bool m_bWorldsWereValid;
 };
 
 /// The content of one skin data file.
 ///
-/// Indices are not checked by the queries: primitives, vertices and influences must exist. The record itself is checked
-/// when it comes in, so that a vertex of a primitive always leads to influences and bones that exist.
+/// Copies share the record. Indices are not checked by the queries: primitives, vertices and influences must exist. The
+/// record itself is checked when it comes in, so that a vertex of a primitive always leads to influences and bones that
+/// exist.
 class TW2_API TW_VertexAnimation::Skin : public S_Allocated
 {
 public:
@@ -262,35 +283,35 @@ public:
     /// @{
 
     /// False for old files, whose data know no primitives: all vertices are one.
-    [[nodiscard]] bool isSortedByPrimitive() const noexcept { return m_chunk.sortedByPrimitive; }
+    [[nodiscard]] bool isSortedByPrimitive() const noexcept { return m_pChunk->sortedByPrimitive; }
     [[nodiscard]] int getPrimitiveVertexCount(int primitive) const noexcept
     {
-        return static_cast<int>(m_chunk.primitiveVertexCounts[static_cast<std::size_t>(primitive)]);
+        return static_cast<int>(m_pChunk->primitiveVertexCounts[static_cast<std::size_t>(primitive)]);
     }
     /// Number of influences of a vertex.
     [[nodiscard]] int getVertexBoneCount(int primitive, int vertex) const noexcept
     {
-        return m_chunk.vertexBoneCounts[find(primitive, vertex)];
+        return m_pChunk->vertexBoneCounts[find(primitive, vertex)];
     }
     /// The bone counts of a primitive's vertices, in order; valid as long as the object is unchanged.
     [[nodiscard]] const int* getVertexBoneCountList(int primitive) const noexcept
     {
-        return m_chunk.vertexBoneCounts.data() + find(primitive, 0);
+        return m_pChunk->vertexBoneCounts.data() + find(primitive, 0);
     }
     /// The bone of an influence, as an index into the record's bone names.
     [[nodiscard]] int getVertexBone(int primitive, int vertex, int influence) const noexcept
     {
-        return m_chunk.influenceBones[find(primitive, vertex, influence)];
+        return m_pChunk->influenceBones[find(primitive, vertex, influence)];
     }
     [[nodiscard]] float getVertexWeight(int primitive, int vertex, int influence) const noexcept
     {
-        return m_chunk.influenceWeights[find(primitive, vertex, influence)];
+        return m_pChunk->influenceWeights[find(primitive, vertex, influence)];
     }
     /// @}
 
     /// @name Whole record
     /// @{
-    [[nodiscard]] const SkinChunk& getSkinChunk() const noexcept { return m_chunk; }
+    [[nodiscard]] const SkinChunk& getSkinChunk() const noexcept { return *m_pChunk; }
     /// Whether any vertex follows the bone of that name (any letter case).
     [[nodiscard]] bool boneHasVerticesWeighted(const char* boneName) const;
     /// Throws TW_Exception_InvalidGeometry unless the object names are those of the skin's meshes, in order, and every
@@ -301,15 +322,23 @@ public:
 private:
     [[nodiscard]] std::size_t find(int primitive, int vertex) const noexcept
     {
-        return std::size_t{m_chunk.primitiveFirstVertices[static_cast<std::size_t>(primitive)]} +
+        return std::size_t{m_pChunk->primitiveFirstVertices[static_cast<std::size_t>(primitive)]} +
                static_cast<std::size_t>(vertex);
     }
     [[nodiscard]] std::size_t find(int primitive, int vertex, int influence) const noexcept
     {
-        return static_cast<std::size_t>(m_chunk.vertexInfluenceStarts[find(primitive, vertex)] + influence);
+        return static_cast<std::size_t>(m_pChunk->vertexInfluenceStarts[find(primitive, vertex)] + influence);
     }
 
+    struct SharedChunk;
+
+    void initializeMembers() noexcept;
+    void take(SkinChunk&& chunk);
+    void share(const Skin& other) noexcept;
+    void release() noexcept;
+
     bool m_bConstructed;
-    SkinChunk m_chunk;
+    SharedChunk* m_pShared;     // by all copies
+    const SkinChunk* m_pChunk;  // the shared one, or an empty one
 };
 }  // namespace TW2

@@ -1,0 +1,227 @@
+#include "tests/support/expectations.h"
+#include "tests/support/verbose_capture.h"
+
+#include <tw2/io/chunk_id.h>
+#include <tw2/light/directional_light_animation.h>
+#include <tw2/light/light_animation_chunks.h>
+#include <tw2/light/point_light_animation.h>
+#include <tw2/light/spot_light_animation.h>
+
+#include <platform/runtime/memory_file.h>
+#include <platform/runtime/memory_file_writer.h>
+#include <platform/scene/directional_light.h>
+#include <platform/scene/point_light.h>
+#include <platform/scene/spot_light.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace TW2;
+
+namespace
+{
+S_Vector<FloatKey> keys(float first, float last)
+{
+    return {{0, first}, {49, last}};
+}
+
+/// A lamp of 50 frames at 25 per second, each quantity moving between two values of its own.
+template <typename Chunk>
+Chunk makeLamp()
+{
+    Chunk chunk;
+    chunk.header = {"lamp", 25, false};
+    chunk.loopToFrame = 7;
+    chunk.totalFrameCount = 50;
+    chunk.loopInterpolation = true;
+    chunk.colorKeys = {{0, {255, 0, 0, 255}}, {49, {0, 98, 49, 255}}};
+    chunk.brightnessKeys = keys(0.5f, 0.5f);
+    if constexpr (requires { chunk.fallOffKeys; })
+    {
+        chunk.hotSpotKeys = keys(1, 2);
+        chunk.fallOffKeys = keys(10, 59);
+    }
+    if constexpr (requires { chunk.fallOffAngleKeys; })
+    {
+        chunk.hotSpotAngleKeys = keys(20, 69);
+        chunk.fallOffAngleKeys = keys(30, 79);
+    }
+    return chunk;
+}
+
+template <typename Chunk>
+Chunk read(const S_MemoryFileWriter& writer)
+{
+    S_MemoryFile file;
+    file.constructFromMemory("lamp.tw", writer.getBytes().data(), writer.getBytes().size());
+    Chunk chunk;
+    file >> chunk;
+    EXPECT_EQ(file.getPosition(), file.getFileSize());
+    return chunk;
+}
+
+template <typename Chunk>
+class LightAnimationChunks : public testing::Test
+{
+};
+using Chunks = testing::Types<PointLightAnimationChunk, DirectionalLightAnimationChunk, SpotLightAnimationChunk>;
+TYPED_TEST_SUITE(LightAnimationChunks, Chunks);
+
+TYPED_TEST(LightAnimationChunks, WhatIsWrittenIsReadAgain)
+{
+    S_MemoryFileWriter writer;
+    writer << makeLamp<TypeParam>();
+    EXPECT_EQ(read<TypeParam>(writer), makeLamp<TypeParam>());
+}
+}  // namespace
+
+TEST(LightAnimationFiles, OldVersionsStoreTheLastFrameAndTheFirstNoLoopToFrame)
+{
+    for (unsigned int version = 0; version < 2; ++version)
+    {
+        S_MemoryFileWriter writer;
+        {
+            const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_POINT_LIGHT_ANIMATION, version);
+            {
+                const S_MemoryFileWriter::Chunk header(writer, CHUNK_ANIMATION_HEADER, 9);
+                writer << "lamp" << 25 << true << "something that a later version added";
+            }
+            writer << 49 << false;
+            writer << 1 << 0u << 1.0f << 2.0f << 3.0f << 4.0f;  // colour
+            writer << 1 << 3u << 0.5f << 0 << 0;                // brightness; no hot spot, no fall-off
+            if (version > 0)
+            {
+                writer << 12u;
+            }
+        }
+        const auto lamp = read<PointLightAnimationChunk>(writer);
+        EXPECT_EQ(lamp.totalFrameCount, 50);
+        EXPECT_EQ(lamp.loopToFrame, version > 0 ? 12u : 0u);
+        EXPECT_TRUE(lamp.header.looping);
+        EXPECT_EQ(lamp.colorKeys.front().color, G_FColor(1, 2, 3, 4));
+        EXPECT_EQ(lamp.brightnessKeys.front(), (FloatKey{3, 0.5f}));
+        EXPECT_TRUE(lamp.fallOffKeys.empty());
+    }
+}
+
+TEST(LightAnimationFiles, ANumberOfKeysThatTheFileCannotHoldIsNamedAndNotAllocated)
+{
+    S_MemoryFileWriter writer;
+    {
+        const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_SPOT_LIGHT_ANIMATION, 2);
+        writer << AnimationHeader{"lamp", 25, false} << 50 << false << 0x7FFFFFFF;
+    }
+    const std::string message = support::messageOf([&] { read<SpotLightAnimationChunk>(writer); });
+    EXPECT_NE(message.find("lamp.tw"), std::string::npos) << message;
+}
+
+TEST(LightAnimations, ASpotLightTakesColorTimesBrightnessRangeAndAngles)
+{
+    const TW_SpotLightAnimation lamp(makeLamp<SpotLightAnimationChunk>());
+    P_SpotLight light;
+    lamp.animateFrame(&light, 0.0f);
+    EXPECT_EQ(light.getColor(), G_FColor(127.5f, 0, 0, 127.5f));
+    lamp.animate(&light, 1.0f);  // frame 25 of keys at 0 and 49
+    EXPECT_NEAR(light.getColor().green, 0.5 * 98 * 25 / 49.0, 1e-4);
+    EXPECT_NEAR(light.getFalloffRange(), 35, 1e-4);
+    EXPECT_NEAR(light.getHotspotAngle(), 45, 1e-4);
+    EXPECT_NEAR(light.getFalloffAngle(), 55, 1e-4);
+    // Back in time and past the end.
+    lamp.animateFrame(&light, 10.0f);
+    EXPECT_NEAR(light.getFalloffRange(), 20, 1e-4);
+    lamp.animate(&light, 2.0f);
+    EXPECT_EQ(light.getFalloffRange(), 59.0f);
+}
+
+TEST(LightAnimations, PointAndDirectionalLightsTakeWhatTheyHave)
+{
+    const TW_PointLightAnimation point(makeLamp<PointLightAnimationChunk>());
+    P_PointLight pointLight;
+    point.animate(&pointLight, 1.0f);
+    EXPECT_NEAR(pointLight.getFalloffRange(), 35, 1e-4);
+    EXPECT_EQ(point.getHotSpotContainer()->m_vecValues.back(), 2.0f);
+
+    const TW_DirectionalLightAnimation sun(makeLamp<DirectionalLightAnimationChunk>());
+    P_DirectionalLight sunLight;
+    sun.animate(&sunLight, 1.0f);
+    EXPECT_EQ(sunLight.getColor(), pointLight.getColor());
+
+    support::VerboseCapture log;
+    sun.dump();
+    TW_SpotLightAnimation(makeLamp<SpotLightAnimationChunk>()).dump();
+    EXPECT_EQ(log.getText(),
+              "Point light animation for object: \"lamp\"\nFrame rate: 25\n"
+              "Spot light animation for object: \"lamp\"\nFrame rate: 25\n");
+}
+
+TEST(LightAnimations, ALightKeepsWhatIsNotAnimated)
+{
+    auto chunk = makeLamp<PointLightAnimationChunk>();
+    chunk.fallOffKeys.clear();
+    chunk.brightnessKeys.clear();
+    P_PointLight light;
+    light.setFalloffRange(3.0f);
+    TW_PointLightAnimation(chunk).animateFrame(&light, 0.0f);
+    EXPECT_EQ(light.getColor(), G_FColor(255, 0, 0, 255));
+    EXPECT_EQ(light.getFalloffRange(), 3.0f);
+
+    chunk = makeLamp<PointLightAnimationChunk>();
+    chunk.colorKeys.clear();
+    const G_FColor before = light.getColor();
+    TW_PointLightAnimation(chunk).animateFrame(&light, 0.0f);
+    TW_PointLightAnimation().animateFrame(&light, 0.0f);
+    EXPECT_EQ(light.getColor(), before);
+}
+
+TEST(LightAnimations, OnlyALoopingAnimationContinuesAtItsLoopToFrame)
+{
+    auto chunk = makeLamp<PointLightAnimationChunk>();
+    const TW_PointLightAnimation once(chunk);
+    EXPECT_EQ(once.getColorContainer()->m_uLoopToFrame, 49u);
+    EXPECT_FALSE(once.getFallOffContainer()->m_bLooping);
+    chunk.header.looping = true;
+    const TW_PointLightAnimation looping(chunk);
+    for (const auto* track : {looping.getBrightnessContainer(), looping.getFallOffContainer()})
+    {
+        EXPECT_EQ(track->m_uLoopToFrame, 7u);
+        EXPECT_EQ(track->m_uTotalFrameCount, 50u);
+        EXPECT_TRUE(track->m_bLooping && track->m_bLoopInterpolation);
+    }
+}
+
+TEST(LightAnimations, CopiesShareTheirTracksUntilTheLastGoes)
+{
+    const long long live = S_Memory::getLiveCount();
+    {
+        auto first = std::make_unique<TW_SpotLightAnimation>(makeLamp<SpotLightAnimationChunk>());
+        TW_SpotLightAnimation second(*first);
+        EXPECT_EQ(second.getColorContainer(), first->getColorContainer());
+        second.setFrameRate(50);
+        second.setAnimationTargetName("other lamp");
+        EXPECT_EQ(first->getFrameRate(), 25);
+        EXPECT_EQ(first->getAnimationTargetName(), "lamp");
+        first.reset();
+        P_SpotLight light;
+        second.animate(&light, 0.5f);
+        EXPECT_NEAR(light.getFalloffRange(), 35, 1e-4);
+        second = *&second;
+        EXPECT_TRUE(second.isConstructed());
+        second = TW_SpotLightAnimation();
+        EXPECT_FALSE(second.isConstructed());
+        EXPECT_EQ(second.getColorContainer(), nullptr);
+    }
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
+}
+
+TEST(LightAnimations, AFailedAllocationLeavesNothingBehind)
+{
+    auto chunk = makeLamp<SpotLightAnimationChunk>();
+    chunk.header.targetName = "a name that does not fit into a string's own few bytes";
+    support::expectNothingLeftByFailedAllocations(
+        [&chunk]
+        {
+            const TW_SpotLightAnimation lamp(chunk);
+            const TW_SpotLightAnimation copy(lamp);
+        });
+}
