@@ -99,7 +99,7 @@ public:
     /// @}
 
 private:
-    static void dispatch(const S_MemoryFile::Chunk& chunk);
+    static void dispatch(unsigned int id);
 
     static TW_HelperCallback* sm_pHelperCallback;
     static TW_EnvironmentCallback* sm_pEnvironmentCallback;

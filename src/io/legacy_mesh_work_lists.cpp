@@ -1,0 +1,73 @@
+#include <io/legacy_mesh_work_lists.h>
+
+#include <memory>
+
+namespace TW2
+{
+namespace
+{
+// Room for a mesh of usual size, so that small ones never grow a list.
+constexpr std::size_t s_usualVertices = 1000;
+constexpr std::size_t s_usualTextureCorners = 3000;
+constexpr std::size_t s_usualTriangles = 200;
+
+std::unique_ptr<LegacyMeshLists> s_pLists;
+std::unique_ptr<LegacyMeshSmoothingLists> s_pSmoothingLists;
+}  // namespace
+
+LegacyMeshLists::LegacyMeshLists()
+{
+    positions.reserve(s_usualVertices);
+    normals.reserve(s_usualVertices);
+    corners.reserve(s_usualVertices);
+    sources.reserve(s_usualVertices);
+    textureCorners.reserve(s_usualTextureCorners);
+}
+
+unsigned int LegacyMeshLists::appendCopy(unsigned int vertex)
+{
+    const unsigned int copy = static_cast<unsigned int>(positions.size());
+    const M_Vector3Template<float> position = positions[vertex];
+    positions.push_back(position);
+    sources.push_back(vertex);
+    return copy;
+}
+
+LegacyMeshSmoothingLists::LegacyMeshSmoothingLists()
+{
+    triangleNormals.reserve(s_usualTriangles);
+    triangles.reserve(3 * s_usualTriangles);
+    triangleStarts.reserve(s_usualVertices);
+    masks.reserve(s_usualVertices);
+    maskOfTriangle.reserve(s_usualVertices);
+}
+
+void buildLegacyMeshLists()
+{
+    if (!s_pLists)
+    {
+        s_pLists.reset(new LegacyMeshLists);
+    }
+}
+
+LegacyMeshLists& getLegacyMeshLists()
+{
+    buildLegacyMeshLists();
+    return *s_pLists;
+}
+
+LegacyMeshSmoothingLists& getLegacyMeshSmoothingLists()
+{
+    if (!s_pSmoothingLists)
+    {
+        s_pSmoothingLists.reset(new LegacyMeshSmoothingLists);
+    }
+    return *s_pSmoothingLists;
+}
+
+void releaseLegacyMeshLists() noexcept
+{
+    s_pSmoothingLists.reset();
+    s_pLists.reset();
+}
+}  // namespace TW2

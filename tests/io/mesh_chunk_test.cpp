@@ -1,0 +1,346 @@
+#include <tw2/core/exceptions.h>
+#include <tw2/io/chunk_id.h>
+#include <tw2/io/mesh_chunk.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <tests/support/chunk_files.h>
+#include <tests/support/expectations.h>
+#include <tests/support/mesh_builder.h>
+
+#include <functional>
+
+using namespace TW2;
+using support::readWritten;
+using support::Vector;
+using support::writeAndRead;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using WriteChunk = S_MemoryFileWriter::Chunk;
+using Groups = std::vector<unsigned int>;
+
+namespace
+{
+void writeVertices(S_MemoryFileWriter& writer, unsigned int count, const Groups& groups, unsigned int version = 1)
+{
+    const WriteChunk chunk(writer, CHUNK_MESH_VERTICES, version);
+    writer << count;
+    for (unsigned int i = 0; i < 2 * count; ++i)
+    {
+        writer << Vector(static_cast<float>(i), 0, 0);
+    }
+    support::writeCounted(writer, groups);
+}
+
+void writeFaces(S_MemoryFileWriter& writer, const std::vector<std::uint16_t>& indices, const Groups& groups,
+                unsigned int version = 1)
+{
+    const WriteChunk chunk(writer, CHUNK_MESH_FACES, version);
+    writer.writeCount(indices.size());
+    writer.write(indices.data(), 2 * indices.size());
+    support::writeCounted(writer, groups);
+}
+
+void writeNames(S_MemoryFileWriter& writer, const std::vector<std::string>& names, unsigned int version = 1)
+{
+    const WriteChunk chunk(writer, CHUNK_MESH_MATERIALS, version);
+    support::writeCounted(writer, names);
+}
+
+void writeChannel(S_MemoryFileWriter& writer, int number, unsigned int count, const Groups& groups)
+{
+    const WriteChunk chunk(writer, CHUNK_TEXTURE_CHANNEL, 1);
+    writer << number << count;
+    for (unsigned int i = 0; i < count; ++i)
+    {
+        writer << Vector(static_cast<float>(i), 1, 0);
+    }
+    support::writeCounted(writer, groups);
+}
+
+using Parts = std::function<void(S_MemoryFileWriter&)>;
+
+MeshChunk readMesh(const Parts& parts, unsigned int version = 2)
+{
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk chunk(writer, CHUNK_MESH, version);
+        parts(writer);
+    }
+    return readWritten<MeshChunk>(writer);
+}
+}  // namespace
+
+TEST(MeshChunk, EveryPartComesBackAsItWasWritten)
+{
+    MeshChunk mesh = support::makeStripMesh("wall", 5, {"brick", "plaster"});
+    mesh.hasParent = true;
+    mesh.parentName = "house";
+    mesh.transform.setTranslation({1, 2, 3});
+    mesh.editSmoothingGroups().masks = {1, 2, 0xFFFFFFFF};
+    mesh.editChannel(1) = mesh.channels[0];
+    mesh.channels[1].channel = -7;
+    mesh.editInstanceName() = "other wall";
+    EXPECT_EQ(writeAndRead(mesh), mesh);
+
+    mesh.reset();
+    EXPECT_EQ(mesh, MeshChunk());
+    EXPECT_EQ(writeAndRead(mesh), mesh);
+    EXPECT_EQ(writeAndRead(support::makeStripMesh("plain", 1)), support::makeStripMesh("plain", 1));
+}
+
+TEST(MeshChunk, GroupsBecomeOffsetsAndAccessorsFindWhatIsInThem)
+{
+    const std::vector<std::uint16_t> indices = {0, 1, 2, 2, 1, 3, 0, 2, 1, 3, 4, 5, 5, 4, 0, 1, 2, 3};
+    const MeshChunk mesh = readMesh(
+        [&](S_MemoryFileWriter& writer)
+        {
+            writeVertices(writer, 10, {4, 0, 6});
+            writeFaces(writer, indices, {2, 0, 4});
+            writeNames(writer, {"a", "b", "c"});
+            writeChannel(writer, 5, 6, {0, 0, 6});
+            writeChannel(writer, 3, 10, {4, 0, 6});
+        });
+    EXPECT_THAT(mesh.vertices.groupOffsets, ElementsAre(0, 4, 4));
+    EXPECT_THAT(mesh.faces.groupOffsets, ElementsAre(0, 6, 6));
+    EXPECT_THAT(mesh.channels[0].groupOffsets, ElementsAre(0, 0, 0));
+    EXPECT_THAT(mesh.channels[1].groupOffsets, ElementsAre(0, 4, 4));
+    EXPECT_EQ(mesh.channels[0].channel, 5);
+    EXPECT_EQ(mesh.channels[1].channel, 3);
+    EXPECT_TRUE(mesh.vertices.hasNormals && mesh.faces.hasIndices);
+
+    ASSERT_EQ(mesh.getGroupCount(), 3u);
+    EXPECT_EQ(mesh.getVertexCount(2), 6u);
+    EXPECT_EQ(mesh.getTriangleCount(2), 4u);
+    EXPECT_EQ(mesh.getPosition(2, 1).x, 5.0f);
+    EXPECT_EQ(mesh.getNormal(2, 1).x, 15.0f);
+    EXPECT_EQ(mesh.getIndex(2, 1, 0), 3u);
+    EXPECT_EQ(mesh.getCoordinateCount(0, 0), 0);
+    EXPECT_EQ(mesh.getCoordinateCount(0, 2), 6);
+    EXPECT_EQ(mesh.getCoordinate(1, 2, 1).x, 5.0f);
+    EXPECT_EQ(mesh.getCoordinateCount(9, 2), 0);
+    EXPECT_FALSE(mesh.hasVertexMap());
+}
+
+TEST(MeshChunk, PartsStandInAnyOrderAndUnknownOnesAreSkipped)
+{
+    const MeshChunk mesh = readMesh(
+        [](S_MemoryFileWriter& writer)
+        {
+            writeNames(writer, {"first"}, 7);
+            writeFaces(writer, {0, 1, 2}, {1}, 7);
+            for (const unsigned int id : {0x10009u, 0x1000Au, 0x1000Du, 0x77u})
+            {
+                const WriteChunk unknown(writer, id, 0);
+                writer << "whatever";
+            }
+            writeChannel(writer, 1, 3, {3});
+            writeVertices(writer, 3, {3}, 7);
+            NodeChunk node;
+            node.name = "late";
+            writer << node;
+            writeNames(writer, {"second"});  // a repeated part replaces the earlier one
+            writeChannel(writer, 2, 3, {3});
+        });
+    EXPECT_EQ(mesh.name, "late");
+    EXPECT_THAT(mesh.getMaterialNames(), ElementsAre("second"));
+    EXPECT_EQ(mesh.channels[1].channel, 2);
+    EXPECT_FALSE(mesh.channelUsed[2]);
+}
+
+TEST(MeshChunk, ARecordThatIsReusedStartsAgainAtTheFirstChannel)
+{
+    S_MemoryFileWriter writer;
+    writer << support::makeStripMesh("first", 2, {"a"}) << support::makeStripMesh("second", 3);
+    S_MemoryFile file;
+    support::openWritten(file, writer);
+    MeshChunk mesh;
+    file >> mesh;
+    mesh.reset();
+    file >> mesh;
+    EXPECT_EQ(mesh, support::makeStripMesh("second", 3));
+}
+
+TEST(MeshChunk, ChannelsPastTheTenthAreLeftOut)
+{
+    const MeshChunk mesh = readMesh(
+        [](S_MemoryFileWriter& writer)
+        {
+            for (int i = 0; i < 12; ++i)
+            {
+                writeChannel(writer, i, 1, {1});
+            }
+        });
+    ASSERT_EQ(mesh.channels.size(), MeshChunk::sm_channelSlots);
+    EXPECT_EQ(mesh.channels[9].channel, 9);
+}
+
+TEST(MeshChunk, OldVerticesHaveNoNormalsUntilTheyAreConverted)
+{
+    const MeshChunk mesh = readMesh(
+        [](S_MemoryFileWriter& writer)
+        {
+            const WriteChunk chunk(writer, CHUNK_MESH_VERTICES, 0);
+            support::writeVectors(writer, {{1, 2, 3}, {4, 5, 6}});
+        });
+    EXPECT_TRUE(mesh.hasVertices);
+    EXPECT_FALSE(mesh.hasFaces);
+    EXPECT_FALSE(mesh.vertices.hasNormals);
+    EXPECT_THAT(mesh.vertices.positions, ElementsAre(Vector(1, 2, 3), Vector(4, 5, 6)));
+    EXPECT_THAT(mesh.vertices.normals, ElementsAre(Vector(), Vector()));
+    EXPECT_THAT(mesh.vertices.groupCounts, IsEmpty());
+}
+
+TEST(MeshChunk, AnEmptyMeshHasOneEmptyGroup)
+{
+    const MeshChunk mesh = readMesh(
+        [](S_MemoryFileWriter& writer)
+        {
+            writeVertices(writer, 0, {});
+            writeFaces(writer, {}, {});
+        });
+    ASSERT_EQ(mesh.getGroupCount(), 1u);
+    EXPECT_EQ(mesh.getVertexCount(0), 0u);
+    EXPECT_EQ(mesh.getTriangleCount(0), 0u);
+}
+
+namespace
+{
+struct Damage
+{
+    const char* name;
+    Parts parts;
+    const char* message;
+};
+
+/// How tests are called after their case.
+std::string nameOf(const testing::TestParamInfo<Damage>& info)
+{
+    return info.param.name;
+}
+
+class DamagedMesh : public testing::TestWithParam<Damage>
+{
+};
+}  // namespace
+
+TEST_P(DamagedMesh, IsAnErrorThatNamesFileChunkAndValue)
+{
+    const std::string message = support::messageOf([] { (void)readMesh(GetParam().parts); });
+    EXPECT_THAT(message, HasSubstr("File \"test.tw\", chunk 0x1000"));
+    EXPECT_THAT(message, HasSubstr(GetParam().message));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Mesh, DamagedMesh,
+    testing::Values(Damage{"IndexPastItsGroup",
+                           [](S_MemoryFileWriter& w)
+                           {
+                               writeVertices(w, 7, {3, 4});
+                               writeFaces(w, {0, 1, 2, 0, 4, 1}, {1, 1});
+                               writeNames(w, {"a", "b"});
+                           },
+                           "triangle indices below 4 in group 1, found 4"},
+                    Damage{"VertexGroupsDoNotAddUp",
+                           [](S_MemoryFileWriter& w) {
+                               writeVertices(w, 7, {3, 3});
+                           },
+                           "0x10006, byte 208: expected the 2 groups to add up to 7 vertices, found 6"},
+                    Damage{"VertexGroupsOverflow",
+                           [](S_MemoryFileWriter& w) {
+                               writeVertices(w, 1, {0xFFFFFFFF, 2});
+                           },
+                           "add up to 1 vertices, found at least"},
+                    Damage{"TriangleGroupsDoNotAddUp",
+                           [](S_MemoryFileWriter& w) {
+                               writeFaces(w, {0, 1, 2}, {2});
+                           },
+                           "add up to 1 triangles, found at least 2"},
+                    Damage{"HalfATriangle",
+                           [](S_MemoryFileWriter& w) {
+                               writeFaces(w, {0, 1, 2, 0}, {1});
+                           },
+                           "three indices per triangle, found 4"},
+                    Damage{"ChannelGroupsDoNotAddUp", [](S_MemoryFileWriter& w) { writeChannel(w, 1, 4, {3}); },
+                           "0x1000E, byte 88: expected the 1 groups to add up to 4 coordinates, found 3"},
+                    Damage{"FewerCoordinatesThanVertices",
+                           [](S_MemoryFileWriter& w)
+                           {
+                               writeVertices(w, 3, {3});
+                               writeFaces(w, {0, 1, 2}, {1});
+                               writeChannel(w, 1, 2, {2});
+                           },
+                           "3 coordinates or none in group 0 of texture channel 0, found 2"},
+                    Damage{"OtherGroupsOfCoordinates",
+                           [](S_MemoryFileWriter& w)
+                           {
+                               writeVertices(w, 3, {3});
+                               writeFaces(w, {0, 1, 2}, {1});
+                               writeChannel(w, 1, 3, {3, 0});
+                           },
+                           "as many groups in texture channel 0 as of vertices, 1, found 2"},
+                    Damage{"OtherGroupsOfTriangles",
+                           [](S_MemoryFileWriter& w)
+                           {
+                               writeVertices(w, 3, {3});
+                               writeFaces(w, {0, 1, 2}, {1, 0});
+                           },
+                           "as many groups of triangles as of vertices, 1, found 2"},
+                    Damage{"FewerGroupsThanNames",
+                           [](S_MemoryFileWriter& w)
+                           {
+                               writeVertices(w, 3, {3});
+                               writeFaces(w, {0, 1, 2}, {1});
+                               writeNames(w, {"a", "b"});
+                           },
+                           "2 groups for 2 materials, found 1"},
+                    Damage{"SeveralGroupsWithoutNames",
+                           [](S_MemoryFileWriter& w)
+                           {
+                               writeVertices(w, 3, {3, 0});
+                               writeFaces(w, {0, 1, 2}, {1, 0});
+                           },
+                           "1 groups for 0 materials, found 2"},
+                    Damage{"CountPastTheChunk",
+                           [](S_MemoryFileWriter& w)
+                           {
+                               const WriteChunk chunk(w, CHUNK_MESH_VERTICES, 1);
+                               w << 0xFFFFFFFFu << 1.0f;
+                           },
+                           "4294967295 elements"},
+                    Damage{"NegativePolygon",
+                           [](S_MemoryFileWriter& w)
+                           {
+                               const WriteChunk chunk(w, CHUNK_MESH_FACES, 0);
+                               w << 1;
+                               const WriteChunk polygon(w, CHUNK_POLYGON, 0);
+                               w << -1;
+                           },
+                           "0x10008, byte 44: expected a polygon of at least 0 corners, found -1"}),
+    nameOf);
+
+TEST(MeshChunk, WhatWouldNotBeReadIsNotWritten)
+{
+    const auto refuse = [](const std::function<void(MeshChunk&)>& damage)
+    {
+        MeshChunk mesh = support::makeStripMesh("bad wall", 2, {"a"});
+        damage(mesh);
+        S_MemoryFileWriter writer;
+        EXPECT_THROW(writer << mesh, TW_Exception_InvalidGeometry);
+        EXPECT_TRUE(writer.getBytes().empty());
+    };
+    refuse([](MeshChunk& mesh) { mesh.faces.indices[3] = 99; });
+    refuse([](MeshChunk& mesh) { mesh.vertices.normals.pop_back(); });
+    refuse([](MeshChunk& mesh) { mesh.materials.names.emplace_back("b"); });
+    refuse([](MeshChunk& mesh) { mesh.channels[0].coordinates.pop_back(); });
+    refuse([](MeshChunk& mesh) { mesh.editChannel(2) = mesh.channels[0]; });
+}
+
+TEST(MeshChunk, ReadingUnderFailingMemoryLeavesNothingBehind)
+{
+    S_MemoryFileWriter writer;
+    writer << support::makeStripMesh("a mesh with a name that needs memory", 4, {"first material", "second material"});
+    (void)MeshChunk();  // makes the work lists, which stay
+    support::expectNothingLeftByFailedAllocations([&] { (void)readWritten<MeshChunk>(writer); });
+}

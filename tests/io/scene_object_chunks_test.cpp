@@ -1,0 +1,170 @@
+#include <tw2/io/camera_chunk.h>
+#include <tw2/io/chunk_id.h>
+#include <tw2/io/environment_chunk.h>
+#include <tw2/io/helper_chunk.h>
+#include <tw2/io/light_chunks.h>
+
+#include <gtest/gtest.h>
+#include <tests/support/chunk_files.h>
+#include <tests/support/expectations.h>
+
+using namespace TW2;
+using support::readWritten;
+using support::writeAndRead;
+using WriteChunk = S_MemoryFileWriter::Chunk;
+
+namespace
+{
+void fillNode(NodeChunk& node)
+{
+    node.name = "lamp";
+    node.parentName = "ceiling";
+    node.hasParent = true;
+    node.extraString = "user text";
+    node.transform.setTranslation({1, 2, 3});
+    node.transform.setRow(0, {0, 1, 0});
+}
+
+/// Fills a record with a different value everywhere, and checks that it survives a file and is undone by a reset.
+template <typename R>
+void expectTripAndReset(R record)
+{
+    EXPECT_EQ(writeAndRead(record), record);
+    EXPECT_NE(record, R());
+    record.reset();
+    EXPECT_EQ(record, R());
+}
+}  // namespace
+
+TEST(SceneObjectChunks, EveryRecordComesBackAsItWasWrittenAndCanBeReset)
+{
+    NodeChunk node;
+    fillNode(node);
+    expectTripAndReset(node);
+
+    CameraChunk camera;
+    fillNode(camera);
+    camera.value0 = 1;
+    camera.value1 = 2;
+    camera.value2 = 3;
+    expectTripAndReset(camera);
+
+    PointLightChunk point;
+    fillNode(point);
+    point.color = {1, 2, 3, 4};
+    point.brightness = 5;
+    point.hotSpot = 6;
+    point.fallOff = 7;
+    expectTripAndReset(point);
+
+    DirectionalLightChunk directional;
+    fillNode(directional);
+    directional.color = {1, 2, 3, 4};
+    directional.brightness = 5;
+    expectTripAndReset(directional);
+
+    SpotLightChunk spot;
+    fillNode(spot);
+    spot.color = {1, 2, 3, 4};
+    spot.brightness = 5;
+    spot.hotSpot = 6;
+    spot.fallOff = 7;
+    spot.hotSpotAngle = 8;
+    spot.fallOffAngle = 9;
+    expectTripAndReset(spot);
+
+    HelperChunk helper;
+    fillNode(helper);
+    helper.helperString = "spawn point";
+    expectTripAndReset(helper);
+
+    expectTripAndReset(EnvironmentChunk{0x280A141E, 0x01020304});
+}
+
+TEST(SceneObjectChunks, AnOldNodeLeavesItsExtraStringAlone)
+{
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk chunk(writer, CHUNK_NODE, 0);
+        writer << "lamp"
+               << "ceiling" << M_Matrix4x3Template<float>::translation({1, 2, 3}) << true;
+    }
+    S_MemoryFile file;
+    support::openWritten(file, writer);
+    NodeChunk node;
+    node.extraString = "before";
+    file >> node;
+    EXPECT_EQ(node.getName(), "lamp");
+    EXPECT_EQ(node.getParentName(), "ceiling");
+    EXPECT_TRUE(node.getHasParent());
+    EXPECT_EQ(node.getTransform().getTranslation(), M_Vector3Template<float>(1, 2, 3));
+    EXPECT_EQ(node.extraString, "before");
+}
+
+// The values behind the node are only found when what a newer node appends is skipped; what a newer object appends is
+// left behind with its chunk.
+TEST(SceneObjectChunks, ObjectsOfNewerVersionsAreReadAsFarAsTheyAreKnown)
+{
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk camera(writer, CHUNK_CAMERA, 7);
+        {
+            const WriteChunk node(writer, CHUNK_NODE, 9);
+            writer << "lamp"
+                   << "" << M_Matrix4x3Template<float>() << false << "extra" << 123 << "more";
+        }
+        writer << 1.0f << 2.0f << 3.0f << "appended";
+    }
+    {
+        const WriteChunk light(writer, CHUNK_SPOT_LIGHT, 1);
+        writer << NodeChunk() << 10.0f << 20.0f << 30.0f << 40.0f << 1.0f << 2.0f << 3.0f << 4.0f << 5.0f << 6.0f;
+    }
+    S_MemoryFile file;
+    support::openWritten(file, writer);
+    CameraChunk camera;
+    file >> camera;
+    EXPECT_EQ(camera.extraString, "extra");
+    EXPECT_EQ(camera.value0, 1.0f);
+    EXPECT_EQ(camera.value1, 2.0f);
+    EXPECT_EQ(camera.value2, 3.0f);
+    file.skipChunk();
+    SpotLightChunk light;
+    file >> light;
+    EXPECT_EQ(light.color, G_FColor(10, 20, 30, 40));
+    EXPECT_EQ(light.hotSpotAngle, 4.0f);
+    EXPECT_EQ(light.fallOffAngle, 5.0f);
+}
+
+TEST(SceneObjectChunks, ColoursOfTheEnvironmentAreRedGreenBlueAlphaInFiles)
+{
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk chunk(writer, CHUNK_ENVIRONMENT, 0);
+        for (const int byte : {10, 20, 30, 40, 0, 0, 255, 255})
+        {
+            writer << static_cast<unsigned char>(byte);
+        }
+    }
+    const EnvironmentChunk environment = readWritten<EnvironmentChunk>(writer);
+    EXPECT_EQ(environment.firstColor, 0x280A141Eu);
+    EXPECT_EQ(environment.secondColor, 0xFF0000FFu);
+}
+
+TEST(SceneObjectChunks, AMissingNodeOrValueIsAnErrorThatNamesTheChunk)
+{
+    S_MemoryFileWriter noNode;
+    {
+        const WriteChunk chunk(noNode, CHUNK_HELPER, 0);
+        noNode << "spawn point";
+    }
+    EXPECT_NE(support::messageOf([&] { (void)readWritten<HelperChunk>(noNode); }).find("chunk 0x10016"),
+              std::string::npos);
+
+    S_MemoryFileWriter shortLight;
+    {
+        const WriteChunk chunk(shortLight, CHUNK_POINT_LIGHT, 0);
+        shortLight << NodeChunk() << 1.0f << 2.0f << 3.0f << 4.0f << 5.0f << 6.0f;
+    }
+    EXPECT_NE(support::messageOf([&] { (void)readWritten<PointLightChunk>(shortLight); }).find("chunk 0x10002"),
+              std::string::npos);
+}
