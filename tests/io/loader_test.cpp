@@ -1,0 +1,395 @@
+#include <tw2/io/chunk_id.h>
+#include <tw2/io/loader.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <tests/support/every_kind.h>
+#include <tests/support/expectations.h>
+#include <tests/support/temporary_directory.h>
+#include <tests/support/verbose_capture.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <stdexcept>
+
+using namespace TW2;
+using support::TemporaryDirectory;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using WriteChunk = S_MemoryFileWriter::Chunk;
+
+namespace
+{
+/// Every callback in one: notes what arrives.
+class Listener : public TW_CameraCallback,
+                 public TW_LightCallback,
+                 public TW_HelperCallback,
+                 public TW_EnvironmentCallback,
+                 public TW_MeshCallback,
+                 public TW_MaterialListCallback,
+                 public TW_KeyframeAnimationCallback,
+                 public TW_UnknownChunkCallback
+{
+public:
+    std::vector<std::string> m_heard;
+    std::vector<const void*> m_records;
+    std::function<void()> m_onMesh = [] {};
+
+    void operator()(const M_Matrix4x3Template<float>& transform, float value1, float value2, float value0) override
+    {
+        const M_Vector3Template<float> t = transform.getTranslation();
+        std::ostringstream text;
+        text << "camera at " << t.x << t.y << t.z << ": " << value1 << value2 << value0;
+        m_heard.push_back(text.str());
+    }
+    void operator()(const SpotLightAnimationChunk& animation) override { hear("animated ", animation.header); }
+    void operator()(const DirectionalLightAnimationChunk& animation) override { hear("animated ", animation.header); }
+    void operator()(const PointLightAnimationChunk& animation) override { hear("animated ", animation.header); }
+    void operator()(const SpotLightChunk& light) override { hear(light); }
+    void operator()(const DirectionalLightChunk& light) override { hear(light); }
+    void operator()(const PointLightChunk& light) override { hear(light); }
+    void operator()(const HelperChunk& helper) override { hear(helper); }
+    void operator()(const EnvironmentChunk&) override { m_heard.emplace_back("environment"); }
+    void operator()(MeshChunk& mesh) override
+    {
+        hear(mesh);
+        m_records.push_back(&mesh);
+        m_onMesh();
+    }
+    P_TriangleMesh* createTriangleMesh(P_VirtualObject*, int, int, int, int, const S_Vector<int>&) override
+    {
+        ADD_FAILURE() << "the loader makes no triangle meshes";
+        return nullptr;
+    }
+    void operator()(MaterialListChunk& materials) override
+    {
+        m_heard.push_back(std::to_string(materials.materials.size()) + " materials");
+        m_records.push_back(&materials);
+    }
+    void operator()(KeyframeAnimationChunk& animation) override
+    {
+        hear("animation of ", animation.header);
+        m_records.push_back(&animation);
+    }
+    void operator()(S_MemoryFile& file) override
+    {
+        S_MemoryFile::Chunk chunk;
+        file.peekChunk(chunk);
+        std::ostringstream text;
+        text << "unknown " << std::hex << chunk.getID();
+        m_heard.push_back(text.str());
+        // Reading on from here is the callback's business, and how far it comes the loader's no longer.
+        file.openChunk(chunk, chunk.getID());
+        unsigned char byte = 0;
+        file >> byte;
+    }
+
+    /// Makes this listener the loader's for every kind.
+    void listen()
+    {
+        TW_Loader::setCameraCallback(this);
+        TW_Loader::setLightCallback(this);
+        TW_Loader::setHelperCallback(this);
+        TW_Loader::setEnvironmentCallback(this);
+        TW_Loader::setMeshCallback(this);
+        TW_Loader::setMaterialListCallback(this);
+        TW_Loader::setKeyframeAnimationCallback(this);
+        TW_Loader::setUnknownChunkCallback(this);
+    }
+    std::vector<std::string> take() { return std::exchange(m_heard, {}); }
+
+private:
+    void hear(const NodeChunk& node) { m_heard.emplace_back(node.name); }
+    void hear(const char* what, const AnimationHeader& header)
+    {
+        m_heard.push_back(what + std::string(header.targetName));
+    }
+};
+
+std::vector<const void*> getCallbacks()
+{
+    return {TW_Loader::getHelperCallback(),       TW_Loader::getEnvironmentCallback(),
+            TW_Loader::getLightCallback(),        TW_Loader::getCameraCallback(),
+            TW_Loader::getUnknownChunkCallback(), TW_Loader::getMaterialListCallback(),
+            TW_Loader::getMeshCallback(),         TW_Loader::getKeyframeAnimationCallback()};
+}
+
+class Loader : public testing::Test
+{
+protected:
+    ~Loader() override
+    {
+        TW_Loader::clearAll();
+        TW_Loader::freeCachedFile();
+    }
+
+    std::string writeMeshes(const char* fileName, const std::vector<const char*>& names)
+    {
+        S_MemoryFileWriter writer;
+        for (const char* name : names)
+        {
+            writer << support::makeStripMesh(name, 1);
+        }
+        return m_directory.write(fileName, writer.getBytes());
+    }
+    void remove(const std::string& file) { std::filesystem::remove(file); }
+
+    TemporaryDirectory m_directory;
+    Listener m_listener;
+};
+
+const std::vector<const void*> s_nobody(8, nullptr);
+}  // namespace
+
+TEST_F(Loader, HandsEveryKindToItsCallbackAndTheRestToTheOneForUnknownChunks)
+{
+    S_MemoryFileWriter writer;
+    support::writeEveryKind(writer);
+    {
+        const WriteChunk chunk(writer, 0x1001B, 0);
+        writer << 1;
+    }
+    const std::string file = m_directory.write("all.tw", writer.getBytes());
+    TW_Loader::load(file, false);  // nobody listens: nothing is read
+    m_listener.listen();
+    TW_Loader::load(file, true);
+    EXPECT_THAT(m_listener.take(),
+                ElementsAre("camera at 123: 231", "point", "directional", "spot", "2 materials", "mesh", "field",
+                            "animation of mesh", "environment", "helper", "animated point", "animated directional",
+                            "animated spot", "unknown 10000", "unknown 10014", "unknown 1001b"));
+}
+
+TEST_F(Loader, SkipsKindsWithoutACallbackUnread)
+{
+    S_MemoryFileWriter writer;
+    for (const unsigned int id : {CHUNK_CAMERA, CHUNK_MESH, CHUNK_SPOT_LIGHT, CHUNK_KEYFRAME_ANIMATION})
+    {
+        const WriteChunk broken(writer, id, 0);
+        writer << 0xFFFFFFFFu;
+    }
+    writer << support::makeStripMesh("mesh", 1);
+    const std::string file = m_directory.write("broken.tw", writer.getBytes());
+    EXPECT_NO_THROW(TW_Loader::load(file, true));
+    TW_Loader::setHelperCallback(&m_listener);
+    EXPECT_NO_THROW(TW_Loader::load(file, true));
+    TW_Loader::setMeshCallback(&m_listener);
+    EXPECT_THROW(TW_Loader::load(file, true), S_MemoryFileException);
+}
+
+TEST_F(Loader, ReusesLargeRecordsAndRefillsThem)
+{
+    const std::string file = writeMeshes("two.tw", {"first", "second"});
+    std::vector<std::size_t> channels;
+    m_listener.m_onMesh = [&]
+    {
+        const MeshChunk& mesh = *static_cast<const MeshChunk*>(m_listener.m_records.back());
+        channels.push_back(
+            static_cast<std::size_t>(std::count(mesh.channelUsed.begin(), mesh.channelUsed.end(), true)));
+    };
+    m_listener.listen();
+    TW_Loader::load(file, true);
+    EXPECT_THAT(m_listener.take(), ElementsAre("first", "second"));
+    EXPECT_EQ(m_listener.m_records[0], m_listener.m_records[1]);
+    EXPECT_THAT(channels, ElementsAre(1, 1));
+}
+
+TEST_F(Loader, KeepsAFileInMemoryUntilItIsFreedOrReplaced)
+{
+    m_listener.listen();
+    const std::string file = writeMeshes("Cached.tw", {"old"});
+    const std::string upper = m_directory.file("CACHED.TW");
+    TW_Loader::cacheFileForLoading(file);
+    // The file on disk is gone: what is heard from now on comes from memory.
+    remove(file);
+    TW_Loader::load(file, false);
+    TW_Loader::load(upper, false);
+    EXPECT_THAT(m_listener.take(), ElementsAre("old", "old"));
+    TW_Loader::load(upper, true);
+    EXPECT_THAT(m_listener.take(), ElementsAre("old"));
+    EXPECT_THROW(TW_Loader::load(file, false), S_FileException);
+
+    writeMeshes("Cached.tw", {"new"});
+    TW_Loader::load(file, false);
+    const std::string other = writeMeshes("other.tw", {"other"});
+    TW_Loader::load(other, false);
+    remove(other);
+    TW_Loader::load(other, false);
+    TW_Loader::load(file, false);
+    TW_Loader::freeCachedFile();
+    remove(file);
+    EXPECT_THROW(TW_Loader::load(file, false), S_FileException);
+    EXPECT_THAT(m_listener.take(), ElementsAre("new", "other", "other", "new"));
+}
+
+TEST_F(Loader, AFileThatCannotBeOpenedIsTriedAgain)
+{
+    m_listener.listen();
+    const std::string late = m_directory.file("late.tw");
+    for (int i = 0; i < 2; ++i)
+    {
+        EXPECT_THROW(TW_Loader::load(late, false), S_FileException);
+        EXPECT_THROW(TW_Loader::load("", false), S_FileException);
+    }
+    writeMeshes("late.tw", {"here"});
+    TW_Loader::load(late, true);
+    EXPECT_THAT(m_listener.take(), ElementsAre("here"));
+}
+
+TEST_F(Loader, AFailureEndsTheWalkAndLeavesCallbacksAndFileAsTheyAre)
+{
+    const std::string file = writeMeshes("two.tw", {"first", "second"});
+    m_listener.listen();
+    const std::vector<const void*> callbacks = getCallbacks();
+    m_listener.m_onMesh = [] { throw std::runtime_error("enough"); };
+    EXPECT_THROW(TW_Loader::load(file, true), std::runtime_error);
+    EXPECT_EQ(getCallbacks(), callbacks);
+    m_listener.m_onMesh = [] {};
+    remove(file);
+    TW_Loader::load(file, false);
+    EXPECT_THAT(m_listener.take(), ElementsAre("first", "first", "second"));
+}
+
+TEST_F(Loader, ACallbackMayChangeTheCallbacksForTheChunksAfterIt)
+{
+    const std::string file = writeMeshes("three.tw", {"first", "second", "third"});
+    m_listener.listen();
+    m_listener.m_onMesh = []
+    {
+        TW_Loader::pushState();
+        TW_Loader::setMeshCallback(nullptr);
+    };
+    TW_Loader::load(file, true);
+    TW_Loader::popState();
+    EXPECT_THAT(m_listener.take(), ElementsAre("first"));
+    EXPECT_EQ(TW_Loader::getMeshCallback(), &m_listener);
+}
+
+TEST_F(Loader, SavedCallbackSetsNestAndComeBackExactly)
+{
+    TW_Loader::popState();  // nothing was saved: nothing changes
+    EXPECT_EQ(getCallbacks(), s_nobody);
+    m_listener.listen();
+    TW_Loader::setLightCallback(nullptr);
+    const std::vector<const void*> outer = getCallbacks();
+    TW_Loader::pushState();
+    TW_Loader::clearAll();
+    EXPECT_EQ(getCallbacks(), s_nobody);
+    Listener inner;
+    TW_Loader::setLightCallback(&inner);
+    const std::vector<const void*> middle = getCallbacks();
+    TW_Loader::pushState();
+    TW_Loader::clearAll();
+    TW_Loader::popState();
+    EXPECT_EQ(getCallbacks(), middle);
+    TW_Loader::popState();
+    EXPECT_EQ(getCallbacks(), outer);
+    TW_Loader::popState();
+    EXPECT_EQ(getCallbacks(), outer);
+}
+
+// Saves more and more sets while the n-th allocation fails; a half-saved set would come back shifted.
+TEST_F(Loader, ASetIsSavedWholeOrNotAtAll)
+{
+    m_listener.listen();
+    const std::vector<const void*> listening = getCallbacks();
+    int saved = 0;
+    for (int n = 1; n <= 40; ++n)
+    {
+        S_Memory::failAllocation(1 + n % 9);
+        try
+        {
+            TW_Loader::pushState();
+            ++saved;
+            TW_Loader::clearAll();
+        }
+        catch (const S_MemoryException_Allocation&)
+        {
+        }
+        S_Memory::failAllocation(0);
+    }
+    EXPECT_GT(saved, 0);
+    for (; saved > 1; --saved)
+    {
+        TW_Loader::popState();
+        EXPECT_EQ(getCallbacks(), s_nobody);
+    }
+    TW_Loader::popState();
+    EXPECT_EQ(getCallbacks(), listening);
+    TW_Loader::popState();
+    EXPECT_EQ(getCallbacks(), listening);
+}
+
+TEST_F(Loader, AFreedFileLeavesNoMemoryBehind)
+{
+    const std::string file = writeMeshes("scene.tw", {"mesh"});
+    m_listener.listen();
+    TW_Loader::load(file, true);  // makes the records and work lists that stay
+    support::expectNothingLeftByFailedAllocations(
+        [&]
+        {
+            try
+            {
+                TW_Loader::load(file, true);
+            }
+            catch (...)
+            {
+                TW_Loader::freeCachedFile();
+                m_listener.take();
+                throw;
+            }
+            m_listener.take();
+        });
+}
+
+TEST_F(Loader, AnalysisListsTopLevelChunksAndTouchesNothingElse)
+{
+    S_MemoryFileWriter writer;
+    support::writeEveryKind(writer);
+    for (const unsigned int id : {0x10013u, 0x1001Au, 0x10006u, 0x77u})
+    {
+        const WriteChunk chunk(writer, id, 3);
+        writer << 1;
+    }
+    const std::string cached = writeMeshes("cached.tw", {"cached"});
+    TW_Loader::cacheFileForLoading(cached);
+    remove(cached);
+    const std::string file = m_directory.write("all.tw", writer.getBytes());
+    m_listener.listen();
+    support::VerboseCapture log;
+    TW_Loader::analyze(file);
+    EXPECT_THAT(m_listener.take(), ElementsAre());
+    std::string kinds;
+    std::istringstream lines(log.getText());
+    for (std::string kind, rest; std::getline(lines, kind) && std::getline(lines, rest);)
+    {
+        kinds += kind + ", ";
+        EXPECT_EQ(rest.rfind(": size ", 0), 0u) << rest;
+    }
+    EXPECT_EQ(kinds,
+              "Camera, Point light, Directional light, Spot light, Material list, Mesh, Mesh, Keyframe animation, "
+              "Environment, Helper, Point light animation, Directional light animation, Spot light animation, Node, "
+              "Skin, Unknown, Unknown, Unknown, Unknown, ");
+    TW_Loader::load(cached, true);
+    EXPECT_THAT(m_listener.take(), ElementsAre("cached"));
+}
+
+TEST_F(Loader, AnalysisPrintsTwoLinesPerChunkAndTheErrorPassesOn)
+{
+    S_MemoryFileWriter writer;
+    {
+        const WriteChunk chunk(writer, CHUNK_MESH, 2);
+        const std::string body(1234, 'x');
+        writer.write(body.data(), body.size());
+    }
+    std::string bytes(writer.getBytes().begin(), writer.getBytes().end());
+    support::VerboseCapture log;
+    TW_Loader::analyze(m_directory.write("empty.tw", ""));
+    EXPECT_EQ(log.take(), "");
+    TW_Loader::analyze(m_directory.write("mesh.tw", bytes));
+    EXPECT_EQ(log.take(), "Mesh\n: size 1234, version 2\n");
+    const std::string damaged = m_directory.write("damaged.tw", bytes + "short");
+    EXPECT_THAT(support::messageOf([&] { TW_Loader::analyze(damaged); }), HasSubstr("top level, byte 1246"));
+    EXPECT_EQ(log.take(), "Mesh\n: size 1234, version 2\n");
+    EXPECT_THROW(TW_Loader::analyze(m_directory.file("missing.tw")), S_FileException);
+}

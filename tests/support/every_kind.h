@@ -1,0 +1,73 @@
+#pragma once
+
+#include "tests/support/mesh_builder.h"
+
+#include <tw2/io/camera_chunk.h>
+#include <tw2/io/environment_chunk.h>
+#include <tw2/io/helper_chunk.h>
+#include <tw2/io/light_chunks.h>
+#include <tw2/keyframe/keyframe_animation_chunk.h>
+#include <tw2/light/light_animation_chunks.h>
+#include <tw2/material/material_list_chunk.h>
+#include <tw2/skin/skin_chunk.h>
+
+namespace support
+{
+/// Writes one chunk of every top-level kind, each named after its kind: what a file with everything looks like.
+inline void writeEveryKind(S_MemoryFileWriter& writer)
+{
+    TW2::CameraChunk camera;
+    camera.name = "camera";
+    camera.transform.setTranslation({1, 2, 3});
+    camera.value0 = 1;
+    camera.value1 = 2;
+    camera.value2 = 3;
+    TW2::PointLightChunk point;
+    point.name = "point";
+    TW2::DirectionalLightChunk directional;
+    directional.name = "directional";
+    TW2::SpotLightChunk spot;
+    spot.name = "spot";
+    TW2::MaterialListChunk materials;
+    materials.texturePath = "textures;maps";
+    materials.materials.resize(2);
+    materials.materials[0].name = "brick";
+    materials.materials[0].accessDiffuseTexture().name = "wall";
+    materials.materials[0].accessDiffuseTexture().frameFiles = {"wall0.png", "wall1.png"};
+    materials.materials[1].name = "plaster";
+    TW2::KeyframeAnimationChunk animation;
+    animation.header.targetName = "mesh";
+    animation.header.frameRate = 30;
+    animation.totalFrameCount = 11;
+    animation.keys = {{0, {}}, {10, M_Matrix4x3Template<float>::translation({0, 0, 1})}};
+    animation.visibilityKeys = {{0, 1.0f}};
+    TW2::PointLightAnimationChunk pointAnimation;
+    pointAnimation.header.targetName = "point";
+    pointAnimation.brightnessKeys = {{0, 1.0f}, {5, 2.0f}};
+    TW2::DirectionalLightAnimationChunk directionalAnimation;
+    directionalAnimation.header.targetName = "directional";
+    TW2::SpotLightAnimationChunk spotAnimation;
+    spotAnimation.header.targetName = "spot";
+    spotAnimation.colorKeys = {{3, {255, 0, 0}}};
+    TW2::HelperChunk helper;
+    helper.name = "helper";
+    helper.helperString = "spawn point";
+    TW2::NodeChunk node;
+    node.name = "node";
+    TW2::SkinChunk skin;
+    skin.objectNames = {"mesh"};
+    skin.boneNames = {"hip", "leg"};
+    skin.vertexInfluenceStarts = {0};
+    skin.vertexBoneCounts = {2};
+    skin.influenceBones = {0, 1};
+    skin.influenceWeights = {0.25f, 0.75f};
+    skin.primitiveVertexCounts = {1};
+    skin.primitiveFirstVertices = {0};
+
+    writer << camera << point << directional << spot << materials << makeStripMesh("mesh", 4, {"brick", "plaster"});
+    LegacyMesh legacy = makeLegacyField(2, 2);
+    write(writer, legacy);
+    writer << animation << TW2::EnvironmentChunk() << helper << pointAnimation << directionalAnimation << spotAnimation;
+    writer << node << skin;
+}
+}  // namespace support
