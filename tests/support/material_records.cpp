@@ -5,7 +5,6 @@
 #include <platform/image/fcolor.h>
 #include <platform/scene/map.h>
 
-#include <iomanip>
 #include <sstream>
 
 namespace support
@@ -13,9 +12,11 @@ namespace support
 namespace
 {
 template <typename Enumeration>
-unsigned int number(Enumeration value)
+std::string number(Enumeration value)
 {
-    return static_cast<unsigned int>(value);
+    std::ostringstream stream;
+    stream << std::showbase << std::hex << static_cast<unsigned int>(value);
+    return stream.str();
 }
 
 std::string text(const G_FColor& color)
@@ -56,7 +57,7 @@ void describeLayers(std::ostream& out, const P_Material& material)
         const P_Material::TextureLayer& texture = material.getTextureLayer(layer.m_uiIndex);
         out << "layer " << layer.m_uiIndex << ' ' << nameOf(texture.m_pMap) << " set " << texture.m_uiCoordinateSet
             << " blend " << number(texture.m_eBlending) << " filter " << number(texture.m_eFilter);
-        out << (number(texture.m_eAddress) == 0 ? "\n" : " not wrapped\n");
+        out << (texture.m_eAddress == P_Material::TEXTURE_ADDRESS_MODE::Wrap ? "\n" : " not wrapped\n");
     }
     for (unsigned int set = 0; set < material.getCoordinateSetCount(); ++set)
     {
@@ -141,9 +142,7 @@ void TextureFolder::useDriver(const P_DriverCaps& caps)
 std::string describe(const P_Material& material)
 {
     std::ostringstream out;
-    out << std::showbase << std::hex;
     describeLayers(out, material);
-    out << std::dec;
     describeStates(out, material);
     return out.str();
 }
