@@ -11,7 +11,7 @@ class P_VirtualObject;
 
 namespace TW2
 {
-class TW_ObjectAnimation;
+class PosePlayer;
 class TW_VirtualObject;
 
 /// Some bones of an animated object. Every operation that takes a group (animating, cross-animating, freezing) touches
@@ -71,8 +71,7 @@ public:
     /// @}
 
 private:
-    friend class TW_ObjectAnimation;
-    friend class TW_ObjectAnimationState;
+    friend class PosePlayer;
 
     /// A byte per mesh of a list, not 0 where the group has the mesh; made once per list and group, then handed out
     /// again. `listNumber` identifies the list: equal numbers, equal lists, in the whole process. Null when `count` is

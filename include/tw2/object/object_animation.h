@@ -269,19 +269,11 @@ protected:
 private:
     /// The steps of construction and loading.
     class Builder;
+    /// The steps of playing.
+    friend class PosePlayer;
 
     /// Every member as in an object that is not constructed.
     void initializeMembers() noexcept;
-
-    /// @name Evaluation, the step that all playing is made of
-    /// @{
-
-    /// Writes weight x pose (`add`: plus the present matrix) of animation `index` at `frame` into the local matrices of
-    /// the group's meshes. False, and nothing changes, when there is no such animation.
-    bool evaluate(int index, float frame, float weight, bool add, TW_BoneGroupHandle* group);
-    /// Corrects the local matrices of the group's meshes as the cross mode says.
-    void correctCrossMode(TW_BoneGroupHandle* group);
-    /// @}
 
     bool m_bConstructed = false;
     TW_MaterialManager* m_pMaterialManager = nullptr;

@@ -7,6 +7,7 @@
 
 namespace TW2
 {
+class PosePlayer;
 class TW_BoneGroupHandle;
 class TW_ObjectAnimation;
 class TW_ObjectAnimationLODs;
@@ -55,6 +56,7 @@ public:
     /// @}
 
 protected:
+    friend class PosePlayer;
     friend class TW_ObjectAnimation;
     friend class TW_ObjectAnimationLODs;
     friend class TW_VertexAnimation;

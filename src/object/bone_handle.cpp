@@ -1,0 +1,113 @@
+#include <tw2/object/bone_handle.h>
+#include <tw2/object/virtual_object.h>
+
+#include <platform/scene/virtual_object.h>
+
+namespace TW2
+{
+namespace
+{
+// What a handle without a bone object shows and lets a host write to; made anew at every use, so that nothing written
+// into it is ever seen.
+M_Matrix4x3Template<float>& noBoneMatrix() noexcept
+{
+    static M_Matrix4x3Template<float> s_matrix;
+    s_matrix = M_Matrix4x3Template<float>::identity();
+    return s_matrix;
+}
+}  // namespace
+
+TW_BoneHandle::TW_BoneHandle() noexcept
+{
+    initializeMembers();
+}
+
+TW_BoneHandle::TW_BoneHandle(const S_String& name, int index)
+{
+    initializeMembers();
+    construct(name, index);
+}
+
+TW_BoneHandle::TW_BoneHandle(const TW_BoneHandle& other)
+{
+    initializeMembers();
+    construct(other);
+}
+
+TW_BoneHandle& TW_BoneHandle::operator=(const TW_BoneHandle& other)
+{
+    construct(other);
+    return *this;
+}
+
+TW_BoneHandle::~TW_BoneHandle() = default;
+
+void TW_BoneHandle::initializeMembers() noexcept
+{
+    m_bConstructed = false;
+    m_pBoneObject = nullptr;
+    m_pParentObject = nullptr;
+    m_uiBoneIndex = 0;
+    m_strBoneName.clear();
+}
+
+void TW_BoneHandle::construct(const S_String& name, int index)
+{
+    S_String kept = name;  // `name` may be this handle's own
+    destruct();
+    m_strBoneName.swap(kept);
+    m_uiBoneIndex = static_cast<unsigned int>(index);
+    m_bConstructed = true;
+}
+
+void TW_BoneHandle::construct(const TW_BoneHandle& other)
+{
+    if (&other == this)
+    {
+        return;
+    }
+    destruct();
+    m_strBoneName = other.m_strBoneName;
+    m_pBoneObject = other.m_pBoneObject;
+    m_pParentObject = other.m_pParentObject;
+    m_uiBoneIndex = other.m_uiBoneIndex;
+    m_bConstructed = other.m_bConstructed;
+}
+
+void TW_BoneHandle::destruct() noexcept
+{
+    initializeMembers();
+}
+
+void TW_BoneHandle::attach(TW_VirtualObject* object)
+{
+    m_pParentObject = object;
+    m_pBoneObject = object && m_uiBoneIndex < object->getTotalMeshes() ? object->getMesh(m_uiBoneIndex) : nullptr;
+}
+
+void TW_BoneHandle::detach() noexcept
+{
+    m_pParentObject = nullptr;
+    m_pBoneObject = nullptr;
+}
+
+const M_Matrix4x3Template<float>& TW_BoneHandle::getMatrix() const noexcept
+{
+    return m_pBoneObject ? m_pBoneObject->getMatrix() : noBoneMatrix();
+}
+
+M_Matrix4x3Template<float>& TW_BoneHandle::accessMatrix() noexcept
+{
+    if (!m_pBoneObject)
+    {
+        return noBoneMatrix();
+    }
+    m_pBoneObject->invalidateMatrices();
+    return m_pBoneObject->accessMatrix();
+}
+
+const M_Matrix4x3Template<float>& TW_BoneHandle::getWorldMatrix() const noexcept
+{
+    return m_pBoneObject ? m_pBoneObject->getObjectToWorldMatrix() : noBoneMatrix();
+}
+}  // namespace TW2

@@ -1,0 +1,295 @@
+#include "object/pose_player.h"
+
+#include "object/cross_mode.h"
+
+#include <tw2/object/bone_group_handle.h>
+#include <tw2/object/object_animation_state.h>
+
+#include <platform/math/float4.h>
+#include <platform/scene/virtual_object.h>
+
+#include <algorithm>
+
+namespace TW2
+{
+namespace
+{
+using Matrix = M_Matrix4x3Template<float>;
+
+// target = weight x pose (+ target). A weight of exactly 1 leaves the pose's bits alone.
+void writeWeighted(Matrix& target, const Matrix& pose, float weight, bool add) noexcept
+{
+    const M_Float4 factor(weight);
+    for (std::size_t i = 0; i < 12; i += 4)
+    {
+        M_Float4 values = M_Float4::load(pose.data() + i);
+        if (weight != 1.0F)
+        {
+            values = values * factor;
+        }
+        if (add)
+        {
+            values = values + M_Float4::load(target.data() + i);
+        }
+        values.store(target.data() + i);
+    }
+}
+
+// Whether each mesh has its own place in the block, so that the matrices can be written there in one go.
+bool isWhole(const P_TransformBlock& block, P_VirtualObject* const* meshes, std::size_t count) noexcept
+{
+    if (block.getCount() != count)
+    {
+        return false;
+    }
+    for (unsigned int i = 0; i < count; ++i)
+    {
+        if (block.getObject(i) != meshes[i])
+        {
+            return false;
+        }
+    }
+    return true;
+}
+}  // namespace
+
+PosePlayer::PosePlayer(TW_ObjectAnimation& object, const TW_BoneGroupHandle* group) noexcept
+    : m_object(object), m_pGroup(group), m_ppMeshes(object.m_vecMeshes.data()), m_uiCount(object.m_vecMeshes.size())
+{
+    if (group)
+    {
+        m_puiMask = group->getMeshMask(object.m_uiMeshListNumber, m_ppMeshes, m_uiCount);
+    }
+    P_TransformBlock& block = object.m_meshTransforms;
+    if (isWhole(block, m_ppMeshes, m_uiCount))
+    {
+        m_pLocal = block.accessLocalMatrices();
+    }
+}
+
+PosePlayer::Slots PosePlayer::findSlots(int index) const noexcept
+{
+    TW_ObjectAnimation::ObjectAnimation* const record = m_object.accessAnimation(index);
+    if (!record)
+    {
+        return {};
+    }
+    const std::size_t count =
+        std::min({record->m_vecKeyframeAnimations.size(), record->m_vecLastFrames.size(), m_uiCount});
+    // The sampler keeps its hints as int, the records as unsigned int: the same storage, which both may use.
+    return {record->m_vecKeyframeAnimations.data(), reinterpret_cast<int*>(record->m_vecLastFrames.data()), count,
+            true};
+}
+
+bool PosePlayer::evaluate(int index, float frame, float weight, bool add)
+{
+    const Slots slots = findSlots(index);
+    if (!slots.valid)
+    {
+        return false;
+    }
+    const Slots rest = index == 0 ? Slots{} : findSlots(0);
+    const Step step{add ? TrackWrite::Add : weight != 1.0F ? TrackWrite::Scale : TrackWrite::Replace, weight};
+    if (!m_pGroup)
+    {
+        sample(slots, frame, step, nullptr, slots.count);
+    }
+    bool allMoved = slots.count == m_uiCount;
+    Places moved;
+    Places rested;
+    for (unsigned int mesh = 0; mesh < slots.count; ++mesh)
+    {
+        if (!isSelected(mesh))
+        {
+            continue;
+        }
+        if (slots.has(mesh))
+        {
+            if (m_pGroup && moved.add(mesh))
+            {
+                sample(slots, frame, step, moved.data(), moved.take());
+            }
+        }
+        else if (!rest.has(mesh))
+        {
+            allMoved = false;
+        }
+        else if (rested.add(mesh))
+        {
+            sample(rest, 0.0F, step, rested.data(), rested.take());
+        }
+    }
+    sample(slots, frame, step, moved.data(), moved.take());
+    sample(rest, 0.0F, step, rested.data(), rested.take());
+    if (allMoved)
+    {
+        markSelected();
+        return true;
+    }
+    for (unsigned int mesh = 0; mesh < slots.count; ++mesh)
+    {
+        if (isSelected(mesh) && (slots.has(mesh) || rest.has(mesh)))
+        {
+            mark(mesh);
+        }
+    }
+    return true;
+}
+
+bool PosePlayer::approach(int index, float frame, float weight)
+{
+    const Slots slots = findSlots(index);
+    if (!slots.valid)
+    {
+        return false;
+    }
+    sample(slots, frame, {weight < 1.0F ? TrackWrite::Blend : TrackWrite::Replace, weight}, nullptr, slots.count);
+    for (unsigned int mesh = 0; mesh < slots.count; ++mesh)
+    {
+        if (slots.has(mesh))
+        {
+            mark(mesh);
+        }
+    }
+    return true;
+}
+
+void PosePlayer::sample(const Slots& slots, float frame, const Step& step, const unsigned int* places,
+                        std::size_t count) noexcept
+{
+    if (m_pLocal)
+    {
+        sampleTracks({slots.tracks, slots.hints, m_pLocal, count, places}, frame, step.write, step.weight);
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        const std::size_t mesh = places ? places[i] : i;
+        if (slots.tracks[mesh])
+        {
+            alignas(16) Matrix pose = m_ppMeshes[mesh]->getMatrix();
+            sampleTracks({slots.tracks + mesh, slots.hints + mesh, &pose, 1}, frame, step.write, step.weight);
+            m_ppMeshes[mesh]->accessMatrix() = pose;
+        }
+    }
+}
+
+void PosePlayer::restore(const TW_ObjectAnimationState& state, float weight, bool add)
+{
+    const std::size_t count = std::min({m_uiCount, state.m_vecMatrices.size(), state.m_vecStateFrozen.size()});
+    for (std::size_t mesh = 0; mesh < count; ++mesh)
+    {
+        if (state.m_vecStateFrozen[mesh] && isSelected(mesh))
+        {
+            Matrix& target = access(mesh);
+            // With `add` a weight of 1 multiplies as any other does: the bits are the same.
+            writeWeighted(target, state.m_vecMatrices[mesh], weight, add);
+            mark(mesh);
+        }
+    }
+}
+
+void PosePlayer::freeze(TW_ObjectAnimationState& state) const
+{
+    const std::size_t count = std::min({m_uiCount, state.m_vecMatrices.size(), state.m_vecStateFrozen.size()});
+    for (std::size_t mesh = 0; mesh < count; ++mesh)
+    {
+        const bool selected = isSelected(mesh);
+        state.m_vecStateFrozen[mesh] = selected;
+        if (selected)
+        {
+            state.m_vecMatrices[mesh] = access(mesh);
+        }
+    }
+}
+
+void PosePlayer::correct()
+{
+    const InterpolationMode mode = m_object.m_eCrossMode;
+    if (mode == InterpolationMode::Linear)
+    {
+        return;
+    }
+    constexpr std::size_t BATCH = 4;
+    Matrix* matrices[BATCH];
+    std::size_t count = 0;
+    for (std::size_t mesh = 0; mesh < m_uiCount; ++mesh)
+    {
+        if (isSelected(mesh))
+        {
+            matrices[count++] = &access(mesh);
+        }
+        if (count == BATCH)
+        {
+            correctMatrices(mode, matrices, count);
+            count = 0;
+        }
+    }
+    if (count > 0)
+    {
+        correctMatrices(mode, matrices, count);
+    }
+    markSelected();
+}
+
+bool PosePlayer::isSelected(std::size_t mesh) const
+{
+    if (!m_pGroup)
+    {
+        return true;
+    }
+    return m_puiMask ? m_puiMask[mesh] != 0 : m_pGroup->hasMesh(m_ppMeshes[mesh]);
+}
+
+Matrix& PosePlayer::access(std::size_t mesh) const noexcept
+{
+    return m_pLocal ? m_pLocal[mesh] : m_ppMeshes[mesh]->accessMatrix();
+}
+
+void PosePlayer::mark(std::size_t mesh)
+{
+    if (!m_pLocal)
+    {
+        m_ppMeshes[mesh]->invalidateMatrices();
+        return;
+    }
+    if (m_marks.add(static_cast<unsigned int>(mesh)))
+    {
+        m_object.m_meshTransforms.invalidate(m_marks.data(), m_marks.take());
+    }
+}
+
+void PosePlayer::markSelected()
+{
+    const bool allAtOnce = m_pLocal && (!m_pGroup || m_puiMask);
+    if (allAtOnce)
+    {
+        m_bSelectedMarked = true;
+        return;
+    }
+    for (std::size_t mesh = 0; mesh < m_uiCount; ++mesh)
+    {
+        if (isSelected(mesh))
+        {
+            mark(mesh);
+        }
+    }
+}
+
+void PosePlayer::flushMarks()
+{
+    P_TransformBlock& block = m_object.m_meshTransforms;
+    if (m_bSelectedMarked && m_puiMask)
+    {
+        block.invalidateMasked(m_puiMask);
+    }
+    else if (m_bSelectedMarked)
+    {
+        block.invalidateAll();
+    }
+    else if (!m_marks.isEmpty())
+    {
+        block.invalidate(m_marks.data(), m_marks.take());
+    }
+}
+}  // namespace TW2
