@@ -1,9 +1,11 @@
 #pragma once
 
+#include "tests/support/records.h"
 #include "tests/support/temporary_directory.h"
 
 #include <tw2/io/mesh_chunk.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
+#include <tw2/material/material_list_chunk.h>
 #include <tw2/object/object_animation.h>
 
 #include <platform/math/matrix4x3.h>
@@ -31,22 +33,13 @@ public:
     /// A mesh below another (empty: below the object), which must have been added before.
     void addMesh(const std::string& name, const std::string& parent = "", const Matrix& transform = {})
     {
-        TW2::MeshChunk mesh;
-        mesh.name = name;
+        TW2::MeshChunk mesh = makeMesh(name, parent);
         mesh.transform = transform;
-        mesh.hasParent = !parent.empty();
-        mesh.parentName = parent;
-        TW2::MeshVertexChunk& vertices = mesh.editVertices();
-        vertices.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
-        vertices.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
-        vertices.groupOffsets = {0};
-        vertices.groupCounts = {3};
-        TW2::MeshFaceChunk& faces = mesh.editFaces();
-        faces.groupCounts = {1};
-        faces.groupOffsets = {0};
-        faces.indices = {0, 1, 2};
         m_geometry << mesh;
     }
+    void addMesh(const TW2::MeshChunk& mesh) { m_geometry << mesh; }
+    /// Materials, wherever in the file they stand.
+    void addMaterials(const TW2::MaterialListChunk& materials) { m_geometry << materials; }
 
     /// An animation file with these tracks, and its block in the script.
     void addAnimation(int index, const std::vector<TW2::KeyframeAnimationChunk>& tracks)

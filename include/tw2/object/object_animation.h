@@ -31,8 +31,12 @@ class TW_ObjectKeyframeAnimationCallback;
 /// **Ownership.** The object owns its meshes and its material manager. Keyframe animations are shared by reference
 /// count: copies of an object and shared animations play the same ones, and the last holder deletes.
 ///
+/// **Loading.** File names in a script are relative to the current directory. While the geometry file's meshes are
+/// read, the loader's other callbacks are those of the host: cameras, lights and the like reach them. The loader's mesh
+/// callback is taken for the purpose, and null afterwards.
+///
 /// **Failure.** A construction that throws leaves the object unconstructed, the loader's callbacks and the current
-/// directory as they were. File names in a script are relative to the current directory.
+/// directory as they were.
 ///
 /// Playing allocates nothing. One thread at a time, for all objects together.
 class TW2_API TW_ObjectAnimation : public TW_VirtualObject
@@ -100,8 +104,9 @@ public:
     /// @{
 
     /// Adds a mesh, which then belongs to the object, under the name that it has; its mesh index is the present count.
-    /// Of several meshes of one name the first is found by that name. Animations added before do not move it. When
-    /// memory runs out nothing has changed.
+    /// Of several meshes of one name the first is found by that name. Animations added before do not move it. Null and
+    /// a mesh that the object has already change nothing. When memory runs out nothing has changed, and the mesh is
+    /// still the caller's.
     void addMesh(P_VirtualObject* mesh);
     [[nodiscard]] unsigned int getTotalMeshes() const override { return static_cast<unsigned int>(m_vecMeshes.size()); }
     [[nodiscard]] P_VirtualObject* getMesh(unsigned int mesh) const override
@@ -116,7 +121,7 @@ public:
     [[nodiscard]] virtual P_VirtualObject* getMeshByNameCaseSensitive(const char* name) const;
     /// Mesh index of a mesh; -1 when it is none of the object's.
     [[nodiscard]] int getMeshIndex(const P_VirtualObject* mesh) const noexcept;
-    /// The matrices of all meshes side by side, mesh i at index i.
+    /// The matrices of all meshes side by side, mesh i at index i. Empty while the object is being constructed.
     [[nodiscard]] P_TransformBlock& accessMeshTransforms() noexcept { return m_meshTransforms; }
     [[nodiscard]] const P_TransformBlock& getMeshTransforms() const noexcept { return m_meshTransforms; }
     /// @}
@@ -125,6 +130,7 @@ public:
     /// @{
 
     /// Loads the "animation" blocks of a block of another script. An index that the object has already is replaced.
+    /// When one fails, those before it stay; the object then has no animation of the failing one's index.
     void appendAnimations(const char* scriptFileName, const char* blockName, bool withVisibility);
     void appendAnimations(S_Script* script, const char* blockName, bool withVisibility);
     void appendAnimations(S_Script* script, int blockIndex, bool withVisibility);
@@ -253,14 +259,26 @@ public:
 
     /// @name Callbacks for all objects; null when unset
     /// @{
-    [[nodiscard]] static TW_LoadMeshCallback* getLoadMeshCallback() noexcept;
-    static void setLoadMeshCallback(TW_LoadMeshCallback* callback) noexcept;
-    [[nodiscard]] static TW_MeshLoadedCallback* getMeshLoadedCallback() noexcept;
-    static void setMeshLoadedCallback(TW_MeshLoadedCallback* callback) noexcept;
-    [[nodiscard]] static TW_MeshParentNotFoundCallback* getMeshParentNotFoundCallback() noexcept;
-    static void setMeshParentNotFoundCallback(TW_MeshParentNotFoundCallback* callback) noexcept;
-    [[nodiscard]] static TW_ObjectKeyframeAnimationCallback* getKeyframeAnimationCallback() noexcept;
-    static void setKeyframeAnimationCallback(TW_ObjectKeyframeAnimationCallback* callback) noexcept;
+    [[nodiscard]] static TW_LoadMeshCallback* getLoadMeshCallback() noexcept { return sm_pLoadMeshCallback; }
+    static void setLoadMeshCallback(TW_LoadMeshCallback* callback) noexcept { sm_pLoadMeshCallback = callback; }
+    [[nodiscard]] static TW_MeshLoadedCallback* getMeshLoadedCallback() noexcept { return sm_pMeshLoadedCallback; }
+    static void setMeshLoadedCallback(TW_MeshLoadedCallback* callback) noexcept { sm_pMeshLoadedCallback = callback; }
+    [[nodiscard]] static TW_MeshParentNotFoundCallback* getMeshParentNotFoundCallback() noexcept
+    {
+        return sm_pMeshParentNotFoundCallback;
+    }
+    static void setMeshParentNotFoundCallback(TW_MeshParentNotFoundCallback* callback) noexcept
+    {
+        sm_pMeshParentNotFoundCallback = callback;
+    }
+    [[nodiscard]] static TW_ObjectKeyframeAnimationCallback* getKeyframeAnimationCallback() noexcept
+    {
+        return sm_pKeyframeAnimationCallback;
+    }
+    static void setKeyframeAnimationCallback(TW_ObjectKeyframeAnimationCallback* callback) noexcept
+    {
+        sm_pKeyframeAnimationCallback = callback;
+    }
     /// @}
 
 protected:
@@ -274,6 +292,8 @@ private:
 
     /// Every member as in an object that is not constructed.
     void initializeMembers() noexcept;
+    /// Brings the matrices of all meshes together in `m_meshTransforms`.
+    void adoptMeshTransforms();
 
     bool m_bConstructed = false;
     TW_MaterialManager* m_pMaterialManager = nullptr;
@@ -291,7 +311,9 @@ private:
     M_Vector3Template<float> m_vManualBoundingBoxMin;
     M_Vector3Template<float> m_vManualBoundingBoxMax;
     P_TransformBlock m_meshTransforms;
-    /// Identifies the present list of meshes: no two lists of the process have the same number. 0: no list yet.
+    /// While many meshes are added: they keep their own matrices, and the block is filled when all are there.
+    bool m_bMeshTransformsDeferred = false;
+    /// Identifies the present list of meshes: no two lists of the process have the same number.
     unsigned long long m_uiMeshListNumber = 0;
 
     static TW_LoadMeshCallback* sm_pLoadMeshCallback;

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "object/object_animation_script.h"
+
+#include <tw2/object/object_animation.h>
+
+#include <platform/runtime/allocator.h>
+
+#include <cstddef>
+
+class S_Script;
+
+namespace TW2
+{
+class TW_ObjectAnimationKeyframeCallback;
+
+/// The steps in which an object animation is put together. Whatever a step throws, the current directory and the
+/// loader's callbacks are as they were before it.
+class TW_ObjectAnimation::Builder
+{
+public:
+    explicit Builder(TW_ObjectAnimation& object) noexcept : m_object(object) {}
+
+    /// Builds from the block that is locked: geometry, then animations.
+    void build(S_Script& script, TW_MeshCallback* meshCallback, bool withVisibility);
+    /// Copies meshes and animations of another object and the materials of a manager (null: none).
+    void copy(const TW_ObjectAnimation& source, bool deepCopy, const TW_MaterialManager* materials);
+
+    /// Loads the "animation" blocks of the block that is locked. When one fails, those before it stay and the object
+    /// has no animation of the failing one's index.
+    void loadAnimations(S_Script& script, bool withVisibility);
+    /// Loads one file as an animation.
+    void loadAnimation(int index, const S_String& fileName, bool withVisibility);
+
+private:
+    class Records;
+
+    void loadGeometry(S_Script& script, TW_MeshCallback* meshCallback);
+    void loadMaterials(const S_String& fileName);
+    void loadMeshes(const S_String& fileName, TW_MeshCallback* meshCallback);
+    void setBoundingVolumes(const GeometryParameters& parameters);
+    void setFixedBoundingVolumes();
+    void loadAnimationFile(const AnimationParameters& parameters, TW_ObjectAnimationKeyframeCallback& callback);
+    void copyMesh(const P_VirtualObject& source, bool deepCopy);
+    void copyAnimations(const TW_ObjectAnimation& source);
+
+    TW_ObjectAnimation& m_object;
+};
+}  // namespace TW2

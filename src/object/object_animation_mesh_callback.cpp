@@ -1,0 +1,140 @@
+#include "object/primitive_writer.h"
+
+#include <tw2/core/exceptions.h>
+#include <tw2/io/mesh_chunk.h>
+#include <tw2/material/material_manager.h>
+#include <tw2/object/object_animation.h>
+#include <tw2/object/object_animation_callbacks.h>
+#include <tw2/object/object_animation_mesh_callback.h>
+
+#include <platform/runtime/str.h>
+#include <platform/scene/virtual_object.h>
+
+#include <memory>
+
+namespace TW2
+{
+namespace
+{
+std::size_t getPrimitiveCount(const MeshChunk& record) noexcept
+{
+    return record.hasMaterials && record.materials.names.size() > 1 ? record.materials.names.size() : 1;
+}
+
+/// The mesh without its geometry: that comes with an instance, and is built afterwards otherwise.
+std::unique_ptr<P_VirtualObject> createMesh(const MeshChunk& record, const TW_ObjectAnimation& object)
+{
+    if (!record.hasInstance)
+    {
+        return std::make_unique<P_VirtualObject>(static_cast<int>(getPrimitiveCount(record)));
+    }
+    const P_VirtualObject* const source = object.getMeshByNameCaseSensitive(record.instanceOf);
+    if (!source)
+    {
+        throw TW_Exception_InvalidGeometry(
+            S_STR("Mesh \"%s\" is an instance of unknown mesh \"%s\"", record.name.c_str(), record.instanceOf.c_str()));
+    }
+    return std::make_unique<P_VirtualObject>(*source);
+}
+
+void hangUnderParent(P_VirtualObject& mesh, const MeshChunk& record, TW_ObjectAnimation& object)
+{
+    if (!record.hasParent)
+    {
+        mesh.addTo(&object);
+        return;
+    }
+    if (P_VirtualObject* const parent = object.getMeshByNameCaseSensitive(record.parentName))
+    {
+        mesh.addTo(parent);
+    }
+    else if (TW_MeshParentNotFoundCallback* const callback = TW_ObjectAnimation::getMeshParentNotFoundCallback())
+    {
+        (*callback)(&mesh, record.parentName);
+    }
+}
+
+/// Entries of a group of the vertex map; empty when the record has no map.
+void getVertexMap(S_Vector<int>& map, const MeshChunk& record, std::size_t group)
+{
+    map.clear();
+    if (record.hasVertexMap())
+    {
+        const unsigned int count = getGroupVertexCount(record, group);
+        for (unsigned int j = 0; j < count; ++j)
+        {
+            map.push_back(record.getVertexMapEntry(group, j));
+        }
+    }
+}
+
+/// One primitive per material name, or a single one without names.
+void buildPrimitives(P_VirtualObject& mesh, const MeshChunk& record, const TW_MaterialManager* materials,
+                     TW_MeshCallback& factory)
+{
+    const std::size_t count = record.hasMaterials ? record.materials.names.size() : 1;
+    S_Vector<int> vertexMap;
+    for (std::size_t g = 0; g < count; ++g)
+    {
+        const TW_Material* const material =
+            record.hasMaterials && materials ? materials->findMaterial(record.materials.names[g]) : nullptr;
+        const int primitive = static_cast<int>(g);
+        getVertexMap(vertexMap, record, g);
+        P_TriangleMesh* const geometry = factory.createTriangleMesh(
+            &mesh, primitive, getVertexFormatFlags(material), static_cast<int>(getGroupTriangleCount(record, g)),
+            static_cast<int>(getGroupVertexCount(record, g)), vertexMap);
+        if (material)
+        {
+            applyMaterial(*mesh.getPrimitiveInstance(primitive), *material);
+        }
+        if (geometry)
+        {
+            writeGroup(*geometry, record, g, material);
+        }
+    }
+}
+}  // namespace
+
+TW_ObjectAnimationMeshCallback::TW_ObjectAnimationMeshCallback(TW_ObjectAnimation* object) noexcept : m_pObject(object)
+{
+}
+
+TW_ObjectAnimationMeshCallback::~TW_ObjectAnimationMeshCallback() = default;
+
+void TW_ObjectAnimationMeshCallback::operator()(MeshChunk& record)
+{
+    TW_LoadMeshCallback* const loadMesh = TW_ObjectAnimation::getLoadMeshCallback();
+    if (loadMesh && !(*loadMesh)(record))
+    {
+        return;
+    }
+    std::unique_ptr<P_VirtualObject> mesh = createMesh(record, *m_pObject);
+    hangUnderParent(*mesh, record, *m_pObject);
+    mesh->setName(record.name);
+    mesh->setMatrix(record.transform);
+    if (!record.hasInstance)
+    {
+        buildPrimitives(*mesh, record, m_pObject->getMaterialManager(), *this);
+    }
+    // Meshes have volumes of their own, which follow their vertices.
+    mesh->setEngineFlag(P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME, false);
+    mesh->setEngineFlag(P_BaseObject::FLAG_AUTOMATIC_BOUNDING_VOLUME, true);
+    m_pObject->addMesh(mesh.get());
+    P_VirtualObject* const added = mesh.release();
+    if (TW_MeshLoadedCallback* const meshLoaded = TW_ObjectAnimation::getMeshLoadedCallback())
+    {
+        (*meshLoaded)(m_pObject, added);
+    }
+}
+
+P_TriangleMesh* TW_ObjectAnimationMeshCallback::createTriangleMesh(P_VirtualObject* mesh, int primitive,
+                                                                   int vertexFormatFlags, int triangleCount,
+                                                                   int vertexCount, const S_Vector<int>&)
+{
+    P_VertexFormat format;
+    format.constructFromOldVertexFormat(static_cast<unsigned int>(vertexFormatFlags));
+    P_TriangleMesh* const geometry = mesh->createTriangleMesh(primitive, nullptr, format);
+    geometry->allocate(static_cast<unsigned int>(triangleCount), static_cast<unsigned int>(vertexCount), false);
+    return geometry;
+}
+}  // namespace TW2
