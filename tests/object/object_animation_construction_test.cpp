@@ -1,0 +1,354 @@
+#include "tests/support/expectations.h"
+#include "tests/support/object_files.h"
+
+#include <tw2/core/exceptions.h>
+#include <tw2/io/loader.h>
+#include <tw2/keyframe/keyframe_animation.h>
+#include <tw2/material/material_manager.h>
+#include <tw2/object/object_animation.h>
+#include <tw2/object/object_animation_callbacks.h>
+
+#include <platform/runtime/file.h>
+#include <platform/runtime/script.h>
+#include <platform/scene/virtual_object.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+using namespace TW2;
+using support::makeTrack;
+using support::ObjectFiles;
+using testing::HasSubstr;
+
+namespace
+{
+/// A host's own callback, which constructions must leave in place.
+class SomeKeyframeCallback : public TW_KeyframeAnimationCallback
+{
+public:
+    void operator()(KeyframeAnimationChunk&) override {}
+};
+
+/// Checks, at its end, that directory, loader and script stand where they stood at its begin.
+class SurroundingsCheck
+{
+public:
+    SurroundingsCheck() : m_directory(File.getCurrentDirectory())
+    {
+        TW_Loader::setKeyframeAnimationCallback(&m_callback);
+    }
+    ~SurroundingsCheck()
+    {
+        EXPECT_EQ(File.getCurrentDirectory(), m_directory);
+        EXPECT_EQ(TW_Loader::getKeyframeAnimationCallback(), &m_callback);
+        EXPECT_EQ(TW_Loader::getMaterialListCallback(), nullptr);
+        EXPECT_EQ(TW_Loader::getMeshCallback(), nullptr);
+        TW_Loader::clearAll();
+    }
+    SurroundingsCheck(const SurroundingsCheck&) = delete;
+    SurroundingsCheck& operator=(const SurroundingsCheck&) = delete;
+
+private:
+    SomeKeyframeCallback m_callback;
+    S_String m_directory;
+};
+
+/// Hip and leg, with the animations 3 and -2.
+struct SoldierFiles : ObjectFiles
+{
+    SoldierFiles()
+    {
+        addMesh("Hip");
+        addMesh("Leg", "Hip", M_Matrix4x3Template<float>::translation({0, 0, -1}));
+        addAnimation(3, {makeTrack("Hip", 10.0f), makeTrack("Leg", 5.0f, 21)});
+        addAnimation(-2, {makeTrack("Leg", 2.0f)});
+    }
+};
+
+void expectSoldier(TW_ObjectAnimation& object)
+{
+    ASSERT_TRUE(object.isConstructed());
+    ASSERT_EQ(object.getTotalMeshes(), 2u);
+    EXPECT_EQ(object.getMesh(0)->getName(), "Hip");
+    EXPECT_EQ(object.getMesh(1)->getParent(), object.getMesh(0));
+    EXPECT_EQ(object.getMesh(2), nullptr);
+    EXPECT_EQ(object.getTotalAnimations(), 2u);
+    EXPECT_EQ(object.getMaximumAnimationIndex(), 3);
+    EXPECT_TRUE(object.isValidAnimation(-2));
+    EXPECT_FALSE(object.isValidAnimation(0));
+    EXPECT_EQ(object.getAnimationFrames(3), 21u);
+    ASSERT_TRUE(object.animateObject(3, 0.5f, nullptr));
+    EXPECT_FLOAT_EQ(object.getMesh(0)->getMatrix().m[3][0], 5.0f);
+    EXPECT_FLOAT_EQ(object.getMesh(1)->getObjectToWorldMatrix().m[3][0], 5.0f + 1.25f);
+}
+
+/// What went wrong when an object was built from a script with these lines.
+struct Failure
+{
+    const char* name;
+    std::string lines;
+    std::vector<std::string> fragments;
+};
+
+}  // namespace
+
+TEST(ObjectAnimationConstruction, EveryFormBuildsTheSameObject)
+{
+    const SoldierFiles files;
+    const std::string scriptName = files.writeScript();
+    const SurroundingsCheck surroundings;
+
+    TW_ObjectAnimation byFile(scriptName.c_str(), "object", nullptr, false);
+    expectSoldier(byFile);
+    EXPECT_EQ(byFile.getName(), (scriptName + ", object").c_str());
+    EXPECT_STREQ(byFile.getObjectType(), "TW_ObjectAnimation");
+
+    S_Script script(scriptName.c_str());
+    TW_ObjectAnimation byName(&script, "object", nullptr, false);
+    expectSoldier(byName);
+    TW_ObjectAnimation byIndex(&script, 0, nullptr, false);
+    expectSoldier(byIndex);
+    EXPECT_EQ(byIndex.getName(), byName.getName());
+    EXPECT_EQ(script.getDepth(), 0u);
+
+    TW_ObjectAnimation later;
+    EXPECT_FALSE(later.isConstructed());
+    EXPECT_EQ(later.getMaterialManager(), nullptr);
+    EXPECT_EQ(later.getManualBoundingSphereRadius(), std::numeric_limits<float>::max());
+    later.construct(&script, "object", nullptr, false);
+    later.construct(&script, "object", nullptr, false);
+    expectSoldier(later);
+    later.destruct();
+    EXPECT_FALSE(later.isConstructed());
+    EXPECT_EQ(later.getTotalMeshes(), 0u);
+    EXPECT_EQ(later.getMaximumAnimationIndex(), -1);
+}
+
+TEST(ObjectAnimationConstruction, FilesAreRelativeToTheCurrentDirectoryAndToldApartByTheirFolders)
+{
+    const SoldierFiles files;
+    (void)files.writeScript();
+    files.writeAnimation("slow/walk.tw", {makeTrack("Hip", 1.0f)});
+    files.writeAnimation("fast/walk.tw", {makeTrack("Hip", 100.0f)});
+    const std::string script = files.getDirectory().write("scripts/relative.txt", R"(
+        relative
+        {
+            geometry { exportdata "GEOMETRY.tw" }
+            animation { index 0  filename "slow\walk.tw" }
+            animation { index 1  filename "fast/Walk.TW" }
+        })");
+
+    const S_DirectoryGuard restore;
+    File.changeDirectory(files.getDirectory().getPath().string());
+    TW_ObjectAnimation object(script.c_str(), "relative", nullptr, false);
+    for (const auto& [index, distance] : {std::pair(0, 1.0f), std::pair(1, 100.0f)})
+    {
+        ASSERT_TRUE(object.animateObjectFrame(index, 10.0f, nullptr));
+        EXPECT_FLOAT_EQ(object.getMesh(0)->getMatrix().m[3][0], distance);
+    }
+}
+
+TEST(ObjectAnimationConstruction, CrossModeIsOneOfThreeWordsAndNormalizedWhenLeftOut)
+{
+    const SoldierFiles files;
+    EXPECT_EQ(files.build("linear")->getCrossMode(), InterpolationMode::Linear);
+    EXPECT_EQ(files.build("normalized")->getCrossMode(), InterpolationMode::Normalized);
+    EXPECT_EQ(files.build("orthonormalized")->getCrossMode(), InterpolationMode::Orthonormalized);
+
+    const std::string geometry = files.getDirectory().file("geometry.tw");
+    S_Script script = S_Script::fromText("memory", ("a { geometry { exportdata \"" + geometry + "\" } }").c_str());
+    TW_ObjectAnimation object(&script, "a", nullptr, false);
+    EXPECT_EQ(object.getCrossMode(), InterpolationMode::Normalized);
+    EXPECT_EQ(object.getTotalAnimations(), 0u);
+    EXPECT_EQ(object.getName(), "memory, a");
+}
+
+TEST(ObjectAnimationConstruction, BoundingVolumesFollowTheMeshesOrWhatTheScriptGives)
+{
+    using Vector = M_Vector3Template<float>;
+    constexpr unsigned int box = P_BaseObject::FLAG_BOUNDING_BOX;
+    constexpr unsigned int sphere = P_BaseObject::FLAG_BOUNDING_SPHERE;
+    constexpr unsigned int automatic = P_BaseObject::FLAG_AUTOMATIC_BOUNDING_VOLUME;
+    constexpr unsigned int fixed = P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME;
+    const float side = 3.0f / std::sqrt(3.0f);
+    const float meshRadius = std::sqrt(24.0f);  // of the vertex (2, 4, -2)
+    const struct
+    {
+        const char* keys;
+        unsigned int flags;
+        bool manualBox;
+        bool manualSphere;
+        float radius;  // as reported
+        Vector maximum;
+    } cases[] = {
+        {"", box | sphere | automatic, false, false, meshRadius, {2, 4, 0}},
+        {"enableBoundingBox 0 boundingSphereRadius 3", sphere | fixed, false, true, 3.0f, {side, side, side}},
+        {"enableBoundingSphere 0 boundingBoxMin (-3,0,0) boundingBoxMax (1,2,2)",
+         box | fixed,
+         true,
+         false,
+         3.0f,
+         {1, 2, 2}},
+        {"boundingBoxMin (-3,0,0) boundingBoxMax (1,2,2) boundingSphereRadius 7",
+         box | sphere | fixed,
+         true,
+         true,
+         7.0f,
+         {1, 2, 2}},
+        {"boundingSphereRadius 7", box | sphere | automatic, false, true, 7.0f, {2, 4, 0}},
+        {"enableBoundingBox 0 enableBoundingSphere 0", fixed, false, false, -1.0f, {-1, -1, -1}},
+    };
+    ObjectFiles files;
+    files.addMesh("triangle");
+    TW_ObjectAnimation object;
+    for (const auto& expected : cases)
+    {
+        SCOPED_TRACE(expected.keys);
+        object.construct(files.writeScript("linear", expected.keys).c_str(), "object", nullptr, false);
+        EXPECT_EQ(object.getEngineFlags() & (box | sphere | automatic | fixed), expected.flags);
+        EXPECT_EQ(object.getUseManualBoundingBox(), expected.manualBox);
+        EXPECT_EQ(object.getUseManualBoundingSphere(), expected.manualSphere);
+        EXPECT_FLOAT_EQ(object.getBoundingRadius(), expected.radius);
+        const Vector maximum = object.getBoundingBoxMax();
+        EXPECT_FLOAT_EQ(maximum.x, expected.maximum.x);
+        EXPECT_FLOAT_EQ(maximum.y, expected.maximum.y);
+        EXPECT_FLOAT_EQ(maximum.z, expected.maximum.z);
+    }
+}
+
+TEST(ObjectAnimationConstruction, WhatIsWrongIsNamedAndNothingIsLeftBehind)
+{
+    const SoldierFiles files;
+    (void)files.writeScript();
+    const std::string geometry = "\"" + files.getDirectory().file("geometry.tw") + "\"";
+    const std::string walk = "\"" + files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)}) + "\"";
+    const std::string tail = "\"" + files.writeAnimation("tail.tw", {makeTrack("Tail", 1.0f)}) + "\"";
+    const std::string lines = "geometry { exportdata " + geometry + " }\n";
+    const Failure failures[] = {
+        {"no geometry", "animation { index 0 filename " + walk + " }", {"broken.txt", "geometry"}},
+        {"two geometries", lines + lines, {"broken.txt", "geometry"}},
+        {"unknown block", lines + "sound { }", {"broken.txt", "sound"}},
+        {"unknown key", "geometry { exportdata " + geometry + "\n colour red }", {"broken.txt", "colour"}},
+        {"no file name", "geometry { crossmode linear }", {"broken.txt", "exportdata"}},
+        {"no index", lines + "animation { filename " + walk + " }", {"broken.txt", "index"}},
+        {"missing file", "geometry { exportdata missing.tw }", {"missing.tw"}},
+        {"missing animation", lines + "animation { index 0 filename gone.tw }", {"gone.tw"}},
+        {"crossmode",
+         "geometry { exportdata " + geometry + " crossmode Linear }",
+         {"TW2: Invalid parameter in ", "broken.txt", "soldier",
+          ": \"CrossMode\" can only take values \"linear\", \"normalized\" and \"orthonormalized\"!"}},
+        {"duplicate index",
+         lines + "animation { index 3 filename " + walk + " } animation { index 3 filename " + walk + " }",
+         {"TW2: File \"", "broken.txt\" defines animation index 3 more than once."}},
+        {"missing target",
+         lines + "animation { index 0 filename " + tail + " }",
+         {"TW2: Animation target not found and callback not set ", "broken.txt", "soldier", ": Target name \"Tail\""}},
+    };
+    TW_ObjectAnimation object;
+    for (const Failure& failure : failures)
+    {
+        SCOPED_TRACE(failure.name);
+        const std::string name =
+            files.getDirectory().write("broken.txt", "soldier\n{\n" + failure.lines + "\n}\nother { }\n");
+        const SurroundingsCheck surroundings;
+        S_Script script(name.c_str());
+        const std::string byName = support::messageOf([&] { object.construct(&script, "soldier", nullptr, false); });
+        for (const std::string& fragment : failure.fragments)
+        {
+            EXPECT_THAT(byName, HasSubstr(fragment));
+        }
+        EXPECT_EQ(support::messageOf([&] { object.construct(&script, 0, nullptr, false); }), byName);
+        EXPECT_EQ(script.getDepth(), 0u);
+        EXPECT_FALSE(object.isConstructed());
+        EXPECT_EQ(object.getTotalMeshes(), 0u);
+        EXPECT_EQ(object.getMaterialManager(), nullptr);
+    }
+    const std::string good = files.writeScript();
+    EXPECT_THAT(support::messageOf([&] { object.construct(good.c_str(), "soldat", nullptr, false); }),
+                HasSubstr("soldat"));
+    object.construct(good.c_str(), "object", nullptr, false);
+    expectSoldier(object);
+}
+
+TEST(ObjectAnimationConstruction, TracksOfUnknownTargetsGoToTheHostWhoMayKeepThem)
+{
+    class Keeper : public TW_ObjectKeyframeAnimationCallback
+    {
+    public:
+        ~Keeper() override
+        {
+            TW_ObjectAnimation::setKeyframeAnimationCallback(nullptr);
+            delete m_pAnimation;
+        }
+        void operator()(int index, TW_KeyframeAnimation* animation) override
+        {
+            m_iIndex = index;
+            animation->increaseObjectReferenceCount();
+            m_pAnimation = animation;
+        }
+        int m_iIndex = -1;
+        TW_KeyframeAnimation* m_pAnimation = nullptr;
+    };
+    Keeper keeper;
+    TW_ObjectAnimation::setKeyframeAnimationCallback(&keeper);
+    ObjectFiles files;
+    files.addMesh("Hip");
+    files.addAnimation(4, {makeTrack("hip", 8.0f), makeTrack("Hip", 1.0f)});
+    files.build();
+    EXPECT_EQ(keeper.m_iIndex, 4);
+    ASSERT_NE(keeper.m_pAnimation, nullptr);
+    EXPECT_EQ(keeper.m_pAnimation->getObjectReferenceCount(), 1);
+    EXPECT_EQ(keeper.m_pAnimation->getAnimationTargetName(), "hip");
+}
+
+TEST(ObjectAnimationConstruction, VisibilityTracksAreThereOnlyWhenAskedFor)
+{
+    ObjectFiles files;
+    files.addMesh("lamp");
+    KeyframeAnimationChunk track = makeTrack("lamp", 1.0f);
+    track.visibilityKeys = {{0, 1.0f}, {10, -1.0f}};
+    files.addAnimation(0, {track});
+    const auto with = files.build("linear", true);
+    const auto without = files.build("linear", false);
+    ASSERT_NE(with->getAnimation(0)->m_vecKeyframeAnimations[0]->getVisibilityContainer(), nullptr);
+    EXPECT_EQ(without->getAnimation(0)->m_vecKeyframeAnimations[0]->getVisibilityContainer(), nullptr);
+    EXPECT_TRUE(with->updateVisibilityFrame(0, 10.0f));
+    EXPECT_FALSE(with->getMesh(0)->isEnabled());
+}
+
+TEST(ObjectAnimationConstruction, NothingIsLeftWhateverAllocationFails)
+{
+    SoldierFiles files;
+    MaterialListChunk materials;
+    materials.materials = {support::makeSolidMaterial("red", {255, 0, 0}), support::makeSolidMaterial("blue")};
+    files.addMaterials(materials);
+    MeshChunk cloth = support::makeMesh("cloth", "Hip", {{4, 2}, {3, 1}});
+    support::setMaterials(cloth, {"red", "blue"});
+    files.addMesh(cloth);
+    const std::string script = files.writeScript();
+    const std::string more = files.writeAnimation("more.tw", {makeTrack("Hip", 1.0f), makeTrack("Leg", 1.0f)});
+
+    // What stays for the whole process is there before blocks are counted.
+    {
+        TW_ObjectAnimation warmUp(script.c_str(), "object", nullptr, true);
+    }
+    support::expectNothingLeftByFailedAllocations(
+        [&] { TW_ObjectAnimation object(script.c_str(), "object", nullptr, true); });
+    const TW_ObjectAnimation original(script.c_str(), "object", nullptr, true);
+    support::expectNothingLeftByFailedAllocations([&] { TW_ObjectAnimation copy(original); });
+    support::expectNothingLeftByFailedAllocations(
+        [&]
+        {
+            TW_ObjectAnimation copy;
+            copy.construct(original, true, nullptr);
+            copy.appendSingleAnimation(3, more.c_str(), false);
+            copy.shareAnimation(-2, const_cast<TW_ObjectAnimation*>(&original));
+            copy.loadMaterials(files.getDirectory().file("geometry.tw").c_str());
+        });
+}

@@ -1,0 +1,177 @@
+#include "tests/support/expectations.h"
+#include "tests/support/object_files.h"
+
+#include <tw2/core/exceptions.h>
+#include <tw2/keyframe/keyframe_animation.h>
+#include <tw2/material/material_manager.h>
+#include <tw2/object/object_animation.h>
+
+#include <platform/scene/virtual_object.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+using namespace TW2;
+using support::makeSolidMaterial;
+using support::makeTrack;
+using support::ObjectFiles;
+
+namespace
+{
+MaterialListChunk makeList(const std::vector<std::string>& names, const G_FColor& color = {})
+{
+    MaterialListChunk list;
+    for (const std::string& name : names)
+    {
+        list.materials.push_back(makeSolidMaterial(name, color));
+    }
+    return list;
+}
+
+/// Two meshes, the second below the first, in two materials.
+struct ObjectAnimationCopying : testing::Test
+{
+    ObjectAnimationCopying()
+    {
+        m_files.addMaterials(makeList({"skin", "cloth"}));
+        MeshChunk body = support::makeMesh("body", "", {{3, 1}, {4, 2}});
+        support::setMaterials(body, {"skin", "cloth"});
+        m_files.addMesh(body);
+        MeshChunk head = support::makeMesh("head", "body");
+        support::setMaterials(head, {"skin"});
+        m_files.addMesh(head);
+        m_files.addAnimation(2, {makeTrack("head", 10.0f)});
+        m_object = m_files.build("orthonormalized");
+    }
+
+    /// A file with other materials of these names.
+    [[nodiscard]] std::string writeMaterials(const std::vector<std::string>& names) const
+    {
+        S_MemoryFileWriter writer;
+        writer << makeList(names, {0, 255, 0});
+        return m_files.getDirectory().write("materials.tw", writer.getBytes());
+    }
+    static P_Material* getMaterial(TW_ObjectAnimation& object, unsigned int mesh, int primitive)
+    {
+        return object.getMesh(mesh)->getPrimitiveInstance(primitive)->getMaterial();
+    }
+    static P_Material* findMaterial(TW_ObjectAnimation& object, const char* name)
+    {
+        return object.getMaterialManager()->findMaterial(name)->getMaterial();
+    }
+
+    ObjectFiles m_files;
+    std::unique_ptr<TW_ObjectAnimation> m_object;
+};
+}  // namespace
+
+TEST_F(ObjectAnimationCopying, ACopySharesGeometryAndTracksAndOutlivesItsSource)
+{
+    m_object->setUseManualBoundingSphere(true);
+    m_object->setManualBoundingSphereRadius(12.0f);
+    m_object->setEngineFlag(P_BaseObject::FLAG_BOUNDING_SPHERE, false);
+    TW_ObjectAnimation copy(*m_object);
+    TW_ObjectAnimation deep;
+    deep.construct(*m_object, true, nullptr);
+    const P_TriangleMesh* const geometry = m_object->getMesh(0)->getPrimitive(1);
+    EXPECT_EQ(copy.getName(), m_object->getName() + " (clone)");
+    EXPECT_EQ(copy.getMesh(0)->getPrimitive(1), geometry);
+    EXPECT_NE(deep.getMesh(0)->getPrimitive(1), geometry);
+    EXPECT_EQ(m_object->getAnimation(2)->m_vecKeyframeAnimations[1]->getObjectReferenceCount(), 3);
+    EXPECT_EQ(copy.getAnimation(2)->m_iInstance, m_object->getAnimation(2)->m_iInstance);
+    m_object.reset();
+
+    for (TW_ObjectAnimation* object : {&copy, &deep})
+    {
+        EXPECT_EQ(object->getCrossMode(), InterpolationMode::Orthonormalized);
+        EXPECT_EQ(object->getBoundingRadius(), 12.0f);
+        EXPECT_FALSE(object->hasEngineFlag(P_BaseObject::FLAG_BOUNDING_SPHERE));
+        EXPECT_EQ(object->getMaximumAnimationIndex(), 2);
+        EXPECT_EQ(object->getContainer(), nullptr);
+        ASSERT_EQ(object->getTotalMeshes(), 2u);
+        EXPECT_EQ(object->getMesh(0)->getParent(), static_cast<P_BaseObject*>(object));
+        EXPECT_EQ(object->getMesh(1)->getParent(), object->getMesh(0));
+        EXPECT_EQ(object->getMeshTransforms().getCount(), 2u);
+        ASSERT_EQ(object->getMesh(0)->getPrimitive(1)->getVertexBuffer().getUsedCount(), 4u);
+        EXPECT_EQ(object->getMesh(0)->getPrimitive(1)->getVertexBuffer().getPosition(0).x, 3.0f);
+        EXPECT_EQ(getMaterial(*object, 0, 1), findMaterial(*object, "cloth"));
+        EXPECT_EQ(getMaterial(*object, 1, 0), findMaterial(*object, "skin"));
+        object->animateObjectFrame(2, 5.0f, nullptr);
+        EXPECT_FLOAT_EQ(object->getMesh(1)->getMatrix().m[3][0], 5.0f);
+        ASSERT_NE(object->getMeshByName("HEAD"), nullptr);
+    }
+}
+
+TEST_F(ObjectAnimationCopying, CopyingOntoItselfOrFromNothingIsHarmless)
+{
+    TW_ObjectAnimation& same = *m_object;
+    *m_object = same;
+    EXPECT_EQ(m_object->getTotalMeshes(), 2u);
+    const TW_ObjectAnimation nothing;
+    *m_object = nothing;
+    EXPECT_FALSE(m_object->isConstructed());
+    EXPECT_EQ(m_object->getTotalMeshes(), 0u);
+
+    m_object = m_files.build();
+    m_object->setName("");
+    TW_ObjectAnimation copy(*m_object);
+    EXPECT_EQ(copy.getName(), "TW_ObjectAnimation clone(no name)");
+    copy.construct(*m_object, false, copy.getMaterialManager());
+    EXPECT_EQ(getMaterial(copy, 0, 1), findMaterial(copy, "cloth"));
+}
+
+TEST_F(ObjectAnimationCopying, ACopyMayHaveOtherMaterialsOfTheSameNames)
+{
+    TW_MaterialManager materials;
+    TW_ObjectAnimation::loadMaterials(&materials, writeMaterials({"skin", "fur"}).c_str());
+    TW_ObjectAnimation copy;
+    copy.construct(*m_object, false, &materials);
+    EXPECT_EQ(getMaterial(copy, 1, 0), findMaterial(copy, "skin"));
+    EXPECT_NE(getMaterial(copy, 1, 0), getMaterial(*m_object, 1, 0));
+    // There is no other "cloth", and the source's may go at any time.
+    EXPECT_EQ(getMaterial(copy, 0, 1), nullptr);
+    EXPECT_NE(getMaterial(*m_object, 0, 1), nullptr);
+}
+
+TEST_F(ObjectAnimationCopying, LoadedMaterialsReplaceThoseOfTheSameNames)
+{
+    m_object->loadMaterials(writeMaterials({"cloth", "skin"}).c_str());
+    ASSERT_EQ(m_object->getMaterialManager()->getMaterialCount(), 2u);
+    EXPECT_EQ(m_object->getMaterialManager()->getMaterial(0)->getSolidColor().green, 255.0f);
+    EXPECT_EQ(getMaterial(*m_object, 0, 0), findMaterial(*m_object, "skin"));
+    EXPECT_EQ(getMaterial(*m_object, 0, 1), findMaterial(*m_object, "cloth"));
+
+    const std::string without = m_files.writeAnimation("none.tw", {makeTrack("head", 1.0f)});
+    EXPECT_EQ(support::messageOf([&] { m_object->loadMaterials(without.c_str()); }),
+              "TW2: File \"" + without + "\" didn't contain any materials");
+    EXPECT_EQ(getMaterial(*m_object, 0, 1), findMaterial(*m_object, "cloth"));
+}
+
+TEST_F(ObjectAnimationCopying, MaterialsThatCannotBeReplacedStay)
+{
+    const P_Material* const before = getMaterial(*m_object, 0, 0);
+    TW_MaterialManager materials;
+    TW_ObjectAnimation::loadMaterials(&materials, writeMaterials({"cloth", "skin"}).c_str());
+    const TW_MaterialManager* const manager = m_object->getMaterialManager();
+    for (long long n = 1;; ++n)
+    {
+        S_Memory::failAllocation(n);
+        try
+        {
+            m_object->remapMaterials(&materials);
+            S_Memory::failAllocation(0);
+            break;
+        }
+        catch (const S_MemoryException_Allocation&)
+        {
+            ASSERT_EQ(m_object->getMaterialManager(), manager);
+            ASSERT_EQ(getMaterial(*m_object, 0, 0), before);
+            ASSERT_EQ(getMaterial(*m_object, 1, 0), before);
+        }
+    }
+    EXPECT_NE(getMaterial(*m_object, 0, 0), before);
+}

@@ -1,0 +1,306 @@
+#include "tests/support/expectations.h"
+#include "tests/support/object_files.h"
+
+#include <tw2/core/exceptions.h>
+#include <tw2/material/material_manager.h>
+#include <tw2/object/object_animation.h>
+#include <tw2/object/object_animation_callbacks.h>
+#include <tw2/object/object_animation_mesh_callback.h>
+
+#include <platform/scene/virtual_object.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace TW2;
+using support::makeMesh;
+using support::makeSolidMaterial;
+using support::ObjectFiles;
+using support::setChannel;
+using support::setMaterials;
+
+namespace
+{
+using Vector = M_Vector3Template<float>;
+
+/// A picture on the coordinates of the mesh.
+TWMaterialChunk makeTexturedMaterial(const std::string& name)
+{
+    TWMaterialChunk material = makeSolidMaterial(name);
+    material.accessDiffuseTexture().name = "picture";
+    material.accessDiffuseTexture().frameFiles = {"picture.png"};
+    return material;
+}
+
+/// A material list whose pictures lie in the files' folder.
+MaterialListChunk makeList(const ObjectFiles& files, const std::vector<TWMaterialChunk>& materials)
+{
+    G_Image(2, 2).writePNG(files.getDirectory().file("picture.png").c_str());
+    MaterialListChunk list;
+    list.texturePath = files.getDirectory().getPath().string();
+    list.materials.assign(materials.begin(), materials.end());
+    return list;
+}
+
+/// Mesh callbacks of the host, installed for a test.
+struct Host : TW_LoadMeshCallback, TW_MeshLoadedCallback, TW_MeshParentNotFoundCallback
+{
+    Host()
+    {
+        TW_ObjectAnimation::setLoadMeshCallback(this);
+        TW_ObjectAnimation::setMeshLoadedCallback(this);
+        TW_ObjectAnimation::setMeshParentNotFoundCallback(this);
+    }
+    ~Host() override
+    {
+        TW_ObjectAnimation::setLoadMeshCallback(nullptr);
+        TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
+        TW_ObjectAnimation::setMeshParentNotFoundCallback(nullptr);
+    }
+    bool operator()(MeshChunk& record) override { return std::string(record.name.c_str()) != m_refused; }
+    void operator()(TW_ObjectAnimation* object, P_VirtualObject* mesh) override
+    {
+        EXPECT_EQ(object->getMesh(object->getTotalMeshes() - 1), mesh);
+        m_loaded.emplace_back(mesh->getName());
+    }
+    void operator()(P_VirtualObject* mesh, const S_String& parentName) override
+    {
+        EXPECT_EQ(mesh->getContainer(), nullptr);
+        m_missingParents.emplace_back(parentName);
+    }
+
+    std::string m_refused;
+    std::vector<std::string> m_loaded;
+    std::vector<std::string> m_missingParents;
+};
+}  // namespace
+
+TEST(ObjectAnimationMeshes, EveryMaterialOfAMeshBecomesAPrimitiveWithItsVerticesAndTriangles)
+{
+    ObjectFiles files;
+    files.addMaterials(makeList(files, {makeSolidMaterial("red"), makeSolidMaterial("blue"), makeSolidMaterial("x")}));
+    MeshChunk mesh = makeMesh("coat", "", {{4, 2}, {0, 0}, {5, 3}});
+    setMaterials(mesh, {"red", "blue", "x"});
+    files.addMesh(mesh);
+    const auto object = files.build();
+
+    P_VirtualObject& coat = *object->getMesh(0);
+    ASSERT_EQ(coat.getPrimitiveCount(), 3);
+    const unsigned int vertices[] = {4, 0, 5};
+    const unsigned int triangles[] = {2, 0, 3};
+    const char* const names[] = {"red", "blue", "x"};
+    float n = 0.0f;
+    for (int g = 0; g < 3; ++g)
+    {
+        SCOPED_TRACE(g);
+        ASSERT_NE(coat.getPrimitive(g), nullptr);
+        P_TriangleMesh& geometry = *coat.getPrimitive(g);
+        EXPECT_FALSE(geometry.isLocked());
+        ASSERT_EQ(geometry.getVertexBuffer().getUsedCount(), vertices[g]);
+        ASSERT_EQ(geometry.getIndexBuffer().getUsedCount(), triangles[g]);
+        for (unsigned int j = 0; j < vertices[g]; ++j, n += 1.0f)
+        {
+            EXPECT_EQ(geometry.getVertexBuffer().getPosition(j), Vector(n, 2 * n, -n));
+            EXPECT_EQ(geometry.getVertexBuffer().getNormal(j), Vector(0, 0, 1));
+        }
+        for (unsigned int t = 0; t < triangles[g]; ++t)
+        {
+            for (unsigned int corner = 0; corner < 3; ++corner)
+            {
+                EXPECT_EQ(geometry.getIndexBuffer().getIndex(t, corner), t + corner);
+            }
+        }
+        EXPECT_EQ(coat.getPrimitiveInstance(g)->getMaterial(),
+                  object->getMaterialManager()->findMaterial(names[g])->getMaterial());
+    }
+}
+
+TEST(ObjectAnimationMeshes, TheMaterialDecidesWhatAVertexCarries)
+{
+    TWMaterialChunk pale = makeTexturedMaterial("pale");
+    pale.vertexAlpha = true;
+    pale.vertexAlphaValue = 0.5f;
+    TWMaterialChunk tinted = makeTexturedMaterial("tinted");  // a picture over a plain colour
+    tinted.shading = TWMaterialChunk::SHADING_CONSTANT;
+    TWMaterialChunk shiny = makeTexturedMaterial("shiny");  // a reflection that is projected, with a texture matrix
+    shiny.accessReflectionTexture() = *shiny.getDiffuseTexture();
+    TWMaterialChunk hidden = makeSolidMaterial("hidden");
+    hidden.invisibleGeometry = true;
+    ObjectFiles files;
+    files.addMaterials(makeList(files, {makeTexturedMaterial("plain"), pale, tinted, shiny, hidden}));
+
+    const std::vector<std::string> names = {"plain", "pale", "tinted", "shiny", "hidden", "unknown"};
+    MeshChunk mesh = makeMesh("all", "", std::vector<support::GroupSize>(names.size(), {3, 1}));
+    setMaterials(mesh, names);
+    setChannel(mesh, 0, 100.0f, {true, true, true, true, true, true});
+    files.addMesh(mesh);
+    files.addMesh(makeMesh("bare"));
+    const auto object = files.build();
+    P_VirtualObject& all = *object->getMesh(0);
+
+    const struct
+    {
+        bool color;
+        unsigned int layers;
+        bool visible;
+    } expected[] = {{false, 1, true}, {true, 1, true},  {true, 2, true},
+                    {false, 1, true}, {true, 1, false}, {false, 0, true}};
+    for (int g = 0; g < 6; ++g)
+    {
+        SCOPED_TRACE(names[static_cast<std::size_t>(g)]);
+        const P_VertexFormat& format = all.getPrimitive(g)->getFormat();
+        EXPECT_TRUE(format.hasPosition() && format.hasNormal());
+        EXPECT_EQ(format.hasColor(), expected[g].color);
+        EXPECT_EQ(format.getTextureLayerCount(), expected[g].layers);
+        EXPECT_EQ(all.getPrimitiveInstance(g)->isVisible(), expected[g].visible);
+    }
+    EXPECT_EQ(object->getMesh(1)->getPrimitive(0)->getFormat().getOldVertexFormat(), 0x30u);
+    EXPECT_EQ(all.getPrimitiveInstance(5)->getMaterial(), nullptr);
+
+    const auto coordinate = [&](int g, unsigned int vertex, unsigned int layer)
+    { return all.getPrimitive(g)->getVertexBuffer().getTextureU(vertex, layer); };
+    EXPECT_EQ(coordinate(0, 1, 0), 101.0f);
+    EXPECT_EQ(coordinate(1, 2, 0), 105.0f);
+    EXPECT_EQ(all.getPrimitive(1)->getVertexBuffer().getColorAlpha(2), 127.5f);
+    EXPECT_EQ(coordinate(2, 1, 0), 107.0f);
+    EXPECT_EQ(coordinate(2, 1, 1), 0.0f);  // the plain colour
+    EXPECT_EQ(coordinate(4, 1, 0), 0.0f);
+    const TW_Material& material = *object->getMaterialManager()->findMaterial("shiny");
+    ASSERT_EQ(material.getTextureMatrixCount(), 1);
+    const int layer = material.getTextureMatrixTextureLayer(0);
+    ASSERT_NE(all.getPrimitiveInstance(3)->getTextureMatrix(layer), nullptr);
+    EXPECT_EQ(*all.getPrimitiveInstance(3)->getTextureMatrix(layer), material.getTextureMatrix(0));
+}
+
+TEST(ObjectAnimationMeshes, AChannelWithoutCoordinatesForAGroupIsAskedAgainForTheNextLayer)
+{
+    TWMaterialChunk two = makeTexturedMaterial("two");  // picture and a reflection that lies on the mesh
+    two.accessReflectionTexture() = *two.getDiffuseTexture();
+    two.reflectionMapping = 2;
+    two.vertexAlpha = true;
+    ObjectFiles files;
+    files.addMaterials(makeList(files, {two}));
+    MeshChunk mesh = makeMesh("a", "", {{3, 1}, {3, 1}});
+    setMaterials(mesh, {"two", "two"});
+    setChannel(mesh, 0, 10.0f, {false, true});
+    setChannel(mesh, 1, 20.0f);
+    files.addMesh(mesh);
+    const auto object = files.build();
+    ASSERT_EQ(object->getMesh(0)->getPrimitive(0)->getFormat().getTextureLayerCount(), 2u);
+    const P_VertexBuffer& without = object->getMesh(0)->getPrimitive(0)->getVertexBuffer();
+    EXPECT_EQ(without.getTextureU(1, 0), 0.0f);
+    EXPECT_EQ(without.getTextureU(1, 1), 0.0f);
+    const P_VertexBuffer& with = object->getMesh(0)->getPrimitive(1)->getVertexBuffer();
+    EXPECT_EQ(with.getTextureU(1, 0), 14.0f);
+    EXPECT_EQ(with.getTextureU(1, 1), 24.0f);
+}
+
+TEST(ObjectAnimationMeshes, NamesFindTheFirstMeshExactlyOrWithoutRegardToCase)
+{
+    ObjectFiles files;
+    files.addMesh("Hand");
+    files.addMesh("HAND", "Hand");
+    files.addMesh("Hand", "HAND");
+    auto object = files.build();
+    EXPECT_EQ(object->getTotalMeshes(), 3u);
+    EXPECT_EQ(object->getMeshByName("hAnD"), object->getMesh(0));
+    EXPECT_EQ(object->getMeshByName(S_String("HAND")), object->getMesh(0));
+    EXPECT_EQ(object->getMeshByNameCaseSensitive("HAND"), object->getMesh(1));
+    EXPECT_EQ(object->getMeshByNameCaseSensitive(S_String("Hand")), object->getMesh(0));
+    EXPECT_EQ(object->getMeshByNameCaseSensitive("hand"), nullptr);
+    EXPECT_EQ(object->getMeshByName("foot"), nullptr);
+    EXPECT_EQ(object->getMesh(2)->getParent(), object->getMesh(1));
+    EXPECT_EQ(object->getMeshIndex(object->getMesh(2)), 2);
+
+    auto* const added = new P_VirtualObject(1);
+    added->setName("Foot");
+    object->addMesh(added);
+    object->addMesh(added);
+    EXPECT_EQ(object->getTotalMeshes(), 4u);
+    EXPECT_EQ(object->getMeshByName("foot"), added);
+    EXPECT_EQ(object->getMeshTransforms().getCount(), 4u);
+}
+
+TEST(ObjectAnimationMeshes, AnInstanceSharesGeometryAndHasItsOwnPlace)
+{
+    ObjectFiles files;
+    files.addMesh("wheel");
+    MeshChunk second;
+    second.name = "wheel 2";
+    second.transform = M_Matrix4x3Template<float>::translation({5, 0, 0});
+    second.hasParent = true;
+    second.parentName = "wheel";
+    second.editInstanceName() = "wheel";
+    files.addMesh(second);
+    const auto object = files.build();
+    ASSERT_EQ(object->getTotalMeshes(), 2u);
+    EXPECT_EQ(object->getMesh(1)->getPrimitive(0), object->getMesh(0)->getPrimitive(0));
+    EXPECT_EQ(object->getMesh(1)->getName(), "wheel 2");
+    EXPECT_EQ(object->getMesh(1)->getParent(), object->getMesh(0));
+    EXPECT_EQ(object->getMesh(1)->getMatrix().m[3][0], 5.0f);
+
+    second.editInstanceName() = "Wheel";
+    files.addMesh(second);
+    EXPECT_THAT(support::messageOf([&] { files.build(); }), testing::HasSubstr("instance of unknown mesh \"Wheel\""));
+}
+
+TEST(ObjectAnimationMeshes, BonesWithoutGeometryAreMeshesWithAnEmptyPrimitive)
+{
+    ObjectFiles files;
+    MeshChunk bone;
+    bone.name = "bone";
+    files.addMesh(bone);
+    files.addMesh("leaf", "bone");
+    files.addAnimation(0, {support::makeTrack("bone", 10.0f)});
+    const auto object = files.build();
+    ASSERT_EQ(object->getMesh(0)->getPrimitiveCount(), 1);
+    EXPECT_EQ(object->getMesh(0)->getPrimitive(0)->getVertexBuffer().getUsedCount(), 0u);
+    object->animateObjectFrame(0, 5.0f, nullptr);
+    EXPECT_FLOAT_EQ(object->getMesh(1)->getObjectToWorldMatrix().m[3][0], 5.0f);
+}
+
+TEST(ObjectAnimationMeshes, TheHostRefusesMeshesSeesThemArriveAndHearsOfMissingParents)
+{
+    ObjectFiles files;
+    files.addMesh("trunk");
+    files.addMesh("branch", "trunk");
+    files.addMesh("leaf", "branch");
+    files.addMesh("moss", "trunk");
+    Host host;
+    host.m_refused = "branch";
+    const auto object = files.build();
+    EXPECT_EQ(host.m_loaded, (std::vector<std::string>{"trunk", "leaf", "moss"}));
+    EXPECT_EQ(host.m_missingParents, std::vector<std::string>{"branch"});
+    ASSERT_EQ(object->getTotalMeshes(), 3u);
+    EXPECT_EQ(object->getMeshByName("leaf")->getContainer(), nullptr);
+    EXPECT_EQ(object->getMeshByName("moss")->getParent(), object->getMeshByName("trunk"));
+}
+
+TEST(ObjectAnimationMeshes, AHostsMeshCallbackBuildsGeometryInItsOwnWay)
+{
+    class Counter : public TW_ObjectAnimationMeshCallback
+    {
+    public:
+        using TW_ObjectAnimationMeshCallback::TW_ObjectAnimationMeshCallback;
+        P_TriangleMesh* createTriangleMesh(P_VirtualObject* mesh, int primitive, int flags, int triangles, int vertices,
+                                           const S_Vector<int>& vertexMap) override
+        {
+            m_asked.push_back(vertices);
+            EXPECT_TRUE(vertexMap.empty());
+            return TW_ObjectAnimationMeshCallback::createTriangleMesh(mesh, primitive, flags, triangles, vertices,
+                                                                      vertexMap);
+        }
+        std::vector<int> m_asked;
+    };
+    ObjectFiles files;
+    files.addMesh(makeMesh("a", "", {{7, 2}}));
+    files.addMesh(makeMesh("b", "a", {{3, 1}}));
+    TW_ObjectAnimation object;
+    Counter counter(&object);
+    object.construct(files.writeScript().c_str(), "object", &counter, false);
+    EXPECT_EQ(counter.m_asked, (std::vector<int>{7, 3}));
+    EXPECT_EQ(object.getTotalMeshes(), 2u);
+}
