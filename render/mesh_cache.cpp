@@ -1,0 +1,138 @@
+#include "render/mesh_cache.h"
+
+#include <platform/scene/skin_mesh.h>
+#include <platform/scene/triangle_mesh.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace TW2::render
+{
+namespace
+{
+void fill(GLBuffer& buffer, GLenum target, std::size_t bytes, const void* data)
+{
+    if (buffer.get() == 0)
+    {
+        buffer = GLBuffer::create();
+    }
+    glBindBuffer(target, buffer.get());
+    glBufferData(target, static_cast<GLsizeiptr>(bytes), data, GL_STATIC_DRAW);
+}
+
+const void* offset(std::size_t bytes)
+{
+    return reinterpret_cast<const void*>(bytes);
+}
+
+void describe(GLuint attribute, int components, unsigned int stride, unsigned int first)
+{
+    glEnableVertexAttribArray(attribute);
+    glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, static_cast<GLsizei>(stride * sizeof(float)),
+                          offset(first * sizeof(float)));
+}
+}  // namespace
+
+MeshCache::~MeshCache()
+{
+    for (auto& [mesh, entry] : m_mapMeshes)
+    {
+        mesh->releaseReference();
+    }
+}
+
+void MeshCache::upload(Entry& entry, const P_TriangleMesh& mesh)
+{
+    const P_VertexFormat& format = mesh.getFormat();
+    const unsigned int stride = format.getStride();
+    entry.m_array = GLVertexArray::create();
+    glBindVertexArray(entry.m_array.get());
+
+    const P_VertexBuffer& vertices = mesh.getVertexBuffer();
+    fill(entry.m_vertices, GL_ARRAY_BUFFER, std::size_t{vertices.getCapacity()} * stride * sizeof(float),
+         vertices.getData());
+    if (format.hasPosition())
+    {
+        describe(ATTRIBUTE_POSITION, 3, stride, format.getPositionOffset());
+    }
+    if (format.hasNormal())
+    {
+        describe(ATTRIBUTE_NORMAL, 3, stride, format.getNormalOffset());
+    }
+    if (format.hasColor())
+    {
+        describe(ATTRIBUTE_COLOR, 4, stride, format.getColorOffset());
+    }
+    for (unsigned int layer = 0; layer < format.getTextureLayerCount(); ++layer)
+    {
+        describe(ATTRIBUTE_COORDINATES + layer, 2, stride, format.getTextureOffset(layer));
+    }
+    if (const P_SkinMesh* skin = mesh.asSkinMesh(); skin && skin->getSlotCount() > 0)
+    {
+        uploadBones(entry, *skin);
+    }
+
+    const P_IndexBuffer& indices = mesh.getIndexBuffer();
+    fill(entry.m_indices, GL_ELEMENT_ARRAY_BUFFER, std::size_t{indices.getCapacity()} * 3 * sizeof(unsigned int),
+         indices.getData());
+    entry.m_uiRevision = mesh.getRevision();
+}
+
+void MeshCache::uploadBones(Entry& entry, const P_SkinMesh& mesh)
+{
+    const unsigned int slots = mesh.getSlotCount();
+    const std::size_t values = std::size_t{mesh.getVertexBuffer().getCapacity()} * slots;
+    const auto stride = static_cast<GLsizei>(slots * sizeof(float));
+    fill(entry.m_bones, GL_ARRAY_BUFFER, values * sizeof(unsigned int), mesh.getBoneIndexData());
+    glEnableVertexAttribArray(ATTRIBUTE_BONES);
+    glVertexAttribIPointer(ATTRIBUTE_BONES, static_cast<GLint>(slots), GL_UNSIGNED_INT, stride, nullptr);
+    fill(entry.m_weights, GL_ARRAY_BUFFER, values * sizeof(float), mesh.getBoneWeightData());
+    glEnableVertexAttribArray(ATTRIBUTE_WEIGHTS);
+    glVertexAttribPointer(ATTRIBUTE_WEIGHTS, static_cast<GLint>(slots), GL_FLOAT, GL_FALSE, stride, nullptr);
+}
+
+void MeshCache::draw(P_TriangleMesh& mesh)
+{
+    const unsigned int count = mesh.getDrawnCount();
+    if (count == 0)
+    {
+        return;
+    }
+    const auto [item, isNew] = m_mapMeshes.try_emplace(&mesh);
+    if (isNew)
+    {
+        mesh.addReference();
+    }
+    Entry& entry = item->second;
+    if (isNew || entry.m_uiRevision != mesh.getRevision())
+    {
+        upload(entry, mesh);
+    }
+    glBindVertexArray(entry.m_array.get());
+    // What the mesh does not carry: no normal, opaque white, no coordinates, no bones.
+    glVertexAttrib3f(ATTRIBUTE_NORMAL, 0.0F, 0.0F, 0.0F);
+    glVertexAttrib4f(ATTRIBUTE_COLOR, 255.0F, 255.0F, 255.0F, 255.0F);
+    glVertexAttribI4ui(ATTRIBUTE_BONES, 0, 0, 0, 0);
+    glVertexAttrib4f(ATTRIBUTE_WEIGHTS, 0.0F, 0.0F, 0.0F, 0.0F);
+    for (unsigned int layer = 0; layer < P_VertexFormat::maximumTextureLayers; ++layer)
+    {
+        glVertexAttrib2f(ATTRIBUTE_COORDINATES + layer, 0.0F, 0.0F);
+    }
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(3 * count), GL_UNSIGNED_INT,
+                   offset(std::size_t{mesh.getFirstDrawn()} * 3 * sizeof(unsigned int)));
+}
+
+void MeshCache::sweep()
+{
+    std::erase_if(m_mapMeshes,
+                  [](const auto& item)
+                  {
+                      const bool last = item.first->getReferenceCount() == 1;
+                      if (last)
+                      {
+                          item.first->releaseReference();
+                      }
+                      return last;
+                  });
+}
+}  // namespace TW2::render

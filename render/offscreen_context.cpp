@@ -1,0 +1,76 @@
+#include "render/offscreen_context.h"
+
+#include "render/render_exception.h"
+
+#include <platform/runtime/str.h>
+
+#include <epoxy/egl.h>
+#include <epoxy/gl.h>
+
+namespace TW2::render
+{
+namespace
+{
+EGLDisplay openDisplay()
+{
+    // Each way is tried until one gives a display that starts: without a surface first, the default one last.
+    for (const EGLenum platform : {static_cast<EGLenum>(EGL_PLATFORM_SURFACELESS_MESA), static_cast<EGLenum>(EGL_NONE)})
+    {
+        EGLDisplay display = platform == EGL_NONE ? eglGetDisplay(EGL_DEFAULT_DISPLAY)
+                                                  : eglGetPlatformDisplayEXT(platform, EGL_DEFAULT_DISPLAY, nullptr);
+        if (display != EGL_NO_DISPLAY && eglInitialize(display, nullptr, nullptr) == EGL_TRUE)
+        {
+            return display;
+        }
+    }
+    throw RenderException("No OpenGL driver for drawing off screen was found (libegl1, libegl-mesa0, libgl1-mesa-dri)");
+}
+
+EGLContext openContext(EGLDisplay display)
+{
+    if (eglBindAPI(EGL_OPENGL_API) != EGL_TRUE)
+    {
+        throw RenderException("The EGL driver does not offer OpenGL");
+    }
+    const EGLint attributes[] = {
+        EGL_CONTEXT_MAJOR_VERSION,           3,       EGL_CONTEXT_MINOR_VERSION, 3, EGL_CONTEXT_OPENGL_PROFILE_MASK,
+        EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT, EGL_NONE};
+    EGLContext context = eglCreateContext(display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, attributes);
+    if (context == EGL_NO_CONTEXT)
+    {
+        throw RenderException(S_STR("The driver gives no OpenGL 3.3 context (EGL error 0x%x)", eglGetError()));
+    }
+    if (eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, context) != EGL_TRUE)
+    {
+        eglDestroyContext(display, context);
+        throw RenderException("The driver cannot draw without a surface");
+    }
+    return context;
+}
+}  // namespace
+
+OffscreenContext::OffscreenContext() : m_pDisplay(openDisplay()), m_pContext(nullptr)
+{
+    try
+    {
+        m_pContext = openContext(m_pDisplay);
+    }
+    catch (...)
+    {
+        eglTerminate(m_pDisplay);
+        throw;
+    }
+}
+
+OffscreenContext::~OffscreenContext()
+{
+    eglMakeCurrent(m_pDisplay, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglDestroyContext(m_pDisplay, m_pContext);
+    eglTerminate(m_pDisplay);
+}
+
+const char* OffscreenContext::getDriverName() const
+{
+    return reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+}
+}  // namespace TW2::render

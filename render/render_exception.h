@@ -1,0 +1,13 @@
+#pragma once
+
+#include <platform/runtime/exception.h>
+
+namespace TW2::render
+{
+/// A picture cannot be drawn or written; the message says what failed.
+class RenderException : public S_Exception
+{
+public:
+    explicit RenderException(const char* message) { setError("%s", message); }
+};
+}  // namespace TW2::render

@@ -1,0 +1,195 @@
+#include "render/studio.h"
+
+#include <platform/scene/camera.h>
+#include <platform/scene/material.h>
+#include <platform/scene/scene.h>
+#include <platform/scene/virtual_object.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace TW2::render
+{
+namespace
+{
+using Vector = M_Vector3Template<float>;
+
+constexpr float degree = std::numbers::pi_v<float> / 180.0F;
+
+std::array<Vector, 8> getCorners(const Bounds& bounds)
+{
+    std::array<Vector, 8> corners;
+    for (std::size_t i = 0; i < corners.size(); ++i)
+    {
+        corners[i] = {(i & 1) != 0 ? bounds.m_vMaximum.x : bounds.m_vMinimum.x,
+                      (i & 2) != 0 ? bounds.m_vMaximum.y : bounds.m_vMinimum.y,
+                      (i & 4) != 0 ? bounds.m_vMaximum.z : bounds.m_vMinimum.z};
+    }
+    return corners;
+}
+
+/// Calls `visit` with every mesh in the subtree of `root`.
+template <typename Visit>
+void forEachMesh(const P_BaseObject& root, Visit visit)
+{
+    std::vector<const P_BaseObject*> pending{&root};
+    while (!pending.empty())
+    {
+        const P_BaseObject* object = pending.back();
+        pending.pop_back();
+        if (const auto* mesh = dynamic_cast<const P_VirtualObject*>(object))
+        {
+            visit(*mesh);
+        }
+        for (const P_BaseObject* child : object->getChildren())
+        {
+            pending.push_back(child);
+        }
+    }
+}
+
+/// 1, 2 or 5 times a power of ten, not above `length`.
+float roundDown(float length)
+{
+    const float power = std::pow(10.0F, std::floor(std::log10(length)));
+    const float leading = length / power;
+    return power * (leading >= 5.0F ? 5.0F : leading >= 2.0F ? 2.0F : 1.0F);
+}
+}  // namespace
+
+void frameCamera(P_Camera& camera, const Bounds& bounds, const Viewpoint& viewpoint, float aspect)
+{
+    const float azimuth = viewpoint.m_fAzimuth * degree;
+    const float elevation = std::clamp(viewpoint.m_fElevation, -89.0F, 89.0F) * degree;
+    const Vector away{std::cos(elevation) * std::sin(azimuth), std::sin(elevation),
+                      -std::cos(elevation) * std::cos(azimuth)};
+    const Vector middle = bounds.isEmpty() ? Vector() : bounds.getCenter();
+    const float size = std::max(bounds.getSize(), 1e-3F);
+
+    // In the camera's directions, with the middle as origin: the line of sight through the middle of what is seen, as
+    // near as every corner allows.
+    camera.lookAt(middle + away * size, middle, {0.0F, 1.0F, 0.0F});
+    const float halfHeight = std::tan(viewpoint.m_fVerticalAngle * degree * 0.5F) / viewpoint.m_fMargin;
+    const float halfWidth = halfHeight * aspect;
+    Bounds seen;
+    for (const Vector& corner : getCorners(bounds))
+    {
+        const Vector inView = camera.getViewMatrix().transformDirection(corner - middle);
+        seen.add(bounds.isEmpty() ? Vector() : inView);
+    }
+    const Vector center = seen.getCenter();
+    float distance = size * 0.05F;
+    for (const Vector& corner : getCorners(bounds))
+    {
+        const Vector inView = bounds.isEmpty() ? Vector() : camera.getViewMatrix().transformDirection(corner - middle);
+        distance = std::max({distance, std::abs(inView.x - center.x) / halfWidth - inView.z,
+                             std::abs(inView.y - center.y) / halfHeight - inView.z});
+    }
+    const M_Matrix4x3Template<float>& world = camera.getObjectToWorldMatrix();
+    const Vector target = middle + world.getRow(0) * center.x + world.getRow(1) * center.y;
+    camera.lookAt(target + away * distance, target, {0.0F, 1.0F, 0.0F});
+    camera.setPerspective(viewpoint.m_fVerticalAngle, aspect, std::max(distance * 0.02F, size * 0.002F),
+                          distance + 20.0F * size);
+}
+
+StudioLights::StudioLights(P_Scene& scene, const P_Camera& camera, float strength)
+{
+    struct Lamp
+    {
+        Vector m_vDirection;  // in camera space
+        G_FColor m_color;
+    };
+    const std::array<Lamp, 3> lamps{Lamp{{0.55F, -0.65F, 0.75F}, {178.0F, 172.0F, 162.0F}},
+                                    Lamp{{-0.9F, -0.1F, 0.45F}, {52.0F, 58.0F, 70.0F}},
+                                    Lamp{{0.1F, -0.5F, -0.9F}, {80.0F, 84.0F, 92.0F}}};
+    const M_Matrix4x3Template<float>& view = camera.getObjectToWorldMatrix();
+    for (std::size_t i = 0; i < lamps.size(); ++i)
+    {
+        const Vector forward = view.transformDirection(lamps[i].m_vDirection).normalized();
+        const Vector side = (std::abs(forward.y) < 0.99F ? Vector{0.0F, 1.0F, 0.0F} : Vector{1.0F, 0.0F, 0.0F})
+                                .cross(forward)
+                                .normalized();
+        M_Matrix4x3Template<float> matrix;
+        matrix.setRow(0, side);
+        matrix.setRow(1, forward.cross(side));
+        matrix.setRow(2, forward);
+        m_lights[i].setMatrix(matrix);
+        m_lights[i].setColor(lamps[i].m_color * strength);
+        m_lights[i].addTo(&scene);
+    }
+}
+
+float chooseLightStrength(const P_BaseObject& root)
+{
+    constexpr float doubled = 0.62F;
+    bool anyDoubled = false;
+    forEachMesh(root,
+                [&anyDoubled](const P_VirtualObject& mesh)
+                {
+                    for (int i = 0; i < mesh.getPrimitiveCount(); ++i)
+                    {
+                        const P_Material* material = mesh.getPrimitiveInstance(i)->getMaterial();
+                        anyDoubled |= material && material->getSetUp() != P_Material::SetUp::Layers;
+                    }
+                });
+    return anyDoubled ? doubled : 1.0F;
+}
+
+void addGroundGrid(View& view, const Bounds& bounds)
+{
+    const float size = bounds.getSize();
+    if (size <= 0.0F)
+    {
+        return;
+    }
+    const float step = roundDown(size * 0.25F);
+    const Vector center = bounds.getCenter();
+    const float ground = bounds.m_vMinimum.y;
+    const float extent = 0.9F * size + 0.5F * std::max(bounds.m_vMaximum.x - bounds.m_vMinimum.x,
+                                                       bounds.m_vMaximum.z - bounds.m_vMinimum.z);
+    const int count = static_cast<int>(std::ceil(extent / step));
+    const float originX = std::round(center.x / step) * step;
+    const float originZ = std::round(center.z / step) * step;
+    const auto tint = [extent](float x, float z)
+    {
+        const float fade = std::clamp(1.0F - std::sqrt(x * x + z * z) / extent, 0.0F, 1.0F);
+        return G_FColor(120.0F, 128.0F, 138.0F, 150.0F * fade);
+    };
+    // Each square's side is a line of its own, so that the grid fades out towards its edge.
+    for (int i = -count; i <= count; ++i)
+    {
+        for (int j = -count; j < count; ++j)
+        {
+            const float across = static_cast<float>(i) * step;
+            const float from = static_cast<float>(j) * step;
+            const float to = from + step;
+            const float length = extent;
+            if (across * across + std::min(from * from, to * to) > length * length)
+            {
+                continue;
+            }
+            view.m_vecLines.push_back({{originX + from, ground, originZ + across},
+                                       {originX + to, ground, originZ + across},
+                                       tint(0.5F * (from + to), across)});
+            view.m_vecLines.push_back({{originX + across, ground, originZ + from},
+                                       {originX + across, ground, originZ + to},
+                                       tint(across, 0.5F * (from + to))});
+        }
+    }
+}
+
+void addSkeleton(View& view, const P_BaseObject& root, const G_FColor& color)
+{
+    forEachMesh(root,
+                [&view, &color](const P_VirtualObject& mesh)
+                {
+                    if (const auto* parent = dynamic_cast<const P_VirtualObject*>(mesh.getParent()))
+                    {
+                        view.m_vecOverlayLines.push_back({parent->getObjectToWorldMatrix().getTranslation(),
+                                                          mesh.getObjectToWorldMatrix().getTranslation(), color});
+                    }
+                });
+}
+}  // namespace TW2::render
