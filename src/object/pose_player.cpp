@@ -1,11 +1,10 @@
 #include "object/pose_player.h"
 
-#include "object/cross_mode.h"
-
 #include <tw2/object/bone_group_handle.h>
 #include <tw2/object/object_animation_state.h>
 
 #include <platform/math/float4.h>
+#include <platform/math/four_matrices.h>
 #include <platform/scene/virtual_object.h>
 
 #include <algorithm>
@@ -33,6 +32,22 @@ void writeWeighted(Matrix& target, const Matrix& pose, float weight, bool add) n
         }
         values.store(target.data() + i);
     }
+}
+
+// Corrects the first `count` of four matrices.
+void correctFour(InterpolationMode mode, float* const matrices[4], std::size_t count) noexcept
+{
+    M_FourMatrices four;
+    four.load(matrices);
+    if (mode == InterpolationMode::Normalized)
+    {
+        four.normalizeRows();
+    }
+    else
+    {
+        four.orthonormalizeRows();
+    }
+    four.store(matrices, count);
 }
 
 // Whether each mesh has its own place in the block, so that the matrices can be written there in one go.
@@ -210,24 +225,24 @@ void PosePlayer::correct()
     {
         return;
     }
-    constexpr std::size_t BATCH = 4;
-    Matrix* matrices[BATCH];
+    float* batch[4];
     std::size_t count = 0;
     for (std::size_t mesh = 0; mesh < m_uiCount; ++mesh)
     {
         if (isSelected(mesh))
         {
-            matrices[count++] = &access(mesh);
+            batch[count++] = access(mesh).data();
         }
-        if (count == BATCH)
+        if (count == 4)
         {
-            correctMatrices(mode, matrices, count);
+            correctFour(mode, batch, count);
             count = 0;
         }
     }
     if (count > 0)
     {
-        correctMatrices(mode, matrices, count);
+        std::fill(batch + count, batch + 4, batch[0]);
+        correctFour(mode, batch, count);
     }
     markSelected();
 }

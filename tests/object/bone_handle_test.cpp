@@ -1,0 +1,152 @@
+#include "tests/object/character.h"
+#include "tests/support/expectations.h"
+
+#include <tw2/core/exceptions.h>
+#include <tw2/object/object_animation_state.h>
+
+namespace
+{
+using TW2::TW_BoneGroupHandle;
+using TW2::TW_BoneHandle;
+
+TEST(BoneHandle, IsFoundWhateverTheCaseAndCarriesTheMeshesOwnName)
+{
+    Character character;
+    TW_BoneHandle handle = character->getBoneHandle("BONE4");
+    EXPECT_TRUE(handle.isConstructed());
+    EXPECT_EQ(handle.getBoneName(), "Bone4");
+    EXPECT_EQ(handle.getBoneIndex(), 4U);
+    EXPECT_EQ(handle.getBoneObject(), nullptr);
+    handle.attach(character.get());
+    EXPECT_EQ(handle.getBoneObject(), character->getMesh(4));
+    EXPECT_EQ(handle.getTWParentObject(), character.get());
+    const TW_BoneHandle copy = handle;
+    handle.detach();
+    EXPECT_EQ(handle.getTWParentObject(), nullptr);
+    EXPECT_EQ(copy.getBoneObject(), character->getMesh(4));
+    character->setName("soldier");
+    EXPECT_EQ(support::messageOf([&] { (void)character->getBoneHandle("tail"); }),
+              "TW2: Bone \"tail\" not found from object \"soldier\"");
+    EXPECT_THROW((void)character->getBoneHandle("tail"), TW2::TW_Exception_BoneNotFound);
+}
+
+TEST(BoneHandle, GivesTheBonesMatricesAndMarksWhatIsWritten)
+{
+    Character character;
+    TW_BoneHandle handle = character->getBoneHandle("bone2");
+    handle.attach(character.get());
+    const P_VirtualObject& hand = *character->getMesh(6);  // four bones below
+    const Character::Matrix before = hand.getObjectToWorldMatrix();
+    EXPECT_EQ(&handle.getMatrix(), &character.getMatrix(2));
+    handle.accessMatrix().m[3][0] += 10.0F;
+    EXPECT_EQ(hand.getObjectToWorldMatrix().m[3][0], before.m[3][0] + 10.0F);
+    EXPECT_EQ(handle.getWorldMatrix(), character->getMesh(2)->getObjectToWorldMatrix());
+}
+
+TEST(BoneHandle, WithoutABoneItShowsIdentitiesAndKeepsNothing)
+{
+    Character character;
+    TW_BoneHandle beyond("ghost", 99);
+    beyond.attach(character.get());
+    TW_BoneHandle negative("ghost", -1);
+    negative.attach(character.get());
+    for (TW_BoneHandle* handle : {&beyond, &negative})
+    {
+        EXPECT_EQ(handle->getBoneObject(), nullptr);
+        handle->accessMatrix().m[0][0] = 5.0F;
+        EXPECT_EQ(handle->getMatrix(), Character::Matrix::identity());
+        EXPECT_EQ(handle->getWorldMatrix(), Character::Matrix::identity());
+    }
+    TW_BoneGroupHandle group(1, &beyond);
+    group.attach(character.get());
+    EXPECT_FALSE(group.hasMesh(nullptr));
+    beyond.destruct();
+    EXPECT_FALSE(beyond.isConstructed());
+    EXPECT_EQ(beyond.getBoneName(), "");
+}
+
+TEST(BoneGroupHandle, ContainsMeshesFromAttachUntilDetachOnly)
+{
+    Character character;
+    TW_BoneHandle handles[] = {character->getBoneHandle("bone7"), character->getBoneHandle("bone1")};
+    handles[0].attach(character.get());
+    TW_BoneGroupHandle group(2, handles);
+    const auto pose = character.getPose();
+    EXPECT_TRUE(character->animateObjectFrame(2, 3.0F, &group));
+    EXPECT_EQ(character.getPose(), pose);
+
+    group.attach(character.get());
+    ASSERT_EQ(group.getTotalHandles(), 2);
+    EXPECT_EQ(group.getHandle(1).getBoneObject(), character->getMesh(1));
+    EXPECT_TRUE(group.hasMesh(character->getMesh(7)));
+    EXPECT_FALSE(group.hasMesh(character->getMesh(0)));
+    const TW_BoneGroupHandle copy = group;
+    EXPECT_TRUE(copy.hasMesh(character->getMesh(7)));
+
+    group.detach();
+    EXPECT_EQ(group.getHandle(0).getBoneObject(), nullptr);
+    EXPECT_TRUE(character->animateObjectFrame(2, 3.0F, &group));
+    EXPECT_EQ(character.getPose(), pose);
+    group.construct(-5, nullptr);
+    EXPECT_EQ(group.getTotalHandles(), 0);
+}
+
+// Moves with the group and reports which meshes moved.
+std::vector<unsigned int> movedBy(TW2::TW_ObjectAnimation& object, TW_BoneGroupHandle& group)
+{
+    std::vector<unsigned int> moved;
+    for (unsigned int mesh = 0; mesh < object.getTotalMeshes(); ++mesh)
+    {
+        object.getMesh(mesh)->setPosition(-1.0F, -1.0F, -1.0F);
+    }
+    object.animateObjectFrame(2, 3.0F, &group);
+    for (unsigned int mesh = 0; mesh < object.getTotalMeshes(); ++mesh)
+    {
+        if (object.getMesh(mesh)->getPosition() != M_Vector3Template<float>{-1.0F, -1.0F, -1.0F})
+        {
+            moved.push_back(mesh);
+        }
+    }
+    return moved;
+}
+
+// A group remembers which meshes of an object it has; the memory must follow every change of either.
+TEST(BoneGroupHandle, ServesSeveralObjectsAndFollowsTheirMeshes)
+{
+    Character first;
+    Character second;
+    const auto group = first.group({2, 5});
+    EXPECT_EQ(movedBy(*first, *group), (std::vector<unsigned int>{2, 5}));
+    EXPECT_EQ(movedBy(*second, *group), (std::vector<unsigned int>{}));
+    group->attach(second.get());
+    EXPECT_EQ(movedBy(*second, *group), (std::vector<unsigned int>{2, 5}));
+    EXPECT_EQ(movedBy(*first, *group), (std::vector<unsigned int>{2, 5}));  // until it is detached
+    group->detach();
+    group->attach(second.get());
+    EXPECT_EQ(movedBy(*first, *group), (std::vector<unsigned int>{}));
+
+    // More meshes than the group has met: it is asked mesh by mesh.
+    auto* prop = new P_VirtualObject();
+    prop->setName("prop");
+    second->addMesh(prop);
+    EXPECT_EQ(movedBy(*second, *group), (std::vector<unsigned int>{2, 5}));
+    group->attach(second.get());
+    EXPECT_EQ(movedBy(*second, *group), (std::vector<unsigned int>{2, 5}));
+}
+
+TEST(BoneGroupHandle, AFailedAllocationLeavesNothingBehind)
+{
+    Character character;
+    const TW_BoneHandle handles[] = {character->getBoneHandle("bone7"), TW_BoneHandle(S_String(50, 'x').c_str(), 3)};
+    support::expectNothingLeftByFailedAllocations(
+        [&]
+        {
+            TW_BoneGroupHandle group(2, handles);
+            group.attach(character.get());
+            TW_BoneGroupHandle copy;
+            copy = group;
+            const TW2::TW_ObjectAnimationState state(*character);
+            const TW2::TW_ObjectAnimationState stateCopy(state);
+        });
+}
+}  // namespace
