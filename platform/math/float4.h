@@ -21,8 +21,8 @@
 ///     M_Float4(lane0, lane1, lane2, lane3)
 ///     M_Float4::load(from), store(to)       four floats in a row, on any boundary
 ///     + - * /  sqrt(a)                      lane by lane
-///     isEqual(a, b), isLess(a, b)           a Mask: one answer per lane; any() asks all four
-///     both(mask, mask)                      where both masks hold
+///     isEqual(a, b), isLess(a, b)           a Mask: one answer per lane
+///     both(mask, mask), any(mask)           where both masks hold; whether a mask holds in any lane
 ///     select(mask, value, otherwise)        lane by lane
 ///     whereNotZero(test, value, otherwise)  `value` where `test` is not 0 (a NaN is not 0), else `otherwise`
 ///     transpose(a, b, c, d)                 exchanges rows and columns of the square that the four make: afterwards
@@ -51,6 +51,10 @@ using std::sqrt;
 [[nodiscard]] inline bool both(bool a, bool b) noexcept
 {
     return a && b;
+}
+[[nodiscard]] inline bool any(bool mask) noexcept
+{
+    return mask;
 }
 [[nodiscard]] inline float select(bool mask, float value, float otherwise) noexcept
 {

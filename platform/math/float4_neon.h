@@ -13,7 +13,7 @@ public:
         uint32x4_t m_lanes;
 
         [[nodiscard]] friend Mask both(Mask a, Mask b) noexcept { return {vandq_u32(a.m_lanes, b.m_lanes)}; }
-        [[nodiscard]] bool any() const noexcept { return vmaxvq_u32(m_lanes) != 0; }
+        [[nodiscard]] friend bool any(const Mask& mask) noexcept { return vmaxvq_u32(mask.m_lanes) != 0; }
     };
 
     M_Float4Neon() noexcept : m_lanes(vdupq_n_f32(0.0F)) {}

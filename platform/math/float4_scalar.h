@@ -17,7 +17,10 @@ public:
             return {{a.m_lanes[0] && b.m_lanes[0], a.m_lanes[1] && b.m_lanes[1], a.m_lanes[2] && b.m_lanes[2],
                      a.m_lanes[3] && b.m_lanes[3]}};
         }
-        [[nodiscard]] bool any() const noexcept { return m_lanes[0] || m_lanes[1] || m_lanes[2] || m_lanes[3]; }
+        [[nodiscard]] friend bool any(const Mask& mask) noexcept
+        {
+            return mask.m_lanes[0] || mask.m_lanes[1] || mask.m_lanes[2] || mask.m_lanes[3];
+        }
     };
 
     M_Float4Scalar() noexcept : M_Float4Scalar(0.0F) {}

@@ -12,7 +12,7 @@ public:
         __m128 m_lanes;
 
         [[nodiscard]] friend Mask both(Mask a, Mask b) noexcept { return {_mm_and_ps(a.m_lanes, b.m_lanes)}; }
-        [[nodiscard]] bool any() const noexcept { return _mm_movemask_ps(m_lanes) != 0; }
+        [[nodiscard]] friend bool any(const Mask& mask) noexcept { return _mm_movemask_ps(mask.m_lanes) != 0; }
     };
 
     M_Float4Sse2() noexcept : m_lanes(_mm_setzero_ps()) {}

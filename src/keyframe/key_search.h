@@ -112,61 +112,57 @@ inline TrackPosition locateFrame(const TrackLoop& loop, float frame) noexcept
     return position;
 }
 
-/// The first key behind the whole frame `whole`, or the last key. `hint` may be any number.
-inline int findUpperKey(const std::int16_t* frames, int keyCount, int whole, int hint) noexcept
-{
-    const auto behind = [whole](std::int16_t frame) { return whole < frame; };
-    const int last = keyCount - 1;
-    int key = hint >= 0 && hint <= last ? hint : 0;
-    if (behind(frames[key]))
-    {
-        // Playing forward within one stretch: the hinted key is the upper key still.
-        if (key == 0 || !behind(frames[key - 1]))
-        {
-            return key;
-        }
-        return static_cast<int>(std::upper_bound(frames, frames + key - 1, whole) - frames);
-    }
-    // Playing forward into one of the next stretches.
-    constexpr int steps = 4;
-    for (int step = 0; step < steps; ++step)
-    {
-        if (key == last || behind(frames[key]))
-        {
-            return key;
-        }
-        ++key;
-    }
-    return static_cast<int>(std::upper_bound(frames + key, frames + last, whole) - frames);
-}
-
-/// The keys around a position of a track with at least one key. Never reads outside the keys, whatever the frames are.
-inline KeyPair findKeys(const TrackPosition& position, const std::int16_t* frames, int keyCount, int hint) noexcept
+/// The keys around a position of a track with at least one key, by searching all of them. Never reads outside the keys,
+/// whatever the frames are.
+[[gnu::noinline]] inline KeyPair searchKeys(const TrackPosition& position, const std::int16_t* frames,
+                                            int keyCount) noexcept
 {
     const int last = keyCount - 1;
-    if (position.m_place == TrackPosition::Place::Keys) [[likely]]
-    {
-        const int upper = findUpperKey(frames, keyCount, position.m_iWhole, hint);
-        const int lower = std::max(upper - 1, 0);
-        const int lowerFrame = frames[lower];
-        const int span = frames[upper] - lowerFrame;
-        if (!(position.m_fFrame <= static_cast<float>(frames[upper])))
-        {
-            return {upper, upper, 0.0F, 1.0F};
-        }
-        if (span == 0)
-        {
-            return {lower, upper, 0.0F, 1.0F};
-        }
-        return {lower, upper, position.m_fFrame - static_cast<float>(lowerFrame), static_cast<float>(span)};
-    }
     if (position.m_place == TrackPosition::Place::LastKey)
     {
         return {last, last, 0.0F, 1.0F};
     }
-    const auto before = [](std::int16_t frame, unsigned int loopTo)
-    { return static_cast<unsigned int>(static_cast<int>(frame)) < loopTo; };
-    const auto* const loopToKey = std::lower_bound(frames, frames + last, position.m_uLoopToFrame, before);
-    return {last, static_cast<int>(loopToKey - frames), position.m_fPart, 1.0F};
+    if (position.m_place == TrackPosition::Place::LoopFrame)
+    {
+        const auto isBefore = [](std::int16_t frame, unsigned int loopTo)
+        { return static_cast<unsigned int>(static_cast<int>(frame)) < loopTo; };
+        const auto* const loopToKey = std::lower_bound(frames, frames + last, position.m_uLoopToFrame, isBefore);
+        return {last, static_cast<int>(loopToKey - frames), position.m_fPart, 1.0F};
+    }
+    // The first key behind the whole frame, or the last key.
+    const int upper = static_cast<int>(std::upper_bound(frames, frames + last, position.m_iWhole) - frames);
+    const int lower = std::max(upper - 1, 0);
+    const int lowerFrame = frames[lower];
+    const int span = frames[upper] - lowerFrame;
+    if (!(position.m_fFrame <= static_cast<float>(frames[upper])))
+    {
+        return {upper, upper, 0.0F, 1.0F};
+    }
+    if (span == 0)
+    {
+        return {lower, upper, 0.0F, 1.0F};
+    }
+    return {lower, upper, position.m_fFrame - static_cast<float>(lowerFrame), static_cast<float>(span)};
+}
+
+/// The same, at once when `hint` (any number) is the upper key or, as in playing forward, the key before it.
+inline KeyPair findKeys(const TrackPosition& position, const std::int16_t* frames, int keyCount, int hint) noexcept
+{
+    if (position.m_place == TrackPosition::Place::Keys) [[likely]]
+    {
+        const int last = keyCount - 1;
+        int upper = hint >= 0 && hint <= last ? hint : 0;
+        // Without a branch: when a track moves to its next key cannot be foreseen.
+        upper += static_cast<int>(frames[upper] <= position.m_iWhole && upper < last);
+        const int lower = std::max(upper - 1, 0);
+        const int lowerFrame = frames[lower];
+        const int upperFrame = frames[upper];
+        if (lowerFrame <= position.m_iWhole && position.m_iWhole < upperFrame) [[likely]]
+        {
+            return {lower, upper, position.m_fFrame - static_cast<float>(lowerFrame),
+                    static_cast<float>(upperFrame - lowerFrame)};
+        }
+    }
+    return searchKeys(position, frames, keyCount);
 }
 }  // namespace TW2

@@ -35,7 +35,8 @@ TW_KeyframeMatrix::TW_KeyframeMatrix(const M_Matrix4x3Template<float>& matrix) :
 
 M_Matrix4x3Template<float> TW_KeyframeMatrix::toMatrix() const
 {
-    const M_Rows<float> rows = toRows(m_fRotationW, m_vRotation);
+    const float scale = getProductScale(m_fRotationW, m_vRotation);
+    const M_Rows<float> rows = toRows(m_fRotationW, m_vRotation, std::isfinite(scale) ? scale : 0.0F);
     M_Matrix4x3Template<float> matrix;
     for (int r = 0; r < 3; ++r)
     {

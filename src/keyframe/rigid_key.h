@@ -17,15 +17,19 @@ struct RigidKey
     M_Vector3Template<T> m_v;
 };
 
-/// The basis rows of a quaternion of any length but 0; the identity for one that has no direction.
+/// What the products of a quaternion's components are multiplied by, so that its length does not matter: not finite for
+/// one that has no direction.
 template <typename T>
-inline M_Rows<T> toRows(const T& w, const M_Vector3Template<T>& v) noexcept
+inline T getProductScale(const T& w, const M_Vector3Template<T>& v) noexcept
 {
-    using M_OneFloat::isEqual, M_OneFloat::select;
+    return T(2.0F) / (v.x * v.x + v.y * v.y + v.z * v.z + w * w);
+}
+
+/// The basis rows of a quaternion whose product scale is `s`.
+template <typename T>
+inline M_Rows<T> toRows(const T& w, const M_Vector3Template<T>& v, const T& s) noexcept
+{
     const T one(1.0F);
-    const T zero(0.0F);
-    const T scale = T(2.0F) / (v.x * v.x + v.y * v.y + v.z * v.z + w * w);
-    const T s = select(isEqual(scale - scale, zero), scale, zero);
     const T xs = v.x * s;
     const T ys = v.y * s;
     const T zs = v.z * s;
@@ -43,7 +47,8 @@ inline M_Rows<T> toRows(const T& w, const M_Vector3Template<T>& v) noexcept
              {xz + wy, yz - wx, one - (yy + xx)}}};
 }
 
-/// The transform between two keys: a + (b - a) · fraction on all twelve elements, and exactly a at fraction 0.
+/// The transform between two keys: a + (b - a) · fraction on all twelve elements, and exactly a at fraction 0. The keys
+/// are those of tracks, whose quaternions have a direction: one of their components is at least 1/2.
 template <typename T>
 struct RigidBlend
 {
@@ -51,14 +56,24 @@ struct RigidBlend
     M_Vector3Template<T> m_translation;
 
     RigidBlend(const RigidKey<T>& a, const RigidKey<T>& b, const T& fraction) noexcept
-        : m_rows(toRows(a.m_w, a.m_v)), m_translation(a.m_translation)
+        : m_rows(toRows(a)), m_translation(a.m_translation)
     {
-        const M_Rows<T> target = toRows(b.m_w, b.m_v);
-        for (int r = 0; r < 3; ++r)
-        {
-            move(m_rows.m_rows[r], target.m_rows[r], fraction);
-        }
+        using M_OneFloat::any, M_OneFloat::isEqual;
+        const M_Rows<T> rows = m_rows;
+        const M_Rows<T> target = toRows(b);
+        move(m_rows.m_rows[0], target.m_rows[0], fraction);
+        move(m_rows.m_rows[1], target.m_rows[1], fraction);
+        move(m_rows.m_rows[2], target.m_rows[2], fraction);
         move(m_translation, b.m_translation, fraction);
+        // On a key the result is the key itself, also where the difference is too large for a float.
+        const auto onKey = isEqual(fraction, T(0.0F));
+        if (any(onKey))
+        {
+            keep(m_rows.m_rows[0], rows.m_rows[0], onKey);
+            keep(m_rows.m_rows[1], rows.m_rows[1], onKey);
+            keep(m_rows.m_rows[2], rows.m_rows[2], onKey);
+            keep(m_translation, a.m_translation, onKey);
+        }
     }
 
     void apply(InterpolationMode mode) noexcept
@@ -74,14 +89,19 @@ struct RigidBlend
     }
 
 private:
+    static M_Rows<T> toRows(const RigidKey<T>& key) noexcept
+    {
+        return TW2::toRows(key.m_w, key.m_v, getProductScale(key.m_w, key.m_v));
+    }
     static void move(M_Vector3Template<T>& a, const M_Vector3Template<T>& b, const T& fraction) noexcept
     {
-        a = {between(a.x, b.x, fraction), between(a.y, b.y, fraction), between(a.z, b.z, fraction)};
+        a = {(b.x - a.x) * fraction + a.x, (b.y - a.y) * fraction + a.y, (b.z - a.z) * fraction + a.z};
     }
-    static T between(const T& a, const T& b, const T& fraction) noexcept
+    template <typename Mask>
+    static void keep(M_Vector3Template<T>& value, const M_Vector3Template<T>& a, const Mask& mask) noexcept
     {
-        using M_OneFloat::isEqual, M_OneFloat::select;
-        return select(isEqual(fraction, T(0.0F)), a, (b - a) * fraction + a);
+        using M_OneFloat::select;
+        value = {select(mask, a.x, value.x), select(mask, a.y, value.y), select(mask, a.z, value.z)};
     }
 };
 }  // namespace TW2

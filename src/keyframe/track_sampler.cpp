@@ -15,11 +15,12 @@ struct TrackAccess
 {
     using CompactTrack = LinearlyOptimizedContainer<TW_KeyframeMatrix>;
 
-    /// The compact track; null when the animation has another one or no keys.
+    /// The compact track; null when the animation has another one or no keys. A track in use is the only one, so that
+    /// the first cache line of the shared data tells all.
     static const CompactTrack* getCompactTrack(const TW_KeyframeAnimation& animation) noexcept
     {
         const auto* const data = animation.m_pSharedData;
-        return data && !data->m_pMatrices && !data->m_keyframes.m_vecFrames.empty() ? &data->m_keyframes : nullptr;
+        return data && !data->m_keyframes.m_vecFrames.empty() ? &data->m_keyframes : nullptr;
     }
     static InterpolationMode getMode(const TW_KeyframeAnimation& animation) noexcept
     {
@@ -71,7 +72,7 @@ struct Group
     std::size_t m_uiCount = 0;
 };
 
-RigidKey<M_Float4> loadKeys(const TW_KeyframeMatrix* const keys[LANES]) noexcept
+[[gnu::always_inline]] inline RigidKey<M_Float4> loadKeys(const TW_KeyframeMatrix* const keys[LANES]) noexcept
 {
     // Seven floats each: translation and w, then w again and the vector.
     M_Float4 first[LANES];
@@ -98,7 +99,9 @@ void sampleGroup(Group& group, InterpolationMode mode, const Write& write) noexc
         group.m_distance[i] = group.m_distance[0];
         group.m_span[i] = group.m_span[0];
     }
-    const M_Float4 fraction = M_Float4::load(group.m_distance) / M_Float4::load(group.m_span);
+    const float* const d = group.m_distance;
+    const float* const s = group.m_span;
+    const M_Float4 fraction = M_Float4(d[0], d[1], d[2], d[3]) / M_Float4(s[0], s[1], s[2], s[3]);
     RigidBlend<M_Float4> blend(loadKeys(group.m_lower), loadKeys(group.m_upper), fraction);
     blend.apply(mode);
     const auto& r = blend.m_rows.m_rows;
@@ -113,19 +116,17 @@ template <TrackWrite write>
 class Sampler
 {
 public:
-    Sampler(float frame, float weight) noexcept : m_writer{M_Float4(weight)}, m_fFrame(frame) {}
+    Sampler(float frame, float weight) noexcept
+        : m_writer{M_Float4(weight)}, m_fFrame(frame), m_position(locateFrame(m_loop, frame))
+    {
+    }
 
-    void add(const TW_KeyframeAnimation& animation, int& hint, float* place) noexcept
+    [[gnu::always_inline]] void add(const TW_KeyframeAnimation& animation, int& hint, float* place) noexcept
     {
         const auto* const track = TrackAccess::getCompactTrack(animation);
         if (!track)
         {
-            M_Matrix4x3Template<float> matrix;
-            hint = animation.animateFrameWithLastFrame(matrix, m_fFrame, hint);
-            for (std::size_t third = 0; third < 3; ++third)
-            {
-                m_writer(place + 4 * third, M_Float4::load(matrix.data() + 4 * third));
-            }
+            addOther(animation, hint, place);
             return;
         }
         const KeyPair keys =
@@ -148,6 +149,17 @@ public:
         }
     }
 
+    // A track of full matrices, or none.
+    [[gnu::noinline]] void addOther(const TW_KeyframeAnimation& animation, int& hint, float* place) noexcept
+    {
+        M_Matrix4x3Template<float> matrix;
+        hint = animation.animateFrameWithLastFrame(matrix, m_fFrame, hint);
+        for (std::size_t third = 0; third < 3; ++third)
+        {
+            m_writer(place + 4 * third, M_Float4::load(matrix.data() + 4 * third));
+        }
+    }
+
     void finish() noexcept
     {
         for (std::size_t mode = 0; mode < MODES; ++mode)
@@ -163,22 +175,25 @@ private:
     // Tracks of one animation nearly always run alike, and wrapping a frame is the dearest part of a lookup.
     const TrackPosition& locate(const TrackAccess::CompactTrack& track) noexcept
     {
-        const TrackLoop loop{track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame,
-                             track.m_uTotalFrameCount};
-        if (!m_bLocated || loop != m_loop)
+        const bool isSame = track.m_uTotalFrameCount == m_loop.m_uTotalFrameCount &&
+                            track.m_uLoopToFrame == m_loop.m_uLoopToFrame && track.m_bLooping == m_loop.m_bLooping &&
+                            track.m_bLoopInterpolation == m_loop.m_bLoopInterpolation;
+        if (!isSame) [[unlikely]]
         {
-            m_loop = loop;
-            m_position = locateFrame(loop, m_fFrame);
-            m_bLocated = true;
+            locateAnew(track);
         }
         return m_position;
+    }
+    [[gnu::noinline]] void locateAnew(const TrackAccess::CompactTrack& track) noexcept
+    {
+        m_loop = {track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame, track.m_uTotalFrameCount};
+        m_position = locateFrame(m_loop, m_fFrame);
     }
 
     Writer<write> m_writer;
     float m_fFrame;
-    bool m_bLocated = false;
     TrackLoop m_loop{};
-    TrackPosition m_position{};
+    TrackPosition m_position;  // of m_fFrame in tracks that run as m_loop says
     Group m_groups[MODES];
 };
 

@@ -20,8 +20,8 @@ struct KeyframeAnimationChunk;
 class TW2_API TW_KeyframeAnimation : public S_Allocated
 {
 public:
-    /// The tracks that all copies of an animation share.
-    struct SharedData : S_Allocated
+    /// The tracks that all copies of an animation share. What playback needs of a compact track begins a cache line.
+    struct alignas(64) SharedData : S_Allocated
     {
         LinearlyOptimizedContainer<TW_KeyframeMatrix> m_keyframes;  ///< compact track, in use while m_pMatrices is null
         LinearlyOptimizedContainer<M_Matrix4x3Template<float>>* m_pMatrices = nullptr;  ///< full track or null; owned

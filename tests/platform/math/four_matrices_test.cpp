@@ -137,7 +137,7 @@ TEST(FourMatrices, MasksAndZeroTestsAgreeWithPlainCode)
         select(isEqual(x, y), Float4(1.0F), Float4(2.0F)).store(result.data() + 4);
         select(isLess(x, y), Float4(3.0F), Float4(4.0F)).store(result.data() + 8);
         select(both(isEqual(x, x), isLess(y, x)), Float4(5.0F), Float4(6.0F)).store(result.data() + 12);
-        result[2] = isEqual(x, y).any() && !isLess(x, x).any() ? 1.0F : 0.0F;
+        result[2] = any(isEqual(x, y)) && !any(isLess(x, x)) ? 1.0F : 0.0F;
         return result;
     };
     const std::array<float, 16> expected = {7, 7, 1, 1, 2, 1, 2, 2, 3, 4, 4, 4, 6, 6, 6, 5};
