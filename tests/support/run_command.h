@@ -1,0 +1,47 @@
+#pragma once
+
+#include "tests/support/temporary_directory.h"
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace support
+{
+/// What a run of a program left.
+struct CommandResult
+{
+    int status = -1;  ///< exit status; -1 when the program did not end by itself
+    std::string output;
+    std::string errors;
+};
+
+/// Runs the built tw2 command and waits for it.
+inline CommandResult runTW2(const std::vector<std::string>& arguments)
+{
+    const TemporaryDirectory directory;
+    const auto quote = [](const std::string& text)
+    {
+        std::string quoted = "'";
+        for (const char letter : text)
+        {
+            quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
+        }
+        return quoted + "'";
+    };
+    std::string line = quote(TW2_COMMAND);
+    for (const std::string& argument : arguments)
+    {
+        line += ' ' + quote(argument);
+    }
+    line += " >" + quote(directory.file("output")) + " 2>" + quote(directory.file("errors")) + " </dev/null";
+    const int status = std::system(line.c_str());
+    CommandResult result;
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.output = directory.read("output");
+    result.errors = directory.read("errors");
+    return result;
+}
+}  // namespace support

@@ -1,0 +1,36 @@
+#include "tools/commands.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+namespace tools
+{
+namespace
+{
+// Set before any static object of another file is made.
+constinit const Command* s_pFirst = nullptr;
+}  // namespace
+
+Command::Command(const char* name, const char* description, AddArguments addArguments)
+    : m_szName(name), m_szDescription(description), m_addArguments(addArguments), m_pNext(s_pFirst)
+{
+    s_pFirst = this;
+}
+
+void Command::addAll(CLI::App& program)
+{
+    std::vector<const Command*> commands;
+    for (const Command* command = s_pFirst; command; command = command->m_pNext)
+    {
+        commands.push_back(command);
+    }
+    std::sort(commands.begin(), commands.end(),
+              [](const Command* a, const Command* b)
+              { return std::string_view(a->m_szName) < std::string_view(b->m_szName); });
+    for (const Command* command : commands)
+    {
+        command->m_addArguments(*program.add_subcommand(command->m_szName, command->m_szDescription));
+    }
+}
+}  // namespace tools

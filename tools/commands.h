@@ -1,0 +1,45 @@
+#pragma once
+
+#include <CLI/App.hpp>
+
+#include <stdexcept>
+
+/// The frame of the tw2 command. A sub-command is one source file, `<name>_command.cpp`, which registers itself:
+///
+///     const tools::Command s_command("analyze", "lists the chunks of files",
+///                                    [](CLI::App& command)
+///                                    {
+///                                        auto files = std::make_shared<std::vector<std::string>>();
+///                                        command.add_option("FILE", *files)->required();
+///                                        command.callback([files] { analyze(*files); });
+///                                    });
+///
+/// The callback does the work and prints to standard output. What it throws ends the program with status 1 and the
+/// message on standard error; wrong arguments end it with status 2.
+namespace tools
+{
+/// A failure that is not an exception of a library.
+class Failure : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A sub-command; must be a static object.
+class Command
+{
+public:
+    using AddArguments = void (*)(CLI::App& command);
+
+    Command(const char* name, const char* description, AddArguments addArguments);
+
+    /// Adds every sub-command to the program, in the order of their names.
+    static void addAll(CLI::App& program);
+
+private:
+    const char* m_szName;
+    const char* m_szDescription;
+    AddArguments m_addArguments;
+    const Command* m_pNext;
+};
+}  // namespace tools
