@@ -1,0 +1,262 @@
+#include "tests/support/character_files.h"
+
+#include <tw2/object/object_animation.h>
+#include <tw2/skin/vertex_animation.h>
+
+#include <platform/scene/camera.h>
+#include <platform/scene/context.h>
+#include <platform/scene/scene.h>
+#include <platform/scene/virtual_object.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+using namespace TW2;
+
+namespace
+{
+using Matrix = M_Matrix4x3Template<float>;
+using Wide = M_Matrix4x3Template<double>;
+using WideVector = M_Vector3Template<double>;
+
+Wide widen(const Matrix& matrix)
+{
+    Wide result;
+    std::copy_n(matrix.data(), 12, result.data());
+    return result;
+}
+
+/// World matrix by multiplying the local ones out, in doubles.
+Wide worldOf(const P_BaseObject& object)
+{
+    Wide result;
+    for (const P_BaseObject* o = &object; o; o = o->getParent())
+    {
+        result = result * widen(o->getMatrix());
+    }
+    return result;
+}
+
+/// A character in a scene, and what linear blend skinning in doubles says about its vertices.
+class Character
+{
+public:
+    explicit Character(const support::CharacterShape& shape = {}, const char* skinKeys = "") : m_files(shape)
+    {
+        m_files.m_skinKeys = skinKeys;
+        m_object.construct(m_files.write().c_str(), "skeleton", "skin");
+        m_object.addTo(&m_scene);
+        const Wide worldToMesh = worldOf(body()).inverse();
+        for (unsigned int b = 0; b < m_object.getTotalMeshes(); ++b)
+        {
+            m_restBones.push_back(worldOf(bone(b)) * worldToMesh);
+        }
+    }
+
+    /// One frame of the scene, then the largest distance of a vertex from where it should be.
+    double executeFrameAndGetError()
+    {
+        m_scene.executeFrame();
+        const Wide worldToMesh = worldOf(body()).inverse();
+        std::vector<Wide> bones;
+        for (std::size_t b = 0; b < m_restBones.size(); ++b)
+        {
+            bones.push_back(m_restBones[b].inverse() * (worldOf(bone(b)) * worldToMesh));
+        }
+        double error = 0.0;
+        const TW_VertexAnimation::Skin& skin = *m_object.getSkinData();
+        for (int p = 0; p < body().getPrimitiveCount(); ++p)
+        {
+            for (int v = 0; v < skin.getPrimitiveVertexCount(p); ++v)
+            {
+                WideVector expected(0, 0, 0);
+                const auto& rest =
+                    m_files.m_skinMeshes[0].getPosition(static_cast<std::size_t>(p), static_cast<std::size_t>(v));
+                for (int k = 0; k < skin.getVertexBoneCount(p, v); ++k)
+                {
+                    const auto b = static_cast<std::size_t>(skin.getVertexBone(p, v, k));
+                    expected = expected + bones[b].transformPoint({rest.x, rest.y, rest.z}) *
+                                              static_cast<double>(skin.getVertexWeight(p, v, k));
+                }
+                const auto found = body().getVertexPosition(p, static_cast<unsigned int>(v));
+                error = std::max(error, std::hypot(found.x - expected.x, found.y - expected.y, found.z - expected.z));
+            }
+        }
+        return error;
+    }
+
+    [[nodiscard]] P_VirtualObject& body() { return *m_object.getSkin()->getMesh(0); }
+    [[nodiscard]] P_VirtualObject& bone(std::size_t b) { return *m_object.getMesh(static_cast<unsigned int>(b)); }
+
+    support::CharacterFiles m_files;
+    P_Context m_context;
+    P_Scene m_scene{&m_context};
+    TW_VertexAnimation m_object;
+
+private:
+    std::vector<Wide> m_restBones;
+};
+
+/// Turned, moved by a few units and scaled evenly.
+Matrix place(float x)
+{
+    Matrix matrix = support::CharacterFiles::makeTransform(x, {x, -2 * x, 0.5f});
+    for (int row = 0; row < 3; ++row)
+    {
+        matrix.setRow(row, matrix.getRow(row) * 1.5f);
+    }
+    return matrix;
+}
+
+double distanceFromIdentity(const Matrix& matrix)
+{
+    double distance = 0.0;
+    for (int i = 0; i < 12; ++i)
+    {
+        distance = std::max(distance, std::abs(static_cast<double>(matrix.data()[i]) - Wide().data()[i]));
+    }
+    return distance;
+}
+}  // namespace
+
+TEST(BoneMatrices, AtRestEveryOneIsTheIdentityWhereverTheCharacterStands)
+{
+    Character character;
+    ASSERT_EQ(character.m_object.getBoneMatrixCount(), 8);
+    for (const float x : {0.0f, 1.0f, 1000.0f, 1.0e6f})
+    {
+        character.m_object.setMatrix(place(x));
+        character.m_scene.executeFrame();
+        for (int b = 0; b < 8; ++b)
+        {
+            EXPECT_LT(distanceFromIdentity(character.m_object.getBoneMatrix(b)), 1e-6) << "bone " << b << " at " << x;
+        }
+    }
+}
+
+TEST(BoneMatrices, SkinnedVerticesFollowTheBones)
+{
+    struct Variant
+    {
+        const char* name;
+        std::function<void(Character&)> change;
+    };
+    P_VirtualObject outside(0);
+    const Variant variants[] = {
+        {"as built", [](Character&) {}},
+        {"moved", [](Character& c) { c.m_object.setMatrix(place(3)); }},
+        {"skeleton moved", [](Character& c) { c.m_object.getSkeleton()->setMatrix(place(1)); }},
+        {"skin moved", [](Character& c) { c.m_object.getSkin()->setMatrix(place(2)); }},
+        {"body moved", [](Character& c) { c.body().setMatrix(place(-1)); }},
+        {"skeleton elsewhere", [](Character& c) { c.m_object.getSkeleton()->addTo(&c.m_scene); }},
+        {"bone outside the skeleton",
+         [&](Character& c)
+         {
+             outside.setMatrix(place(0.5f));
+             c.bone(5).addTo(&outside);
+         }},
+        {"a parent behind its child", [](Character& c) { c.bone(1).addTo(&c.bone(6)); }},
+        {"a bone that keeps its matrices itself",
+         [](Character& c) { c.m_object.getSkeleton()->accessMeshTransforms().release(c.bone(1)); }},
+        {"bones that keep their matrices themselves",
+         [](Character& c) { c.m_object.getSkeleton()->accessMeshTransforms().release(); }},
+    };
+    for (const Variant& variant : variants)
+    {
+        Character character;
+        variant.change(character);
+        for (int i = 0; i < 40; ++i)
+        {
+            EXPECT_TRUE(character.m_object.animateObject(i % 2, 0.07f * static_cast<float>(i), nullptr));
+            EXPECT_LT(character.executeFrameAndGetError(), 1e-5) << variant.name << ", frame " << i;
+        }
+    }
+}
+
+TEST(BoneMatrices, SkeletonsOfAnySizeAreFollowed)
+{
+    for (const unsigned int bones : {1u, 512u, 700u})
+    {
+        Character character({.bones = bones});
+        character.m_object.animateObjectFrame(1, 7.5f, nullptr);
+        EXPECT_LT(character.executeFrameAndGetError(), 1e-5) << bones << " bones";
+    }
+}
+
+TEST(BoneMatrices, WhatMovesAfterFramesWithoutMotionIsNoticed)
+{
+    Character character;
+    P_VirtualObject pivot(0);
+    const std::function<void()> moves[] = {
+        [&] { character.m_object.animateObjectFrame(1, 3.3f, nullptr); },
+        [&] { character.bone(6).setMatrix(place(0.1f)); },
+        [&] { character.m_object.getSkeleton()->setMatrix(place(0.2f)); },
+        [&] { character.m_object.getSkin()->setMatrix(place(0.3f)); },
+        [&] { character.body().setMatrix(place(0.4f)); },
+        [&] { character.bone(5).addTo(&character.bone(3)); },
+        [&] { character.bone(5).addTo(&pivot); },
+        [&] { pivot.setMatrix(place(0.5f)); },
+        [&] { character.m_object.getSkeleton()->accessMeshTransforms().release(character.bone(6)); },
+        [&] { character.bone(6).setMatrix(place(0.6f)); },
+        [&] { character.m_object.setMatrix(place(0.7f)); },
+    };
+    int number = 0;
+    for (const auto& move : moves)
+    {
+        ++number;
+        move();
+        EXPECT_LT(character.executeFrameAndGetError(), 1e-5) << "move " << number;
+        // In the frames after a motion the object learns that it stands still; moving in any of them must not be lost.
+        for (int still = 0; still < number % 4; ++still)
+        {
+            EXPECT_LT(character.executeFrameAndGetError(), 1e-5) << "after move " << number;
+        }
+    }
+}
+
+TEST(BoneMatrices, ACharacterThatStandsStillIsNotComputedAgain)
+{
+    Character character;
+    character.m_object.animateObjectFrame(1, 3.0f, nullptr);
+    for (int i = 0; i < 3; ++i)
+    {
+        character.m_scene.executeFrame();
+    }
+    auto& matrix = const_cast<Matrix&>(character.m_object.getBoneMatrix(2));
+    matrix = Matrix::zero();
+    const long long allocations = S_Memory::sm_iNewCount;
+    character.m_scene.executeFrame();
+    EXPECT_EQ(matrix, Matrix::zero());
+    character.m_object.animateObjectFrame(1, 3.0f, nullptr);
+    character.m_scene.executeFrame();
+    EXPECT_NE(matrix, Matrix::zero());
+    EXPECT_EQ(S_Memory::sm_iNewCount, allocations);
+}
+
+TEST(BoneMatrices, ASkinWithBoundingVolumesOutOfViewIsHiddenAndLeftAsItIs)
+{
+    Character character({}, "boundingSphereRadius 2 enableBoundingBox 0");
+    P_Camera camera;
+    camera.addTo(&character.m_scene);
+    character.m_context.setCurrentCamera(&camera);
+    character.m_object.setPosition(0, 0, 50);
+    character.m_object.animateObjectFrame(1, 3.0f, nullptr);
+    EXPECT_LT(character.executeFrameAndGetError(), 1e-5);
+    EXPECT_TRUE(character.body().isEnabled());
+
+    const Matrix before = character.m_object.getBoneMatrix(5);
+    character.m_object.setPosition(0, 0, -50);
+    character.m_object.animateObjectFrame(1, 8.0f, nullptr);
+    character.m_scene.executeFrame();
+    EXPECT_FALSE(character.body().isEnabled());
+    EXPECT_EQ(character.m_object.getBoneMatrix(5), before);
+
+    character.m_context.setCurrentCamera(nullptr);
+    EXPECT_LT(character.executeFrameAndGetError(), 1e-5);
+    EXPECT_TRUE(character.body().isEnabled());
+}

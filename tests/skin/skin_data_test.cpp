@@ -1,0 +1,197 @@
+#include "tests/support/character_files.h"
+#include "tests/support/expectations.h"
+
+#include <tw2/core/static_data.h>
+#include <tw2/object/object_animation.h>
+#include <tw2/skin/skin_mesh_callback.h>
+#include <tw2/skin/vertex_animation.h>
+
+#include <platform/scene/driver_exception.h>
+#include <platform/scene/skin_mesh.h>
+#include <platform/scene/virtual_object.h>
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+#include <string>
+
+using namespace TW2;
+
+namespace
+{
+using Skin = TW_VertexAnimation::Skin;
+
+/// The message with which building a character from these files fails; nothing may be left of it.
+std::string buildError(const support::CharacterFiles& files)
+{
+    const std::string script = files.write();
+    TW_VertexAnimation character;
+    support::messageOf([&] { character.construct(script.c_str(), "skeleton", "skin"); });  // the loader's records grow
+    deleteStaticData();
+    const long long live = S_Memory::getLiveCount();
+    const std::string message = support::messageOf([&] { character.construct(script.c_str(), "skeleton", "skin"); });
+    EXPECT_FALSE(character.isConstructed());
+    EXPECT_EQ(character.getSkin(), nullptr);
+    deleteStaticData();
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
+    return message;
+}
+
+/// Vertex 0: bone 2 by 0.25 and bone 5 by 0.75; vertex 1: three bones of equal weight; vertex 2: none.
+SkinChunk makeThreeVertices()
+{
+    SkinChunk chunk;
+    chunk.objectNames = {"body"};
+    for (int b = 0; b < 8; ++b)
+    {
+        chunk.boneNames.push_back(S_String("BONE") + static_cast<char>('0' + b));
+    }
+    chunk.vertexInfluenceStarts = {0, 2, 5};
+    chunk.vertexBoneCounts = {2, 3, 0};
+    chunk.influenceBones = {2, 5, 7, 1, 4};
+    chunk.influenceWeights = {0.25f, 0.75f, 1 / 3.0f, 1 / 3.0f, 1 / 3.0f};
+    chunk.primitiveVertexCounts = {3};
+    chunk.primitiveFirstVertices = {0};
+    return chunk;
+}
+}  // namespace
+
+TEST(SkinData, AFileAnswersPerPrimitiveVertexAndInfluence)
+{
+    support::CharacterFiles files;
+    files.m_skin.boneNames.push_back("Unused");
+    files.write();
+    const S_String name = files.getDirectory().file("body.skd").c_str();
+    const long long live = S_Memory::getLiveCount();
+    {
+        const Skin skin(name);
+        EXPECT_TRUE(skin.isConstructed() && skin.isSortedByPrimitive());
+        EXPECT_EQ(skin.getSkinChunk(), files.m_skin);
+        EXPECT_EQ(skin.getPrimitiveVertexCount(1), 60);
+        // Vertex 3 of primitive 1 is vertex 63 of all: four influences, of bones 63, 66, 69 and 72 modulo 8.
+        EXPECT_EQ(skin.getVertexBoneCount(1, 3), 4);
+        EXPECT_EQ(skin.getVertexBoneCountList(1)[3], 4);
+        EXPECT_EQ(skin.getVertexBone(1, 3, 2), 5);
+        EXPECT_FLOAT_EQ(skin.getVertexWeight(1, 3, 2), 0.3f);
+        EXPECT_TRUE(skin.boneHasVerticesWeighted("BONE0"));
+        EXPECT_FALSE(skin.boneHasVerticesWeighted("unused"));
+        EXPECT_FALSE(skin.boneHasVerticesWeighted("Bone"));
+
+        Skin copy(skin);
+        Skin other;
+        EXPECT_FALSE(other.isConstructed());
+        other = copy;
+        copy.destruct();
+        EXPECT_FALSE(copy.isConstructed());
+        copy = Skin();
+        EXPECT_EQ(other.getSkinChunk(), files.m_skin);
+        EXPECT_EQ(copy.getSkinChunk(), SkinChunk());
+    }
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
+    support::expectNothingLeftByFailedAllocations([&name] { const Skin skin(name); });
+}
+
+TEST(SkinData, ARecordThatContradictsItselfIsNotTaken)
+{
+    SkinChunk chunk = makeThreeVertices();
+    Skin skin(chunk);
+    chunk.influenceBones[4] = 8;
+    EXPECT_EQ(support::messageOf([&] { skin.construct(chunk); }),
+              "TW2: Invalid Geometry: SKD contradicts itself: influence 4: bone 8 of 8 bones");
+    EXPECT_FALSE(skin.isConstructed());
+}
+
+TEST(SkinData, ThatDoNotFitTheCharacterAreNamed)
+{
+    struct Fault
+    {
+        const char* message;
+        std::function<void(support::CharacterFiles&)> damage;
+    };
+    using Files = support::CharacterFiles;
+    const Fault faults[] = {
+        {"number of skin objects don't match(skin 1, skd 2)", [](Files& f) { f.m_skin.objectNames.push_back("cape"); }},
+        {"objects' names and .SKD object names don't match(skin \"body\", skd \"Body\")",
+         [](Files& f) { f.m_skin.objectNames[0] = "Body"; }},
+        {", bone Tail)", [](Files& f) { f.m_skin.boneNames[3] = "Tail"; }},
+        {"SKD refers to undefined skeleton bone (skeleton ",
+         [](Files& f) { f.m_bones.clear(), f.m_animations.clear(); }},
+        {"Skin mesh \"body\" needs skin data that the SKD lacks: primitive 1 of 1",
+         [](Files& f) { f.m_skin.primitiveVertexCounts.pop_back(), f.m_skin.primitiveFirstVertices.pop_back(); }},
+        {"Skin mesh \"body\" needs skin data that the SKD lacks: vertex 59 of 59 in primitive 0",
+         [](Files& f) { f.m_skin.primitiveVertexCounts[0] = 59; }},
+        {"names no SKD (key \"skindata\")", [](Files& f) { f.m_bNamesSkinData = false; }},
+    };
+    for (const Fault& fault : faults)
+    {
+        support::CharacterFiles files;
+        fault.damage(files);
+        const std::string message = buildError(files);
+        EXPECT_EQ(message.rfind("TW2: Invalid Geometry: ", 0), 0u) << message;
+        EXPECT_NE(message.find(fault.message), std::string::npos) << message;
+    }
+
+    support::CharacterFiles files;
+    for (S_String& bone : files.m_skin.boneNames)
+    {
+        bone[0] = 'b';  // bone names may differ in case
+    }
+    std::swap(files.m_skin.boneNames.front(), files.m_skin.boneNames.back());  // and stand in any order
+    EXPECT_NO_THROW(TW_VertexAnimation(files.write().c_str(), "skeleton", "skin"));
+}
+
+TEST(SkinMeshes, AVertexMayFollowFourBonesAndNoMore)
+{
+    support::CharacterFiles files;
+    const TW_VertexAnimation character(files.write().c_str(), "skeleton", "skin");
+    const P_TriangleMesh* primitive = character.getSkin()->getMesh(0)->getPrimitive(0);
+    ASSERT_NE(primitive->asSkinMesh(), nullptr);
+    EXPECT_EQ(primitive->asSkinMesh()->getSlotCount(), 4u);
+
+    // The vertex before the last takes over the first influence of the last one: five.
+    auto& skin = files.m_skin;
+    skin.vertexBoneCounts[3] = 5;
+    EXPECT_EQ(buildError(files), "DirectX allows only 4 bones per vertex");
+}
+
+TEST(SkinMeshes, SlotsAreSortedByWeightUnlessAVertexMapNamesTheVertices)
+{
+    support::CharacterFiles files;
+    files.m_skin = makeThreeVertices();
+    files.m_skinMeshes = {support::CharacterFiles::makeMesh("body", 1, 3)};
+    TW_VertexAnimation character(files.write().c_str(), "skeleton", "skin");
+    TW_SkinMeshCallback callback(character.getSkin(), &character);
+    P_VirtualObject mesh(1);
+    mesh.setName("hand-made");
+    const auto make = [&](const S_Vector<int>& map) -> const P_SkinMesh&
+    { return *callback.createTriangleMesh(&mesh, 0, 0x30, 1, 3, map)->asSkinMesh(); };
+
+    const P_SkinMesh& sorted = make({});
+    EXPECT_EQ(sorted.getSlotCount(), 3u);
+    EXPECT_EQ(sorted.getBoneIndex(0, 0), 5u);
+    EXPECT_EQ(sorted.getBoneWeight(0, 0), 0.75f);
+    EXPECT_EQ(sorted.getBoneIndex(0, 1), 2u);
+    EXPECT_EQ(sorted.getBoneWeight(0, 2), 0.0f);
+    EXPECT_EQ(sorted.getBoneIndex(1, 0), 7u);  // equal weights keep their order
+    EXPECT_EQ(sorted.getBoneIndex(1, 2), 4u);
+    EXPECT_EQ(sorted.getBoneWeight(2, 0), 0.0f);
+    EXPECT_EQ(sorted.getBoneCountList(), character.getSkinData()->getVertexBoneCountList(0));
+    EXPECT_FALSE(sorted.isLocked());
+
+    const P_SkinMesh& mapped = make({2, 0, 0});
+    EXPECT_EQ(mapped.getSlotCount(), 2u);
+    EXPECT_EQ(mapped.getBoneWeight(0, 0), 0.0f);
+    EXPECT_EQ(mapped.getBoneIndex(1, 0), 2u);
+    EXPECT_EQ(mapped.getBoneWeight(2, 1), 0.75f);
+
+    EXPECT_EQ(make({2, 2, 2}).getSlotCount(), 0u);
+    for (const int vertex : {3, -1, INT_MAX})
+    {
+        const std::string message = support::messageOf([&] { make({0, vertex, 0}); });
+        EXPECT_NE(message.find("Skin mesh \"hand-made\""), std::string::npos) << message;
+        EXPECT_NE(message.find("vertex " + std::to_string(vertex)), std::string::npos) << message;
+    }
+    EXPECT_NE(support::messageOf([&] { make({0}); }).find("a vertex map of 1 entries for 3 vertices"),
+              std::string::npos);
+}

@@ -1,0 +1,309 @@
+#include "tests/support/character_files.h"
+#include "tests/support/expectations.h"
+#include "tests/support/verbose_capture.h"
+
+#include <tw2/core/static_data.h>
+#include <tw2/object/bone_group_handle.h>
+#include <tw2/object/bone_handle.h>
+#include <tw2/object/object_animation.h>
+#include <tw2/object/object_animation_state.h>
+#include <tw2/skin/vertex_animation.h>
+
+#include <platform/runtime/script.h>
+#include <platform/scene/scene.h>
+#include <platform/scene/virtual_object.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace TW2;
+
+namespace
+{
+using Matrix = M_Matrix4x3Template<float>;
+using Character = std::unique_ptr<TW_VertexAnimation>;
+
+/// The files of a character, opened, and something to build further characters on.
+struct Source
+{
+    Source() : script(files.write().c_str()), original(&script, 0, &script, 1) {}
+
+    support::CharacterFiles files;
+    S_Script script;
+    TW_VertexAnimation original;
+};
+
+/// Every way to build a character, with the name that it gets; %s stands for the script, %o for the original.
+struct Way
+{
+    const char* name;
+    std::function<Character(Source&)> build;
+};
+
+const Way ways[] = {
+    {"TW_VertexAnimation %s, skeleton; %s, skin",
+     [](Source& s) { return std::make_unique<TW_VertexAnimation>(s.script.getScriptName(), "skeleton", "skin"); }},
+    {"TW_VertexAnimation %s, skeleton; %s, skin",
+     [](Source& s) { return std::make_unique<TW_VertexAnimation>(&s.script, "skeleton", "skin"); }},
+    {"TW_VertexAnimation %s, skeleton; %s, skinFar",
+     [](Source& s) { return std::make_unique<TW_VertexAnimation>(&s.script, "skeleton", &s.script, "skinFar"); }},
+    {"TW_VertexAnimation %s, skeleton; %s, skin",
+     [](Source& s)
+     {
+         const char* name = s.script.getScriptName();
+         return std::make_unique<TW_VertexAnimation>(name, "skeleton", name, "skin");
+     }},
+    {"TW_VertexAnimation %s, skeleton; %s, skinFar",
+     [](Source& s) { return std::make_unique<TW_VertexAnimation>(&s.script, 0, &s.script, 2); }},
+    {"%o (clone)", [](Source& s) { return std::make_unique<TW_VertexAnimation>(s.original); }},
+    {"%o (clone)", [](Source& s)
+     { return std::make_unique<TW_VertexAnimation>(s.original, s.original.getSkin()->getMaterialManager()); }},
+    {"TW_VertexAnimation %s, skeleton %s, skin",
+     [](Source& s) { return std::make_unique<TW_VertexAnimation>(s.original.getSkeleton(), s.original.getSkin()); }},
+    {"TW_VertexAnimation %s, skeleton %s, skinFar",
+     [](Source& s) { return std::make_unique<TW_VertexAnimation>(&s.original, &s.script, 2); }},
+    {"TW_VertexAnimation %s, skeleton %s, skin (clone)",
+     [](Source& s) { return std::make_unique<TW_VertexAnimation>(&s.original, s.original, nullptr); }},
+    {"TW_VertexAnimation %s, skeleton %s skin",
+     [](Source& s) { return std::make_unique<TW_VertexAnimation>(*s.original.getSkeleton(), &s.script, 1); }},
+};
+
+std::string expectedName(const Way& way, const Source& source)
+{
+    std::string name = way.name;
+    for (const auto& [mark, text] : {std::pair<const char*, const char*>("%s", source.script.getScriptName()),
+                                     std::pair<const char*, const char*>("%o", source.original.getName().c_str())})
+    {
+        for (std::size_t at = name.find(mark); at != std::string::npos; at = name.find(mark, at))
+        {
+            name.replace(at, 2, text);
+        }
+    }
+    return name;
+}
+
+/// Where the vertices of a character's first primitive stand.
+std::vector<M_Vector3Template<float>> getVertices(TW_VertexAnimation& character)
+{
+    P_Scene scene;
+    character.addTo(&scene);
+    scene.executeFrame();
+    std::vector<M_Vector3Template<float>> vertices;
+    for (unsigned int v = 0; v < 60; ++v)
+    {
+        vertices.push_back(character.getSkin()->getMesh(0)->getVertexPosition(0, v));
+    }
+    character.remove();
+    return vertices;
+}
+}  // namespace
+
+TEST(VertexAnimations, EveryWayOfBuildingGivesTheSameCharacter)
+{
+    Source source;
+    source.original.animateObjectFrame(1, 7.0f, nullptr);
+    const auto expected = getVertices(source.original);
+    for (const Way& way : ways)
+    {
+        const Character character = way.build(source);
+        EXPECT_EQ(std::string(character->getName()), expectedName(way, source));
+        ASSERT_TRUE(character->isConstructed());
+        EXPECT_EQ(character->getTotalMeshes(), 8u);
+        EXPECT_EQ(character->getMesh(3)->getName(), "Bone3");
+        EXPECT_FALSE(character->getMesh(3)->isEnabled());
+        EXPECT_FALSE(character->getSkeleton()->isEnabled());
+        EXPECT_STREQ(character->getObjectType(), "TW_VertexAnimation");
+        EXPECT_EQ(source.script.getDepth(), 0u);
+        EXPECT_TRUE(character->animateObjectFrame(1, 7.0f, nullptr));
+        if (character->getSkinData())
+        {
+            EXPECT_EQ(getVertices(*character), expected) << way.name;
+        }
+        else
+        {
+            const Matrix rest = character->getBoneMatrix(3);
+            getVertices(*character);
+            EXPECT_EQ(character->getBoneMatrix(3), rest) << "without skin data no bone matrix is updated";
+        }
+    }
+}
+
+TEST(VertexAnimations, EveryWayOfBuildingSurvivesEveryFailingAllocation)
+{
+    Source source;
+    for (const Way& way : ways)
+    {
+        SCOPED_TRACE(way.name);
+        support::expectNothingLeftByFailedAllocations([&] { way.build(source); });
+    }
+}
+
+TEST(VertexAnimations, SkeletonsAreSharedAndEveryOrderOfDestructionLeavesNothing)
+{
+    const support::CharacterFiles files;
+    S_Script script(files.write().c_str());
+    TW_VertexAnimation(&script, 0, &script, 1);  // what the loader keeps for the next file is there from here on
+    deleteStaticData();
+    const long long live = S_Memory::getLiveCount();
+    std::vector<std::size_t> order = {0, 1, 2, 3};
+    do
+    {
+        Character characters[4];
+        characters[0] = std::make_unique<TW_VertexAnimation>(&script, 0, &script, 1);
+        characters[1] = std::make_unique<TW_VertexAnimation>(characters[0].get(), &script, 2);
+        characters[2] = std::make_unique<TW_VertexAnimation>(characters[1].get(), *characters[0], nullptr);
+        characters[3] = std::make_unique<TW_VertexAnimation>(*characters[2]);
+        EXPECT_EQ(characters[0]->getSkeleton(), characters[2]->getSkeleton());
+        EXPECT_NE(characters[0]->getSkeleton(), characters[3]->getSkeleton());
+        for (const std::size_t i : order)
+        {
+            characters[i].reset();
+            for (const Character& left : characters)
+            {
+                if (left)
+                {
+                    EXPECT_TRUE(left->animateObjectFrame(1, 5.0f, nullptr));
+                    getVertices(*left);
+                }
+            }
+        }
+    } while (std::next_permutation(order.begin(), order.end()));
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
+}
+
+TEST(VertexAnimations, ConstructingAgainReplacesWhatWasThere)
+{
+    Source source;
+    TW_VertexAnimation character;
+    EXPECT_FALSE(character.isConstructed());
+    character = TW_VertexAnimation();
+    EXPECT_FALSE(character.isConstructed());
+    character = source.original;
+    character = *&character;
+    character.construct(&character, &source.script, 2);  // a new skin on its own skeleton
+    EXPECT_EQ(character.getSkeleton()->getName(), source.original.getSkeleton()->getName() + " (clone)");
+    EXPECT_THROW(character.construct(&source.script, 0, &source.script, 7), S_ScriptException);
+    EXPECT_FALSE(character.isConstructed());
+    EXPECT_EQ(character.getSkeleton(), nullptr);
+    EXPECT_EQ(character.getBoneMatrixCount(), 0);
+    EXPECT_NE(support::messageOf([&] { source.original.construct(&character, &source.script, 1); })
+                  .find("skeleton is to be shared has none"),
+              std::string::npos);
+    EXPECT_TRUE(source.original.isConstructed());
+}
+
+TEST(VertexAnimations, AnimationMovesTheSkeletonAndTexturesBelongToTheSkin)
+{
+    Source source;
+    TW_VertexAnimation& character = source.original;
+    TW_ObjectAnimation& skeleton = *character.getSkeleton();
+    EXPECT_EQ(character.getTotalAnimations(), 2u);
+    EXPECT_EQ(character.getMaximumAnimationIndex(), 1);
+    EXPECT_TRUE(character.isValidAnimation(1));
+    EXPECT_FALSE(character.isValidAnimation(2));
+    EXPECT_EQ(character.getAnimationFrames(1), 20u);
+    EXPECT_FLOAT_EQ(character.getAnimationLength(1), 2.0f);
+    character.setAnimationFPS(1, 20.0f);
+    EXPECT_EQ(character.getAnimationFPS(1), 20.0f);
+    EXPECT_EQ(character.getAnimationLoopToFrame(1), skeleton.getAnimationLoopToFrame(1));
+    EXPECT_EQ(character.getAnimationLoopToTime(1), skeleton.getAnimationLoopToTime(1));
+
+    // Every blend is the skeleton's own, argument for argument.
+    TW_VertexAnimation twin(character);
+    TW_ObjectAnimation& reference = *twin.getSkeleton();
+    TW_ObjectAnimationState frozen(skeleton);
+    TW_ObjectAnimationState other(skeleton);
+    character.animateObjectFrame(1, 11.0f, nullptr);
+    character.freezeAnimationState(&frozen, nullptr);
+    character.animateObject(0, 0.9f, nullptr);
+    character.freezeAnimationState(&other, nullptr);
+    TW_BoneHandle handle = character.getBoneHandle("bone2");
+    EXPECT_EQ(handle.getBoneIndex(), 2u);
+    using Blend = std::function<bool(TW_VirtualObject&, TW_BoneGroupHandle*)>;
+    const Blend blends[] = {
+        [&](TW_VirtualObject& o, auto* g)
+        { return o.crossAnimateObject(&frozen, 0.2f, 0, 0.1f, 0.3f, 1, 0.7f, 0.5f, g); },
+        [&](TW_VirtualObject& o, auto* g) { return o.crossAnimateObject(&frozen, 0.2f, &other, handle, g); },
+        [&](TW_VirtualObject& o, auto* g) { return o.crossAnimateObject(&frozen, 0.3f, &other, g); },
+        [&](TW_VirtualObject& o, auto* g) { return o.crossAnimateObject(&frozen, 0.4f, 1, 0.3f, g); },
+        [&](TW_VirtualObject& o, auto* g) { return o.crossAnimateObject(0, 0.1f, 0.2f, 1, 0.4f, 0.3f, 0, 0.8f, g); },
+        [&](TW_VirtualObject& o, auto* g) { return o.crossAnimateObject(0, 0.1f, 0.2f, 1, 0.4f, g); },
+        [&](TW_VirtualObject& o, auto* g)
+        { return o.crossAnimateObjectFrame(&frozen, 0.2f, 0, 1.5f, 0.3f, 1, 7.5f, 0.5f, g); },
+        [&](TW_VirtualObject& o, auto* g) { return o.crossAnimateObjectFrame(&frozen, 0.4f, 1, 3.5f, g); },
+        [&](TW_VirtualObject& o, auto* g)
+        { return o.crossAnimateObjectFrame(0, 1.5f, 0.2f, 1, 4.5f, 0.3f, 0, 8.5f, g); },
+        [&](TW_VirtualObject& o, auto* g) { return o.crossAnimateObjectFrame(0, 1.5f, 0.2f, 1, 4.5f, g); },
+        [&](TW_VirtualObject& o, auto*) { return o.restoreAnimationState(&frozen), true; },
+    };
+    const TW_BoneHandle handles[] = {handle, character.getBoneHandle("BONE7")};
+    TW_BoneGroupHandle group(2, handles);
+    TW_BoneGroupHandle referenceGroup(group);
+    group.attach(&character);
+    referenceGroup.attach(&reference);
+    for (const Blend& blend : blends)
+    {
+        character.animateObjectFrame(1, 2.0f, nullptr);
+        reference.animateObjectFrame(1, 2.0f, nullptr);
+        EXPECT_EQ(blend(character, &group), blend(reference, &referenceGroup));
+        for (unsigned int b = 0; b < 8; ++b)
+        {
+            EXPECT_EQ(character.getMesh(b)->getMatrix(), reference.getMesh(b)->getMatrix())
+                << "blend " << &blend - blends << ", bone " << b;
+        }
+    }
+
+    // The skin has neither animations nor textures.
+    EXPECT_FALSE(character.updateVisibility(0, 0.0f) || character.updateVisibilityFrame(0, 0.0f));
+    EXPECT_FALSE(character.isValidTextureAnimationSet("flames") || character.isValidTextureAnimation("flames", 0));
+    EXPECT_EQ(character.getTotalTextureAnimationSets(), 0u);
+    EXPECT_FALSE(character.animateTexture("flames", 1.0f) || character.animateTextureFrame("flames", 1.0f));
+    EXPECT_NO_THROW(character.uploadTextures());
+    support::VerboseCapture log;
+    character.dump(false);
+    EXPECT_LT(log.getText().find("Skin object:\n"), log.getText().find("Skeleton object:\n"));
+}
+
+TEST(VertexAnimations, ManualVolumesOfTheSkinComeBeforeThoseOfTheSkeleton)
+{
+    using Flag = P_BaseObject::EngineFlag;
+    struct Case
+    {
+        const char* skeleton;
+        const char* skin;
+        float radius;  // 0: the engine's own
+    };
+    const char* const automatic = "enableBoundingBox 0";
+    const Case cases[] = {
+        {"boundingSphereRadius 3 enableBoundingBox 0", "boundingSphereRadius 2 enableBoundingBox 0", 2},
+        {"boundingSphereRadius 3 enableBoundingBox 0", automatic, 3},
+        {automatic, automatic, 0},
+    };
+    for (const Case& c : cases)
+    {
+        support::CharacterFiles files;
+        files.m_skeletonKeys = c.skeleton;
+        files.m_skinKeys = c.skin;
+        S_Script script(files.write().c_str());
+        TW_VertexAnimation character(&script, 0, &script, 1);
+        EXPECT_EQ(character.hasEngineFlag(Flag::FLAG_BOUNDING_SPHERE), c.radius > 0);
+        EXPECT_FALSE(character.hasEngineFlag(Flag::FLAG_BOUNDING_BOX));
+        EXPECT_TRUE(character.hasEngineFlag(Flag::FLAG_FIXED_BOUNDING_VOLUME));
+        EXPECT_TRUE(character.hasEngineFlag(Flag::FLAG_CULL_SUBTREE));
+        EXPECT_EQ(character.getBoundingRadius(), c.radius);
+        EXPECT_EQ(character.getStoredBoundingRadius(), c.radius);
+        EXPECT_EQ(TW_VertexAnimation(character).getEngineFlags(), character.getEngineFlags());
+    }
+    support::CharacterFiles files;
+    files.m_skinKeys = "boundingBoxMin (-1,-2,-3) boundingBoxMax (4,5,6) enableBoundingSphere 0";
+    S_Script script(files.write().c_str());
+    TW_VertexAnimation character(&script, 0, &script, 1);
+    EXPECT_TRUE(character.hasEngineFlag(Flag::FLAG_BOUNDING_BOX));
+    EXPECT_EQ(character.getBoundingBoxMin(), M_Vector3Template<float>(-1, -2, -3));
+    EXPECT_EQ(character.getBoundingBoxMax(), M_Vector3Template<float>(4, 5, 6));
+}
