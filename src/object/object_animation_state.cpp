@@ -1,6 +1,9 @@
 #include "object/pose_player.h"
 
+#include <tw2/lod/object_animation_lods.h>
+#include <tw2/lod/vertex_animation_lods.h>
 #include <tw2/object/object_animation_state.h>
+#include <tw2/skin/vertex_animation.h>
 
 #include <platform/runtime/memory_scope.h>
 
@@ -18,6 +21,24 @@ TW_ObjectAnimationState::TW_ObjectAnimationState(unsigned int meshCount)
 }
 
 TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_ObjectAnimation& object)
+{
+    initializeMembers();
+    construct(object);
+}
+
+TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_VertexAnimation& object)
+{
+    initializeMembers();
+    construct(object);
+}
+
+TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_ObjectAnimationLODs& object)
+{
+    initializeMembers();
+    construct(object);
+}
+
+TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_VertexAnimationLODs& object)
 {
     initializeMembers();
     construct(object);
@@ -62,6 +83,21 @@ void TW_ObjectAnimationState::construct(unsigned int meshCount)
 }
 
 void TW_ObjectAnimationState::construct(const TW_ObjectAnimation& object)
+{
+    construct(object.getTotalMeshes());
+}
+
+void TW_ObjectAnimationState::construct(const TW_VertexAnimation& object)
+{
+    construct(object.getTotalMeshes());
+}
+
+void TW_ObjectAnimationState::construct(const TW_ObjectAnimationLODs& object)
+{
+    construct(object.getTotalMeshes());
+}
+
+void TW_ObjectAnimationState::construct(const TW_VertexAnimationLODs& object)
 {
     construct(object.getTotalMeshes());
 }

@@ -34,6 +34,12 @@ public:
     explicit TW_ObjectAnimationState(unsigned int meshCount);
     /// The same, for as many meshes as the object has.
     explicit TW_ObjectAnimationState(const TW_ObjectAnimation& object);
+    /// For the bones of a skinned character.
+    explicit TW_ObjectAnimationState(const TW_VertexAnimation& object);
+    /// For the level in use, or the last one when none is.
+    explicit TW_ObjectAnimationState(const TW_ObjectAnimationLODs& object);
+    /// For the bones of all levels.
+    explicit TW_ObjectAnimationState(const TW_VertexAnimationLODs& object);
     TW_ObjectAnimationState(const TW_ObjectAnimationState& other);
     TW_ObjectAnimationState& operator=(const TW_ObjectAnimationState& other);
     ~TW_ObjectAnimationState();
@@ -43,6 +49,9 @@ public:
     void construct(const TW_ObjectAnimation& object);
     /// `object` may not be null.
     void construct(const TW_ObjectAnimation* object);
+    void construct(const TW_VertexAnimation& object);
+    void construct(const TW_ObjectAnimationLODs& object);
+    void construct(const TW_VertexAnimationLODs& object);
     void construct(const TW_ObjectAnimationState& other);
     void destruct() noexcept;
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
