@@ -212,10 +212,8 @@ S_String getTarget(std::string_view name)
     S_String target = File.findOnDisk(name);
     if (target.empty())
     {
-        const S_String slashed = withSlashes(name);
-        const S_String path = File.getPath(slashed);
-        const S_String directory = File.findOnDisk(path);
-        return directory.empty() ? slashed : join(directory, File.getFilename(slashed));
+        const S_String directory = File.findOnDisk(File.getPath(name));
+        return directory.empty() ? withSlashes(name) : join(directory, File.getFilename(name));
     }
     std::error_code error;
     const fs::path resolved = fs::canonical(target.c_str(), error);

@@ -25,7 +25,7 @@ constexpr const char* s_anyString = "a word or a \"quoted string\"";
 constexpr const char* s_wholeNumber = "a whole number";
 constexpr const char* s_wholeNumberInRange = "a whole number from -2147483648 to 2147483647";
 constexpr const char* s_number = "a number";
-constexpr const char* s_numberInRange = "a number of at most 3.4e38 and, unless 0, at least 1.2e-38 in magnitude";
+constexpr const char* s_numberInRange = "a number of at most 3.4e38 and, unless 0, at least 1.4e-45 in magnitude";
 constexpr const char* s_vector = "three numbers as (x, y, z)";
 
 const char* describe(S_Script::Format format)

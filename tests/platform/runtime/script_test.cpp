@@ -190,7 +190,7 @@ TEST(Script, ValuesThatDoNotFitAreRefusedWithTheirKeyAndNothingIsWritten)
         {"index 1 filename x speed -inf", "\"speed\": expected a number, found -inf"},
         {"index 1 filename x speed +-1", "\"speed\": expected a number, found +-1"},
         {"index 1 filename x speed 1e39",
-         "\"speed\": expected a number of at most 3.4e38 and, unless 0, at least 1.2e-38 in magnitude, found 1e39"},
+         "\"speed\": expected a number of at most 3.4e38 and, unless 0, at least 1.4e-45 in magnitude, found 1e39"},
     };
     for (const auto& each : cases)
     {
