@@ -156,14 +156,39 @@ void TW_VertexAnimation::setUpBones()
     putInRestPose(*getSkeleton());
     putInRestPose(*m_pSkin);
 
-    m_vecReferenceMatrices.resize(m_vecBoneMatrices.size());
     BonesInSkinSpace(*getSkeleton(), getSkinSpace(*m_pSkin))
-        .forEach(
-            [this](std::size_t i, const TransformRows& bone)
-            {
-                bone.write(m_vecBoneMatrices[i]);
-                m_vecReferenceMatrices[i] = invert(m_vecBoneMatrices[i]);
-            });
+        .forEach([this](std::size_t i, const TransformRows& bone) { bone.write(m_vecBoneMatrices[i]); });
+    takeReferencePose();
+}
+
+/// The rest pose of a copy is its source's, unless something differs after all: `takeReferencePose` finds out.
+void TW_VertexAnimation::shareReferencePose(const TW_VertexAnimation& source) noexcept
+{
+    m_pReferencePose = source.m_pReferencePose;
+    ++m_pReferencePose->m_iReferenceCount;
+}
+
+/// The bone matrices hold the bones in skin space at rest: makes their inverses the references.
+void TW_VertexAnimation::takeReferencePose()
+{
+    S_Vector<Matrix> references(m_vecBoneMatrices.size());
+    std::transform(m_vecBoneMatrices.begin(), m_vecBoneMatrices.end(), references.begin(), invert);
+    if (m_pReferencePose && m_pReferencePose->m_vecMatrices == references)
+    {
+        return;
+    }
+    releaseReferencePose();
+    m_pReferencePose = new ReferencePose;
+    m_pReferencePose->m_vecMatrices.swap(references);
+}
+
+void TW_VertexAnimation::releaseReferencePose() noexcept
+{
+    if (m_pReferencePose && --m_pReferencePose->m_iReferenceCount == 0)
+    {
+        delete m_pReferencePose;
+    }
+    m_pReferencePose = nullptr;
 }
 
 /// The matrices are read in place from here on: their vector must not move any more.
@@ -234,7 +259,7 @@ bool TW_VertexAnimation::hasMovedSinceUpdate()
 
 void TW_VertexAnimation::updateBoneMatrices()
 {
-    const Matrix* const reference = m_vecReferenceMatrices.data();
+    const Matrix* const reference = m_pReferencePose->m_vecMatrices.data();
     Matrix* const result = m_vecBoneMatrices.data();
     BonesInSkinSpace(*getSkeleton(), getSkinSpace(*m_pSkin))
         .forEach([=](std::size_t i, const TransformRows& bone) { (reference[i] * bone).write(result[i]); });

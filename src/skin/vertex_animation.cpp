@@ -17,7 +17,7 @@ void TW_VertexAnimation::initializeMembers() noexcept
     m_pSharedSkeleton = nullptr;
     m_pSkin = nullptr;
     m_pSkinData = nullptr;
-    m_vecReferenceMatrices.clear();
+    m_pReferencePose = nullptr;
     m_vecBoneMatrices.clear();
     m_uBoneChange = 0;
     m_uSkinChange = 0;
@@ -30,6 +30,7 @@ void TW_VertexAnimation::destruct() noexcept
     {
         releaseSkeleton();
         releaseSkin();
+        releaseReferencePose();
         initializeMembers();
     }
 }

@@ -204,6 +204,7 @@ void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, const TW_
                 throw TW_Exception_InvalidGeometry("The vertex animation whose skin is to be copied has none");
             }
             copySkin(*skinSource.m_pSkin, skinSource.m_pSkinData, materialManager);
+            shareReferencePose(skinSource);
             nameAfterParts();
         });
 }
@@ -237,6 +238,7 @@ void TW_VertexAnimation::construct(const TW_VertexAnimation& other, TW_MaterialM
             setName(S_STR("%s (clone)", other.getName().c_str()));
             copySkeleton(*other.getSkeleton());
             copySkin(*other.m_pSkin, other.m_pSkinData, materialManager);
+            shareReferencePose(other);
             copyEngineFlags(other);
         });
 }

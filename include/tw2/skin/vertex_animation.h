@@ -199,6 +199,14 @@ private:
         int m_iReferenceCount = 1;
     };
 
+    /// Per bone: from the space of the skin's first mesh to the bone's own, at rest. Copies share them, so that a crowd
+    /// has them in the cache once; never changed once they are shared.
+    struct ReferencePose : S_Allocated
+    {
+        S_Vector<M_Matrix4x3Template<float>> m_vecMatrices;
+        int m_iReferenceCount = 1;
+    };
+
     void initializeMembers() noexcept;
     /// What all forms have in common around the steps of one.
     template <typename Steps>
@@ -232,6 +240,9 @@ private:
     /// @{
     void setUpBones();
     void handOutBoneMatrices();
+    void shareReferencePose(const TW_VertexAnimation& source) noexcept;
+    void takeReferencePose();
+    void releaseReferencePose() noexcept;
     void updateBoneMatrices();
     [[nodiscard]] bool hasMovedSinceUpdate();
     /// @}
@@ -240,8 +251,7 @@ private:
     SharedSkeleton* m_pSharedSkeleton;
     TW_ObjectAnimation* m_pSkin;
     Skin* m_pSkinData;
-    /// Per bone: from the space of the skin's first mesh to the bone's own, at rest.
-    S_Vector<M_Matrix4x3Template<float>> m_vecReferenceMatrices;
+    ReferencePose* m_pReferencePose;
     S_Vector<M_Matrix4x3Template<float>> m_vecBoneMatrices;
     /// Change counts of bones and skin when the bone matrices were written, and whether all their world matrices were
     /// up to date then: only then is it sure that equal counts mean equal matrices.
