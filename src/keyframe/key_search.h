@@ -31,7 +31,7 @@ struct TrackPosition
     Place m_place;
     float m_fFrame;               ///< wrapped into the track; NaN is before every key
     int m_iWhole;                 ///< rounded down, the nearest int where none is right
-    float m_fPart;                ///< what the rounding left, for Place::LoopFrame
+    float m_fPart;                ///< what the rounding left (0 to 1), for Place::LoopFrame
     unsigned int m_uLoopToFrame;  ///< of the track, for Place::LoopFrame
 };
 
@@ -95,7 +95,7 @@ inline TrackPosition locateFrame(const TrackLoop& loop, float frame) noexcept
     position.m_fFrame = wrapFrame(loop, frame);
     const float whole = std::floor(position.m_fFrame);
     position.m_iWhole = toInt(whole);
-    position.m_fPart = position.m_fFrame - whole;
+    position.m_fPart = std::isfinite(whole) ? position.m_fFrame - whole : 0.0F;
     position.m_uLoopToFrame = loop.m_uLoopToFrame;
     if (!loop.m_bLooping && frame >= static_cast<float>(lastFrame))
     {

@@ -14,6 +14,7 @@ namespace TW2
 struct TrackAccess
 {
     using CompactTrack = LinearlyOptimizedContainer<TW_KeyframeMatrix>;
+    using FullTrack = LinearlyOptimizedContainer<M_Matrix4x3Template<float>>;
 
     /// The compact track; null when the animation has another one or no keys. A track in use is the only one, so that
     /// the first cache line of the shared data tells all.
@@ -21,6 +22,14 @@ struct TrackAccess
     {
         const auto* const data = animation.m_pSharedData;
         return data && !data->m_keyframes.m_vecFrames.empty() ? &data->m_keyframes : nullptr;
+    }
+    /// The full track of an animation that only blends its keys; null when it has no such track or no keys.
+    static const FullTrack* getBlendedTrack(const TW_KeyframeAnimation& animation) noexcept
+    {
+        const auto* const data = animation.m_pSharedData;
+        const bool isBlended =
+            data && animation.m_eInterpolationMode == InterpolationMode::Linear && !animation.m_bKeepScale;
+        return isBlended && data->m_pMatrices && !data->m_pMatrices->m_vecFrames.empty() ? data->m_pMatrices : nullptr;
     }
     static InterpolationMode getMode(const TW_KeyframeAnimation& animation) noexcept
     {
@@ -129,12 +138,7 @@ public:
             addOther(animation, hint, place);
             return;
         }
-        const KeyPair keys =
-            findKeys(locate(*track), track->m_vecFrames.data(), static_cast<int>(track->m_vecFrames.size()), hint);
-        hint = keys.m_iUpper;
-        track->m_fLastLowerKey = static_cast<float>(keys.m_iLower);
-        track->m_fLastUpperKey = static_cast<float>(keys.m_iUpper);
-
+        const KeyPair keys = find(*track, hint);
         const InterpolationMode mode = TrackAccess::getMode(animation);
         Group& group = m_groups[static_cast<std::size_t>(mode)];
         const std::size_t lane = group.m_uiCount++;
@@ -146,17 +150,6 @@ public:
         if (group.m_uiCount == LANES)
         {
             sampleGroup(group, mode, m_writer);
-        }
-    }
-
-    // A track of full matrices, or none.
-    [[gnu::noinline]] void addOther(const TW_KeyframeAnimation& animation, int& hint, float* place) noexcept
-    {
-        M_Matrix4x3Template<float> matrix;
-        hint = animation.animateFrameWithLastFrame(matrix, m_fFrame, hint);
-        for (std::size_t third = 0; third < 3; ++third)
-        {
-            m_writer(place + 4 * third, M_Float4::load(matrix.data() + 4 * third));
         }
     }
 
@@ -172,21 +165,60 @@ public:
     }
 
 private:
+    // A track of full matrices, or none.
+    [[gnu::noinline]] void addOther(const TW_KeyframeAnimation& animation, int& hint, float* place) noexcept
+    {
+        if (const auto* const track = TrackAccess::getBlendedTrack(animation))
+        {
+            const KeyPair keys = find(*track, hint);
+            const float* const lower = track->m_vecValues[static_cast<std::size_t>(keys.m_iLower)].data();
+            const float* const upper = track->m_vecValues[static_cast<std::size_t>(keys.m_iUpper)].data();
+            const M_Float4 fraction(keys.getFraction());
+            const auto isOnKey = isEqual(fraction, M_Float4(0.0F));
+            for (std::size_t e = 0; e < 12; e += LANES)
+            {
+                const M_Float4 a = M_Float4::load(lower + e);
+                const M_Float4 b = M_Float4::load(upper + e);
+                m_writer(place + e, select(isOnKey, a, (b - a) * fraction + a));
+            }
+            return;
+        }
+        M_Matrix4x3Template<float> matrix;
+        hint = animation.animateFrameWithLastFrame(matrix, m_fFrame, hint);
+        for (std::size_t e = 0; e < 12; e += LANES)
+        {
+            m_writer(place + e, M_Float4::load(matrix.data() + e));
+        }
+    }
+
+    // The keys of a track at the frame; leaves the hint and the track as a lookup does.
+    template <typename Track>
+    KeyPair find(const Track& track, int& hint) noexcept
+    {
+        const KeyPair keys =
+            findKeys(locate(track), track.m_vecFrames.data(), static_cast<int>(track.m_vecFrames.size()), hint);
+        hint = keys.m_iUpper;
+        track.m_fLastLowerKey = static_cast<float>(keys.m_iLower);
+        track.m_fLastUpperKey = static_cast<float>(keys.m_iUpper);
+        return keys;
+    }
+
     // Tracks of one animation nearly always run alike, and wrapping a frame is the dearest part of a lookup.
-    const TrackPosition& locate(const TrackAccess::CompactTrack& track) noexcept
+    template <typename Track>
+    const TrackPosition& locate(const Track& track) noexcept
     {
         const bool isSame = track.m_uTotalFrameCount == m_loop.m_uTotalFrameCount &&
                             track.m_uLoopToFrame == m_loop.m_uLoopToFrame && track.m_bLooping == m_loop.m_bLooping &&
                             track.m_bLoopInterpolation == m_loop.m_bLoopInterpolation;
         if (!isSame) [[unlikely]]
         {
-            locateAnew(track);
+            locateAnew({track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame, track.m_uTotalFrameCount});
         }
         return m_position;
     }
-    [[gnu::noinline]] void locateAnew(const TrackAccess::CompactTrack& track) noexcept
+    [[gnu::noinline]] void locateAnew(const TrackLoop& loop) noexcept
     {
-        m_loop = {track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame, track.m_uTotalFrameCount};
+        m_loop = loop;
         m_position = locateFrame(m_loop, m_fFrame);
     }
 

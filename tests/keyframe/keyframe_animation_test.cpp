@@ -190,7 +190,8 @@ TEST(KeyframeAnimation, NoFrameAndNoFiniteKeysGiveANaN)
     for (int round = 0; round < 3000; ++round)
     {
         KeyframeAnimationChunk chunk;
-        chunk.totalFrameCount = static_cast<unsigned int>(random() % 12);
+        // Frame counts that no file should have are negative as the whole numbers that frames become.
+        chunk.totalFrameCount = static_cast<unsigned int>(random() % 12) + (random() % 8 == 0 ? 0x80000000U - 4U : 0U);
         chunk.header.looping = random() % 2 == 0;
         chunk.loopInterpolation = random() % 2 == 0;
         chunk.loopToFrame = static_cast<unsigned int>(random() % 12);
