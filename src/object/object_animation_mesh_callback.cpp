@@ -1,3 +1,4 @@
+#include "io/mesh_faults.h"
 #include "object/primitive_writer.h"
 
 #include <tw2/core/exceptions.h>
@@ -16,6 +17,29 @@ namespace TW2
 {
 namespace
 {
+/// A record that the host had in hand may not fit in itself any more.
+void requireSound(const MeshChunk& record)
+{
+    S_String fault = findFault(record.vertices);
+    if (fault.empty())
+    {
+        fault = findFault(record.faces);
+    }
+    for (std::size_t slot = 0; fault.empty() && slot < record.channels.size(); ++slot)
+    {
+        fault = findFault(record.channels[slot]);
+    }
+    if (fault.empty())
+    {
+        fault = findFault(record);
+    }
+    if (!fault.empty())
+    {
+        throw TW_Exception_InvalidGeometry(
+            S_STR("Mesh \"%s\" cannot be built, expected %s", record.name.c_str(), fault.c_str()));
+    }
+}
+
 std::size_t getPrimitiveCount(const MeshChunk& record) noexcept
 {
     return record.hasMaterials && record.materials.names.size() > 1 ? record.materials.names.size() : 1;
@@ -103,10 +127,13 @@ TW_ObjectAnimationMeshCallback::~TW_ObjectAnimationMeshCallback() = default;
 
 void TW_ObjectAnimationMeshCallback::operator()(MeshChunk& record)
 {
-    TW_LoadMeshCallback* const loadMesh = TW_ObjectAnimation::getLoadMeshCallback();
-    if (loadMesh && !(*loadMesh)(record))
+    if (TW_LoadMeshCallback* const loadMesh = TW_ObjectAnimation::getLoadMeshCallback())
     {
-        return;
+        if (!(*loadMesh)(record))
+        {
+            return;
+        }
+        requireSound(record);
     }
     std::unique_ptr<P_VirtualObject> mesh = createMesh(record, *m_pObject);
     hangUnderParent(*mesh, record, *m_pObject);

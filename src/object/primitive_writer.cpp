@@ -38,6 +38,12 @@ private:
     P_TriangleMesh& m_geometry;
 };
 
+/// The parts of a record have been checked against each other only when all are there.
+bool isGeometryComplete(const MeshChunk& record) noexcept
+{
+    return record.hasVertices && record.hasFaces;
+}
+
 /// The slots are used up in order; the solid layer takes none, and neither does a layer whose slot has no coordinates
 /// for the group.
 unsigned int chooseSources(LayerSources& sources, const P_VertexFormat& format, const MeshChunk& record,
@@ -156,11 +162,11 @@ void writeGroup(P_TriangleMesh& geometry, const MeshChunk& record, std::size_t g
 
 unsigned int getGroupVertexCount(const MeshChunk& record, std::size_t group) noexcept
 {
-    return group < record.vertices.groupCounts.size() ? record.vertices.groupCounts[group] : 0;
+    return isGeometryComplete(record) && group < record.vertices.groupCounts.size() ? record.getVertexCount(group) : 0;
 }
 
 unsigned int getGroupTriangleCount(const MeshChunk& record, std::size_t group) noexcept
 {
-    return group < record.faces.groupCounts.size() ? record.faces.groupCounts[group] : 0;
+    return isGeometryComplete(record) && group < record.faces.groupCounts.size() ? record.getTriangleCount(group) : 0;
 }
 }  // namespace TW2

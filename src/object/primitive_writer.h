@@ -20,7 +20,7 @@ void applyMaterial(P_PrimitiveInstance& primitive, const TW_Material& material);
 /// wants them, triangles. A group that the record does not have is empty.
 void writeGroup(P_TriangleMesh& geometry, const MeshChunk& record, std::size_t group, const TW_Material* material);
 
-/// @name Sizes of a group; 0 for one that the record does not have
+/// @name Sizes of a group; 0 for one that the record does not have, and without vertices or without faces
 /// @{
 [[nodiscard]] unsigned int getGroupVertexCount(const MeshChunk& record, std::size_t group) noexcept;
 [[nodiscard]] unsigned int getGroupTriangleCount(const MeshChunk& record, std::size_t group) noexcept;

@@ -1,7 +1,9 @@
 #include "tests/support/expectations.h"
+#include "tests/support/mesh_builder.h"
 #include "tests/support/object_files.h"
 
 #include <tw2/core/exceptions.h>
+#include <tw2/core/static_data.h>
 #include <tw2/material/material_manager.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_callbacks.h>
@@ -60,7 +62,14 @@ struct Host : TW_LoadMeshCallback, TW_MeshLoadedCallback, TW_MeshParentNotFoundC
         TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
         TW_ObjectAnimation::setMeshParentNotFoundCallback(nullptr);
     }
-    bool operator()(MeshChunk& record) override { return std::string(record.name.c_str()) != m_refused; }
+    bool operator()(MeshChunk& record) override
+    {
+        if (record.name == m_damaged)
+        {
+            record.vertices.positions.pop_back();
+        }
+        return record.name != m_refused;
+    }
     void operator()(TW_ObjectAnimation* object, P_VirtualObject* mesh) override
     {
         EXPECT_EQ(object->getMesh(object->getTotalMeshes() - 1), mesh);
@@ -72,7 +81,8 @@ struct Host : TW_LoadMeshCallback, TW_MeshLoadedCallback, TW_MeshParentNotFoundC
         m_missingParents.emplace_back(parentName);
     }
 
-    std::string m_refused;
+    S_String m_refused;
+    S_String m_damaged;
     std::vector<std::string> m_loaded;
     std::vector<std::string> m_missingParents;
 };
@@ -198,6 +208,29 @@ TEST(ObjectAnimationMeshes, AChannelWithoutCoordinatesForAGroupIsAskedAgainForTh
     EXPECT_EQ(with.getTextureU(1, 1), 24.0f);
 }
 
+TEST(ObjectAnimationMeshes, MeshesOfOldFilesAreConvertedAlsoAfterTheWorkListsWereReleased)
+{
+    ObjectFiles files;
+    files.addMesh("base");
+    support::LegacyMesh cube = support::makeLegacyCube();
+    files.addLegacyMesh(cube);
+    long long live = 0;
+    for (int round = 0; round < 3; ++round)
+    {
+        {
+            const auto object = files.build();
+            ASSERT_EQ(object->getTotalMeshes(), 2u);
+            EXPECT_EQ(object->getMesh(1)->getPrimitive(0)->getVertexBuffer().getUsedCount(), 8u);
+            EXPECT_EQ(object->getMesh(1)->getPrimitive(0)->getIndexBuffer().getUsedCount(), 12u);
+        }
+        const long long after = S_Memory::getLiveCount();
+        deleteStaticData();  // finds nothing: the last object took the lists with it
+        EXPECT_EQ(S_Memory::getLiveCount(), after);
+        EXPECT_TRUE(round == 0 || after == live);
+        live = after;
+    }
+}
+
 TEST(ObjectAnimationMeshes, NamesFindTheFirstMeshExactlyOrWithoutRegardToCase)
 {
     ObjectFiles files;
@@ -253,13 +286,17 @@ TEST(ObjectAnimationMeshes, BonesWithoutGeometryAreMeshesWithAnEmptyPrimitive)
     MeshChunk bone;
     bone.name = "bone";
     files.addMesh(bone);
+    MeshChunk points = makeMesh("points");
+    points.hasFaces = false;
+    files.addMesh(points);
     files.addMesh("leaf", "bone");
     files.addAnimation(0, {support::makeTrack("bone", 10.0f)});
     const auto object = files.build();
     ASSERT_EQ(object->getMesh(0)->getPrimitiveCount(), 1);
     EXPECT_EQ(object->getMesh(0)->getPrimitive(0)->getVertexBuffer().getUsedCount(), 0u);
+    EXPECT_EQ(object->getMesh(1)->getPrimitive(0)->getVertexBuffer().getUsedCount(), 0u);
     object->animateObjectFrame(0, 5.0f, nullptr);
-    EXPECT_FLOAT_EQ(object->getMesh(1)->getObjectToWorldMatrix().m[3][0], 5.0f);
+    EXPECT_FLOAT_EQ(object->getMesh(2)->getObjectToWorldMatrix().m[3][0], 5.0f);
 }
 
 TEST(ObjectAnimationMeshes, TheHostRefusesMeshesSeesThemArriveAndHearsOfMissingParents)
@@ -277,6 +314,9 @@ TEST(ObjectAnimationMeshes, TheHostRefusesMeshesSeesThemArriveAndHearsOfMissingP
     ASSERT_EQ(object->getTotalMeshes(), 3u);
     EXPECT_EQ(object->getMeshByName("leaf")->getContainer(), nullptr);
     EXPECT_EQ(object->getMeshByName("moss")->getParent(), object->getMeshByName("trunk"));
+
+    host.m_damaged = "moss";
+    EXPECT_THAT(support::messageOf([&] { files.build(); }), testing::HasSubstr("Mesh \"moss\" cannot be built"));
 }
 
 TEST(ObjectAnimationMeshes, AHostsMeshCallbackBuildsGeometryInItsOwnWay)

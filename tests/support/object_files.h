@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/mesh_builder.h"
 #include "tests/support/records.h"
 #include "tests/support/temporary_directory.h"
 
@@ -38,6 +39,8 @@ public:
         m_geometry << mesh;
     }
     void addMesh(const TW2::MeshChunk& mesh) { m_geometry << mesh; }
+    /// A mesh of the old layout.
+    void addLegacyMesh(const LegacyMesh& mesh) { write(m_geometry, mesh); }
     /// Materials, wherever in the file they stand.
     void addMaterials(const TW2::MaterialListChunk& materials) { m_geometry << materials; }
 

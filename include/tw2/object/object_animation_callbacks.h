@@ -18,7 +18,8 @@ class TW2_API TW_LoadMeshCallback
 {
 public:
     virtual ~TW_LoadMeshCallback();
-    /// False leaves the record out. The record may be changed; it lives only for the call.
+    /// False leaves the record out. The record may be changed; it lives only for the call. Parts that do not fit each
+    /// other any more end the construction with TW_Exception_InvalidGeometry.
     virtual bool operator()(MeshChunk& record) = 0;
 };
 
