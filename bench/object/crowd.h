@@ -46,6 +46,8 @@ public:
 
     [[nodiscard]] std::size_t getBoneCount() const { return m_objects.size() * BONES; }
 
+    [[nodiscard]] const TW_ObjectAnimation& getObject(std::size_t i) const { return *m_objects[i]; }
+
     /// Calls `action(object, frame)` for every object, a third of a frame further than the last time; the objects are
     /// at different frames.
     template <typename Action>

@@ -2,11 +2,13 @@
 #include "tests/support/object_files.h"
 
 #include <tw2/core/exceptions.h>
+#include <tw2/io/helper_chunk.h>
 #include <tw2/io/loader.h>
 #include <tw2/keyframe/keyframe_animation.h>
 #include <tw2/material/material_manager.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_callbacks.h>
+#include <tw2/object/object_animation_mesh_callback.h>
 
 #include <platform/runtime/file.h>
 #include <platform/runtime/script.h>
@@ -305,6 +307,34 @@ TEST(ObjectAnimationConstruction, TracksOfUnknownTargetsGoToTheHostWhoMayKeepThe
     ASSERT_NE(keeper.m_pAnimation, nullptr);
     EXPECT_EQ(keeper.m_pAnimation->getObjectReferenceCount(), 1);
     EXPECT_EQ(keeper.m_pAnimation->getAnimationTargetName(), "hip");
+}
+
+TEST(ObjectAnimationConstruction, HelpersOfTheGeometryFileReachTheHostOnceWhileItsMeshesAreBuilt)
+{
+    struct Counter : TW_HelperCallback
+    {
+        void operator()(const HelperChunk& helper) override { m_names += helper.name; }
+        S_String m_names;
+    };
+    ObjectFiles files;
+    files.addMesh("Hip");
+    HelperChunk helper;
+    helper.name = "grip";
+    files.addHelper(helper);
+    files.addMesh("Leg", "Hip");
+    TW_ObjectAnimation object;
+    Counter counter;
+    TW_ObjectAnimationMeshCallback hostMeshes(&object);
+    TW_Loader::setHelperCallback(&counter);
+    TW_Loader::setMeshCallback(&hostMeshes);
+    EXPECT_THROW(object.construct(files.writeScript("?").c_str(), "object", nullptr, false), S_Exception);
+    counter.m_names.clear();
+    object.construct(files.writeScript().c_str(), "object", nullptr, false);
+    EXPECT_EQ(counter.m_names, "grip");
+    EXPECT_EQ(object.getTotalMeshes(), 2u);
+    EXPECT_EQ(TW_Loader::getHelperCallback(), &counter);
+    EXPECT_EQ(TW_Loader::getMeshCallback(), nullptr);
+    TW_Loader::clearAll();
 }
 
 TEST(ObjectAnimationConstruction, VisibilityTracksAreThereOnlyWhenAskedFor)

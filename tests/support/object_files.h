@@ -4,6 +4,7 @@
 #include "tests/support/records.h"
 #include "tests/support/temporary_directory.h"
 
+#include <tw2/io/helper_chunk.h>
 #include <tw2/io/mesh_chunk.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
 #include <tw2/material/material_list_chunk.h>
@@ -41,6 +42,7 @@ public:
     void addMesh(const TW2::MeshChunk& mesh) { m_geometry << mesh; }
     /// A mesh of the old layout.
     void addLegacyMesh(const LegacyMesh& mesh) { write(m_geometry, mesh); }
+    void addHelper(const TW2::HelperChunk& helper) { m_geometry << helper; }
     /// Materials, wherever in the file they stand.
     void addMaterials(const TW2::MaterialListChunk& materials) { m_geometry << materials; }
 

@@ -1,0 +1,99 @@
+#include <tw2/object/object_animation.h>
+
+#include <platform/runtime/exception.h>
+#include <platform/runtime/script.h>
+#include <platform/scene/virtual_object.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace
+{
+/// A file that the target fills again for every input.
+class InputFile
+{
+public:
+    InputFile()
+    {
+        char name[] = "/tmp/tw2-fuzz-object-XXXXXX";
+        const int descriptor = mkstemp(name);
+        if (descriptor < 0)
+        {
+            std::abort();
+        }
+        m_pStream = fdopen(descriptor, "wb");
+        m_name = name;
+    }
+    ~InputFile()
+    {
+        std::fclose(m_pStream);
+        std::remove(m_name.c_str());
+    }
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    void write(const std::uint8_t* data, std::size_t size)
+    {
+        std::FILE* const stream = std::freopen(m_name.c_str(), "wb", m_pStream);
+        if (!stream || std::fwrite(data, 1, size, stream) != size || std::fflush(stream) != 0)
+        {
+            std::abort();
+        }
+    }
+    [[nodiscard]] const std::string& getName() const { return m_name; }
+
+private:
+    std::string m_name;
+    std::FILE* m_pStream;
+};
+
+void requireEmptyUnlessConstructed(const TW2::TW_ObjectAnimation& object)
+{
+    if (!object.isConstructed() && (object.getTotalMeshes() > 0 || object.getMaterialManager()))
+    {
+        std::abort();
+    }
+}
+
+void playAndCopy(const TW2::TW_ObjectAnimation& original)
+{
+    TW2::TW_ObjectAnimation object(original);
+    for (const float frame : {0.0f, 0.5f, -3.0f, 1e9f})
+    {
+        object.animateObjectFrame(0, frame, nullptr);
+        object.subAnimateObject(0, frame, 0.5f);
+    }
+    object.accessMeshTransforms().updateWorldMatrices();
+    object.calculateBoundingVolumes();
+    object.deleteAnimation(0);
+}
+}  // namespace
+
+// Any bytes as geometry file and as animation file of one object: refused with an exception, or the object can be
+// played, copied and measured, and leaves nothing behind.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static InputFile s_file;
+    static const std::string s_text = "object { geometry { exportdata \"" + s_file.getName() +
+                                      "\" } animation { index 0 filename \"" + s_file.getName() + "\" } }";
+    s_file.write(data, size);
+    TW2::TW_ObjectAnimation object;
+    try
+    {
+        S_Script script = S_Script::fromText("input", s_text.c_str());
+        object.construct(&script, "object", nullptr, true);
+        playAndCopy(object);
+    }
+    catch (const S_Exception&)
+    {
+        requireEmptyUnlessConstructed(object);
+    }
+    catch (const std::length_error&)  // a negative count
+    {
+        requireEmptyUnlessConstructed(object);
+    }
+    return 0;
+}
