@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 namespace
@@ -66,17 +65,19 @@ std::uint32_t checksum(const unsigned char* data, std::size_t size) noexcept
 
 constexpr unsigned char s_pngSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 
-const char* findPNGDamage(const Bytes& file, std::size_t width, std::size_t height) noexcept
+constexpr std::size_t s_chunkFrame = 12;  // length, type and checksum around a PNG chunk's data
+
+bool isChunk(const Bytes& file, std::size_t offset, const char* type) noexcept
 {
-    constexpr std::size_t frame = 12;                 // length, type and checksum around a chunk's data
-    constexpr std::size_t largestCompression = 1032;  // of deflate
-    const auto isType = [&](std::size_t offset, const char* type)
-    { return std::memcmp(file.m_pData + offset + 4, type, 4) == 0; };
-    std::size_t dataSize = 0;
-    for (std::size_t offset = sizeof s_pngSignature; file.holds(offset, frame);)
+    return std::memcmp(file.m_pData + offset + 4, type, 4) == 0;
+}
+
+const char* findPNGDamage(const Bytes& file) noexcept
+{
+    for (std::size_t offset = sizeof s_pngSignature; file.holds(offset, s_chunkFrame);)
     {
         const std::size_t length = file.big32(offset);
-        if (!file.holds(offset, frame + length))
+        if (!file.holds(offset, s_chunkFrame + length))
         {
             return s_cutOff;
         }
@@ -84,71 +85,109 @@ const char* findPNGDamage(const Bytes& file, std::size_t width, std::size_t heig
         {
             return s_altered;
         }
-        if (isType(offset, "IDAT"))
+        if (isChunk(file, offset, "IEND"))
         {
-            dataSize += length;
+            return nullptr;
         }
-        if (isType(offset, "IEND"))
-        {
-            // A pixel takes at least a bit, a row at least a byte and its filter's.
-            const std::size_t leastRaw = height * (1 + (width + 7) / 8);
-            return dataSize * largestCompression < leastRaw ? s_cutOff : nullptr;
-        }
-        offset += frame + length;
+        offset += s_chunkFrame + length;
     }
     return s_cutOff;
+}
+
+/// Whether a sound PNG's data can unpack to that many pixels.
+bool canHoldPixelsOfPNG(const Bytes& file, std::size_t width, std::size_t height) noexcept
+{
+    constexpr std::size_t largestCompression = 1032;  // of deflate
+    std::size_t dataSize = 0;
+    for (std::size_t offset = sizeof s_pngSignature; !isChunk(file, offset, "IEND");)
+    {
+        const std::size_t length = file.big32(offset);
+        dataSize += isChunk(file, offset, "IDAT") ? length : 0;
+        offset += s_chunkFrame + length;
+    }
+    // A pixel takes at least a bit; a row at least a byte, and one for its filter.
+    return dataSize * largestCompression >= height * (1 + (width + 7) / 8);
+}
+
+/// Whether the code tables of a JPEG segment at `begin` define at most as many codes as there are values. The decoder
+/// takes that on trust.
+bool hasSoundCodeTables(const Bytes& file, std::size_t begin, std::size_t end) noexcept
+{
+    constexpr std::size_t lengths = 16;
+    constexpr std::size_t largestTable = 256;
+    while (begin + 1 + lengths <= end)
+    {
+        std::size_t codes = 0;
+        for (std::size_t i = 1; i <= lengths; ++i)
+        {
+            codes += file.m_pData[begin + i];
+        }
+        if (codes > largestTable)
+        {
+            return false;
+        }
+        begin += 1 + lengths + codes;
+    }
+    return begin == end;
 }
 
 /// A JPEG has no checksums, but data that stop early lack the end mark.
 const char* findJPEGDamage(const Bytes& file) noexcept
 {
-    constexpr unsigned char startOfScan = 0xDA;
-    constexpr unsigned char endOfImage = 0xD9;
-    std::size_t offset = 2;
-    while (file.holds(offset, 4))
+    enum Mark : unsigned char
     {
-        if (file.m_pData[offset] != 0xFF)
+        STUFFING = 0x00,  // behind a 0xFF that belongs to the picture's data
+        TEMPORARY = 0x01,
+        CODE_TABLES = 0xC4,
+        FIRST_RESTART = 0xD0,
+        LAST_RESTART = 0xD7,
+        END_OF_IMAGE = 0xD9,
+        FILL = 0xFF
+    };
+    constexpr std::size_t markSize = 2;
+    for (std::size_t offset = markSize; file.holds(offset, markSize);)
+    {
+        const unsigned char mark = file.m_pData[offset + 1];
+        if (file.m_pData[offset] != 0xFF || mark == FILL)
         {
-            ++offset;  // the decoder looks for the next mark too
+            ++offset;
             continue;
         }
-        const unsigned char mark = file.m_pData[offset + 1];
-        if (mark == startOfScan)
+        if (mark == END_OF_IMAGE)
         {
-            for (; file.holds(offset, 2); ++offset)
-            {
-                if (file.m_pData[offset] == 0xFF && file.m_pData[offset + 1] == endOfImage)
-                {
-                    return nullptr;
-                }
-            }
+            return nullptr;
+        }
+        offset += markSize;
+        if (mark == STUFFING || mark == TEMPORARY || (mark >= FIRST_RESTART && mark <= LAST_RESTART))
+        {
+            continue;
+        }
+        const std::size_t length = file.holds(offset, 2) ? file.big16(offset) : 0;
+        if (length < 2 || !file.holds(offset, length))
+        {
             return s_cutOff;
         }
-        const bool standsAlone = mark == 0xFF || mark == 0x01 || (mark >= 0xD0 && mark <= 0xD7);
-        offset += mark == 0xFF ? 1 : standsAlone ? 2 : 2 + file.big16(offset + 2);
+        if (mark == CODE_TABLES && !hasSoundCodeTables(file, offset + 2, offset + length))
+        {
+            return "its code tables are damaged";
+        }
+        offset += length;
     }
     return s_cutOff;
 }
 
-const char* findBMPDamage(const Bytes& file) noexcept
+bool holdsPixelsOfBMP(const Bytes& file, std::size_t width, std::size_t height) noexcept
 {
+    constexpr std::size_t leastHeader = 30;
     constexpr std::size_t smallHeader = 12;
-    if (!file.holds(0, 30))
+    if (!file.holds(0, leastHeader))
     {
-        return s_cutOff;
+        return false;
     }
-    const bool isSmall = file.little32(14) == smallHeader;
-    const std::size_t width = isSmall ? file.little16(18) : file.little32(18);
-    const auto signedHeight = static_cast<std::int32_t>(file.little32(22));
-    const std::size_t height = isSmall ? file.little16(20) : static_cast<std::size_t>(std::llabs(signedHeight));
-    const std::size_t bits = isSmall ? file.little16(24) : file.little16(28);
-    if (width == 0 || height == 0)
-    {
-        return nullptr;
-    }
+    const std::size_t bits = file.little32(14) == smallHeader ? file.little16(24) : file.little16(28);
     const std::size_t rowSize = (width * bits + 31) / 32 * 4;
     const std::size_t lastRow = (width * bits + 7) / 8;  // some writers leave out its padding
-    return file.holds(file.little32(10), rowSize * (height - 1) + lastRow) ? nullptr : s_cutOff;
+    return file.holds(file.little32(10), rowSize * (height - 1) + lastRow);
 }
 
 /// Where the pixels of a TGA whose runs are compressed end; past the file's size when it is cut off.
@@ -164,13 +203,13 @@ std::size_t findEndOfRuns(const Bytes& file, std::size_t offset, std::size_t pix
     return pixels > 0 ? file.m_uSize + 1 : offset;
 }
 
-const char* findTGADamage(const Bytes& file, std::size_t width, std::size_t height) noexcept
+bool holdsPixelsOfTGA(const Bytes& file, std::size_t width, std::size_t height) noexcept
 {
     constexpr std::size_t headerSize = 18;
     constexpr unsigned char compressedBit = 8;
     if (!file.holds(0, headerSize))
     {
-        return s_cutOff;
+        return false;
     }
     const std::size_t paletteSize = file.m_pData[1] != 0 ? file.little16(5) * ((file.m_pData[7] + 7u) / 8u) : 0;
     const std::size_t pixelSize = (file.m_pData[16] + 7u) / 8u;
@@ -178,24 +217,57 @@ const char* findTGADamage(const Bytes& file, std::size_t width, std::size_t heig
     const std::size_t end = (file.m_pData[2] & compressedBit) != 0
                                 ? findEndOfRuns(file, begin, width * height, pixelSize)
                                 : begin + width * height * pixelSize;
-    return end <= file.m_uSize ? nullptr : s_cutOff;
+    return end <= file.m_uSize;
+}
+
+bool isPNG(const Bytes& file) noexcept
+{
+    return file.holds(0, sizeof s_pngSignature) &&
+           std::memcmp(file.m_pData, s_pngSignature, sizeof s_pngSignature) == 0;
+}
+
+bool beginsWith(const Bytes& file, unsigned char first, unsigned char second) noexcept
+{
+    return file.holds(0, 2) && file.m_pData[0] == first && file.m_pData[1] == second;
+}
+
+bool isJPEG(const Bytes& file) noexcept
+{
+    return beginsWith(file, 0xFF, 0xD8);
 }
 }  // namespace
 
-const char* findImageDamage(const unsigned char* data, std::size_t size, std::size_t width, std::size_t height) noexcept
+const char* findImageDamage(const unsigned char* data, std::size_t size) noexcept
 {
     const Bytes file{data, size};
-    if (size >= sizeof s_pngSignature && std::memcmp(data, s_pngSignature, sizeof s_pngSignature) == 0)
+    if (isPNG(file))
     {
-        return findPNGDamage(file, width, height);
+        return findPNGDamage(file);
     }
-    if (size >= 2 && data[0] == 0xFF && data[1] == 0xD8)
+    if (isJPEG(file))
     {
         return findJPEGDamage(file);
     }
-    if (size >= 2 && data[0] == 'B' && data[1] == 'M')
+    // The decoder would take a JPEG with filling in front, of which nothing was checked here.
+    return beginsWith(file, 0xFF, 0xFF) ? "not the beginning of a picture" : nullptr;
+}
+
+const char* findMissingPixels(const unsigned char* data, std::size_t size, std::size_t width,
+                              std::size_t height) noexcept
+{
+    const Bytes file{data, size};
+    bool isWhole = true;
+    if (isPNG(file))
     {
-        return findBMPDamage(file);
+        isWhole = canHoldPixelsOfPNG(file, width, height);
     }
-    return findTGADamage(file, width, height);
+    else if (beginsWith(file, 'B', 'M'))
+    {
+        isWhole = holdsPixelsOfBMP(file, width, height);
+    }
+    else if (!isJPEG(file))
+    {
+        isWhole = holdsPixelsOfTGA(file, width, height);
+    }
+    return isWhole ? nullptr : s_cutOff;
 }

@@ -2,8 +2,14 @@
 
 #include <cstddef>
 
-/// Checks that an image file is whole, which the decoder takes on trust: that a PNG's checksums are right and its data
-/// can give all pixels, that a JPEG reaches its end mark, that a TGA or BMP holds all its pixels. Returns what is wrong
-/// (a literal), or null. `data` has been recognised as an image of `width` x `height` pixels.
-[[nodiscard]] const char* findImageDamage(const unsigned char* data, std::size_t size, std::size_t width,
-                                          std::size_t height) noexcept;
+/// @file
+/// Checks of an image file for what the decoder takes on trust. Each returns what is wrong (a literal), or null.
+
+/// Before anything is decoded: that a PNG's checksums are right, that a JPEG has sound code tables, and that both reach
+/// their ends.
+[[nodiscard]] const char* findImageDamage(const unsigned char* data, std::size_t size) noexcept;
+
+/// Once the sides are known (at least 1): that a TGA or BMP holds all its pixels, and that a PNG's data can unpack to
+/// them. `findImageDamage` found nothing.
+[[nodiscard]] const char* findMissingPixels(const unsigned char* data, std::size_t size, std::size_t width,
+                                            std::size_t height) noexcept;

@@ -141,6 +141,14 @@ std::size_t getDecoderLimit(std::size_t pixels, std::size_t fileSize) noexcept
 /// Finds out the sides and rejects what is no picture, too large or cut off.
 void inspect(const unsigned char* data, int size, const char* name, std::size_t pixelLimit, int& width, int& height)
 {
+    const auto requireSound = [name](const char* damage)
+    {
+        if (damage)
+        {
+            throw G_ImageException(name, damage);
+        }
+    };
+    requireSound(findImageDamage(data, static_cast<std::size_t>(size)));
     int channels = 0;
     if (!stbi_info_from_memory(data, size, &width, &height, &channels))
     {
@@ -156,10 +164,7 @@ void inspect(const unsigned char* data, int size, const char* name, std::size_t 
     {
         throw G_ImageException(name, S_STR("%i x %i pixels are more than %zu", width, height, pixelLimit));
     }
-    if (const char* damage = findImageDamage(data, static_cast<std::size_t>(size), columns, rows))
-    {
-        throw G_ImageException(name, damage);
-    }
+    requireSound(findMissingPixels(data, static_cast<std::size_t>(size), columns, rows));
 }
 }  // namespace
 

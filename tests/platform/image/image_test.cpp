@@ -91,6 +91,48 @@ TEST(Image, APNGWithAnyByteAlteredIsRejected)
     }
 }
 
+TEST(Image, AnAlteredByteNeverDoesMoreHarmThanAWrongPicture)
+{
+    const G_Image original = support::makeVariedPicture(8, 5);
+    for (const PictureFormat format : support::allPictureFormats)
+    {
+        Bytes bytes = support::encodePicture(original, format);
+        const long long live = S_Memory::getLiveCount();
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+        {
+            bytes[i] ^= 0xFF;
+            try
+            {
+                const G_Image image = G_Image::decode(bytes.data(), bytes.size(), "stone", 1000);
+                EXPECT_EQ(image.getSize(), std::size_t{image.getWidth()} * image.getHeight() * 4);
+            }
+            catch (const G_ImageException&)
+            {
+                // Refused, as most are.
+            }
+            bytes[i] ^= 0xFF;
+            ASSERT_EQ(S_Memory::getLiveCount(), live) << "byte " << i << ", format " << static_cast<int>(format);
+        }
+    }
+}
+
+TEST(Image, AJPEGWithMoreCodesThanValuesIsRejectedWhereverItsMarksAre)
+{
+    Bytes bytes = support::encodePicture(support::makeVariedPicture(8, 5), PictureFormat::JPEG);
+    Bytes filled = bytes;
+    filled.insert(filled.begin(), 0xFF);
+    EXPECT_THAT(complaintAbout(filled), HasSubstr("not the beginning of a picture"));
+    for (std::size_t i = 0; i + 1 < bytes.size(); ++i)
+    {
+        if (bytes[i] == 0xFF && bytes[i + 1] == 0xC4)
+        {
+            bytes[i + 12] = 255;  // codes of eight bits
+            break;
+        }
+    }
+    EXPECT_THAT(complaintAbout(bytes), HasSubstr("its code tables are damaged"));
+}
+
 TEST(Image, AnAbsurdSizeIsRejectedBeforeMemoryIsReserved)
 {
     struct Case
