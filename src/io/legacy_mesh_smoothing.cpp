@@ -51,8 +51,8 @@ void listTrianglesAroundVertices(const LegacyMeshLists& lists, LegacyMeshSmoothi
 /// Splits one vertex after the other along the borders of smoothing groups.
 ///
 /// Every split takes all triangles that share a bit with some mask, so the masks that splits are made for have no bit
-/// in common and there are at most 32 splits before only flat triangles are left. What share a bit with what is counted
-/// once, mask by mask instead of triangle by triangle, and corrected after each split by what has moved.
+/// in common and there are at most 32 splits before only flat triangles are left. Who shares a bit with whom is counted
+/// once and corrected after each split by those that have moved.
 class Smoother
 {
 public:
@@ -98,8 +98,7 @@ private:
     /// Splits off copies until all triangles left around the vertex share a bit with one of them; returns those.
     std::span<unsigned int> split(unsigned int vertex, std::span<unsigned int> around)
     {
-        listMasks(around);
-        countSharing();
+        countSharing(around);
         while (!around.empty())
         {
             const unsigned int best = findBestMask(around.size());
@@ -114,51 +113,31 @@ private:
                 return {};
             }
             around = splitOff(vertex, around, m_work.masks[best]);
-            correctCounts();
+            m_work.counter.subtract(m_work.masks, m_work.moved, m_work.counts);
         }
         return around;
     }
 
-    void listMasks(std::span<const unsigned int> around)
+    /// Counts, for each different mask around a vertex, the triangles that share a bit with it.
+    void countSharing(std::span<const unsigned int> triangles)
     {
-        S_Vector<unsigned int>& masks = m_work.masks;
-        masks.clear();
-        for (const unsigned int triangle : around)
+        m_work.around.clear();
+        for (const unsigned int triangle : triangles)
         {
-            masks.push_back(getMask(m_masks, triangle));
+            m_work.around.push_back(getMask(m_masks, triangle));
         }
+        S_Vector<unsigned int>& masks = m_work.masks;
+        masks = m_work.around;
         std::sort(masks.begin(), masks.end());
         masks.erase(std::unique(masks.begin(), masks.end()), masks.end());
-        m_work.weights.assign(masks.size(), 0);
         m_work.maskOfTriangle.clear();
-        for (const unsigned int triangle : around)
+        for (const unsigned int mask : m_work.around)
         {
-            const auto place = std::lower_bound(masks.begin(), masks.end(), getMask(m_masks, triangle));
-            const unsigned int index = static_cast<unsigned int>(place - masks.begin());
-            m_work.maskOfTriangle.push_back(index);
-            ++m_work.weights[index];
+            const auto place = std::lower_bound(masks.begin(), masks.end(), mask);
+            m_work.maskOfTriangle.push_back(static_cast<unsigned int>(place - masks.begin()));
         }
-    }
-
-    /// Triangles whose mask shares a bit with `mask`. The inner loop of crowded vertices: four masks at a time.
-    static unsigned int count(unsigned int mask, const S_Vector<unsigned int>& masks,
-                              const S_Vector<unsigned int>& weights)
-    {
-        unsigned int result = 0;
-        for (std::size_t i = 0; i < masks.size(); ++i)
-        {
-            result += (masks[i] & mask) != 0 ? weights[i] : 0;
-        }
-        return result;
-    }
-
-    void countSharing()
-    {
-        m_work.counts.clear();
-        for (const unsigned int mask : m_work.masks)
-        {
-            m_work.counts.push_back(count(mask, m_work.masks, m_work.weights));
-        }
+        m_work.counts.assign(masks.size(), 0);
+        m_work.counter.add(masks, m_work.around, m_work.counts);
     }
 
     /// The mask of the first triangle left whose mask has the highest count.
@@ -193,6 +172,7 @@ private:
         const unsigned int copy = m_lists.appendCopy(vertex);
         Vector sum;
         std::size_t stayed = 0;
+        m_work.moved.clear();
         for (std::size_t i = 0; i < around.size(); ++i)
         {
             const unsigned int mask = m_work.maskOfTriangle[i];
@@ -200,6 +180,7 @@ private:
             {
                 moveCorners(around[i], vertex, copy);
                 sum += m_work.triangleNormals[around[i]];
+                m_work.moved.push_back(m_work.masks[mask]);
                 continue;
             }
             around[stayed] = around[i];
@@ -207,34 +188,7 @@ private:
             ++stayed;
         }
         m_lists.normals.push_back(sum.normalized());
-        takeOut(bits);
         return around.first(stayed);
-    }
-
-    void takeOut(unsigned int bits)
-    {
-        m_work.movedMasks.clear();
-        m_work.movedWeights.clear();
-        for (std::size_t i = 0; i < m_work.masks.size(); ++i)
-        {
-            if ((m_work.masks[i] & bits) != 0 && m_work.weights[i] != 0)
-            {
-                m_work.movedMasks.push_back(m_work.masks[i]);
-                m_work.movedWeights.push_back(m_work.weights[i]);
-                m_work.weights[i] = 0;
-            }
-        }
-    }
-
-    void correctCounts()
-    {
-        for (std::size_t i = 0; i < m_work.masks.size(); ++i)
-        {
-            if (m_work.weights[i] != 0)
-            {
-                m_work.counts[i] -= count(m_work.masks[i], m_work.movedMasks, m_work.movedWeights);
-            }
-        }
     }
 
     /// Gives each of the triangles, all flat, a copy of its own.

@@ -38,7 +38,7 @@ LegacyMeshSmoothingLists::LegacyMeshSmoothingLists()
     triangleNormals.reserve(s_usualTriangles);
     triangles.reserve(3 * s_usualTriangles);
     triangleStarts.reserve(s_usualVertices);
-    masks.reserve(s_usualVertices);
+    around.reserve(s_usualVertices);
     maskOfTriangle.reserve(s_usualVertices);
 }
 

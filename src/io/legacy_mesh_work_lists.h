@@ -3,6 +3,8 @@
 #include <platform/math/vector3.h>
 #include <platform/runtime/allocator.h>
 
+#include <io/shared_bits.h>
+
 #include <array>
 #include <cstdint>
 
@@ -58,13 +60,13 @@ struct LegacyMeshSmoothingLists : S_Allocated
     S_Vector<unsigned int> triangles;       ///< triangles around each vertex, vertex by vertex
     S_Vector<unsigned int> triangleStarts;  ///< per vertex its first entry in `triangles`, and the end
 
-    // Of the vertex that is being split: its different masks, and per mask ...
-    S_Vector<unsigned int> masks;
-    S_Vector<unsigned int> weights;  ///< ... the triangles around the vertex that have it; 0 when they have moved
-    S_Vector<unsigned int> counts;   ///< ... the triangles left around the vertex that share a bit with it
-    S_Vector<unsigned int> maskOfTriangle;  ///< index into `masks` for each triangle left around the vertex
-    S_Vector<unsigned int> movedMasks;      ///< masks that moved to the last copy ...
-    S_Vector<unsigned int> movedWeights;    ///< ... and their weights
+    // Of the vertex that is being split.
+    S_Vector<unsigned int> around;          ///< masks of the triangles around it
+    S_Vector<unsigned int> masks;           ///< the different ones, in rising order
+    S_Vector<unsigned int> counts;          ///< per mask the triangles left that share a bit with it
+    S_Vector<unsigned int> moved;           ///< masks of the triangles that moved to the last copy
+    S_Vector<unsigned int> maskOfTriangle;  ///< index into `masks` for each triangle left
+    SharedBitCounter counter;
 };
 
 /// @name Life
