@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <list>
 #include <map>
 #include <new>
@@ -55,6 +56,42 @@ public:
     static void operator delete(void*, void*) noexcept {}
 };
 
+/// Stands for the value of an element that is left as the memory is; see S_resizeUnfilled.
+struct S_Unfilled
+{
+    template <typename T>
+    operator T() const  // NOLINT(google-explicit-constructor): containers convert implicitly
+    {
+        return T();
+    }
+};
+
+/// A sequence of S_Unfilled as a forward iterator.
+class S_UnfilledElements
+{
+public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = S_Unfilled;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const S_Unfilled*;
+    using reference = S_Unfilled;
+
+    S_UnfilledElements() noexcept = default;
+    explicit S_UnfilledElements(std::size_t index) noexcept : m_uIndex(index) {}
+
+    S_Unfilled operator*() const noexcept { return {}; }
+    S_UnfilledElements& operator++() noexcept
+    {
+        ++m_uIndex;
+        return *this;
+    }
+    S_UnfilledElements operator++(int) noexcept { return S_UnfilledElements(m_uIndex++); }
+    friend bool operator==(const S_UnfilledElements&, const S_UnfilledElements&) = default;
+
+private:
+    std::size_t m_uIndex = 0;
+};
+
 /// Standard allocator on S_Memory. Stateless: all instances are equal.
 template <typename T>
 class S_Allocator
@@ -78,6 +115,12 @@ public:
     }
     void deallocate(T* block, std::size_t) noexcept { S_Memory::release(block, sm_alignment); }
 
+    /// All other elements are constructed as the language does.
+    template <typename U>
+    void construct(U*, const S_Unfilled&) noexcept
+    {
+    }
+
     template <typename U>
     friend bool operator==(const S_Allocator&, const S_Allocator<U>&) noexcept
     {
@@ -88,30 +131,6 @@ private:
     static constexpr std::size_t sm_alignment = alignof(T) > __STDCPP_DEFAULT_NEW_ALIGNMENT__
                                                     ? alignof(T)
                                                     : __STDCPP_DEFAULT_NEW_ALIGNMENT__;
-};
-
-/// S_Allocator whose elements keep whatever the memory holds when a container grows without a value for them: for
-/// buffers that are filled right afterwards.
-template <typename T>
-class S_RawAllocator : public S_Allocator<T>
-{
-public:
-    S_RawAllocator() noexcept = default;
-    template <typename U>
-    S_RawAllocator(const S_RawAllocator<U>&) noexcept  // NOLINT(google-explicit-constructor): rebinding is implicit
-    {
-    }
-
-    template <typename U>
-    void construct(U* place) noexcept(std::is_nothrow_default_constructible_v<U>)
-    {
-        ::new (static_cast<void*>(place)) U;
-    }
-    template <typename U, typename... Arguments>
-    void construct(U* place, Arguments&&... arguments)
-    {
-        ::new (static_cast<void*>(place)) U(std::forward<Arguments>(arguments)...);
-    }
 };
 
 /// @name The library's containers
@@ -125,6 +144,15 @@ template <typename K, typename V, typename Less = std::less<K>>
 using S_Map = std::map<K, V, Less, S_Allocator<std::pair<const K, V>>>;
 template <typename T, typename Less = std::less<T>>
 using S_Set = std::set<T, Less, S_Allocator<T>>;
-/// Bytes; `resize` does not zero the new ones.
-using S_Bytes = std::vector<unsigned char, S_RawAllocator<unsigned char>>;
+using S_Bytes = S_Vector<unsigned char>;
 /// @}
+
+/// Makes `list` hold `count` elements of which nothing is known, for a list that is filled right afterwards: large ones
+/// are not gone through twice. T is a plain type.
+template <typename T>
+void S_resizeUnfilled(S_Vector<T>& list, std::size_t count)
+{
+    static_assert(std::is_trivially_copyable_v<T>);
+    list.clear();  // what is left would be assigned to, not constructed
+    list.assign(S_UnfilledElements(0), S_UnfilledElements(count));
+}

@@ -350,8 +350,11 @@ void S_File::read(std::string_view name, S_Bytes& bytes) const
     if (fs::is_regular_file(status))
     {
         const std::uintmax_t size = fs::file_size(found.c_str(), error);
-        bytes.resize(error ? 0 : static_cast<std::size_t>(size));
-        bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
+        S_resizeUnfilled(bytes, error ? 0 : static_cast<std::size_t>(size));
+        if (!bytes.empty())
+        {
+            bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
+        }
     }
     else
     {
@@ -380,7 +383,7 @@ void S_File::write(std::string_view name, const void* data, std::size_t size) co
         temporary.keep();  // it is not ours
         failWithSystemError(name, reason);
     }
-    const bool written = std::fwrite(data, 1, size, file.get()) == size;
+    const bool written = size == 0 || std::fwrite(data, 1, size, file.get()) == size;
     const int writeError = errno;
     const bool closed = std::fclose(file.release()) == 0;
     if (!written || !closed)

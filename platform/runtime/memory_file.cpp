@@ -5,24 +5,8 @@
 
 #include <algorithm>
 #include <bit>
-#include <limits>
+#include <cstring>
 #include <stdexcept>
-
-namespace
-{
-// Bytes of a value are put together one by one, which is the same on machines of either byte order.
-unsigned int decode(const unsigned char* bytes) noexcept
-{
-    return static_cast<unsigned int>(bytes[0]) | static_cast<unsigned int>(bytes[1]) << 8 |
-           static_cast<unsigned int>(bytes[2]) << 16 | static_cast<unsigned int>(bytes[3]) << 24;
-}
-
-float decodeFloat(const unsigned char* bytes) noexcept
-{
-    static_assert(std::numeric_limits<float>::is_iec559 && sizeof(float) == 4);
-    return std::bit_cast<float>(decode(bytes));
-}
-}  // namespace
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Chunk handles
@@ -253,16 +237,9 @@ void S_MemoryFile::fail(const char* expected) const
     throw S_MemoryFileException(m_strName.c_str(), m_pOpen ? m_pOpen->m_uID : 0, m_uPosition, expected);
 }
 
-// Nothing is consumed when the bytes are not there.
-const unsigned char* S_MemoryFile::take(std::size_t size, const char* what)
+void S_MemoryFile::failShort(std::size_t size, const char* what) const
 {
-    if (size > getRemaining())
-    {
-        fail(S_STR("%s of %zu bytes, %zu are left", what, size, getRemaining()));
-    }
-    const unsigned char* bytes = m_vecBytes.data() + m_uPosition;
-    m_uPosition += size;
-    return bytes;
+    fail(S_STR("%s of %zu bytes, %zu are left", what, size, getRemaining()));
 }
 
 void S_MemoryFile::read(void* destination, std::size_t size)
@@ -310,40 +287,10 @@ void S_MemoryFile::requireElements(std::size_t count, std::size_t bytesEach) con
     }
 }
 
-S_MemoryFile& operator>>(S_MemoryFile& file, int& value)
-{
-    value = std::bit_cast<int>(decode(file.take(4, "an int")));
-    return file;
-}
-
-S_MemoryFile& operator>>(S_MemoryFile& file, unsigned int& value)
-{
-    value = decode(file.take(4, "an unsigned int"));
-    return file;
-}
-
-S_MemoryFile& operator>>(S_MemoryFile& file, float& value)
-{
-    value = decodeFloat(file.take(4, "a float"));
-    return file;
-}
-
-S_MemoryFile& operator>>(S_MemoryFile& file, bool& value)
-{
-    value = *file.take(1, "a bool") != 0;
-    return file;
-}
-
-S_MemoryFile& operator>>(S_MemoryFile& file, unsigned char& value)
-{
-    value = *file.take(1, "an unsigned char");
-    return file;
-}
-
 S_MemoryFile& operator>>(S_MemoryFile& file, S_String& value)
 {
     const std::size_t begin = file.m_uPosition;
-    const std::size_t length = decode(file.take(4, "a string's length"));
+    const std::size_t length = S_MemoryFile::decode(file.take(4, "a string's length"));
     if (length > file.getRemaining())
     {
         const std::size_t left = file.getRemaining();
@@ -355,19 +302,12 @@ S_MemoryFile& operator>>(S_MemoryFile& file, S_String& value)
     return file;
 }
 
-S_MemoryFile& operator>>(S_MemoryFile& file, M_Vector3Template<float>& value)
-{
-    const unsigned char* bytes = file.take(12, "a vector");
-    value = {decodeFloat(bytes), decodeFloat(bytes + 4), decodeFloat(bytes + 8)};
-    return file;
-}
-
 S_MemoryFile& operator>>(S_MemoryFile& file, M_Matrix4x3Template<float>& value)
 {
     const unsigned char* bytes = file.take(48, "a matrix");
     for (int i = 0; i < 12; ++i)
     {
-        value.data()[i] = decodeFloat(bytes + 4 * i);
+        value.data()[i] = S_MemoryFile::decodeFloat(bytes + 4 * i);
     }
     return file;
 }

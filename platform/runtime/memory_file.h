@@ -5,9 +5,9 @@
 #include <platform/math/vector3.h>
 #include <platform/runtime/allocator.h>
 
+#include <bit>
 #include <cstddef>
-#include <cstring>
-#include <iterator>
+#include <limits>
 #include <string_view>
 #include <type_traits>
 
@@ -157,23 +157,42 @@ private:
         unsigned int m_uSize;
     };
 
-    template <typename T>
-    class BlockIterator;
-
     [[nodiscard]] std::size_t getEnd() const noexcept { return m_pOpen ? m_pOpen->m_uEnd : m_vecBytes.size(); }
     [[nodiscard]] Header readHeader(std::size_t end) const;
     void fill(Chunk& chunk, const Header& header) noexcept;
     void closeAbove(const Chunk* last) noexcept;
     void replaceContent(std::string_view name, S_Bytes&& bytes);
-    const unsigned char* take(std::size_t size, const char* what);
+    [[noreturn]] void failShort(std::size_t size, const char* what) const;
+    // Nothing is consumed when the bytes are not there.
+    const unsigned char* take(std::size_t size, const char* what)
+    {
+        if (size > getRemaining())
+        {
+            failShort(size, what);
+        }
+        const unsigned char* bytes = m_vecBytes.data() + m_uPosition;
+        m_uPosition += size;
+        return bytes;
+    }
+    // Values are put together byte by byte, which is the same on machines of either byte order.
+    [[nodiscard]] static unsigned int decode(const unsigned char* bytes) noexcept
+    {
+        return static_cast<unsigned int>(bytes[0]) | static_cast<unsigned int>(bytes[1]) << 8 |
+               static_cast<unsigned int>(bytes[2]) << 16 | static_cast<unsigned int>(bytes[3]) << 24;
+    }
+    [[nodiscard]] static float decodeFloat(const unsigned char* bytes) noexcept
+    {
+        static_assert(std::numeric_limits<float>::is_iec559 && sizeof(float) == 4);
+        return std::bit_cast<float>(decode(bytes));
+    }
 
-    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, int&);
-    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, unsigned int&);
-    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, float&);
-    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, bool&);
-    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, unsigned char&);
+    friend S_MemoryFile& operator>>(S_MemoryFile&, int&);
+    friend S_MemoryFile& operator>>(S_MemoryFile&, unsigned int&);
+    friend S_MemoryFile& operator>>(S_MemoryFile&, float&);
+    friend S_MemoryFile& operator>>(S_MemoryFile&, bool&);
+    friend S_MemoryFile& operator>>(S_MemoryFile&, unsigned char&);
     friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, S_String&);
-    friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, M_Vector3Template<float>&);
+    friend S_MemoryFile& operator>>(S_MemoryFile&, M_Vector3Template<float>&);
     friend TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile&, M_Matrix4x3Template<float>&);
 
     S_Bytes m_vecBytes;
@@ -187,15 +206,41 @@ private:
 /// @name Values
 /// Each reads one value and throws S_MemoryFileException when it does not fit in the innermost open chunk.
 /// @{
-TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile& file, int& value);
-TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile& file, unsigned int& value);
-TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile& file, float& value);
+inline S_MemoryFile& operator>>(S_MemoryFile& file, unsigned int& value)
+{
+    value = S_MemoryFile::decode(file.take(4, "an unsigned int"));
+    return file;
+}
+inline S_MemoryFile& operator>>(S_MemoryFile& file, int& value)
+{
+    value = std::bit_cast<int>(S_MemoryFile::decode(file.take(4, "an int")));
+    return file;
+}
+inline S_MemoryFile& operator>>(S_MemoryFile& file, float& value)
+{
+    value = S_MemoryFile::decodeFloat(file.take(4, "a float"));
+    return file;
+}
 /// One byte, 0 or 1; any other value is read as true.
-TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile& file, bool& value);
-TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile& file, unsigned char& value);
+inline S_MemoryFile& operator>>(S_MemoryFile& file, bool& value)
+{
+    value = *file.take(1, "a bool") != 0;
+    return file;
+}
+inline S_MemoryFile& operator>>(S_MemoryFile& file, unsigned char& value)
+{
+    value = *file.take(1, "an unsigned char");
+    return file;
+}
+inline S_MemoryFile& operator>>(S_MemoryFile& file, M_Vector3Template<float>& value)
+{
+    const unsigned char* bytes = file.take(12, "a vector");
+    value = {S_MemoryFile::decodeFloat(bytes), S_MemoryFile::decodeFloat(bytes + 4),
+             S_MemoryFile::decodeFloat(bytes + 8)};
+    return file;
+}
 /// An unsigned 32-bit length and that many bytes.
 TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile& file, S_String& value);
-TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile& file, M_Vector3Template<float>& value);
 /// Twelve floats: the three rows of the 3x3 block, then the translation row.
 TW2_PLATFORM_API S_MemoryFile& operator>>(S_MemoryFile& file, M_Matrix4x3Template<float>& value);
 
@@ -216,48 +261,10 @@ S_MemoryFile& operator>>(S_MemoryFile& file, S_Vector<T>& list)
 }
 /// @}
 
-/// Loads elements from bytes that need not be aligned for them, so that a list can be built from them in one pass.
-template <typename T>
-class S_MemoryFile::BlockIterator
-{
-public:
-    using iterator_category = std::forward_iterator_tag;
-    using value_type = T;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const T*;
-    using reference = T;
-
-    explicit BlockIterator(const unsigned char* bytes) noexcept : m_pBytes(bytes) {}
-
-    T operator*() const noexcept
-    {
-        T value;
-        std::memcpy(&value, m_pBytes, sizeof(T));
-        return value;
-    }
-    BlockIterator& operator++() noexcept
-    {
-        m_pBytes += sizeof(T);
-        return *this;
-    }
-    BlockIterator operator++(int) noexcept
-    {
-        const BlockIterator before = *this;
-        ++*this;
-        return before;
-    }
-    friend bool operator==(const BlockIterator&, const BlockIterator&) = default;
-
-private:
-    const unsigned char* m_pBytes;
-};
-
 template <typename T>
 void S_MemoryFile::readBlock(S_Vector<T>& list, std::size_t count)
 {
-    static_assert(std::is_trivially_copyable_v<T>);
     requireElements(count, sizeof(T));
-    const unsigned char* bytes = m_vecBytes.data() + m_uPosition;
-    list.assign(BlockIterator<T>(bytes), BlockIterator<T>(bytes + count * sizeof(T)));
-    m_uPosition += count * sizeof(T);
+    S_resizeUnfilled(list, count);
+    read(list.data(), count * sizeof(T));
 }
