@@ -70,7 +70,10 @@ TW_ObjectAnimation::TW_ObjectAnimation(const TW_ObjectAnimation& source) : TW_Ob
 
 TW_ObjectAnimation& TW_ObjectAnimation::operator=(const TW_ObjectAnimation& source)
 {
-    construct(source, false, nullptr);
+    if (this != &source)
+    {
+        construct(source, false, nullptr);
+    }
     return *this;
 }
 

@@ -63,7 +63,7 @@ void TW_ObjectAnimation::Builder::copyMesh(const P_VirtualObject& source, bool d
         sourceParent ? m_object.getMeshByNameCaseSensitive(sourceParent->getName()) : nullptr;
     mesh->addTo(parent ? static_cast<P_ObjectContainer*>(parent) : &m_object);
     m_object.addMesh(mesh.get());
-    mesh.release();
+    (void)mesh.release();  // belongs to the object now
 }
 
 /// The records hold the tracks only once they are all in place: until then nothing has to be let go of.
