@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 
 namespace
 {
@@ -53,7 +54,7 @@ public:
         const float top = mix(getAlpha(x.m_uiFirst, y.m_uiFirst), getAlpha(x.m_uiSecond, y.m_uiFirst), x.m_fWeight);
         const float bottom =
             mix(getAlpha(x.m_uiFirst, y.m_uiSecond), getAlpha(x.m_uiSecond, y.m_uiSecond), x.m_fWeight);
-        return static_cast<unsigned char>(mix(top, bottom, y.m_fWeight) + 0.5f);
+        return static_cast<unsigned char>(std::lround(mix(top, bottom, y.m_fWeight)));
     }
 
 private:

@@ -58,7 +58,10 @@ TW_Material::TW_Material(const TW_Material& other) : S_Allocated(other)
 
 TW_Material& TW_Material::operator=(const TW_Material& other)
 {
-    construct(other);
+    if (this != &other)
+    {
+        construct(other);
+    }
     return *this;
 }
 

@@ -134,7 +134,7 @@ void TW_MaterialManager::addTextureAnimation(TW_Material* material, TW_Material:
         m_mapTextureAnimationSets.try_emplace(name, index);
     }
     m_vecTextureAnimationSets[static_cast<std::size_t>(index)].push_back(entry.get());
-    entry.release();
+    static_cast<void>(entry.release());
 }
 
 /// Takes the material added last out again, with its entries and the sets that only it is in.

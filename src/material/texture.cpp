@@ -43,7 +43,10 @@ TW_Texture::TW_Texture(const TW_Texture& other) : S_Allocated(other)
 
 TW_Texture& TW_Texture::operator=(const TW_Texture& other)
 {
-    construct(other);
+    if (this != &other)
+    {
+        construct(other);
+    }
     return *this;
 }
 

@@ -23,7 +23,10 @@ TextureAnimation::TextureAnimation(const TextureAnimation& other) : S_Allocated(
 
 TextureAnimation& TextureAnimation::operator=(const TextureAnimation& other)
 {
-    construct(other);
+    if (this != &other)
+    {
+        construct(other);
+    }
     return *this;
 }
 
