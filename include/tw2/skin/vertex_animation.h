@@ -337,7 +337,8 @@ private:
     }
     [[nodiscard]] std::size_t find(int primitive, int vertex, int influence) const noexcept
     {
-        return static_cast<std::size_t>(m_pChunk->vertexInfluenceStarts[find(primitive, vertex)] + influence);
+        return static_cast<std::size_t>(m_pChunk->vertexInfluenceStarts[find(primitive, vertex)]) +
+               static_cast<std::size_t>(influence);
     }
 
     struct SharedChunk;
