@@ -427,7 +427,14 @@ TEST_F(Material, AFailedOrNestedConstructionDoesNotMixUpTheTemplates)
     };
     TW_Material::setCallback(&spy);
     EXPECT_THROW(TW_Material{shaded}, std::runtime_error);
-    TW_Material::setCallback(nullptr);
+
+    // One that removes itself: the material being built is no template yet.
+    spy.m_onComplete = [&](P_Material&)
+    {
+        TW_Material::setCallback(nullptr);
+        EXPECT_EQ(build(constant), constantText);
+    };
+    EXPECT_EQ(build(constant), constantText);
 
     const TW_Material materials[] = {TW_Material(constant), TW_Material(shaded), TW_Material(environment)};
     EXPECT_EQ(support::describe(*nested), environmentText);
