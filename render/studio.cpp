@@ -101,8 +101,8 @@ StudioLights::StudioLights(P_Scene& scene, const P_Camera& camera, float strengt
         Vector m_vDirection;  // in camera space
         G_FColor m_color;
     };
-    const std::array<Lamp, 3> lamps{Lamp{{0.55F, -0.65F, 0.75F}, {178.0F, 172.0F, 162.0F}},
-                                    Lamp{{-0.9F, -0.1F, 0.45F}, {52.0F, 58.0F, 70.0F}},
+    const std::array<Lamp, 3> lamps{Lamp{{0.55F, -0.65F, 0.75F}, {214.0F, 207.0F, 196.0F}},
+                                    Lamp{{-0.9F, -0.1F, 0.45F}, {64.0F, 70.0F, 82.0F}},
                                     Lamp{{0.1F, -0.5F, -0.9F}, {80.0F, 84.0F, 92.0F}}};
     const M_Matrix4x3Template<float>& view = camera.getObjectToWorldMatrix();
     for (std::size_t i = 0; i < lamps.size(); ++i)

@@ -16,7 +16,7 @@ namespace TW2::render
 /// From where a picture is taken.
 struct Viewpoint
 {
-    float m_fAzimuth = 25.0F;        ///< degrees around the upright axis; 0: from the front (negative z), 90: from +x
+    float m_fAzimuth = 35.0F;        ///< degrees around the upright axis; 0: from the front (negative z), 90: from +x
     float m_fElevation = 12.0F;      ///< degrees above the horizon
     float m_fVerticalAngle = 35.0F;  ///< field of view from bottom to top, in degrees
     float m_fMargin = 1.08F;         ///< how much larger than the bounds the shown field is; 1: they touch the edge

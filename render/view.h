@@ -14,8 +14,8 @@ struct View
 
     G_FColor m_topColor{206.0F, 217.0F, 230.0F};     ///< background at the upper edge
     G_FColor m_bottomColor{244.0F, 244.0F, 242.0F};  ///< background at the lower edge
-    G_FColor m_ambientSky{96.0F, 100.0F, 108.0F};    ///< ambient light on surfaces that face up
-    G_FColor m_ambientGround{52.0F, 49.0F, 46.0F};   ///< ambient light on surfaces that face down
+    G_FColor m_ambientSky{112.0F, 116.0F, 124.0F};   ///< ambient light on surfaces that face up
+    G_FColor m_ambientGround{70.0F, 66.0F, 62.0F};   ///< ambient light on surfaces that face down
     bool m_bFog = false;                             ///< fogs the materials that ask for it
     G_FColor m_fogColor{225.0F, 230.0F, 236.0F};
     float m_fFogStart = 0.0F;             ///< depth at which fog begins

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "convert/model.h"
+
+#include <assimp/matrix4x4.h>
+#include <assimp/vector3.h>
+
+namespace TW2::convert
+{
+[[nodiscard]] inline Vector3 toVector(const aiVector3D& v)
+{
+    return {v.x, v.y, v.z};
+}
+
+[[nodiscard]] inline Vector3d toVectord(const aiVector3D& v)
+{
+    return {static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z)};
+}
+
+/// Assimp multiplies column vectors from the right, this project row vectors from the left: the matrix is transposed.
+[[nodiscard]] inline Matrixd toMatrix(const aiMatrix4x4& a)
+{
+    Matrixd result;
+    for (unsigned int row = 0; row < 4; ++row)
+    {
+        for (unsigned int column = 0; column < 3; ++column)
+        {
+            result.m[row][column] = static_cast<double>(a[column][row]);
+        }
+    }
+    return result;
+}
+}  // namespace TW2::convert

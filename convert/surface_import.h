@@ -1,0 +1,17 @@
+#pragma once
+
+#include "convert/model.h"
+
+#include <string>
+#include <vector>
+
+struct aiMaterial;
+struct aiScene;
+
+namespace TW2::convert
+{
+/// A surface from an imported material. Pictures that are not found, or that cannot be decoded, leave the surface
+/// without them, which a warning tells.
+[[nodiscard]] Surface importSurface(const aiScene& scene, const aiMaterial& material, const std::string& modelFile,
+                                    std::vector<std::string>& warnings);
+}  // namespace TW2::convert
