@@ -264,7 +264,7 @@ void TW_KeyframeAnimation::construct(const S_String& fileName)
 {
     const S_MemoryScope scope(memoryScopeName);
     // The name may be this animation's own, which the first chunk replaces.
-    const S_String name = fileName;
+    const S_String name(fileName.data(), fileName.size());
     S_MemoryFile file(name, S_MemoryFile::accessRead);
     S_MemoryFile::Chunk chunk;
     file.peekChunk(chunk);
