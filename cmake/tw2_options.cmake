@@ -95,6 +95,12 @@ target_compile_options(tw2_flags INTERFACE
   # g++ 12 sees overlapping copies where a literal is assigned to a string (its bug 105651).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   $<$<BOOL:${TW2_WARNINGS_AS_ERRORS}>:-Werror>)
+
+# Makes what a library or module is built with such that it can be unloaded: g++ would give inline variables symbols that
+# are unique in the process, and the system never unloads a library that has one.
+function(tw2_make_unloadable target)
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+endfunction()
 if(TW2_SANITIZE)
   target_compile_options(tw2_flags INTERFACE -fsanitize=${TW2_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(tw2_flags INTERFACE -fsanitize=${TW2_SANITIZE})

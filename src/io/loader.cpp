@@ -1,3 +1,5 @@
+#include "core/unit_init.h"
+
 #include <tw2/io/camera_chunk.h>
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/chunk_kind.h>
@@ -11,18 +13,12 @@
 #include <tw2/material/material_list_chunk.h>
 
 #include <platform/runtime/hash_map.h>
-#include <platform/runtime/solace_init.h>
 #include <platform/runtime/system.h>
 
 namespace TW2
 {
 namespace
 {
-const S_SolaceInit s_solaceInit;
-
-/// What the first file is expected to take.
-constexpr unsigned int s_firstFileBytes = 8192;
-
 template <typename Callback>
 void push(S_Vector<Callback*>& stack, Callback* callback) noexcept
 {
@@ -92,27 +88,6 @@ void handUnread(S_MemoryFile& file, TW_UnknownChunkCallback* callback)
     }
 }
 }  // namespace
-
-TW_HelperCallback* TW_Loader::sm_pHelperCallback = nullptr;
-TW_EnvironmentCallback* TW_Loader::sm_pEnvironmentCallback = nullptr;
-TW_LightCallback* TW_Loader::sm_pLightCallback = nullptr;
-TW_CameraCallback* TW_Loader::sm_pCameraCallback = nullptr;
-TW_UnknownChunkCallback* TW_Loader::sm_pUnknownChunkCallback = nullptr;
-TW_MaterialListCallback* TW_Loader::sm_pMaterialListCallback = nullptr;
-TW_MeshCallback* TW_Loader::sm_pMeshCallback = nullptr;
-TW_KeyframeAnimationCallback* TW_Loader::sm_pKeyframeAnimationCallback = nullptr;
-
-S_Vector<TW_HelperCallback*> TW_Loader::sm_vecHelperCallback;
-S_Vector<TW_EnvironmentCallback*> TW_Loader::sm_vecEnvironmentCallback;
-S_Vector<TW_LightCallback*> TW_Loader::sm_vecLightCallback;
-S_Vector<TW_CameraCallback*> TW_Loader::sm_vecCameraCallback;
-S_Vector<TW_UnknownChunkCallback*> TW_Loader::sm_vecUnknownChunkCallback;
-S_Vector<TW_MaterialListCallback*> TW_Loader::sm_vecMaterialListCallback;
-S_Vector<TW_MeshCallback*> TW_Loader::sm_vecMeshCallback;
-S_Vector<TW_KeyframeAnimationCallback*> TW_Loader::sm_vecKeyframeAnimationCallback;
-
-S_MemoryFile TW_Loader::sm_cachedMemoryFile(s_firstFileBytes);
-S_String TW_Loader::sm_strCachedMemoryFile;
 
 void TW_Loader::clearAll() noexcept
 {

@@ -1,3 +1,4 @@
+#include "core/unit_init.h"
 #include "keyframe/key_search.h"
 #include "keyframe/rigid_key.h"
 
@@ -7,11 +8,9 @@
 #include <tw2/keyframe/keyframe_animation_chunk.h>
 
 #include <platform/math/inverse_sqrt.h>
-#include <platform/math/math_init.h>
 #include <platform/math/matrix_rows.h>
 #include <platform/runtime/memory_file.h>
 #include <platform/runtime/memory_scope.h>
-#include <platform/runtime/solace_init.h>
 #include <platform/runtime/system.h>
 
 #include <algorithm>
@@ -22,9 +21,6 @@ namespace TW2
 namespace
 {
 using Matrix = M_Matrix4x3Template<float>;
-
-const S_SolaceInit s_solaceInit;
-const M_MathInit s_mathInit;
 
 constexpr const char* memoryScopeName = "TW Memory Container";
 

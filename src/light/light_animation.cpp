@@ -1,3 +1,5 @@
+#include "core/unit_init.h"
+
 #include <tw2/light/light_animation.h>
 #include <tw2/light/light_animation_chunks.h>
 

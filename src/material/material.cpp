@@ -17,14 +17,6 @@
 
 namespace TW2
 {
-S_Vector<TWMaterialChunk> TW_Material::sm_vecCreatedMaterials;
-S_Vector<P_Material*> TW_Material::sm_vecTemplateMaterials;
-int TW_Material::sm_iTemplateMaterial = 0;
-P_Map* TW_Material::sm_pSolidMap = nullptr;
-G_Image* TW_Material::sm_pSolidImage = nullptr;
-int TW_Material::sm_iSolidMapReferenceCnt = 0;
-TW_MaterialCallback* TW_Material::sm_pMaterialCallback = nullptr;
-
 namespace
 {
 /// The frame that a position shows: not-a-number and what is negative 0, what is past the countable the last of those.

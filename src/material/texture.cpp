@@ -1,3 +1,5 @@
+#include "core/unit_init.h"
+
 #include <tw2/core/exceptions.h>
 #include <tw2/material/texture.h>
 
@@ -22,10 +24,6 @@ struct TW_Texture::SharedMap : S_Allocated
     int referenceCount = 0;
     std::unique_ptr<P_Map> map;
 };
-
-S_Vector<S_String> TW_Texture::s_vecTexturePathList;
-S_List<TW_Texture::SharedMap*> TW_Texture::s_lstTextureList;
-TW_TextureCallback* TW_Texture::sm_pTextureCallback = nullptr;
 
 TW_TextureCallback::~TW_TextureCallback() = default;
 

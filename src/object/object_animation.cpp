@@ -47,11 +47,6 @@ void eraseEntry(Map& map, const Key& key, const P_VirtualObject* mesh) noexcept
 }
 }  // namespace
 
-TW_LoadMeshCallback* TW_ObjectAnimation::sm_pLoadMeshCallback = nullptr;
-TW_MeshLoadedCallback* TW_ObjectAnimation::sm_pMeshLoadedCallback = nullptr;
-TW_MeshParentNotFoundCallback* TW_ObjectAnimation::sm_pMeshParentNotFoundCallback = nullptr;
-TW_ObjectKeyframeAnimationCallback* TW_ObjectAnimation::sm_pKeyframeAnimationCallback = nullptr;
-
 TW_ObjectAnimation::~TW_ObjectAnimation()
 {
     destruct();

@@ -1,3 +1,4 @@
+#include "core/unit_init.h"
 #include "io/loader_state_guard.h"
 #include "object/keyframe_animation_reference.h"
 #include "object/object_animation_builder.h"

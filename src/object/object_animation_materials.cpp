@@ -1,3 +1,4 @@
+#include "core/unit_init.h"
 #include "io/loader_state_guard.h"
 #include "object/mesh_materials.h"
 #include "object/object_animation_material_list_callback.h"

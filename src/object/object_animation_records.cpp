@@ -10,8 +10,6 @@ namespace TW2
 {
 using ObjectAnimation = TW_ObjectAnimation::ObjectAnimation;
 
-int ObjectAnimation::s_instanceCnt = 0;
-
 ObjectAnimation::ObjectAnimation() noexcept = default;
 
 ObjectAnimation::ObjectAnimation(int meshCount)

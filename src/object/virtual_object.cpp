@@ -3,8 +3,6 @@
 
 namespace TW2
 {
-int TW_VirtualObject::sm_iLiveCount = 0;
-
 TW_VirtualObject::TW_VirtualObject()
 {
     ++sm_iLiveCount;

@@ -25,7 +25,7 @@ struct TW_VertexAnimation::Skin::SharedChunk : S_Allocated
 namespace
 {
 /// What an object without a record answers from.
-const SkinChunk s_emptyChunk;
+constinit const SkinChunk s_emptyChunk;
 }  // namespace
 
 TW_VertexAnimation::Skin::Skin() noexcept

@@ -1,3 +1,5 @@
+#include "core/unit_init.h"
+
 #include <tw2/object/object_animation.h>
 #include <tw2/skin/vertex_animation.h>
 

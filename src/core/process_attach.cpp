@@ -1,0 +1,15 @@
+// What happens when the library is loaded, beside its static data. It starts no thread and needs to know of none.
+
+#if defined(_WIN32)
+#include <windows.h>
+
+// NOLINTNEXTLINE(readability-identifier-naming): the system looks for this name
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
+{
+    if (reason == DLL_PROCESS_ATTACH)
+    {
+        DisableThreadLibraryCalls(instance);
+    }
+    return TRUE;
+}
+#endif
