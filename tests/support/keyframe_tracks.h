@@ -7,6 +7,7 @@
 #include <platform/runtime/memory_file_writer.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -79,13 +80,26 @@ inline TW2::KeyframeAnimationChunk makeTrack(std::mt19937& random, const TrackSh
     chunk.loopInterpolation = shape.loopInterpolation;
     chunk.interpolationMode = shape.interpolationMode;
     chunk.keepScale = shape.keepScale;
-    M_Matrix4x3Template<float> pose = rotation(uniform(-1, 1), uniform(-1, 1), 1.5, uniform(-3, 3));
+    // One draw to a statement: arguments are evaluated in any order, and tracks should be the same with every compiler.
+    const auto draw = [&uniform](double most)
+    {
+        std::array<double, 4> values;
+        for (double& value : values)
+        {
+            value = uniform(-1.0, 1.0);
+        }
+        return rotation(values[0], values[1], 1.5 + 0.1 * values[2], most * values[3]);
+    };
+    M_Matrix4x3Template<float> pose = draw(3.0);
     for (const unsigned int frame : pickFrames(shape.keys))
     {
-        const auto position = pose.getTranslation();
-        pose = pose * rotation(uniform(-1, 1), uniform(-1, 1), 1.5, uniform(-1.5, 1.5));
-        const auto step = [&] { return static_cast<float>(uniform(-3, 3)); };
-        pose.setTranslation({position.x + step(), position.y + step(), position.z + step()});
+        std::array<float, 3> position;
+        for (std::size_t c = 0; c < 3; ++c)
+        {
+            position[c] = pose.m[3][c] + static_cast<float>(uniform(-3.0, 3.0));
+        }
+        pose = pose * draw(1.5);
+        pose.setTranslation({position[0], position[1], position[2]});
         TW2::MatrixKey& key = chunk.keys.emplace_back(TW2::MatrixKey{frame, pose});
         for (int r = 0; r < 3 && shape.scaled; ++r)
         {
