@@ -52,10 +52,6 @@ using std::sqrt;
 {
     return a && b;
 }
-[[nodiscard]] inline bool any(bool mask) noexcept
-{
-    return mask;
-}
 [[nodiscard]] inline float select(bool mask, float value, float otherwise) noexcept
 {
     return mask ? value : otherwise;

@@ -34,20 +34,28 @@ struct M_FourMatricesTemplate
         }
     }
 
+    /// The elements e to e + 3 (0, 4 or 8) of each matrix, in storage order.
+    void getRun(std::size_t e, Float4 run[4]) const noexcept
+    {
+        for (std::size_t i = 0; i < 4; ++i)
+        {
+            run[i] = m[(e + i) / 3][(e + i) % 3];
+        }
+        transpose(run[0], run[1], run[2], run[3]);
+    }
+
     /// Writes the first `count` (1 to 4) of them to where `matrices` point, as `write(place, value)` says for each run
     /// of four floats; `place` is a float*.
     template <typename Write>
     void store(float* const matrices[4], std::size_t count, Write write) const noexcept
     {
-        for (std::size_t third = 0; third < 3; ++third)
+        for (std::size_t e = 0; e < 12; e += 4)
         {
-            const std::size_t e = 4 * third;
-            Float4 l[4] = {m[e / 3][e % 3], m[(e + 1) / 3][(e + 1) % 3], m[(e + 2) / 3][(e + 2) % 3],
-                           m[(e + 3) / 3][(e + 3) % 3]};
-            transpose(l[0], l[1], l[2], l[3]);
+            Float4 run[4];
+            getRun(e, run);
             for (std::size_t i = 0; i < count; ++i)
             {
-                write(matrices[i] + e, l[i]);
+                write(matrices[i] + e, run[i]);
             }
         }
     }

@@ -127,21 +127,22 @@ int evaluateCompact(Matrix& matrix, const LinearlyOptimizedContainer<TW_Keyframe
         matrix = Matrix();
         return 0;
     }
-    TW_KeyframeMatrix lower;
-    TW_KeyframeMatrix upper;
-    float fraction;
-    const int key = track.getKeys(lower, fraction, upper, frame, hint);
-    const auto toKey = [](const TW_KeyframeMatrix& k) {
-        return RigidKey<float>{k.m_vTranslation, k.m_fRotationW, k.m_vRotation};
-    };
-    RigidBlend<float> blend(toKey(lower), toKey(upper), fraction);
-    blend.apply(mode);
-    for (int r = 0; r < 3; ++r)
+    const KeyPair keys = findKeys(track, locateFrame(getLoop(track), frame), hint);
+    const TW_KeyframeMatrix* const lower = &track.m_vecValues[static_cast<std::size_t>(keys.m_iLower)];
+    const TW_KeyframeMatrix* const upper = &track.m_vecValues[static_cast<std::size_t>(keys.m_iUpper)];
+    // Both keys become matrices at once, side by side.
+    const TW_KeyframeMatrix* const pair[LANES] = {lower, upper, lower, upper};
+    const RigidKeys rigid = loadKeys(pair);
+    const M_FourMatrices matrices = toMatrices(rigid.getRows(), rigid.m_translation);
+    const M_Float4 fraction(keys.getFraction());
+    for (std::size_t e = 0; e < 12; e += LANES)
     {
-        matrix.setRow(r, blend.m_rows.m_rows[r]);
+        M_Float4 run[LANES];
+        matrices.getRun(e, run);
+        between(run[0], run[1], fraction).store(matrix.data() + e);
     }
-    matrix.setTranslation(blend.m_translation);
-    return key;
+    applyMode(matrix, mode);
+    return keys.m_iUpper;
 }
 }  // namespace
 

@@ -6,12 +6,6 @@ namespace TW2
 {
 namespace
 {
-template <typename T>
-TrackLoop getLoop(const LinearlyOptimizedContainer<T>& track) noexcept
-{
-    return {track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame, track.m_uTotalFrameCount};
-}
-
 // (b - a) * fraction + a
 template <typename T>
 T interpolate(const T& a, const T& b, float fraction)
@@ -73,10 +67,7 @@ int LinearlyOptimizedContainer<T>::getKeys(T& lower, float& fraction, T& upper, 
         fraction = 0.0F;
         return 0;
     }
-    const KeyPair keys =
-        findKeys(locateFrame(getLoop(*this), frame), m_vecFrames.data(), static_cast<int>(m_vecFrames.size()), hint);
-    m_fLastLowerKey = static_cast<float>(keys.m_iLower);
-    m_fLastUpperKey = static_cast<float>(keys.m_iUpper);
+    const KeyPair keys = findKeys(*this, locateFrame(getLoop(*this), frame), hint);
     lower = m_vecValues[static_cast<std::size_t>(keys.m_iLower)];
     upper = m_vecValues[static_cast<std::size_t>(keys.m_iUpper)];
     fraction = keys.getFraction();

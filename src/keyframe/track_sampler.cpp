@@ -6,7 +6,6 @@
 #include <tw2/keyframe/keyframe_animation.h>
 
 #include <platform/math/float4.h>
-#include <platform/math/four_matrices.h>
 
 namespace TW2
 {
@@ -39,7 +38,6 @@ struct TrackAccess
 
 namespace
 {
-constexpr std::size_t LANES = 4;
 constexpr std::size_t MODES = 3;
 
 // How four floats of a sampled matrix reach their place.
@@ -81,22 +79,6 @@ struct Group
     std::size_t m_uiCount = 0;
 };
 
-[[gnu::always_inline]] inline RigidKey<M_Float4> loadKeys(const TW_KeyframeMatrix* const keys[LANES]) noexcept
-{
-    // Seven floats each: translation and w, then w again and the vector.
-    M_Float4 first[LANES];
-    M_Float4 second[LANES];
-    for (std::size_t i = 0; i < LANES; ++i)
-    {
-        const auto* const floats = reinterpret_cast<const float*>(keys[i]);
-        first[i] = M_Float4::load(floats);
-        second[i] = M_Float4::load(floats + 3);
-    }
-    transpose(first[0], first[1], first[2], first[3]);
-    transpose(second[0], second[1], second[2], second[3]);
-    return {{first[0], first[1], first[2]}, first[3], {second[1], second[2], second[3]}};
-}
-
 template <typename Write>
 void sampleGroup(Group& group, InterpolationMode mode, const Write& write) noexcept
 {
@@ -111,12 +93,9 @@ void sampleGroup(Group& group, InterpolationMode mode, const Write& write) noexc
     const float* const d = group.m_distance;
     const float* const s = group.m_span;
     const M_Float4 fraction = M_Float4(d[0], d[1], d[2], d[3]) / M_Float4(s[0], s[1], s[2], s[3]);
-    RigidBlend<M_Float4> blend(loadKeys(group.m_lower), loadKeys(group.m_upper), fraction);
+    RigidBlend blend(loadKeys(group.m_lower), loadKeys(group.m_upper), fraction);
     blend.apply(mode);
-    const auto& r = blend.m_rows.m_rows;
-    const auto& t = blend.m_translation;
-    const M_FourMatrices matrices{
-        {{r[0].x, r[0].y, r[0].z}, {r[1].x, r[1].y, r[1].z}, {r[2].x, r[2].y, r[2].z}, {t.x, t.y, t.z}}};
+    const M_FourMatrices matrices = toMatrices(blend.m_rows, blend.m_translation);
     matrices.store(group.m_place, group.m_uiCount, write);
     group.m_uiCount = 0;
 }
@@ -174,12 +153,9 @@ private:
             const float* const lower = track->m_vecValues[static_cast<std::size_t>(keys.m_iLower)].data();
             const float* const upper = track->m_vecValues[static_cast<std::size_t>(keys.m_iUpper)].data();
             const M_Float4 fraction(keys.getFraction());
-            const auto isOnKey = isEqual(fraction, M_Float4(0.0F));
             for (std::size_t e = 0; e < 12; e += LANES)
             {
-                const M_Float4 a = M_Float4::load(lower + e);
-                const M_Float4 b = M_Float4::load(upper + e);
-                m_writer(place + e, select(isOnKey, a, (b - a) * fraction + a));
+                m_writer(place + e, between(M_Float4::load(lower + e), M_Float4::load(upper + e), fraction));
             }
             return;
         }
@@ -195,11 +171,8 @@ private:
     template <typename Track>
     KeyPair find(const Track& track, int& hint) noexcept
     {
-        const KeyPair keys =
-            findKeys(locate(track), track.m_vecFrames.data(), static_cast<int>(track.m_vecFrames.size()), hint);
+        const KeyPair keys = findKeys(track, locate(track), hint);
         hint = keys.m_iUpper;
-        track.m_fLastLowerKey = static_cast<float>(keys.m_iLower);
-        track.m_fLastUpperKey = static_cast<float>(keys.m_iUpper);
         return keys;
     }
 
@@ -212,7 +185,7 @@ private:
                             track.m_bLoopInterpolation == m_loop.m_bLoopInterpolation;
         if (!isSame) [[unlikely]]
         {
-            locateAnew({track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame, track.m_uTotalFrameCount});
+            locateAnew(getLoop(track));
         }
         return m_position;
     }
