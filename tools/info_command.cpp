@@ -1,0 +1,384 @@
+#include "tools/animated_script.h"
+#include "tools/animation_files.h"
+#include "tools/commands.h"
+#include "tools/json_writer.h"
+
+#include <tw2/material/material.h>
+#include <tw2/material/material_manager.h>
+#include <tw2/object/object_animation.h>
+#include <tw2/skin/vertex_animation.h>
+
+#include <platform/runtime/file.h>
+#include <platform/scene/material.h>
+#include <platform/scene/virtual_object.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace
+{
+using TW2::TW_Material;
+using TW2::TW_ObjectAnimation;
+
+struct MeshFacts
+{
+    std::string name;
+    int parent = -1;  ///< mesh index; -1: the object itself, or nothing
+    int primitives = 0;
+    unsigned int vertices = 0;
+    unsigned int triangles = 0;
+};
+
+struct MaterialFacts
+{
+    std::string name;
+    std::string setUp;
+    std::vector<std::string> textures;
+};
+
+struct AnimationFacts
+{
+    int index = 0;
+    std::string file;
+    unsigned int frames = 0;
+    float fps = 0.0F;
+    float seconds = 0.0F;
+    unsigned int loopToFrame = 0;
+    tools::AnimationFileFacts content;
+};
+
+struct ObjectFacts
+{
+    std::string block;
+    std::string kind;
+    std::string skeleton;  ///< of a skin
+    std::string crossMode;
+    float distance = 0.0F;
+    std::vector<MeshFacts> meshes;
+    std::vector<MaterialFacts> materials;
+    std::vector<AnimationFacts> animations;
+    std::size_t skinVertices = 0;  ///< with influences
+    std::size_t influences = 0;
+    std::size_t bones = 0;  ///< that the skin data name
+};
+
+std::string toText(const S_String& text)
+{
+    return {text.begin(), text.end()};
+}
+
+const char* nameSetUp(const TW_Material& material)
+{
+    const P_Material& engine = *material.getMaterial();
+    switch (engine.getSetUp())
+    {
+        case P_Material::SetUp::TextureTransparent:
+            return "transparent";
+        case P_Material::SetUp::Texture:
+            return "textured";
+        case P_Material::SetUp::TextureEnvironment:
+            return "environment";
+        case P_Material::SetUp::Layers:
+            break;
+    }
+    if (!engine.getPixelShaderName().empty())
+    {
+        return "specular";
+    }
+    return material.getTextureAnimationFrames(TW_Material::TEXTURE_GLOSS) > 0 ? "gloss" : "general";
+}
+
+MaterialFacts describe(const TW_Material& material)
+{
+    MaterialFacts facts{toText(material.getName()), nameSetUp(material), {}};
+    for (const TW_Material::TextureType type : {TW_Material::TEXTURE_DIFFUSE, TW_Material::TEXTURE_REFLECTION,
+                                                TW_Material::TEXTURE_GLOSS, TW_Material::TEXTURE_SPECULAR})
+    {
+        if (material.getTextureAnimationFrames(type) > 0)
+        {
+            facts.textures.push_back(toText(material.getTextureName(type, 0)));
+        }
+    }
+    return facts;
+}
+
+MeshFacts describe(const TW_ObjectAnimation& object, const P_VirtualObject& mesh)
+{
+    MeshFacts facts;
+    facts.name = toText(mesh.getName());
+    facts.parent = object.getMeshIndex(dynamic_cast<const P_VirtualObject*>(mesh.getParent()));
+    for (int i = 0; i < mesh.getPrimitiveCount(); ++i)
+    {
+        if (const P_TriangleMesh* geometry = mesh.getPrimitive(i))
+        {
+            ++facts.primitives;
+            facts.vertices += geometry->getVertexBuffer().getUsedCount();
+            facts.triangles += geometry->getIndexBuffer().getUsedCount();
+        }
+    }
+    return facts;
+}
+
+void addAnimations(ObjectFacts& facts, const TW_ObjectAnimation& object, const tools::ScriptEntry& entry)
+{
+    for (const tools::ScriptEntry::Animation& animation : entry.animations)
+    {
+        AnimationFacts added;
+        added.index = animation.index;
+        added.file = animation.file;
+        added.frames = object.getAnimationFrames(animation.index);
+        added.fps = object.getAnimationFPS(animation.index);
+        added.seconds = object.getAnimationLength(animation.index);
+        added.loopToFrame = object.getAnimationLoopToFrame(animation.index);
+        added.content = tools::readAnimationFile(animation.file);
+        facts.animations.push_back(std::move(added));
+    }
+}
+
+void addSkin(ObjectFacts& facts, const TW2::TW_VertexAnimation& character)
+{
+    const TW2::SkinChunk& skin = character.getSkinData()->getSkinChunk();
+    facts.skinVertices = skin.vertexBoneCounts.size();
+    facts.influences = skin.influenceBones.size();
+    facts.bones = skin.boneNames.size();
+}
+
+ObjectFacts describe(const std::string& scriptFile, const tools::ScriptEntry& entry)
+{
+    tools::AnimatedScript script(scriptFile, {entry.name, "", {}});
+    const S_DirectoryGuard guard;
+    File.changeDirectory(File.getPath(File.getFullPathName(scriptFile)));
+    ObjectFacts facts;
+    facts.block = entry.name;
+    facts.kind = script.getObject().getObjectType();
+    facts.crossMode = entry.crossMode;
+    facts.distance = entry.distance;
+    const TW_ObjectAnimation& drawn = script.getDrawn();
+    for (unsigned int i = 0; i < drawn.getTotalMeshes(); ++i)
+    {
+        facts.meshes.push_back(describe(drawn, *drawn.getMesh(i)));
+    }
+    const TW2::TW_MaterialManager& materials = *drawn.getMaterialManager();
+    for (unsigned int i = 0; i < materials.getMaterialCount(); ++i)
+    {
+        facts.materials.push_back(describe(*materials.getMaterial(static_cast<int>(i))));
+    }
+    if (script.isSkinned())
+    {
+        facts.skeleton = script.getAnimatedEntry().name;
+        addSkin(facts, static_cast<const TW2::TW_VertexAnimation&>(script.getObject()));
+    }
+    else
+    {
+        addAnimations(facts, drawn, entry);
+    }
+    return facts;
+}
+
+/// Name and depth of a mesh in its tree.
+int getDepth(const std::vector<MeshFacts>& meshes, std::size_t mesh)
+{
+    int depth = 0;
+    for (int parent = meshes[mesh].parent; parent >= 0; parent = meshes[static_cast<std::size_t>(parent)].parent)
+    {
+        ++depth;
+    }
+    return depth;
+}
+
+void printTree(const std::vector<MeshFacts>& meshes, int parent)
+{
+    for (std::size_t i = 0; i < meshes.size(); ++i)
+    {
+        if (meshes[i].parent != parent)
+        {
+            continue;
+        }
+        std::printf("    %*s%zu %s", 2 * getDepth(meshes, i), "", i, meshes[i].name.c_str());
+        if (meshes[i].triangles > 0)
+        {
+            std::printf(": %u vertices, %u triangles in %d primitives", meshes[i].vertices, meshes[i].triangles,
+                        meshes[i].primitives);
+        }
+        std::printf("\n");
+        printTree(meshes, static_cast<int>(i));
+    }
+}
+
+void print(const ObjectFacts& facts)
+{
+    std::printf("%s: %s", facts.block.c_str(), facts.kind.c_str());
+    if (!facts.skeleton.empty())
+    {
+        std::printf(" on %s", facts.skeleton.c_str());
+    }
+    std::printf(", cross mode %s", facts.crossMode.c_str());
+    if (facts.distance > 0.0F)
+    {
+        std::printf(", shown up to %g units", static_cast<double>(facts.distance));
+    }
+    std::printf("\n  %zu meshes\n", facts.meshes.size());
+    printTree(facts.meshes, -1);
+    if (!facts.materials.empty())
+    {
+        std::printf("  %zu materials\n", facts.materials.size());
+    }
+    for (const MaterialFacts& material : facts.materials)
+    {
+        std::printf("    %s: %s", material.name.c_str(), material.setUp.c_str());
+        for (const std::string& texture : material.textures)
+        {
+            std::printf(", texture %s", texture.c_str());
+        }
+        std::printf("\n");
+    }
+    if (facts.skinVertices > 0)
+    {
+        std::printf("  skin: %zu vertices with %zu influences of %zu bones\n", facts.skinVertices, facts.influences,
+                    facts.bones);
+    }
+    if (!facts.animations.empty())
+    {
+        std::printf("  %zu animations\n", facts.animations.size());
+    }
+    for (const AnimationFacts& animation : facts.animations)
+    {
+        std::printf(
+            "    %d %s: %u frames at %g per second, %.3g s, %s, %zu tracks, %zu keys, %zu bytes\n", animation.index,
+            animation.file.c_str(), animation.frames, static_cast<double>(animation.fps),
+            static_cast<double>(animation.seconds),
+            animation.content.looping ? ("looping to frame " + std::to_string(animation.loopToFrame)).c_str() : "once",
+            animation.content.tracks, animation.content.transformKeys + animation.content.visibilityKeys,
+            animation.content.bytes);
+    }
+}
+
+void writeMeshes(tools::JsonWriter& json, const std::vector<MeshFacts>& meshes)
+{
+    json.key("meshes");
+    json.beginArray();
+    for (const MeshFacts& mesh : meshes)
+    {
+        json.beginObject();
+        json.member("name", mesh.name);
+        json.member("parent", mesh.parent);
+        json.member("primitives", mesh.primitives);
+        json.member("vertices", mesh.vertices);
+        json.member("triangles", mesh.triangles);
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void writeMaterials(tools::JsonWriter& json, const std::vector<MaterialFacts>& materials)
+{
+    json.key("materials");
+    json.beginArray();
+    for (const MaterialFacts& material : materials)
+    {
+        json.beginObject();
+        json.member("name", material.name);
+        json.member("setUp", material.setUp);
+        json.key("textures");
+        json.beginArray();
+        for (const std::string& texture : material.textures)
+        {
+            json.value(texture);
+        }
+        json.endArray();
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void writeAnimations(tools::JsonWriter& json, const std::vector<AnimationFacts>& animations)
+{
+    json.key("animations");
+    json.beginArray();
+    for (const AnimationFacts& animation : animations)
+    {
+        json.beginObject();
+        json.member("index", animation.index);
+        json.member("file", animation.file);
+        json.member("frames", animation.frames);
+        json.member("framesPerSecond", animation.fps);
+        json.member("seconds", animation.seconds);
+        json.member("looping", animation.content.looping);
+        json.member("loopToFrame", animation.loopToFrame);
+        json.member("tracks", animation.content.tracks);
+        json.member("transformKeys", animation.content.transformKeys);
+        json.member("visibilityKeys", animation.content.visibilityKeys);
+        json.member("bytes", animation.content.bytes);
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void write(tools::JsonWriter& json, const ObjectFacts& facts)
+{
+    json.beginObject();
+    json.member("block", facts.block);
+    json.member("kind", facts.kind);
+    json.member("crossMode", facts.crossMode);
+    json.member("distance", facts.distance);
+    writeMeshes(json, facts.meshes);
+    writeMaterials(json, facts.materials);
+    if (facts.skinVertices > 0)
+    {
+        json.key("skin");
+        json.beginObject();
+        json.member("skeleton", facts.skeleton);
+        json.member("vertices", facts.skinVertices);
+        json.member("influences", facts.influences);
+        json.member("bones", facts.bones);
+        json.endObject();
+    }
+    writeAnimations(json, facts.animations);
+    json.endObject();
+}
+
+struct Arguments
+{
+    std::string script;
+    bool json = false;
+};
+
+void run(const Arguments& arguments)
+{
+    std::vector<ObjectFacts> objects;
+    for (const tools::ScriptEntry& entry : tools::readScript(arguments.script))
+    {
+        objects.push_back(describe(arguments.script, entry));
+    }
+    if (!arguments.json)
+    {
+        std::ranges::for_each(objects, print);
+        return;
+    }
+    tools::JsonWriter json(std::cout);
+    json.beginObject();
+    json.member("script", arguments.script);
+    json.key("objects");
+    json.beginArray();
+    for (const ObjectFacts& object : objects)
+    {
+        write(json, object);
+    }
+    json.endArray();
+    json.endObject();
+    std::cout.flush();
+}
+
+const tools::Command s_command("info", "Show what a script's objects are made of",
+                               [](CLI::App& command)
+                               {
+                                   const auto arguments = std::make_shared<Arguments>();
+                                   command.add_option("SCRIPT", arguments->script, "Script file")->required();
+                                   command.add_flag("--json", arguments->json, "Print JSON");
+                                   command.callback([arguments] { run(*arguments); });
+                               });
+}  // namespace
