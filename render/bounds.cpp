@@ -24,7 +24,7 @@ void Bounds::add(const M_Vector3Template<float>& point) noexcept
     m_vMaximum = {std::max(m_vMaximum.x, point.x), std::max(m_vMaximum.y, point.y), std::max(m_vMaximum.z, point.z)};
 }
 
-void Bounds::addMeshes(const P_BaseObject& root)
+void collectVertices(const P_BaseObject& root, std::vector<M_Vector3Template<float>>& vertices)
 {
     std::vector<const P_BaseObject*> pending{&root};
     while (!pending.empty())
@@ -39,7 +39,7 @@ void Bounds::addMeshes(const P_BaseObject& root)
                 geometry && mesh->getPrimitiveInstance(i)->isVisible() ? geometry->getVertexBuffer().getUsedCount() : 0;
             for (unsigned int vertex = 0; vertex < count; ++vertex)
             {
-                add(mesh->getObjectToWorldMatrix().transformPoint(mesh->getVertexPosition(i, vertex)));
+                vertices.push_back(mesh->getObjectToWorldMatrix().transformPoint(mesh->getVertexPosition(i, vertex)));
             }
         }
         if (const auto* levels = dynamic_cast<const P_LODObject*>(object))

@@ -2,6 +2,8 @@
 
 #include <platform/math/vector3.h>
 
+#include <vector>
+
 class P_BaseObject;
 
 namespace TW2::render
@@ -16,9 +18,11 @@ struct Bounds
     [[nodiscard]] M_Vector3Template<float> getCenter() const noexcept { return (m_vMinimum + m_vMaximum) * 0.5F; }
     /// Length of the diagonal; 0 when empty.
     [[nodiscard]] float getSize() const noexcept { return isEmpty() ? 0.0F : (m_vMaximum - m_vMinimum).length(); }
+    /// Takes in a point; one that is not finite is left out.
     void add(const M_Vector3Template<float>& point) noexcept;
-    /// Takes in every vertex, as it stands now, of the enabled meshes in `root`'s subtree; of a level-of-detail object
-    /// those of the level in use. Points that are not finite are left out.
-    void addMeshes(const P_BaseObject& root);
 };
+
+/// Appends every vertex, as it stands now in world space, of the enabled meshes in `root`'s subtree; of a
+/// level-of-detail object those of the level in use.
+void collectVertices(const P_BaseObject& root, std::vector<M_Vector3Template<float>>& vertices);
 }  // namespace TW2::render

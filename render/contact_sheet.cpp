@@ -8,6 +8,30 @@
 
 namespace TW2::render
 {
+namespace
+{
+/// Few empty places, and a sheet a little wider than high.
+unsigned int chooseColumns(unsigned int count, float aspect)
+{
+    constexpr float wanted = 1.4F;
+    unsigned int best = 1;
+    float leastFault = 1e9F;
+    for (unsigned int columns = 1; columns <= count; ++columns)
+    {
+        const unsigned int rows = (count + columns - 1) / columns;
+        const float shape = aspect * static_cast<float>(columns) / static_cast<float>(rows);
+        const float empty = static_cast<float>(rows * columns - count) / static_cast<float>(count);
+        const float fault = std::abs(std::log(shape / wanted)) + 2.0F * empty;
+        if (fault < leastFault)
+        {
+            leastFault = fault;
+            best = columns;
+        }
+    }
+    return best;
+}
+}  // namespace
+
 G_Image makeContactSheet(const std::vector<G_Image>& pictures, unsigned int columns)
 {
     constexpr unsigned int border = 2;
@@ -19,11 +43,7 @@ G_Image makeContactSheet(const std::vector<G_Image>& pictures, unsigned int colu
     const auto count = static_cast<unsigned int>(pictures.size());
     const unsigned int width = pictures.front().getWidth();
     const unsigned int height = pictures.front().getHeight();
-    if (columns == 0)
-    {
-        columns = static_cast<unsigned int>(
-            std::lround(std::sqrt(static_cast<float>(count) * static_cast<float>(height) / static_cast<float>(width))));
-    }
+    columns = columns == 0 ? chooseColumns(count, static_cast<float>(width) / static_cast<float>(height)) : columns;
     columns = std::clamp(columns, 1U, count);
     const unsigned int rows = (count + columns - 1) / columns;
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -17,18 +18,6 @@ namespace
 using Vector = M_Vector3Template<float>;
 
 constexpr float degree = std::numbers::pi_v<float> / 180.0F;
-
-std::array<Vector, 8> getCorners(const Bounds& bounds)
-{
-    std::array<Vector, 8> corners;
-    for (std::size_t i = 0; i < corners.size(); ++i)
-    {
-        corners[i] = {(i & 1) != 0 ? bounds.m_vMaximum.x : bounds.m_vMinimum.x,
-                      (i & 2) != 0 ? bounds.m_vMaximum.y : bounds.m_vMinimum.y,
-                      (i & 4) != 0 ? bounds.m_vMaximum.z : bounds.m_vMinimum.z};
-    }
-    return corners;
-}
 
 /// Calls `visit` with every mesh in the subtree of `root`.
 template <typename Visit>
@@ -59,36 +48,44 @@ float roundDown(float length)
 }
 }  // namespace
 
-void frameCamera(P_Camera& camera, const Bounds& bounds, const Viewpoint& viewpoint, float aspect)
+void frameCamera(P_Camera& camera, std::span<const Vector> points, const Viewpoint& viewpoint, float aspect)
 {
     const float azimuth = viewpoint.m_fAzimuth * degree;
     const float elevation = std::clamp(viewpoint.m_fElevation, -89.0F, 89.0F) * degree;
     const Vector away{std::cos(elevation) * std::sin(azimuth), std::sin(elevation),
                       -std::cos(elevation) * std::cos(azimuth)};
-    const Vector middle = bounds.isEmpty() ? Vector() : bounds.getCenter();
+    Bounds bounds;
+    for (const Vector& point : points)
+    {
+        bounds.add(point);
+    }
+    const Vector middle = bounds.getCenter();
     const float size = std::max(bounds.getSize(), 1e-3F);
-
-    // In the camera's directions, with the middle as origin: the line of sight through the middle of what is seen, as
-    // near as every corner allows.
     camera.lookAt(middle + away * size, middle, {0.0F, 1.0F, 0.0F});
+
+    // A point is in the picture when it lies right of the left edge's plane, and so on: |x - center| <= (z + distance)
+    // x half the width at distance 1. Each edge's plane touches the outermost point; center and distance follow from
+    // two opposite edges.
     const float halfHeight = std::tan(viewpoint.m_fVerticalAngle * degree * 0.5F) / viewpoint.m_fMargin;
     const float halfWidth = halfHeight * aspect;
-    Bounds seen;
-    for (const Vector& corner : getCorners(bounds))
+    float right = -std::numeric_limits<float>::max();
+    float left = right;
+    float up = right;
+    float down = right;
+    float nearest = std::numeric_limits<float>::max();
+    for (const Vector& point : points)
     {
-        const Vector inView = camera.getViewMatrix().transformDirection(corner - middle);
-        seen.add(bounds.isEmpty() ? Vector() : inView);
+        const Vector p = camera.getViewMatrix().transformDirection(point - middle);
+        right = std::max(right, p.x - halfWidth * p.z);
+        left = std::max(left, -p.x - halfWidth * p.z);
+        up = std::max(up, p.y - halfHeight * p.z);
+        down = std::max(down, -p.y - halfHeight * p.z);
+        nearest = std::min(nearest, p.z);
     }
-    const Vector center = seen.getCenter();
-    float distance = size * 0.05F;
-    for (const Vector& corner : getCorners(bounds))
-    {
-        const Vector inView = bounds.isEmpty() ? Vector() : camera.getViewMatrix().transformDirection(corner - middle);
-        distance = std::max({distance, std::abs(inView.x - center.x) / halfWidth - inView.z,
-                             std::abs(inView.y - center.y) / halfHeight - inView.z});
-    }
+    const float distance =
+        std::max({0.5F * (right + left) / halfWidth, 0.5F * (up + down) / halfHeight, 0.05F * size - nearest});
     const M_Matrix4x3Template<float>& world = camera.getObjectToWorldMatrix();
-    const Vector target = middle + world.getRow(0) * center.x + world.getRow(1) * center.y;
+    const Vector target = middle + world.getRow(0) * (0.5F * (right - left)) + world.getRow(1) * (0.5F * (up - down));
     camera.lookAt(target + away * distance, target, {0.0F, 1.0F, 0.0F});
     camera.setPerspective(viewpoint.m_fVerticalAngle, aspect, std::max(distance * 0.02F, size * 0.002F),
                           distance + 20.0F * size);
@@ -123,7 +120,7 @@ StudioLights::StudioLights(P_Scene& scene, const P_Camera& camera, float strengt
 
 float chooseLightStrength(const P_BaseObject& root)
 {
-    constexpr float doubled = 0.62F;
+    constexpr float doubled = 0.5F;
     bool anyDoubled = false;
     forEachMesh(root,
                 [&anyDoubled](const P_VirtualObject& mesh)

@@ -6,6 +6,7 @@
 #include <platform/scene/directional_light.h>
 
 #include <array>
+#include <span>
 
 class P_BaseObject;
 class P_Camera;
@@ -22,8 +23,10 @@ struct Viewpoint
     float m_fMargin = 1.08F;         ///< how much larger than the bounds the shown field is; 1: they touch the edge
 };
 
-/// Places the camera (which hangs under nothing) so that `bounds` fills the picture. `aspect`: width over height.
-void frameCamera(P_Camera& camera, const Bounds& bounds, const Viewpoint& viewpoint, float aspect);
+/// Places the camera (which hangs under nothing) so that `points` (at least one, all finite) fill the picture.
+/// `aspect`: width over height.
+void frameCamera(P_Camera& camera, std::span<const M_Vector3Template<float>> points, const Viewpoint& viewpoint,
+                 float aspect);
 
 /// Soft light for looking at a model: a main light from the upper left before the camera, a weaker one from the right,
 /// and one from behind that draws the outline.

@@ -1,9 +1,12 @@
 #include "convert/converter.h"
 #include "tools/commands.h"
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,6 +21,8 @@ using TW2::convert::ClipSummary;
 using TW2::convert::ImportOptions;
 using TW2::convert::Options;
 using TW2::convert::Summary;
+
+std::FILE* s_messages = stderr;
 
 struct Arguments
 {
@@ -72,7 +77,7 @@ void printSummary(const Summary& summary)
     std::fflush(stdout);
     for (const std::string& warning : summary.m_vecWarnings)
     {
-        std::fprintf(stderr, "tw2: warning: %s\n", warning.c_str());
+        std::fprintf(s_messages, "tw2: warning: %s\n", warning.c_str());
     }
 }
 
@@ -86,8 +91,20 @@ int convert(const Arguments& arguments)
     }
     catch (const std::exception& error)
     {
-        std::fprintf(stderr, "tw2: %s\n", error.what());
+        std::fprintf(s_messages, "tw2: %s\n", error.what());
         return EXIT_FAILURE;
+    }
+}
+
+/// Importers write to standard error what they like: from here on only this command's own messages get there.
+void keepMessagesApart()
+{
+    std::FILE* messages = fdopen(dup(STDERR_FILENO), "w");
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (messages && nowhere >= 0)
+    {
+        s_messages = messages;
+        dup2(nowhere, STDERR_FILENO);
     }
 }
 
@@ -104,6 +121,7 @@ void convertApart(const Arguments& arguments)
     if (child == 0)
     {
         alarm(arguments.timeout);
+        keepMessagesApart();
         const int status = convert(arguments);
         std::fflush(nullptr);
         _exit(status);

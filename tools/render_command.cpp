@@ -207,7 +207,7 @@ private:
         for (unsigned int i = 0; i < samples; ++i)
         {
             pose(samples > 1 ? i * (m_motion.pictures - 1) / (samples - 1) : 0);
-            m_bounds.addMeshes(m_script.getObject());
+            collect();
         }
         if (m_bounds.isEmpty())
         {
@@ -215,7 +215,7 @@ private:
         }
         const auto [width, height] = parseSize(arguments.size);
         const float aspect = static_cast<float>(width) / static_cast<float>(height);
-        TW2::render::frameCamera(m_camera, m_bounds, arguments.viewpoint, aspect);
+        TW2::render::frameCamera(m_camera, m_vecPoints, arguments.viewpoint, aspect);
         if (!arguments.eye.empty())
         {
             const M_Vector3Template<float> eye{arguments.eye[0], arguments.eye[1], arguments.eye[2]};
@@ -229,8 +229,28 @@ private:
         }
     }
 
+    /// Takes the vertices of the present pose, or as many of them as are enough to frame it.
+    void collect()
+    {
+        constexpr std::size_t enough = 4000;
+        m_vecVertices.clear();
+        TW2::render::collectVertices(m_script.getObject(), m_vecVertices);
+        const std::size_t step = m_vecVertices.size() / enough + 1;
+        for (std::size_t i = 0; i < m_vecVertices.size(); ++i)
+        {
+            const M_Vector3Template<float>& point = m_vecVertices[i];
+            m_bounds.add(point);
+            if (i % step == 0 && std::isfinite(point.x + point.y + point.z))
+            {
+                m_vecPoints.push_back(point);
+            }
+        }
+    }
+
     AnimatedScript& m_script;
     const Motion& m_motion;
+    std::vector<M_Vector3Template<float>> m_vecVertices;
+    std::vector<M_Vector3Template<float>> m_vecPoints;
     P_Context m_context;
     P_Scene m_scene;
     P_Camera m_camera;
