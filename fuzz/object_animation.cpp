@@ -4,52 +4,15 @@
 #include <platform/runtime/script.h>
 #include <platform/scene/virtual_object.h>
 
+#include <fuzz/input_file.h>
+
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
 
 namespace
 {
-/// A file that the target fills again for every input.
-class InputFile
-{
-public:
-    InputFile()
-    {
-        char name[] = "/tmp/tw2-fuzz-object-XXXXXX";
-        const int descriptor = mkstemp(name);
-        if (descriptor < 0)
-        {
-            std::abort();
-        }
-        m_pStream = fdopen(descriptor, "wb");
-        m_name = name;
-    }
-    ~InputFile()
-    {
-        std::fclose(m_pStream);
-        std::remove(m_name.c_str());
-    }
-    InputFile(const InputFile&) = delete;
-    InputFile& operator=(const InputFile&) = delete;
-
-    void write(const std::uint8_t* data, std::size_t size)
-    {
-        std::FILE* const stream = std::freopen(m_name.c_str(), "wb", m_pStream);
-        if (!stream || std::fwrite(data, 1, size, stream) != size || std::fflush(stream) != 0)
-        {
-            std::abort();
-        }
-    }
-    [[nodiscard]] const std::string& getName() const { return m_name; }
-
-private:
-    std::string m_name;
-    std::FILE* m_pStream;
-};
-
 void requireEmptyUnlessConstructed(const TW2::TW_ObjectAnimation& object)
 {
     if (!object.isConstructed() && (object.getTotalMeshes() > 0 || object.getMaterialManager()))
@@ -76,7 +39,7 @@ void playAndCopy(const TW2::TW_ObjectAnimation& original)
 // played, copied and measured, and leaves nothing behind.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static InputFile s_file;
+    static fuzz::InputFile s_file;
     static const std::string s_text = "object { geometry { exportdata \"" + s_file.getName() +
                                       "\" } animation { index 0 filename \"" + s_file.getName() + "\" } }";
     s_file.write(data, size);

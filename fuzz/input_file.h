@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace fuzz
+{
+/// A file on disk that a target fills again for every input, for what reads by file name only.
+class InputFile
+{
+public:
+    InputFile()
+    {
+        char name[] = "/tmp/tw2-fuzz-XXXXXX";
+        const int descriptor = mkstemp(name);
+        if (descriptor < 0)
+        {
+            std::abort();
+        }
+        m_pStream = fdopen(descriptor, "wb");
+        m_name = name;
+    }
+    ~InputFile()
+    {
+        std::fclose(m_pStream);
+        std::remove(m_name.c_str());
+    }
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    void write(const std::uint8_t* data, std::size_t size)
+    {
+        std::FILE* const stream = std::freopen(m_name.c_str(), "wb", m_pStream);
+        if (!stream || std::fwrite(data, 1, size, stream) != size || std::fflush(stream) != 0)
+        {
+            std::abort();
+        }
+    }
+    [[nodiscard]] const std::string& getName() const { return m_name; }
+
+private:
+    std::string m_name;
+    std::FILE* m_pStream;
+};
+}  // namespace fuzz
