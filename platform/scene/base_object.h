@@ -264,7 +264,7 @@ private:
     friend class P_TransformBlock;
 
     void markSubtree() noexcept;
-    void mark(unsigned long long change) noexcept;
+    bool mark(unsigned long long change) noexcept;
     void computeWorldMatrix() const noexcept;
     [[nodiscard]] bool isBelowThis(const P_BaseObject& object) const noexcept;
     void linkInto(P_ObjectContainer& container) noexcept;

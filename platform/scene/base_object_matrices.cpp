@@ -6,25 +6,27 @@
 
 unsigned long long P_BaseObject::sm_uiChanges = 0;
 
-void P_BaseObject::mark(unsigned long long change) noexcept
+/// Marks this object, or, through its block, it and everything below. Returns whether what hangs below is still to be
+/// marked.
+bool P_BaseObject::mark(unsigned long long change) noexcept
 {
+    if (m_pBlock && getFirstChild() && m_pBlock->markBelowTop(m_uiBlockIndex, change))
+    {
+        return false;
+    }
     *m_pState = P_TransformBlock::STATE_OUT_OF_DATE;
     (m_pBlock ? m_pBlock->m_uiChangeCount : m_uiChangeCount) = change;
+    return true;
 }
 
 void P_BaseObject::markSubtree() noexcept
 {
     const unsigned long long change = ++sm_uiChanges;
-    mark(change);
-    P_BaseObject* object = nextInSubtree(*this, this);
+    P_BaseObject* object = nextInSubtree(*this, this, mark(change));
     while (object)
     {
-        const bool valid = object->isObjectToWorldMatrixValid();
-        if (valid)
-        {
-            object->mark(change);
-        }
-        object = nextInSubtree(*this, object, valid);
+        const bool descend = object->isObjectToWorldMatrixValid() && object->mark(change);
+        object = nextInSubtree(*this, object, descend);
     }
 }
 

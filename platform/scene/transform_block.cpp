@@ -13,6 +13,7 @@ namespace
 using Matrix = M_Matrix4x3Template<float>;
 
 constexpr std::size_t s_uiStorageAlignment = 64;  // a cache line
+constexpr unsigned int s_uiFewTops = 4;
 }  // namespace
 
 /// All arrays of a block in one piece of memory, the widest elements first.
@@ -168,6 +169,7 @@ void P_TransformBlock::release() noexcept
     m_uiCount = 0;
     m_uiOutsideChildTotal = 0;
     m_uiOutOfOrder = 0;
+    m_uiTops = 0;
 }
 
 void P_TransformBlock::release(P_BaseObject& object) noexcept
@@ -208,6 +210,8 @@ void P_TransformBlock::setParent(unsigned int index, int parent) noexcept
     {
         ++m_uiOutOfOrder;
     }
+    m_uiTops -= m_piParents[index] == PARENT_OUTSIDE ? 1u : 0u;
+    m_uiTops += parent == PARENT_OUTSIDE ? 1u : 0u;
     m_piParents[index] = parent;
 }
 
@@ -249,6 +253,35 @@ void P_TransformBlock::childLeft(const P_BaseObject& parent, P_BaseObject& child
     else
     {
         block->countOutsideChild(parent.m_uiBlockIndex, false);
+    }
+}
+
+/// Marks a member whose parent is outside and everything below it in one pass over the block, without touching an
+/// object. Returns false and does nothing where that cannot be, or would not pay: the member's parent is inside, the
+/// order is not parents first, something outside hangs below, or there are many such members.
+bool P_TransformBlock::markBelowTop(unsigned int index, unsigned long long change) noexcept
+{
+    if (m_piParents[index] != PARENT_OUTSIDE || m_uiOutOfOrder != 0 || m_uiOutsideChildTotal != 0 ||
+        m_uiTops > s_uiFewTops)
+    {
+        return false;
+    }
+    m_uiChangeCount = change;
+    m_pStates[index] = STATE_OUT_OF_DATE;
+    markChildren(index + 1);
+    return true;
+}
+
+/// Marks the members from `first` on whose parent is marked.
+void P_TransformBlock::markChildren(unsigned int first) noexcept
+{
+    for (unsigned int i = first; i < m_uiCount; ++i)
+    {
+        const int parent = m_piParents[i];
+        if (parent >= 0 && (m_pStates[parent] & STATE_WORLD_OUT_OF_DATE))
+        {
+            m_pStates[i] = STATE_OUT_OF_DATE;
+        }
     }
 }
 
@@ -318,14 +351,7 @@ void P_TransformBlock::invalidateMember(unsigned int index) noexcept
 void P_TransformBlock::spreadMarks() noexcept
 {
     changed();
-    for (unsigned int i = 0; i < m_uiCount; ++i)
-    {
-        const int parent = m_piParents[i];
-        if (parent >= 0 && (m_pStates[parent] & STATE_WORLD_OUT_OF_DATE))
-        {
-            m_pStates[i] = STATE_OUT_OF_DATE;
-        }
-    }
+    markChildren(0);
     invalidateOutsideChildren();
 }
 
@@ -363,6 +389,10 @@ void P_TransformBlock::updateWorldMatrices() noexcept
         updateOutOfOrder();
         return;
     }
+    // The parent of a bone is mostly the bone before it, or the one that was the parent just now: it stays in
+    // registers.
+    M_RightFactor parentWorld{Matrix()};
+    int held = PARENT_NONE;
     for (unsigned int i = 0; i < m_uiCount; ++i)
     {
         if (!(m_pStates[i] & STATE_WORLD_OUT_OF_DATE))
@@ -372,7 +402,17 @@ void P_TransformBlock::updateWorldMatrices() noexcept
         const int parent = m_piParents[i];
         if (parent >= 0)
         {
-            M_multiply(m_pLocalMatrices[i], m_pWorldMatrices[parent], m_pWorldMatrices[i]);
+            if (parent != held)
+            {
+                parentWorld = M_RightFactor(m_pWorldMatrices[parent]);
+                held = parent;
+            }
+            const M_RightFactor world = parentWorld.multiply(m_pLocalMatrices[i], m_pWorldMatrices[i]);
+            if (i + 1 < m_uiCount && m_piParents[i + 1] == static_cast<int>(i))
+            {
+                parentWorld = world;
+                held = static_cast<int>(i);
+            }
             m_pStates[i] = STATE_INVERSE_OUT_OF_DATE;
         }
         else if (parent == PARENT_OUTSIDE)

@@ -112,6 +112,8 @@ private:
     void changed() noexcept;
     void invalidateMember(unsigned int index) noexcept;
     void spreadMarks() noexcept;
+    [[nodiscard]] bool markBelowTop(unsigned int index, unsigned long long change) noexcept;
+    void markChildren(unsigned int first) noexcept;
     void invalidateOutsideChildren() noexcept;
     void updateOutOfOrder() noexcept;
     /// A child was hung under `parent` or leaves it.
@@ -132,4 +134,6 @@ private:
     unsigned long long m_uiUpdatedCount = 0;
     /// Members that stand before their parent.
     unsigned int m_uiOutOfOrder = 0;
+    /// Members whose parent is outside.
+    unsigned int m_uiTops = 0;
 };
