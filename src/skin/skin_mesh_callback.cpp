@@ -150,6 +150,11 @@ P_TriangleMesh* TW_SkinMeshCallback::createTriangleMesh(P_VirtualObject* mesh, i
                                                         int triangleCount, int vertexCount,
                                                         const S_Vector<int>& vertexMap)
 {
+    if (!m_pVertexAnimation->getSkeleton() || !m_pVertexAnimation->getSkinData())
+    {
+        throw TW_Exception_InvalidGeometry(
+            S_STR("Skin mesh \"%s\" has no skeleton or no SKD to follow", mesh->getName().c_str()));
+    }
     const TW_VertexAnimation::Skin& skin = *m_pVertexAnimation->getSkinData();
     const SkinVertices vertices(skin, *mesh, primitive, vertexCount, vertexMap);
     int maxBones = 0;

@@ -1,6 +1,7 @@
 #include "tests/support/character_files.h"
 #include "tests/support/expectations.h"
 
+#include <tw2/core/exceptions.h>
 #include <tw2/core/static_data.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/skin/skin_mesh_callback.h>
@@ -194,4 +195,7 @@ TEST(SkinMeshes, SlotsAreSortedByWeightUnlessAVertexMapNamesTheVertices)
     }
     EXPECT_NE(support::messageOf([&] { make({0}); }).find("a vertex map of 1 entries for 3 vertices"),
               std::string::npos);
+    TW_VertexAnimation empty;
+    TW_SkinMeshCallback lost(character.getSkin(), &empty);
+    EXPECT_THROW(lost.createTriangleMesh(&mesh, 0, 0x30, 1, 3, {}), TW_Exception_InvalidGeometry);
 }
