@@ -1,4 +1,5 @@
 #include <platform/math/matrix4x3_product.h>
+#include <platform/runtime/prefetch.h>
 #include <platform/scene/base_object.h>
 #include <platform/scene/scene_exception.h>
 #include <platform/scene/transform_block.h>
@@ -12,7 +13,9 @@ namespace
 {
 using Matrix = M_Matrix4x3Template<float>;
 
-constexpr std::size_t s_uiStorageAlignment = 64;  // a cache line
+constexpr std::size_t s_uiStorageAlignment = S_CACHE_LINE;
+// Matrices that are on their way into the near cache while one is worked on.
+constexpr std::size_t s_uiMatricesAhead = 10;
 constexpr unsigned int s_uiFewTops = 4;
 }  // namespace
 
@@ -107,6 +110,7 @@ void P_TransformBlock::takeIn(P_BaseObject* const* objects) noexcept
             object->m_pBlock->release(*object);
         }
         m_ppObjects[i] = object;
+        ++m_uiMemberCount;
         m_pLocalMatrices[i] = object->m_ownLocalMatrix;
         m_pWorldMatrices[i] = object->m_ownWorldMatrix;
         m_pStates[i] = object->m_ownState;
@@ -147,6 +151,7 @@ void P_TransformBlock::giveBack(P_BaseObject& object) noexcept
     object.m_pBlock = nullptr;
     object.m_uiBlockIndex = 0;
     m_ppObjects[i] = nullptr;
+    --m_uiMemberCount;
 }
 
 void P_TransformBlock::release() noexcept
@@ -290,11 +295,28 @@ void P_TransformBlock::changed() noexcept
     m_uiChangeCount = ++P_BaseObject::sm_uiChanges;
 }
 
+void P_TransformBlock::prefetch() const noexcept
+{
+    const std::size_t bytes = std::min<std::size_t>(m_uiCount, s_uiMatricesAhead) * sizeof(Matrix);
+    for (std::size_t offset = 0; offset < bytes; offset += S_CACHE_LINE)
+    {
+        S_prefetchForWriting(m_pLocalMatrices, offset);
+    }
+    S_prefetchForWriting(m_ppObjects);
+    S_prefetchForWriting(m_pStates);
+}
+
 void P_TransformBlock::invalidateAll() noexcept
 {
     if (m_uiCount == 0)
     {
         return;
+    }
+    // What new world matrices ask for first.
+    S_prefetch(m_piParents);
+    if (m_ppObjects[0])
+    {
+        S_prefetch(&m_ppObjects[0]->m_pContainer);
     }
     std::memset(m_pStates, STATE_OUT_OF_DATE, m_uiCount);
     changed();
@@ -400,6 +422,8 @@ void P_TransformBlock::updateWorldMatrices() noexcept
             continue;
         }
         const int parent = m_piParents[i];
+        S_prefetch(m_piParents + i, S_CACHE_LINE);
+        S_prefetchForWriting(m_pWorldMatrices + i, s_uiMatricesAhead * sizeof(Matrix));
         if (parent >= 0)
         {
             if (parent != held)
@@ -417,8 +441,23 @@ void P_TransformBlock::updateWorldMatrices() noexcept
         }
         else if (parent == PARENT_OUTSIDE)
         {
-            m_ppObjects[i]->calculateObjectToWorldMatrix();
+            updateBelowOutside(i);
         }
+    }
+}
+
+/// The member's parent is not in the block; nearly always its world matrix is valid, or there is none.
+void P_TransformBlock::updateBelowOutside(unsigned int index) noexcept
+{
+    const P_BaseObject* const parent = m_ppObjects[index]->getParent();
+    if (parent && parent->isObjectToWorldMatrixValid())
+    {
+        M_multiply(m_pLocalMatrices[index], *parent->m_pWorldMatrix, m_pWorldMatrices[index]);
+        m_pStates[index] = STATE_INVERSE_OUT_OF_DATE;
+    }
+    else
+    {
+        m_ppObjects[index]->calculateObjectToWorldMatrix();
     }
 }
 

@@ -6,6 +6,7 @@
 #include <tw2/keyframe/keyframe_animation.h>
 
 #include <platform/math/float4.h>
+#include <platform/runtime/prefetch.h>
 
 namespace TW2
 {
@@ -30,6 +31,7 @@ struct TrackAccess
             data && animation.m_eInterpolationMode == InterpolationMode::Linear && !animation.m_bKeepScale;
         return isBlended && data->m_pMatrices && !data->m_pMatrices->m_vecFrames.empty() ? data->m_pMatrices : nullptr;
     }
+    static void prefetchTrack(const TW_KeyframeAnimation& animation) noexcept { S_prefetch(animation.m_pSharedData); }
     static InterpolationMode getMode(const TW_KeyframeAnimation& animation) noexcept
     {
         return animation.m_eInterpolationMode;
@@ -202,6 +204,25 @@ private:
     Group m_groups[MODES];
 };
 
+// Where many objects play, neither tracks nor matrices are in the nearest cache. Far ahead the animations are fetched,
+// nearer what they point to.
+void fetchAhead(const TrackBatch& batch, std::size_t i) noexcept
+{
+    constexpr std::size_t FAR = 8;
+    constexpr std::size_t NEAR = 4;
+    if (batch.m_puiPlaces || i + FAR >= batch.m_uiCount)
+    {
+        return;
+    }
+    S_prefetchForWriting(batch.m_pMatrices + i + FAR);
+    S_prefetch(batch.m_ppTracks[i + FAR]);
+    S_prefetch(batch.m_ppTracks[i + FAR], S_CACHE_LINE);
+    if (const auto* const animation = batch.m_ppTracks[i + NEAR])
+    {
+        TrackAccess::prefetchTrack(*animation);
+    }
+}
+
 template <TrackWrite write>
 void sample(const TrackBatch& batch, float frame, float weight) noexcept
 {
@@ -209,6 +230,7 @@ void sample(const TrackBatch& batch, float frame, float weight) noexcept
     for (std::size_t i = 0; i < batch.m_uiCount; ++i)
     {
         const std::size_t place = batch.m_puiPlaces ? batch.m_puiPlaces[i] : i;
+        fetchAhead(batch, i);
         if (const auto* const animation = batch.m_ppTracks[place])
         {
             sampler.add(*animation, batch.m_piHints[place], batch.m_pMatrices[place].data());

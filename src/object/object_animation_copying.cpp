@@ -74,7 +74,7 @@ void TW_ObjectAnimation::Builder::copyAnimations(const TW_ObjectAnimation& sourc
     {
         std::fill(record.m_vecLastFrames.begin(), record.m_vecLastFrames.end(), 0u);
     }
-    S_Map<int, int> indices(source.m_mapAnimationIndices);
+    S_FlatMap<int, int> indices(source.m_mapAnimationIndices);
 
     m_object.m_mapAnimationIndices.swap(indices);
     m_object.m_vecAnimations.swap(records);

@@ -26,8 +26,8 @@ ObjectAnimation::~ObjectAnimation() = default;
 
 const ObjectAnimation* TW_ObjectAnimation::getAnimation(int index) const noexcept
 {
-    const auto found = m_mapAnimationIndices.find(index);
-    return found == m_mapAnimationIndices.end() ? nullptr : &m_vecAnimations[static_cast<std::size_t>(found->second)];
+    const int* const position = m_mapAnimationIndices.find(index);
+    return position ? &m_vecAnimations[static_cast<std::size_t>(*position)] : nullptr;
 }
 
 ObjectAnimation* TW_ObjectAnimation::accessAnimation(int index) noexcept

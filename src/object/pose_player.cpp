@@ -50,22 +50,6 @@ void correctFour(InterpolationMode mode, float* const matrices[4], std::size_t c
     four.store(matrices, count);
 }
 
-// Whether each mesh has its own place in the block, so that the matrices can be written there in one go.
-bool isWhole(const P_TransformBlock& block, P_VirtualObject* const* meshes, std::size_t count) noexcept
-{
-    if (block.getCount() != count)
-    {
-        return false;
-    }
-    for (unsigned int i = 0; i < count; ++i)
-    {
-        if (block.getObject(i) != meshes[i])
-        {
-            return false;
-        }
-    }
-    return true;
-}
 }  // namespace
 
 PosePlayer::PosePlayer(TW_ObjectAnimation& object, const TW_BoneGroupHandle* group) noexcept
@@ -76,9 +60,10 @@ PosePlayer::PosePlayer(TW_ObjectAnimation& object, const TW_BoneGroupHandle* gro
         m_puiMask = group->getMeshMask(object.m_uiMeshListNumber, m_ppMeshes, m_uiCount);
     }
     P_TransformBlock& block = object.m_meshTransforms;
-    if (isWhole(block, m_ppMeshes, m_uiCount))
+    if (block.getCount() == m_uiCount && block.getMemberCount() == m_uiCount)
     {
         m_pLocal = block.accessLocalMatrices();
+        block.prefetch();
     }
 }
 

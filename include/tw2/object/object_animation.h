@@ -6,6 +6,7 @@
 
 #include <platform/math/vector3.h>
 #include <platform/runtime/allocator.h>
+#include <platform/runtime/flat_map.h>
 #include <platform/runtime/hash_map.h>
 #include <platform/scene/transform_block.h>
 
@@ -303,7 +304,7 @@ private:
     S_HashMap<const P_VirtualObject*, int> m_mapMeshIndices;
     int m_iMaximumAnimationIndex = -1;
     S_Vector<ObjectAnimation> m_vecAnimations;
-    S_Map<int, int> m_mapAnimationIndices;
+    S_FlatMap<int, int> m_mapAnimationIndices;
     InterpolationMode m_eCrossMode = InterpolationMode::Linear;
     bool m_bUseManualBoundingSphere = false;
     bool m_bUseManualBoundingBox = false;
