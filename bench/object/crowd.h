@@ -4,6 +4,8 @@
 
 #include <platform/math/matrix4x3.h>
 
+#include <malloc.h>
+
 #include <cmath>
 #include <memory>
 #include <string>
@@ -38,13 +40,21 @@ public:
             files.addAnimation(animation, tracks);
         }
         m_objects.push_back(files.build("normalized"));
+        const std::size_t before = mallinfo2().uordblks;
         while (m_objects.size() < count)
         {
             m_objects.push_back(std::make_unique<TW_ObjectAnimation>(*m_objects.front()));
         }
+        m_copiedBytes = mallinfo2().uordblks - before;
     }
 
     [[nodiscard]] std::size_t getBoneCount() const { return m_objects.size() * BONES; }
+    /// Heap of each object but the first, per bone; 0 when there is only one.
+    [[nodiscard]] double getBytesPerBone() const
+    {
+        const std::size_t copiedBones = (m_objects.size() - 1) * BONES;
+        return copiedBones ? static_cast<double>(m_copiedBytes) / static_cast<double>(copiedBones) : 0.0;
+    }
 
     [[nodiscard]] const TW_ObjectAnimation& getObject(std::size_t i) const { return *m_objects[i]; }
 
@@ -96,6 +106,7 @@ private:
     }
 
     std::vector<std::unique_ptr<TW_ObjectAnimation>> m_objects;
+    std::size_t m_copiedBytes = 0;
     float m_fFrame = 0.0F;
 };
 }  // namespace TW2::bench

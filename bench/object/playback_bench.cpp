@@ -31,6 +31,10 @@ void run(benchmark::State& state, Action&& action, int mode = 0)
         crowd.step(action);
         benchmark::ClobberMemory();
     }
+    if (crowd.getBytesPerBone() > 0.0)
+    {
+        state.counters["heap bytes/bone"] = crowd.getBytesPerBone();
+    }
     TW2::bench::report(
         state, {.items = crowd.getBoneCount(), .bytes = crowd.getBoneCount() * sizeof(M_Matrix4x3Template<float>)});
 }
