@@ -78,14 +78,11 @@ void readBody(S_MemoryFile& file, S_MemoryFile::Chunk& chunk)
         return;
     }
     const Read read = s_reads[chunk.getID() % std::size(s_reads)];
-    while (file.getRemaining() > 0 && file.getPosition() >= chunk.getBodyOffset())
+    std::size_t before = 0;
+    while (file.getRemaining() > 0 && file.getPosition() > before)  // a seek leads out of the chunk, perhaps back
     {
-        const std::size_t before = file.getPosition();
+        before = file.getPosition();
         read(file);
-        if (file.getPosition() == before)
-        {
-            return;
-        }
     }
 }
 

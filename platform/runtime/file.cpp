@@ -274,7 +274,7 @@ S_String S_File::findOnDisk(std::string_view name) const
     {
         return {};
     }
-    const S_String slashed = withSlashes(name);
+    S_String slashed = withSlashes(name);
     if (isOnDisk(slashed))
     {
         return slashed;

@@ -297,17 +297,16 @@ S_MemoryFile& operator>>(S_MemoryFile& file, S_String& value)
         file.m_uPosition = begin;
         file.fail(S_STR("a string of %zu bytes, %zu are left", length, left));
     }
-    const unsigned char* bytes = file.take(length, "a string");
-    value.assign(bytes, bytes + length);
+    value.assign(reinterpret_cast<const char*>(file.take(length, "a string")), length);
     return file;
 }
 
 S_MemoryFile& operator>>(S_MemoryFile& file, M_Matrix4x3Template<float>& value)
 {
     const unsigned char* bytes = file.take(48, "a matrix");
-    for (int i = 0; i < 12; ++i)
+    for (int i = 0; i < 12; ++i, bytes += 4)
     {
-        value.data()[i] = S_MemoryFile::decodeFloat(bytes + 4 * i);
+        value.data()[i] = S_MemoryFile::decodeFloat(bytes);
     }
     return file;
 }

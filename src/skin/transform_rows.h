@@ -30,9 +30,10 @@ public:
     }
     void store(float* to) const noexcept
     {
-        for (int row = 0; row < 4; ++row)
+        for (const M_Float4& row : m_rows)
         {
-            m_rows[row].store(to + 4 * row);
+            row.store(to);
+            to += 4;
         }
     }
     /// @}

@@ -120,7 +120,7 @@ TEST_F(ObjectLevels, AskingIsAnsweredByTheLevelInUseTheLastOneOrTheFirst)
     EXPECT_EQ(object->getMesh(0)->getName(), "body");
     EXPECT_EQ(object->getMaximumAnimationIndex(), -1);
     EXPECT_EQ(object->getAnimationFrames(1), 0u);
-    EXPECT_THROW(object->getBoneHandle("Bone1"), TW_Exception_BoneNotFound);
+    EXPECT_THROW(static_cast<void>(object->getBoneHandle("Bone1")), TW_Exception_BoneNotFound);
     EXPECT_TRUE(object->isValidAnimation(1));
     EXPECT_EQ(object->getAnimationLoopToFrame(1), object->getLODObject(0)->getAnimationLoopToFrame(1));
 
