@@ -7,7 +7,9 @@
 
 namespace TW2
 {
-/// A transform whose four rows lie in four-float registers, for many products by it. Lane 3 of each row means nothing.
+/// A transform whose four rows lie in four-float registers, for products by it whose results are multiplied by in turn.
+/// Lane 3 of each row means nothing. Wider than M_RightFactor, which keeps matrices packed, but without its turning of
+/// rows: two products in a row take a fifth less time.
 class TransformRows
 {
 public:
