@@ -23,7 +23,15 @@ using support::makeTrack;
 
 namespace
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define TW2_TEST_SANITIZED
+#endif
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define TW2_TEST_SANITIZED
+#endif
+
+#ifdef TW2_TEST_SANITIZED
 constexpr int callCount = 400000;
 #else
 constexpr int callCount = 1000000;
