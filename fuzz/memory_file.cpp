@@ -43,13 +43,6 @@ void readBytes(S_MemoryFile& file)
     file.read(bytes.data(), bytes.size());
 }
 
-void readAsText(S_MemoryFile& file)
-{
-    S_String text;
-    file >> text;
-    file.seek(static_cast<int>(text.size()), S_MemoryFile::seekBegin);
-}
-
 using Read = void (*)(S_MemoryFile&);
 constexpr Read s_reads[] = {readOne<int>,
                             readOne<unsigned int>,
@@ -63,8 +56,7 @@ constexpr Read s_reads[] = {readOne<int>,
                             readList<S_String>,
                             readList<S_Vector<float>>,
                             readBlock,
-                            readBytes,
-                            readAsText};
+                            readBytes};
 
 void walk(S_MemoryFile& file, S_MemoryFile::Chunk& parent);
 
@@ -78,11 +70,11 @@ void readBody(S_MemoryFile& file, S_MemoryFile::Chunk& chunk)
         return;
     }
     const Read read = s_reads[chunk.getID() % std::size(s_reads)];
-    std::size_t before = 0;
-    while (file.getRemaining() > 0 && file.getPosition() > before)  // a seek leads out of the chunk, perhaps back
+    while (file.getRemaining() > 0)
     {
-        before = file.getPosition();
+        const std::size_t before = file.getPosition();
         read(file);
+        require(file.getPosition() > before);
     }
 }
 
