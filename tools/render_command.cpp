@@ -17,11 +17,14 @@
 #include <platform/scene/scene.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace
@@ -89,21 +92,25 @@ std::pair<unsigned int, unsigned int> parseSize(const std::string& text)
     return {width, height};
 }
 
-/// "0.5" or "0..1".
-std::pair<double, double> parseWeight(const std::string& text)
+/// The number that is all of `text`; nothing when it is none.
+std::optional<double> parseNumber(std::string_view text)
 {
-    double from = 0.0;
-    double to = 0.0;
-    char rest = 0;
-    if (std::sscanf(text.c_str(), "%lf..%lf%c", &from, &to, &rest) == 2)
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
+}
+
+/// "0.5" or "0..1".
+std::pair<double, double> parseWeight(std::string_view text)
+{
+    const std::size_t dots = text.find("..");
+    const std::optional<double> from = parseNumber(text.substr(0, dots));
+    const std::optional<double> to = dots == std::string_view::npos ? from : parseNumber(text.substr(dots + 2));
+    if (!from || !to)
     {
-        return {from, to};
+        throw tools::Failure("--weight is a number or a range such as 0..1, not \"" + std::string(text) + "\"");
     }
-    if (std::sscanf(text.c_str(), "%lf%c", &from, &rest) == 1)
-    {
-        return {from, from};
-    }
-    throw tools::Failure("--weight is a number or a range such as 0..1, not \"" + text + "\"");
+    return {*from, *to};
 }
 
 Motion chooseMotion(const Arguments& arguments, AnimatedScript& script)

@@ -112,6 +112,7 @@ TEST(RenderCommand, WritesEveryKindOfPicture)
     };
     EXPECT_EQ(draw({"--blend", "sway:dance", "--weight", "1"}), draw({"--animation", "dance"}));
     EXPECT_NE(draw({"--blend", "sway:dance", "--weight", "0.5"}), draw({"--animation", "dance"}));
+    EXPECT_EQ(draw({"--blend", "sway:dance", "--weight", "0..1"}), draw({"--animation", "sway"})) << "its begin";
 }
 
 TEST(RenderCommand, SaysWhatIsWrongWithItsArguments)
