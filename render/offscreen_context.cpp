@@ -13,6 +13,7 @@ namespace
 {
 EGLDisplay openDisplay()
 {
+    // The process's one display, which others may use as well: it is started as often as asked, and never ended.
     // Each way is tried until one gives a display that starts: without a surface first, the default one last.
     for (const EGLenum platform : {static_cast<EGLenum>(EGL_PLATFORM_SURFACELESS_MESA), static_cast<EGLenum>(EGL_NONE)})
     {
@@ -49,24 +50,12 @@ EGLContext openContext(EGLDisplay display)
 }
 }  // namespace
 
-OffscreenContext::OffscreenContext() : m_pDisplay(openDisplay()), m_pContext(nullptr)
-{
-    try
-    {
-        m_pContext = openContext(m_pDisplay);
-    }
-    catch (...)
-    {
-        eglTerminate(m_pDisplay);
-        throw;
-    }
-}
+OffscreenContext::OffscreenContext() : m_pDisplay(openDisplay()), m_pContext(openContext(m_pDisplay)) {}
 
 OffscreenContext::~OffscreenContext()
 {
     eglMakeCurrent(m_pDisplay, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     eglDestroyContext(m_pDisplay, m_pContext);
-    eglTerminate(m_pDisplay);
 }
 
 const char* OffscreenContext::getDriverName() const
