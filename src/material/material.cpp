@@ -245,11 +245,12 @@ void TW_Material::releaseSolidMap() noexcept
 
 void TW_Material::setTextureMatrix(int layer, const M_Matrix4Template<float>& matrix)
 {
+    const M_Matrix4Template<float> copy = matrix;  // it may be an entry of the list, which moves
     m_vecTextureMatrixLayers.reserve(m_vecTextureMatrixLayers.size() + 1);
     m_vecTextureMatrices.reserve(m_vecTextureMatrices.size() + 1);
-    m_mapTextureMatrices.try_emplace(layer, matrix);
+    m_mapTextureMatrices.try_emplace(layer, copy);
     m_vecTextureMatrixLayers.push_back(layer);
-    m_vecTextureMatrices.push_back(matrix);
+    m_vecTextureMatrices.push_back(copy);
 }
 
 bool TW_Material::hasTextureMatrix(int layer) const noexcept

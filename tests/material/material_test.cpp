@@ -517,7 +517,10 @@ TEST_F(Material, TheFirstTextureMatrixOfALayerCountsAndTheListKeepsAll)
     EXPECT_FALSE(material.hasTextureMatrix(1));
     EXPECT_EQ(material.getTextureMatrixCount(), 3);
     EXPECT_EQ(material.getTextureMatrixTextureLayer(2), 7);
-    EXPECT_EQ(TW_Material(material).getTextureMatrixCount(), 3);
+    // An entry of the list may be given to another layer.
+    material.setTextureMatrix(8, material.getTextureMatrix(0));
+    EXPECT_EQ(material.getTextureMatrix(3), material.getTextureMatrix(0));
+    EXPECT_EQ(TW_Material(material).getTextureMatrixCount(), 4);
 }
 
 TEST_F(Material, TexturesGoToTextureMemoryAndThePlainWhiteMapDoesNot)
