@@ -261,6 +261,23 @@ TEST(MaterialChunk, CopiesOwnTheirTextures)
     EXPECT_FALSE(target.hasDiffuseTexture());
 }
 
+TEST(MaterialChunk, ARecordThatWasMovedAwayHasNoTexturesAndCanBeUsedAgain)
+{
+    TWMaterialChunk original = makeFullRecord();
+    TWMaterialChunk taken(std::move(original));
+    const auto expectUsable = [](TWMaterialChunk& moved)
+    {
+        EXPECT_FALSE(moved.hasDiffuseTexture() || moved.hasGlossTexture());
+        EXPECT_EQ(TWMaterialChunk(moved).getDiffuseTexture(), nullptr);
+        moved.reset();
+        EXPECT_EQ(moved.accessDiffuseTexture(), MaterialTextureChunk());
+    };
+    expectUsable(original);
+    original = std::move(taken);
+    expectUsable(taken);
+    EXPECT_EQ(toBytes(original), toBytes(makeFullRecord()));
+}
+
 TEST(MaterialChunk, EqualityDecidesOnWhatAnEngineMaterialIsBuiltFrom)
 {
     using Change = std::function<void(TWMaterialChunk&)>;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <utility>
 
 class S_MemoryFile;
 class S_MemoryFileWriter;
@@ -57,6 +58,7 @@ struct TW2_API TWMaterialChunk
     TWMaterialChunk() noexcept = default;
     /// Copies every field, and every present slot into a record of its own.
     TWMaterialChunk(const TWMaterialChunk& other) = default;
+    /// The other record has no slot present afterwards; `reset` makes it usable again.
     TWMaterialChunk(TWMaterialChunk&& other) noexcept = default;
     /// Leaves the record as it was when memory runs out.
     TWMaterialChunk& operator=(const TWMaterialChunk& other);
@@ -132,7 +134,7 @@ private:
     {
     };
 
-    /// A copy has a record of its own when the slot is present, else none.
+    /// A copy has a record of its own when the slot is present, else none. What is moved from is not present.
     struct Slot
     {
         std::unique_ptr<SlotRecord> m_pTexture;
@@ -140,8 +142,16 @@ private:
 
         Slot() noexcept = default;
         Slot(const Slot& other);
-        Slot(Slot&&) noexcept = default;
-        Slot& operator=(Slot&&) noexcept = default;
+        Slot(Slot&& other) noexcept
+            : m_pTexture(std::move(other.m_pTexture)), m_bPresent(std::exchange(other.m_bPresent, false))
+        {
+        }
+        Slot& operator=(Slot&& other) noexcept
+        {
+            m_pTexture = std::move(other.m_pTexture);
+            m_bPresent = std::exchange(other.m_bPresent, false);
+            return *this;
+        }
         ~Slot() = default;
     };
 
