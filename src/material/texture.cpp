@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -140,6 +141,7 @@ void TW_Texture::addTexturePath(const S_String& directories)
 {
     constexpr char divider = ';';
     const auto isBlank = [](char character) { return std::isspace(static_cast<unsigned char>(character)) != 0; };
+    S_Vector<S_String> added;  // the text may be an entry of the list
     for (std::size_t begin = 0; begin <= directories.size();)
     {
         const std::size_t next = std::min(directories.find(divider, begin), directories.size());
@@ -159,10 +161,12 @@ void TW_Texture::addTexturePath(const S_String& directories)
             {
                 directory += '\\';
             }
-            s_vecTexturePathList.push_back(std::move(directory));
+            added.push_back(std::move(directory));
         }
         begin = next + 1;
     }
+    s_vecTexturePathList.insert(s_vecTexturePathList.end(), std::make_move_iterator(added.begin()),
+                                std::make_move_iterator(added.end()));
 }
 
 void TW_Texture::clearTexturePathList() noexcept

@@ -78,6 +78,30 @@ TEST(TexturePath, DirectoriesAreTrimmedAndClosedAndKeepTheirOrder)
     EXPECT_THAT(getPathList(), ElementsAre("a\\", "a\\", "b\\", "c\\"));
 }
 
+TEST(TexturePath, AnEntryCanBeAddedOnceMoreAndWantOfMemoryAddsNothing)
+{
+    const support::TextureFolder folder;
+    const std::string entry = "a directory whose name is not kept in place/";
+    TW_Texture::clearTexturePathList();
+    TW_Texture::addTexturePath(entry.c_str());
+    for (int i = 0; i < 3; ++i)
+    {
+        TW_Texture::addTexturePath(TW_Texture::getTexturePath(0));
+    }
+    const std::vector<std::string> list(4, entry);
+    EXPECT_EQ(getPathList(), list);
+
+    const S_String more = (entry + ';' + entry + ';' + entry).c_str();
+    TW_Texture::clearTexturePathList();
+    support::expectNothingLeftByFailedAllocations(
+        [&]
+        {
+            TW_Texture::addTexturePath(more);
+            EXPECT_EQ(TW_Texture::getTexturePathCount(), 3);
+            TW_Texture::clearTexturePathList();
+        });
+}
+
 TEST(Texture, AFileIsFoundByEitherSeparatorAndEitherLetterCaseAndThroughAbsoluteDirectories)
 {
     support::TemporaryDirectory directory;

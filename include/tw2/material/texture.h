@@ -71,6 +71,7 @@ public:
 
     /// Appends the directories of a text separated by ';', without the blanks around them. They are relative to the
     /// directory that is current when a texture is built, or absolute; both separators and either letter case work.
+    /// When memory runs out the list is as before.
     static void addTexturePath(const S_String& directories);
     static void clearTexturePathList() noexcept;
     [[nodiscard]] static int getTexturePathCount() noexcept;
