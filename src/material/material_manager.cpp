@@ -120,6 +120,7 @@ void TW_MaterialManager::add(std::unique_ptr<TW_Material> added)
         removeLast();
         throw;
     }
+    m_bConstructed = true;  // what it holds is freed with it
 }
 
 void TW_MaterialManager::addTextureAnimation(TW_Material* material, TW_Material::TextureType type)

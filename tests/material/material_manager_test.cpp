@@ -211,6 +211,23 @@ TEST_F(MaterialManager, AFailureWhileAddingLeavesTheManagerAsItWas)
     EXPECT_EQ(m_manager.getMaterialCount(), 0u);
 }
 
+TEST_F(MaterialManager, MaterialsAddedAfterDestructingAreFreedToo)
+{
+    const long long live = S_Memory::getLiveCount();
+    for (int i = 0; i < 2; ++i)
+    {
+        m_manager.destruct();
+        EXPECT_THROW(m_manager.addMaterial(makeRecord("bad", "x", {"none.png"})), TW_Exception_TextureNotFound);
+        EXPECT_FALSE(m_manager.isConstructed());
+        m_manager.addMaterial(makeRecord("a", "x", {"0.png", "1.png"}));
+        EXPECT_EQ(m_manager.getMaterialCount(), 1u);
+        EXPECT_TRUE(m_manager.isConstructed());
+    }
+    m_manager.construct();
+    EXPECT_EQ(m_manager.getMaterialCount(), 0u);
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
+}
+
 TEST_F(MaterialManager, WhatMaterialsAllocateIsBookedUnderTheLibrarysName)
 {
     const auto before = S_MemoryScope::getUsage("TW Memory Container");

@@ -38,7 +38,8 @@ public:
     /// @name Materials
     /// @{
 
-    /// Builds a material and adds it. Throws what TW_Material::construct throws; the manager is then as before.
+    /// Builds a material and adds it; an unconstructed manager is constructed then. Throws what TW_Material::construct
+    /// throws; the manager is then as before.
     void addMaterial(const TWMaterialChunk& chunk);
     /// The first material of that name, or null.
     [[nodiscard]] TW_Material* findMaterial(const S_String& name) const;
