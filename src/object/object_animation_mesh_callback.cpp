@@ -11,24 +11,89 @@
 #include <platform/runtime/str.h>
 #include <platform/scene/virtual_object.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 
 namespace TW2
 {
 namespace
 {
-/// A record that the host had in hand may not fit in itself any more.
+/// Whether every group, and all of them together, lie in a list of `size` elements; each counted one takes `step`.
+template <typename T>
+bool areGroupsInside(const S_Vector<T>& offsets, const S_Vector<T>& counts, std::size_t step, std::size_t size)
+{
+    if (offsets.size() < counts.size())
+    {
+        return false;
+    }
+    std::size_t left = size / step;
+    for (std::size_t group = 0; group < counts.size(); ++group)
+    {
+        const std::size_t offset = static_cast<unsigned int>(offsets[group]);
+        const std::size_t count = static_cast<unsigned int>(counts[group]);
+        if (count > left || offset > size || count > (size - offset) / step)
+        {
+            return false;
+        }
+        left -= count;
+    }
+    return true;
+}
+
+/// Coordinates are written by the counts alone, also from a slot that is not marked as used.
+bool fitsVertices(const TextureChannelChunk& channel, const MeshVertexChunk& vertices)
+{
+    for (std::size_t group = 0; group < std::min(channel.groupCounts.size(), vertices.groupCounts.size()); ++group)
+    {
+        const auto count = static_cast<unsigned int>(channel.groupCounts[group]);
+        if (count != 0 && count != vertices.groupCounts[group])
+        {
+            return false;
+        }
+    }
+    return areGroupsInside(channel.groupOffsets, channel.groupCounts, 1, channel.coordinates.size());
+}
+
+/// What is so in every record that was read, but has to be kept up by who changes one.
+S_String findListFault(const MeshChunk& record)
+{
+    const MeshVertexChunk& vertices = record.vertices;
+    const std::size_t count = vertices.positions.size();
+    if (record.channels.size() != MeshChunk::sm_channelSlots || record.channelUsed.size() != MeshChunk::sm_channelSlots)
+    {
+        return S_STR("%zu texture channel slots, found %zu", MeshChunk::sm_channelSlots, record.channels.size()).str();
+    }
+    if (vertices.normals.size() != count || (record.hasVertexMap() && vertices.vertexMap.size() != count))
+    {
+        return S_STR("a normal and a vertex map entry or no map for each of the %zu positions", count).str();
+    }
+    if (!areGroupsInside(vertices.groupOffsets, vertices.groupCounts, 1, count))
+    {
+        return S_STR("groups of vertices among the %zu positions", count).str();
+    }
+    if (!areGroupsInside(record.faces.groupOffsets, record.faces.groupCounts, 3, record.faces.indices.size()))
+    {
+        return S_STR("groups of triangles among the %zu indices", record.faces.indices.size()).str();
+    }
+    for (std::size_t slot = 0; slot < record.channels.size(); ++slot)
+    {
+        if (!fitsVertices(record.channels[slot], vertices))
+        {
+            return S_STR("groups of texture channel %zu with a coordinate for each vertex or none", slot).str();
+        }
+    }
+    return {};
+}
+
+/// A record that a host had in hand may not fit in itself any more. Parts that nothing is built from may be anything.
 void requireSound(const MeshChunk& record)
 {
-    S_String fault = findFault(record.vertices);
-    if (fault.empty())
+    if (record.hasInstance || !record.hasVertices || !record.hasFaces)
     {
-        fault = findFault(record.faces);
+        return;
     }
-    for (std::size_t slot = 0; fault.empty() && slot < record.channels.size(); ++slot)
-    {
-        fault = findFault(record.channels[slot]);
-    }
+    S_String fault = findListFault(record);
     if (fault.empty())
     {
         fault = findFault(record);
@@ -127,14 +192,12 @@ TW_ObjectAnimationMeshCallback::~TW_ObjectAnimationMeshCallback() = default;
 
 void TW_ObjectAnimationMeshCallback::operator()(MeshChunk& record)
 {
-    if (TW_LoadMeshCallback* const loadMesh = TW_ObjectAnimation::getLoadMeshCallback())
+    TW_LoadMeshCallback* const loadMesh = TW_ObjectAnimation::getLoadMeshCallback();
+    if (loadMesh && !(*loadMesh)(record))
     {
-        if (!(*loadMesh)(record))
-        {
-            return;
-        }
-        requireSound(record);
+        return;
     }
+    requireSound(record);
     std::unique_ptr<P_VirtualObject> mesh = createMesh(record, *m_pObject);
     hangUnderParent(*mesh, record, *m_pObject);
     mesh->setName(record.name);

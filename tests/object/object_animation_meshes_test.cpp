@@ -14,6 +14,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -317,6 +318,78 @@ TEST(ObjectAnimationMeshes, TheHostRefusesMeshesSeesThemArriveAndHearsOfMissingP
 
     host.m_damaged = "moss";
     EXPECT_THAT(support::messageOf([&] { files.build(); }), testing::HasSubstr("Mesh \"moss\" cannot be built"));
+}
+
+TEST(ObjectAnimationMeshes, RecordsThatAHostChangesAreBuiltOnlyWhenTheyStillFit)
+{
+    class Editor : public TW_ObjectAnimationMeshCallback
+    {
+    public:
+        using TW_ObjectAnimationMeshCallback::TW_ObjectAnimationMeshCallback;
+        void operator()(MeshChunk& record) override
+        {
+            MeshChunk edited(record);  // the loader's own keeps its slots for the loads after this one
+            m_edit(edited);
+            TW_ObjectAnimationMeshCallback::operator()(edited);
+        }
+        std::function<void(MeshChunk&)> m_edit;
+    };
+    const struct
+    {
+        const char* name;
+        std::function<void(MeshChunk&)> edit;
+        bool fits;
+    } edits[] = {
+        {"nothing", [](MeshChunk&) {}, true},
+        {"no triangles, wild vertices",
+         [](MeshChunk& record)
+         {
+             record.hasFaces = false;
+             record.vertices.groupOffsets.clear();
+         },
+         true},
+        {"no vertex offsets", [](MeshChunk& record) { record.vertices.groupOffsets.clear(); }, false},
+        {"vertices past the end", [](MeshChunk& record) { record.vertices.groupOffsets[1] = 4; }, false},
+        {"one normal less", [](MeshChunk& record) { record.vertices.normals.pop_back(); }, false},
+        {"short vertex map",
+         [](MeshChunk& record) {
+             record.vertices.vertexMap = {1, 2};
+         },
+         false},
+        {"triangles past the end", [](MeshChunk& record) { record.faces.groupOffsets[1] = ~0u; }, false},
+        {"one triangle too many", [](MeshChunk& record) { ++record.faces.groupCounts[0]; }, false},
+        {"coordinates past the end", [](MeshChunk& record) { record.channels[0].groupOffsets[1] = -1; }, false},
+        {"dropped channel of another size",
+         [](MeshChunk& record)
+         {
+             record.channelUsed[0] = false;
+             record.channels[0].groupCounts = {1, 3};
+         },
+         false},
+        {"too few slots", [](MeshChunk& record) { record.channels.resize(1); }, false},
+    };
+    ObjectFiles files;
+    files.addMaterials(makeList(files, {makeTexturedMaterial("plain")}));
+    MeshChunk mesh = makeMesh("a", "", {{3, 1}, {3, 1}});
+    setMaterials(mesh, {"plain", "plain"});
+    setChannel(mesh, 0, 10.0f);
+    files.addMesh(mesh);
+    const std::string script = files.writeScript();
+    for (const auto& [name, edit, fits] : edits)
+    {
+        SCOPED_TRACE(name);
+        TW_ObjectAnimation object;
+        Editor editor(&object);
+        editor.m_edit = edit;
+        const auto construct = [&] { object.construct(script.c_str(), "object", &editor, false); };
+        if (fits)
+        {
+            construct();
+            EXPECT_EQ(object.getTotalMeshes(), 1u);
+            continue;
+        }
+        EXPECT_THAT(support::messageOf(construct), testing::HasSubstr("Mesh \"a\" cannot be built, expected "));
+    }
 }
 
 TEST(ObjectAnimationMeshes, AHostsMeshCallbackBuildsGeometryInItsOwnWay)
