@@ -7,6 +7,7 @@
 
 #include <platform/scene/virtual_object.h>
 
+#include <algorithm>
 #include <limits>
 
 namespace TW2
@@ -161,12 +162,15 @@ P_VirtualObject* TW_ObjectAnimation::getMeshByNameCaseSensitive(const char* name
 
 TW_BoneHandle TW_ObjectAnimation::getBoneHandle(const char* name)
 {
-    const P_VirtualObject* const mesh = getMeshByName(name);
-    if (!mesh)
+    // Not by the map, which knows meshes by the names that they were added under: a host may have renamed some.
+    const auto found =
+        std::find_if(m_vecMeshes.begin(), m_vecMeshes.end(),
+                     [name](const P_VirtualObject* mesh) { return S_CaselessNameEqual()(mesh->getName(), name); });
+    if (found == m_vecMeshes.end())
     {
         throw TW_Exception_BoneNotFound(name, getName().c_str());
     }
-    return TW_BoneHandle(mesh->getName(), getMeshIndex(mesh));
+    return TW_BoneHandle((*found)->getName(), static_cast<int>(found - m_vecMeshes.begin()));
 }
 
 int TW_ObjectAnimation::getMeshIndex(const P_VirtualObject* mesh) const noexcept

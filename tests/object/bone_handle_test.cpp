@@ -30,6 +30,17 @@ TEST(BoneHandle, IsFoundWhateverTheCaseAndCarriesTheMeshesOwnName)
     EXPECT_THROW((void)character->getBoneHandle("tail"), TW2::TW_Exception_BoneNotFound);
 }
 
+TEST(BoneHandle, IsThatOfTheFirstMeshWhichHasTheNameNow)
+{
+    Character character;
+    character->getMesh(6)->setName("helmet");
+    character->getMesh(2)->setName("HELMET");
+    const TW_BoneHandle handle = character->getBoneHandle("Helmet");
+    EXPECT_EQ(handle.getBoneIndex(), 2U);
+    EXPECT_EQ(handle.getBoneName(), "HELMET");
+    EXPECT_THROW((void)character->getBoneHandle("bone6"), TW2::TW_Exception_BoneNotFound);
+}
+
 TEST(BoneHandle, GivesTheBonesMatricesAndMarksWhatIsWritten)
 {
     Character character;
