@@ -29,9 +29,10 @@ TW_BoneGroupHandle::~TW_BoneGroupHandle() = default;
 
 void TW_BoneGroupHandle::construct(int count, const TW_BoneHandle* handles)
 {
-    S_Vector<TW_BoneHandle> copies(handles, handles + std::max(count, 0));  // `handles` may be this group's own
+    S_Vector<TW_BoneHandle> previous;  // `handles` may be this group's own: they live until they are copied
+    previous.swap(m_vecHandles);
     destruct();
-    m_vecHandles.swap(copies);
+    m_vecHandles.assign(handles, handles + std::max(count, 0));
     m_bConstructed = true;
 }
 
@@ -54,7 +55,7 @@ void TW_BoneGroupHandle::construct(const TW_BoneGroupHandle& other)
         throw;
     }
     m_uiMaskListNumber = other.m_uiMaskListNumber;
-    m_bConstructed = other.m_bConstructed;
+    m_bConstructed = true;
 }
 
 void TW_BoneGroupHandle::destruct() noexcept

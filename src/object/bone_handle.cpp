@@ -53,9 +53,15 @@ void TW_BoneHandle::initializeMembers() noexcept
 
 void TW_BoneHandle::construct(const S_String& name, int index)
 {
-    S_String kept = name;  // `name` may be this handle's own
-    destruct();
-    m_strBoneName.swap(kept);
+    if (&name == &m_strBoneName)
+    {
+        detach();
+    }
+    else
+    {
+        destruct();
+        m_strBoneName = name;
+    }
     m_uiBoneIndex = static_cast<unsigned int>(index);
     m_bConstructed = true;
 }

@@ -124,7 +124,7 @@ void TW_ObjectAnimationState::construct(const TW_ObjectAnimationState& other)
         destruct();
         throw;
     }
-    m_bConstructed = other.m_bConstructed;
+    m_bConstructed = true;
 }
 
 void TW_ObjectAnimationState::destruct() noexcept

@@ -102,6 +102,34 @@ TEST(BoneGroupHandle, ContainsMeshesFromAttachUntilDetachOnly)
     EXPECT_EQ(group.getTotalHandles(), 0);
 }
 
+TEST(BoneGroupHandle, IsConstructedAnewFromItsOwnHandlesOrNotAtAll)
+{
+    Character character;
+    const auto group = character.group({7, 1});
+    group->construct(1, &group->getHandle(1));
+    ASSERT_EQ(group->getTotalHandles(), 1);
+    EXPECT_EQ(group->getHandle(0).getBoneName(), "Bone1");
+    EXPECT_FALSE(group->hasMesh(character->getMesh(1)));
+    TW_BoneHandle handle = group->getHandle(0);
+    handle.construct(handle.getBoneName(), 4);
+    EXPECT_EQ(handle.getBoneName(), "Bone1");
+    EXPECT_EQ(handle.getBoneIndex(), 4U);
+    EXPECT_EQ(handle.getBoneObject(), nullptr);
+
+    const S_String longName(50, 'x');
+    S_Memory::failAllocation(1);
+    EXPECT_THROW(handle.construct(longName, 3), S_MemoryException_Allocation);
+    S_Memory::failAllocation(1);
+    EXPECT_THROW(group->construct(1, &handle), S_MemoryException_Allocation);
+    S_Memory::failAllocation(0);
+    EXPECT_FALSE(handle.isConstructed());
+    EXPECT_EQ(handle.getBoneName(), "");
+    EXPECT_FALSE(group->isConstructed());
+    EXPECT_EQ(group->getTotalHandles(), 0);
+    const TW_BoneGroupHandle copy = *group;  // of nothing, but constructed
+    EXPECT_TRUE(copy.isConstructed());
+}
+
 // Moves with the group and reports which meshes moved.
 std::vector<unsigned int> movedBy(TW2::TW_ObjectAnimation& object, TW_BoneGroupHandle& group)
 {

@@ -39,6 +39,8 @@ TEST(ObjectAnimationState, RestoresWhatWasFrozenAndNothingElse)
     EXPECT_FALSE(state.isConstructed());
     EXPECT_TRUE(state.accessMatrixVector().empty());
     EXPECT_EQ(TW_ObjectAnimationState(copy).accessMatrixVector()[6], later[6]);
+    const TW_ObjectAnimationState copyOfNothing(state);
+    EXPECT_TRUE(copyOfNothing.isConstructed());
 }
 
 TEST(ObjectAnimationState, OfAnotherLengthWorksOnTheMeshesThatBothHave)
