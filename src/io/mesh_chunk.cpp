@@ -134,7 +134,7 @@ MeshChunk::MeshChunk() : channelUsed(sm_channelSlots, false), channels(sm_channe
     buildLegacyMeshLists();
 }
 
-void MeshChunk::reset() noexcept
+void MeshChunk::reset()
 {
     NodeChunk::reset();
     hasVertices = false;
@@ -145,7 +145,9 @@ void MeshChunk::reset() noexcept
     smoothingGroups.reset();
     hasMaterials = false;
     materials.reset();
-    std::fill(channelUsed.begin(), channelUsed.end(), false);
+    // Also after someone has moved the slots out.
+    channelUsed.assign(sm_channelSlots, false);
+    channels.resize(sm_channelSlots);
     for (TextureChannelChunk& channel : channels)
     {
         channel.reset();

@@ -87,7 +87,7 @@ S_String findIndexFault(const MeshChunk& mesh)
 S_String findChannelFault(const MeshChunk& mesh, std::size_t slot)
 {
     const S_Vector<int>& counts = mesh.channels[slot].groupCounts;
-    if (!mesh.channelUsed[slot] || counts.empty())
+    if (counts.empty())
     {
         return {};
     }

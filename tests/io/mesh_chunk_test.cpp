@@ -9,6 +9,7 @@
 #include <tests/support/mesh_builder.h>
 
 #include <functional>
+#include <utility>
 
 using namespace TW2;
 using support::readWritten;
@@ -160,6 +161,14 @@ TEST(MeshChunk, ARecordThatIsReusedStartsAgainAtTheFirstChannel)
     mesh.reset();
     file >> mesh;
     EXPECT_EQ(mesh, support::makeStripMesh("second", 3));
+
+    // Whoever is handed the record may take its content away.
+    const MeshChunk taken = std::move(mesh);
+    mesh.reset();
+    EXPECT_EQ(mesh, MeshChunk());
+    file.seek(0, S_MemoryFile::seekBegin);
+    file >> mesh;
+    EXPECT_EQ(mesh, support::makeStripMesh("first", 2, {"a"}));
 }
 
 TEST(MeshChunk, ChannelsPastTheTenthAreLeftOut)
@@ -335,6 +344,14 @@ TEST(MeshChunk, WhatWouldNotBeReadIsNotWritten)
     refuse([](MeshChunk& mesh) { mesh.materials.names.emplace_back("b"); });
     refuse([](MeshChunk& mesh) { mesh.channels[0].coordinates.pop_back(); });
     refuse([](MeshChunk& mesh) { mesh.editChannel(2) = mesh.channels[0]; });
+    // Consumers ask a slot for its coordinates whether or not it is marked.
+    refuse(
+        [](MeshChunk& mesh)
+        {
+            mesh.channels[1].coordinates.resize(1);
+            mesh.channels[1].groupOffsets = {0};
+            mesh.channels[1].groupCounts = {1};
+        });
 }
 
 TEST(MeshChunk, ReadingUnderFailingMemoryLeavesNothingBehind)

@@ -119,8 +119,8 @@ struct MeshChunk : NodeChunk
 
     TW2_API MeshChunk();
 
-    /// Restores the state of a new record; lists keep their storage.
-    TW2_API void reset() noexcept;
+    /// Restores the state of a new record, also of one that was moved from; lists keep their storage.
+    TW2_API void reset();
 
     /// @name Groups
     /// Asked of a record in the current layout; group, vertex, triangle, corner and slot must exist.
