@@ -1,5 +1,6 @@
 #include "convert/converter.h"
 #include "tests/convert/scene_oracle.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/temporary_directory.h"
 
 #include <tw2/object/object_animation.h>
@@ -30,11 +31,8 @@ using Vector = M_Vector3Template<float>;
 
 constexpr const char* modelFolder = "/usr/share/assimp/models";
 constexpr int timesPerClip = 20;
-#if defined(__SANITIZE_ADDRESS__)
-constexpr std::uintmax_t largestFile = 200'000;  // checked code is slow: the long motions are for the plain build
-#else
-constexpr std::uintmax_t largestFile = std::numeric_limits<std::uintmax_t>::max();
-#endif
+// Checked code is slow: the long motions are for the plain build.
+constexpr std::uintmax_t largestFile = support::isSanitized ? 60'000 : std::numeric_limits<std::uintmax_t>::max();
 
 int s_iBeyondTolerance = 0;
 

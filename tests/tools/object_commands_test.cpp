@@ -1,5 +1,6 @@
 #include "tests/support/json_check.h"
 #include "tests/support/run_command.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/temporary_directory.h"
 
 #include <platform/image/image.h>
@@ -175,16 +176,17 @@ TEST(ConvertCommand, TakesAnyTestModelOrSaysWhyNot)
     }
     // Large files take long and are the same code; the long motions are the business of another test.
     constexpr std::uintmax_t largestFile = 300'000;
+    constexpr unsigned int everyNth = support::isSanitized ? 8 : 1;
     const support::TemporaryDirectory directory;
     unsigned int converted = 0;
     unsigned int number = 0;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(modelFolder))
     {
-        if (!entry.is_regular_file() || entry.file_size() > largestFile)
+        if (!entry.is_regular_file() || entry.file_size() > largestFile || ++number % everyNth != 0)
         {
             continue;
         }
-        const std::string out = directory.file("m" + std::to_string(number++));
+        const std::string out = directory.file("m" + std::to_string(number));
         const CommandResult result =
             runTW2({"convert", entry.path().string(), "-o", out, "--name", "m", "--timeout", "3"});
         ASSERT_TRUE(result.status == 0 || saysWhyInOneLine(result, entry.path().filename().string()))
@@ -201,6 +203,6 @@ TEST(ConvertCommand, TakesAnyTestModelOrSaysWhyNot)
         }
         std::filesystem::remove_all(out);
     }
-    EXPECT_GT(converted, 250U);
+    EXPECT_GT(converted, 250U / everyNth / 2);
 }
 #endif
