@@ -48,7 +48,7 @@ TW_VertexAnimation::Skin::Skin(const S_String& fileName)
 TW_VertexAnimation::Skin::Skin(const Skin& other)
 {
     initializeMembers();
-    *this = other;
+    construct(other);
 }
 
 TW_VertexAnimation::Skin& TW_VertexAnimation::Skin::operator=(const Skin& other)

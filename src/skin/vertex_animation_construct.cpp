@@ -10,6 +10,8 @@
 #include <platform/runtime/str.h>
 #include <platform/scene/virtual_object.h>
 
+#include <utility>
+
 namespace TW2
 {
 namespace
@@ -25,6 +27,18 @@ S_String describe(const S_Script& script, int block)
     return describe(script, script.getBlockName(static_cast<unsigned int>(block)));
 }
 }  // namespace
+
+/// Leaves this object not constructed and its parts alive in `keeper`, which is not constructed before.
+void TW_VertexAnimation::handOverTo(TW_VertexAnimation& keeper) noexcept
+{
+    std::swap(m_bConstructed, keeper.m_bConstructed);
+    std::swap(m_pSharedSkeleton, keeper.m_pSharedSkeleton);
+    std::swap(m_pSkin, keeper.m_pSkin);
+    std::swap(m_pSkinData, keeper.m_pSkinData);
+    std::swap(m_pReferencePose, keeper.m_pReferencePose);
+    m_vecBoneMatrices.swap(keeper.m_vecBoneMatrices);
+    initializeMembers();
+}
 
 /// Builds from scratch by `steps`, which make skeleton and skin; whatever throws leaves the object not constructed.
 template <typename Steps>
@@ -133,6 +147,7 @@ TW_VertexAnimation& TW_VertexAnimation::operator=(const TW_VertexAnimation& othe
 /// @{
 void TW_VertexAnimation::construct(const char* scriptFile, const char* skeletonBlock, const char* skinBlock)
 {
+    destruct();
     S_Script script(scriptFile);
     construct(&script, skeletonBlock, &script, skinBlock);
 }
@@ -145,6 +160,7 @@ void TW_VertexAnimation::construct(S_Script* script, const char* skeletonBlock, 
 void TW_VertexAnimation::construct(const char* skeletonScriptFile, const char* skeletonBlock,
                                    const char* skinScriptFile, const char* skinBlock)
 {
+    destruct();
     S_Script skeletonScript(skeletonScriptFile);
     S_Script skinScript(skinScriptFile);
     construct(&skeletonScript, skeletonBlock, &skinScript, skinBlock);
@@ -170,6 +186,8 @@ void TW_VertexAnimation::construct(S_Script* skeletonScript, int skeletonBlock, 
 
 void TW_VertexAnimation::construct(TW_ObjectAnimation* skeleton, TW_ObjectAnimation* skin)
 {
+    TW_VertexAnimation previous;  // may hold what is copied
+    handOverTo(previous);
     build(
         [&]
         {
@@ -181,7 +199,7 @@ void TW_VertexAnimation::construct(TW_ObjectAnimation* skeleton, TW_ObjectAnimat
 
 void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, S_Script* script, int skinBlock)
 {
-    SharedSkeleton* const shared = skeletonSource->holdSkeleton();
+    SharedSkeleton* const shared = holdSkeleton(*skeletonSource);
     build(
         [&]
         {
@@ -194,23 +212,28 @@ void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, S_Script*
 void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, const TW_VertexAnimation& skinSource,
                                    TW_MaterialManager* materialManager)
 {
-    SharedSkeleton* const shared = skeletonSource->holdSkeleton();
+    TW_VertexAnimation previous;
+    SharedSkeleton* const shared = holdSkeleton(*skeletonSource);
+    handOverTo(previous);
+    const TW_VertexAnimation& source = &skinSource == this ? previous : skinSource;
     build(
         [&]
         {
             m_pSharedSkeleton = shared;
-            if (!skinSource.m_pSkin)
+            if (!source.m_pSkin)
             {
                 throw TW_Exception_InvalidGeometry("The vertex animation whose skin is to be copied has none");
             }
-            copySkin(*skinSource.m_pSkin, skinSource.m_pSkinData, materialManager);
-            shareReferencePose(skinSource);
+            copySkin(*source.m_pSkin, source.m_pSkinData, materialManager);
+            shareReferencePose(source);
             nameAfterParts();
         });
 }
 
 void TW_VertexAnimation::construct(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock)
 {
+    TW_VertexAnimation previous;  // may hold what is copied
+    handOverTo(previous);
     build(
         [&]
         {
@@ -247,15 +270,16 @@ void TW_VertexAnimation::construct(const TW_VertexAnimation& other, TW_MaterialM
 /// @name Skeleton
 /// @{
 
-/// The skeleton's record with a reference for the caller, who may be about to destruct this object.
-TW_VertexAnimation::SharedSkeleton* TW_VertexAnimation::holdSkeleton() const
+/// The source's record with a reference for this object, which may be the source and about to be destructed.
+TW_VertexAnimation::SharedSkeleton* TW_VertexAnimation::holdSkeleton(const TW_VertexAnimation& source)
 {
-    if (!m_pSharedSkeleton)
+    if (!source.m_pSharedSkeleton)
     {
+        destruct();
         throw TW_Exception_InvalidGeometry("The vertex animation whose skeleton is to be shared has none");
     }
-    ++m_pSharedSkeleton->m_iReferenceCount;
-    return m_pSharedSkeleton;
+    ++source.m_pSharedSkeleton->m_iReferenceCount;
+    return source.m_pSharedSkeleton;
 }
 
 TW_ObjectAnimation& TW_VertexAnimation::createSkeleton()

@@ -85,6 +85,8 @@ TEST(SkinData, AFileAnswersPerPrimitiveVertexAndInfluence)
         other = copy;
         copy.destruct();
         EXPECT_FALSE(copy.isConstructed());
+        EXPECT_TRUE(Skin(copy).isConstructed());
+        EXPECT_EQ(Skin(copy).getSkinChunk(), files.m_skin);
         copy = Skin();
         EXPECT_EQ(other.getSkinChunk(), files.m_skin);
         EXPECT_EQ(copy.getSkinChunk(), SkinChunk());

@@ -194,7 +194,60 @@ TEST(VertexAnimations, ConstructingAgainReplacesWhatWasThere)
     EXPECT_NE(support::messageOf([&] { source.original.construct(&character, &source.script, 1); })
                   .find("skeleton is to be shared has none"),
               std::string::npos);
-    EXPECT_TRUE(source.original.isConstructed());
+    EXPECT_FALSE(source.original.isConstructed());
+}
+
+TEST(VertexAnimations, WhateverFailsLeavesThemNotConstructed)
+{
+    Source source;
+    TW_VertexAnimation empty;
+    using Failure = std::function<void(TW_VertexAnimation&)>;
+    const char* const file = source.script.getScriptName();
+    const Failure failures[] = {
+        [](TW_VertexAnimation& c) { c.construct("missing.txt", "skeleton", "skin"); },
+        [&](TW_VertexAnimation& c) { c.construct(file, "skeleton", "missing.txt", "skin"); },
+        [&](TW_VertexAnimation& c) { c.construct(file, "skeleton", "nobody"); },
+        [&](TW_VertexAnimation& c) { c.construct(&source.script, 7, &source.script, 1); },
+        [&](TW_VertexAnimation& c) { c.construct(&empty, &source.script, 1); },
+        [&](TW_VertexAnimation& c) { c.construct(&empty, source.original, nullptr); },
+        [&](TW_VertexAnimation& c) { c.construct(&source.original, empty, nullptr); },
+        [&](TW_VertexAnimation& c) { c.construct(*c.getSkeleton(), &source.script, 7); },
+    };
+    TW_VertexAnimation character;
+    for (const Failure& failure : failures)
+    {
+        character.construct(source.original);
+        EXPECT_THROW(failure(character), S_Exception);
+        EXPECT_FALSE(character.isConstructed()) << "failure " << &failure - failures;
+        EXPECT_EQ(character.getSkin(), nullptr);
+        EXPECT_EQ(character.getBoneMatrixCount(), 0);
+        EXPECT_EQ(source.script.getDepth(), 0u);
+    }
+}
+
+TEST(VertexAnimations, TheirOwnPartsCanBeWhatTheyAreBuiltFrom)
+{
+    Source source;
+    source.original.animateObjectFrame(1, 7.0f, nullptr);
+    const auto expected = getVertices(source.original);
+    const long long live = S_Memory::getLiveCount();
+    {
+        TW_VertexAnimation character(source.original);
+        character.construct(*character.getSkeleton(), &source.script, 1);
+        character.animateObjectFrame(1, 7.0f, nullptr);
+        EXPECT_EQ(getVertices(character), expected);
+        character.construct(&character, character, nullptr);
+        character.animateObjectFrame(1, 7.0f, nullptr);
+        EXPECT_EQ(getVertices(character), expected);
+        character.construct(&source.original, character, nullptr);
+        EXPECT_EQ(character.getSkeleton(), source.original.getSkeleton());
+        character.animateObjectFrame(1, 7.0f, nullptr);
+        EXPECT_EQ(getVertices(character), expected);
+        character.construct(character.getSkeleton(), character.getSkin());
+        EXPECT_EQ(character.getTotalMeshes(), 8u);
+        EXPECT_EQ(character.getSkinData(), nullptr);
+    }
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
 }
 
 TEST(VertexAnimations, AnimationMovesTheSkeletonAndTexturesBelongToTheSkin)

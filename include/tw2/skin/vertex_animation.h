@@ -37,7 +37,7 @@ public:
     /// files: their exceptions; skin data that do not fit: TW_Exception_InvalidGeometry; a vertex with more than 4
     /// bones: P_DriverException_TooManyBonesPerVertex; memory: S_MemoryException_Allocation) leaves the object not
     /// constructed. Given a skin block, it must name skin data ("skindata"). Objects and scripts that are passed in
-    /// stay the caller's.
+    /// stay the caller's; they may be parts of the object itself, which are copied before they go.
     /// @{
 
     /// Not constructed: no skeleton, no skin, no skin data. Only `construct` and `isConstructed` may be called then.
@@ -211,11 +211,12 @@ private:
     /// What all forms have in common around the steps of one.
     template <typename Steps>
     void build(const Steps& steps);
+    void handOverTo(TW_VertexAnimation& keeper) noexcept;
 
     /// @name Skeleton
     /// @{
     TW_ObjectAnimation& createSkeleton();
-    [[nodiscard]] SharedSkeleton* holdSkeleton() const;
+    [[nodiscard]] SharedSkeleton* holdSkeleton(const TW_VertexAnimation& source);
     void addSkeleton(S_Script& script, int block);
     void copySkeleton(const TW_ObjectAnimation& source);
     void hideSkeleton();
