@@ -114,15 +114,14 @@ void TW_LightAnimation::constructFromCopy(const TW_LightAnimation& other)
         return;
     }
     destruct();
-    if (!other.m_bConstructed)
-    {
-        return;
-    }
     m_strAnimationTargetName = other.m_strAnimationTargetName;
     m_iFrameRate = other.m_iFrameRate;
-    m_pTracks = other.m_pTracks;
-    increaseReferenceCount();
-    m_bConstructed = true;
+    if (other.m_bConstructed)
+    {
+        m_pTracks = other.m_pTracks;
+        increaseReferenceCount();
+        m_bConstructed = true;
+    }
 }
 
 void TW_LightAnimation::destruct() noexcept

@@ -210,6 +210,13 @@ TEST(LightAnimations, CopiesShareTheirTracksUntilTheLastGoes)
         second = TW_SpotLightAnimation();
         EXPECT_FALSE(second.isConstructed());
         EXPECT_EQ(second.getColorContainer(), nullptr);
+        // Name and rate belong to each object, with tracks or without.
+        second.setFrameRate(30);
+        second.setAnimationTargetName("lamp to be");
+        const TW_SpotLightAnimation third(second);
+        EXPECT_FALSE(third.isConstructed());
+        EXPECT_EQ(third.getFrameRate(), 30);
+        EXPECT_EQ(third.getAnimationTargetName(), "lamp to be");
     }
     EXPECT_EQ(S_Memory::getLiveCount(), live);
 }
