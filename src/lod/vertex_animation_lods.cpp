@@ -9,9 +9,38 @@
 #include <platform/runtime/str.h>
 
 #include <cstddef>
+#include <utility>
 
 namespace TW2
 {
+namespace
+{
+/// An object's levels, when what it is to be built from is a part of them: they live until it is built.
+class PreviousLevels
+{
+public:
+    PreviousLevels() = default;
+    ~PreviousLevels() { deleteLevels(m_vecLevels, m_pEngineLODObject); }
+    PreviousLevels(const PreviousLevels&) = delete;
+    PreviousLevels& operator=(const PreviousLevels&) = delete;
+
+    /// Takes the levels over if `isSource` is true for any.
+    template <typename Test>
+    void takeIf(S_Vector<TW_VertexAnimation*>& levels, P_LODObject*& engineObject, const Test& isSource) noexcept
+    {
+        if (anyOf(levels, isSource))
+        {
+            m_vecLevels.swap(levels);
+            m_pEngineLODObject = std::exchange(engineObject, nullptr);
+        }
+    }
+
+private:
+    S_Vector<TW_VertexAnimation*> m_vecLevels;
+    P_LODObject* m_pEngineLODObject = nullptr;
+};
+}  // namespace
+
 TW_VertexAnimationLODs::TW_VertexAnimationLODs()
 {
     initializeMembers();
@@ -134,6 +163,10 @@ void TW_VertexAnimationLODs::construct(S_Script* skeletonScript, int skeletonBlo
 void TW_VertexAnimationLODs::construct(const TW_ObjectAnimation& skeleton, int levelCount, S_Script* skinScript,
                                        const int* blockIndices)
 {
+    PreviousLevels previous;
+    previous.takeIf(m_vecLevels, m_pEngineLODObject,
+                    [&](const TW_VertexAnimation& level)
+                    { return &skeleton == level.getSkeleton() || &skeleton == level.getSkin(); });
     buildFromScript(levelCount, *skinScript, blockIndices, nullptr,
                     [&](TW_VertexAnimation& level) { level.construct(skeleton, skinScript, blockIndices[0]); });
 }
@@ -149,6 +182,10 @@ void TW_VertexAnimationLODs::construct(const TW_VertexAnimationLODs& source, TW_
         destruct();
         return;
     }
+    PreviousLevels previous;
+    previous.takeIf(m_vecLevels, m_pEngineLODObject,
+                    [&](const TW_VertexAnimation& level)
+                    { return materials && materials == level.getSkin()->getMaterialManager(); });
     build(
         [&]
         {

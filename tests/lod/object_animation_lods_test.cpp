@@ -101,6 +101,9 @@ TEST_F(ObjectLevels, AnimatingReachesEveryLevel)
     object->freezeAnimationState(&other, nullptr);
     EXPECT_TRUE(object->crossAnimateObject(&state, 0.5f, &other, nullptr));
     EXPECT_EQ(matrixOf(*object, 1, 1), matrixOf(*object, 0, 1));
+    EXPECT_TRUE(object->crossAnimateObject(&state, 0.5f, &other, handle, nullptr));
+    EXPECT_EQ(matrixOf(*object, 0, 1), state.accessMatrixVector()[1]);
+    EXPECT_EQ(matrixOf(*object, 1, 1), matrixOf(*object, 0, 1));
 
     object->setAnimationFPS(1, 40.0f);
     EXPECT_EQ(object->getLODObject(1)->getAnimationFPS(1), 40.0f);
@@ -145,6 +148,20 @@ TEST_F(ObjectLevels, AskingIsAnsweredByTheLevelInUseTheLastOneOrTheFirst)
     P_Scene scene;
     object->addTo(&scene);
     EXPECT_NO_THROW(scene.executeFrame());
+}
+
+TEST_F(ObjectLevels, ManualVolumesOfLevelZeroAreThoseOfTheWhole)
+{
+    m_files.m_skinKeys = "boundingSphereRadius 77 boundingBoxMin (-5,-6,-7) boundingBoxMax (5,6,7)";
+    S_Script script(m_files.write().c_str());
+    for (const bool manualFirst : {true, false})
+    {
+        const int blocks[] = {manualFirst ? 1 : 2, manualFirst ? 2 : 1};
+        TW_ObjectAnimationLODs object(&script, 2, blocks, false);
+        EXPECT_EQ(object.getBoundingRadius() == 77.0f, manualFirst);
+        EXPECT_EQ((object.getBoundingBoxMin() == M_Vector3Template<float>{-5, -6, -7}), manualFirst);
+        EXPECT_EQ((object.getBoundingBoxMax() == M_Vector3Template<float>{5, 6, 7}), manualFirst);
+    }
 }
 
 TEST_F(ObjectLevels, NoLevelIsAnErrorAndAFailedConstructionLeavesNothing)

@@ -131,6 +131,40 @@ TEST_F(SkinnedLevels, CopiesHaveTheSameRangesAndASkeletonOfTheirOwn)
     EXPECT_EQ(S_Memory::getLiveCount(), live);
 }
 
+TEST_F(SkinnedLevels, TheyCanBeRebuiltFromTheirOwnParts)
+{
+    TW_VertexAnimationLODs object(&m_script, 0, 2, &m_script, skins);
+    const S_String name = object.getSkeleton()->getName();
+    const int nearAndFarAndFar[] = {1, 2, 2};
+    object.construct(*object.getSkeleton(), 3, &m_script, nearAndFarAndFar);
+    EXPECT_EQ(object.getLevelCount(), 3);
+    EXPECT_EQ(object.getSkeleton()->getName(), name + " (clone)");
+    EXPECT_EQ(object.getFirstChild(), object.getEngineLODObject());
+    EXPECT_EQ(object.getSkeleton()->getParent(), &object);
+    EXPECT_TRUE(object.animateObjectFrame(1, 4.0f, nullptr));
+
+    const TW_VertexAnimationLODs source(&m_script, 0, 2, &m_script, skins);
+    object.construct(source, object.getLODObject(2)->getSkin()->getMaterialManager());
+    EXPECT_EQ(object.getLevelCount(), 2);
+    object.construct(*object.getLODObject(1)->getSkeleton(), 1, &m_script, skins);
+    EXPECT_EQ(object.getLevelCount(), 1);
+    const int missing[] = {1, 9};
+    EXPECT_THROW(object.construct(*object.getSkeleton(), 2, &m_script, missing), S_ScriptException);
+    EXPECT_FALSE(object.isConstructed());
+    EXPECT_EQ(object.getFirstChild(), nullptr);
+}
+
+TEST_F(SkinnedLevels, TheSkeletonsManualVolumesAreThoseOfTheWhole)
+{
+    EXPECT_NE(TW_VertexAnimationLODs(&m_script, 0, 2, &m_script, skins).getBoundingRadius(), 77.0f);
+    m_files.m_skeletonKeys = "boundingSphereRadius 77 boundingBoxMin (-5,-6,-7) boundingBoxMax (5,6,7)";
+    S_Script script(m_files.write().c_str());
+    TW_VertexAnimationLODs object(&script, 0, 2, &script, skins);
+    EXPECT_EQ(object.getBoundingRadius(), 77.0f);
+    EXPECT_EQ(object.getBoundingBoxMin(), (M_Vector3Template<float>{-5, -6, -7}));
+    EXPECT_EQ(object.getBoundingBoxMax(), (M_Vector3Template<float>{5, 6, 7}));
+}
+
 TEST_F(SkinnedLevels, NoLevelIsAnErrorAndAFailedConstructionLeavesNothing)
 {
     TW_VertexAnimationLODs(&m_script, 0, 2, &m_script, skins);  // the script and the loader keep what they made

@@ -41,7 +41,7 @@ public:
     /// Distances from the key "distance" of each skin block's "geometry" block; 0, or none, is the largest float.
     TW_VertexAnimationLODs(S_Script* skeletonScript, int skeletonBlock, int levelCount, S_Script* skinScript,
                            const int* blockIndices);
-    /// The same on a copy of an object animation.
+    /// The same on a copy of an object animation, which may be the skeleton that the object has now.
     TW_VertexAnimationLODs(const TW_ObjectAnimation& skeleton, int levelCount, S_Script* skinScript,
                            const int* blockIndices);
     /// Copies of skeleton and levels, with the same distances.
