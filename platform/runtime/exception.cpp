@@ -95,9 +95,19 @@ void S_Exception::setError(const char* format, ...)
     va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
-    m_strMessage.resize(static_cast<std::size_t>(std::max(length, 0)));
-    std::vsnprintf(m_strMessage.data(), m_strMessage.size() + 1, format, again);
+    std::string message;  // an argument may be the message that is there
+    try
+    {
+        message.resize(static_cast<std::size_t>(std::max(length, 0)));
+    }
+    catch (...)
+    {
+        va_end(again);
+        throw;
+    }
+    std::vsnprintf(message.data(), message.size() + 1, format, again);
     va_end(again);
+    m_strMessage.swap(message);
 }
 
 S_MemoryException::S_MemoryException() = default;

@@ -62,7 +62,7 @@ public:
 
 protected:
     S_Exception();
-    /// Formats the message, printf-style.
+    /// Formats the message, printf-style. The message so far may be among the arguments.
     [[gnu::format(printf, 2, 3)]] void setError(const char* format, ...);
 
 private:

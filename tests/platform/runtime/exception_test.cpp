@@ -5,6 +5,20 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
+
+namespace
+{
+/// A host's exception that puts what it was doing around the message that is there.
+class ContextException : public S_FileException
+{
+public:
+    ContextException(const char* fileName, const std::string& context) : S_FileException(fileName, "does not exist")
+    {
+        setError("%s: %s (%s)", context.c_str(), getErrorMessage(), context.c_str());
+    }
+};
+}  // namespace
 
 TEST(Exceptions, AFrameworkHandlerGetsTheMessageCutToItsBuffer)
 {
@@ -31,6 +45,15 @@ TEST(Exceptions, AMessageSurvivesTheCopyThatIsThrown)
         EXPECT_STREQ(caught.getErrorMessage(),
                      "Script \"a%s.txt\", line 3, block \"soldier\", key \"index\": 100% wrong");
     }
+}
+
+TEST(Exceptions, AMessageMayBecomePartOfTheNext)
+{
+    // Longer than what is there, so that the message needs other storage.
+    const std::string context(200, 'c');
+    EXPECT_EQ(ContextException("walk.tw", context).getErrorMessage(),
+              context + ": File \"walk.tw\": does not exist (" + context + ")");
+    EXPECT_STREQ(ContextException("walk.tw", "").getErrorMessage(), ": File \"walk.tw\": does not exist ()");
 }
 
 TEST(Memory, AnOrderedFailureHitsExactlyTheChosenAllocation)
