@@ -2,10 +2,17 @@
 
 #include <cstring>
 
+namespace
+{
+constexpr std::size_t s_nameLength = 63;
+}
+
 struct S_MemoryScope::Account
 {
-    const char* m_pName = nullptr;
+    char m_aName[s_nameLength + 1] = {};
     Usage m_usage;
+
+    void setName(const char* name) noexcept { std::memcpy(m_aName, name, strnlen(name, s_nameLength)); }
 };
 
 S_MemoryScope::Account* S_MemoryScope::sm_pCurrent = nullptr;
@@ -19,7 +26,7 @@ S_MemoryScope::Account* S_MemoryScope::find(const char* name, bool create) noexc
 
     for (std::size_t i = 0; i < s_uCount; ++i)
     {
-        if (std::strcmp(s_accounts[i].m_pName, name) == 0)
+        if (std::strncmp(s_accounts[i].m_aName, name, s_nameLength) == 0)
         {
             return &s_accounts[i];
         }
@@ -30,13 +37,13 @@ S_MemoryScope::Account* S_MemoryScope::find(const char* name, bool create) noexc
     }
     if (s_uCount == limit)
     {
-        s_accounts[s_uCount++].m_pName = "other";
+        s_accounts[s_uCount++].setName("other");
     }
     if (s_uCount > limit)
     {
         return &s_accounts[limit];
     }
-    s_accounts[s_uCount].m_pName = name;
+    s_accounts[s_uCount].setName(name);
     return &s_accounts[s_uCount++];
 }
 
@@ -58,7 +65,7 @@ S_MemoryScope::Usage S_MemoryScope::getUsage(const char* name) noexcept
 
 const char* S_MemoryScope::getCurrentName() noexcept
 {
-    return sm_pCurrent ? sm_pCurrent->m_pName : nullptr;
+    return sm_pCurrent ? sm_pCurrent->m_aName : nullptr;
 }
 
 void S_MemoryScope::book(std::size_t bytes) noexcept

@@ -17,8 +17,9 @@ public:
         long long m_iBytes = 0;   ///< bytes asked for
     };
 
-    /// `name` must outlive the process's use of the log (a literal); names are equal when their texts are. At most
-    /// 64 different names are kept apart, further ones are booked together under "other".
+    /// `name` is copied: usage stays on record when the library that booked it is unloaded. Names are equal when their
+    /// first 63 characters are. At most 64 different names are kept apart, further ones are booked together under
+    /// "other".
     explicit S_MemoryScope(const char* name) noexcept;
     ~S_MemoryScope();
     S_MemoryScope(const S_MemoryScope&) = delete;

@@ -87,3 +87,24 @@ TEST(Memory, AScopeBooksWhatIsAllocatedInsideItAndNotInAnInnerOne)
     EXPECT_EQ(S_MemoryScope::getUsage("inner scope of the test").m_iBytes, 1000);
     EXPECT_EQ(S_MemoryScope::getUsage("never opened").m_iBlocks, 0);
 }
+
+// The name may stand in a library that is unloaded while this layer stays.
+TEST(Memory, AScopeKeepsItsNameWhenTheCallersIsGone)
+{
+    char name[] = "scope of an unloaded library";
+    {
+        const S_MemoryScope scope(name);
+        std::memset(name, 'x', sizeof name - 1);
+        EXPECT_STREQ(S_MemoryScope::getCurrentName(), "scope of an unloaded library");
+        const S_Vector<char> booked(100);
+    }
+    EXPECT_EQ(S_MemoryScope::getUsage("scope of an unloaded library").m_iBytes, 100);
+    EXPECT_EQ(S_MemoryScope::getUsage(name).m_iBlocks, 0);
+
+    const std::string longName(100, 'l');
+    {
+        const S_MemoryScope scope(longName.c_str());
+        const S_Vector<char> booked(10);
+    }
+    EXPECT_EQ(S_MemoryScope::getUsage(longName.c_str()).m_iBytes, 10);
+}
