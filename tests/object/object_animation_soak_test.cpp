@@ -1,4 +1,5 @@
 #include "tests/support/object_files.h"
+#include "tests/support/sanitized.h"
 
 #include <tw2/keyframe/keyframe_animation.h>
 #include <tw2/material/material_manager.h>
@@ -23,19 +24,7 @@ using support::makeTrack;
 
 namespace
 {
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define TW2_TEST_SANITIZED
-#endif
-#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define TW2_TEST_SANITIZED
-#endif
-
-#ifdef TW2_TEST_SANITIZED
-constexpr int callCount = 400000;
-#else
-constexpr int callCount = 1000000;
-#endif
+constexpr int callCount = support::isSanitized ? 200000 : 1000000;
 constexpr std::size_t objectCount = 100;
 constexpr int animationCount = 3;
 
