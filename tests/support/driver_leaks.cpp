@@ -1,5 +1,5 @@
-// Graphics drivers leave memory behind that is not ours to mend. The leak checker can only tell it apart by the
-// driver's name, so under the address sanitizer what was loaded stays loaded to the end of the process.
+// Graphics drivers and Assimp's readers leave memory behind that is not ours to mend. The leak checker can only tell it
+// apart by the library's name, so under the address sanitizer what was loaded stays loaded to the end of the process.
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -18,6 +18,14 @@ extern "C" [[gnu::visibility("default")]] int dlclose(void*) noexcept
 
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions()
 {
-    return "leak:_dri.so\nleak:libEGL_mesa.so\nleak:libLLVM\n";
+    return "leak:_dri.so\nleak:libEGL_mesa.so\nleak:libLLVM\nleak:libassimp\n";
 }
+
+#ifdef TW2_CRASHES_ARE_SIGNALS
+// The command tells by the signal that an importer crashed.
+extern "C" [[gnu::visibility("default")]] const char* __asan_default_options()
+{
+    return "handle_segv=0:handle_sigbus=0:handle_sigfpe=0";
+}
+#endif
 #endif
