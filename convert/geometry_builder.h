@@ -31,8 +31,7 @@ public:
 
     /// Writes geometry and material names into the record; `surfaces` gives the names.
     void fill(MeshChunk& record, const std::vector<Surface>& surfaces) const;
-    /// Writes the influences; vertices without any hang on bone 0 of `boneNodes`. `boneOfNode` gives the bone index of
-    /// a node.
+    /// Writes vertex counts and influences; `boneOfNode` gives the bone index of each node.
     void fill(SkinChunk& record, const std::vector<int>& boneOfNode) const;
 
     [[nodiscard]] bool isEmpty() const noexcept { return m_vecGroups.empty(); }

@@ -2,36 +2,13 @@
 
 #include "convert/clip_sampler.h"
 #include "convert/model.h"
+#include "convert/pose_error.h"
 
 #include <cstddef>
 #include <vector>
 
 namespace TW2::convert
 {
-/// How far the played pose may be from the model's, wherever it is looked at.
-struct Tolerance
-{
-    double m_dDistance = 0.0;  ///< scene units, of every node, of its children and of the vertices that it moves
-    double m_dDegrees = 0.0;   ///< of every node's axes
-};
-
-/// The largest differences of a played clip from the model's.
-struct PoseError
-{
-    double m_dDistance = 0.0;  ///< scene units
-    double m_dDegrees = 0.0;
-
-    void add(const PoseError& other) noexcept;
-    [[nodiscard]] bool isWithin(const Tolerance& tolerance) const noexcept
-    {
-        return m_dDistance <= tolerance.m_dDistance && m_dDegrees <= tolerance.m_dDegrees;
-    }
-};
-
-/// The largest difference of two world matrices at a node's origin and `reach` away from it along its axes, and of the
-/// directions of the axes.
-[[nodiscard]] PoseError compare(const Matrixd& is, const Matrixd& shouldBe, double reach);
-
 /// What a track's matrices are like, which decides how playback treats them between two keys.
 enum class TrackForm
 {
@@ -70,9 +47,6 @@ struct ReducedClip
     std::size_t m_uiSampledKeys = 0;  ///< keys of the moved nodes before the reduction: one per frame at the first rate
     PoseError m_error;                ///< of the composed pose, at the frames and between them
 };
-
-/// Distance from each node's origin, in its own space, within which its children and the vertices that it moves lie.
-[[nodiscard]] std::vector<double> measureReach(const Model& model);
 
 /// Samples a clip and leaves out every key without which the composed pose stays within the tolerance: from parents to
 /// children, each node's course is compared in world space, on top of what its parents have become, so that errors do
