@@ -235,7 +235,8 @@ TEST(ConvertedModels, MoveAsTheirChannelsSayWhoeverEvaluatesThem)
     for (const std::string& folder : folders)
     {
         std::vector<std::string> files;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(std::string(modelFolder) + "/" + folder))
+        for (const auto& entry :
+             std::filesystem::recursive_directory_iterator(std::filesystem::path(modelFolder) / folder))
         {
             Assimp::Importer importer;
             if (entry.is_regular_file() && entry.file_size() <= largestFile &&
