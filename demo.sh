@@ -31,10 +31,10 @@ say "Drawing"
 
 if build release tw2_bench >/dev/null 2>&1; then
     say "Measuring: 1000 characters of 64 bones, nanoseconds per bone"
-    build/release/bench/tw2_bench --benchmark_filter='(object/play_world|object/cross_two_world|skin/play_world_bones)/1000' --benchmark_repetitions=3 2>/dev/null
+    build/release/bench/tw2_bench --benchmark_filter='(object/play_world|object/cross_two_world|skin/play_world_bones)/1000' 2>/dev/null
 fi
 
 say "Done"
 "$tw2" info "$script" | grep -E '^[^ ]|animations|frames'
-printf '\n%s\n' "out/demo.gif  the character moving" "out/demo.png  twelve moments of it" \
+printf '%s\n' "" "out/demo.gif  the character moving" "out/demo.png  twelve moments of it" \
     "out/fade.gif  one animation fading into another" "$script  what the library loaded"
