@@ -146,7 +146,13 @@ Surface importSurface(const aiScene& scene, const aiMaterial& material, const st
     }
     material.Get(AI_MATKEY_SHININESS, surface.m_fShininess);
     material.Get(AI_MATKEY_OPACITY, surface.m_fOpacity);
-    surface.m_fOpacity = std::clamp(surface.m_fOpacity, 0.0F, 1.0F);
+    if (!(surface.m_fOpacity > 0.0F))
+    {
+        // Exporters disagree on which end of the scale is clear; nobody draws what cannot be seen.
+        warnings.push_back("material \"" + surface.m_strName + "\": is fully transparent in the file, taken as opaque");
+        surface.m_fOpacity = 1.0F;
+    }
+    surface.m_fOpacity = std::min(surface.m_fOpacity, 1.0F);
     int twoSided = 0;
     material.Get(AI_MATKEY_TWOSIDED, twoSided);
     surface.m_bTwoSided = twoSided != 0;

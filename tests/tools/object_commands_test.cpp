@@ -134,7 +134,7 @@ constexpr const char* modelFolder = "/usr/share/assimp/models";
 /// A model of its own making: a square with a picture that is not there.
 std::string writeSquare(const support::TemporaryDirectory& directory)
 {
-    directory.write("square.mtl", "newmtl plain\nKd 1 0.5 0.25\nmap_Kd gone.png\n");
+    directory.write("square.mtl", "newmtl plain\nKd 1 0.5 0.25\nd 0\nmap_Kd gone.png\n");
     return directory.write("square.obj",
                            "mtllib square.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
                            "usemtl plain\nf 1/1 2/2 3/3 4/4\n");
@@ -148,6 +148,7 @@ TEST(ConvertCommand, WritesAnObjectThatTheOtherCommandsRead)
     ASSERT_EQ(converted.status, 0) << converted.errors;
     EXPECT_NE(converted.output.find("4 vertices, 2 triangles in 1 groups"), std::string::npos) << converted.output;
     EXPECT_NE(converted.errors.find("texture \"gone.png\" is left out"), std::string::npos) << converted.errors;
+    EXPECT_NE(converted.errors.find("taken as opaque"), std::string::npos) << converted.errors;
     const CommandResult info = runTW2({"info", directory.file("out/square.script")});
     EXPECT_EQ(info.status, 0) << info.errors;
     EXPECT_NE(info.output.find("plain: general"), std::string::npos) << info.output;
