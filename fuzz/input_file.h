@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
+#include <utility>
 
 namespace fuzz
 {
@@ -13,14 +15,14 @@ class InputFile
 public:
     InputFile()
     {
-        char name[] = "/tmp/tw2-fuzz-XXXXXX";
-        const int descriptor = mkstemp(name);
+        std::string name = (std::filesystem::temp_directory_path() / "tw2-fuzz-XXXXXX").string();
+        const int descriptor = mkstemp(name.data());
         if (descriptor < 0)
         {
             std::abort();
         }
         m_pStream = fdopen(descriptor, "wb");
-        m_name = name;
+        m_name = std::move(name);
     }
     ~InputFile()
     {

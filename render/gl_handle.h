@@ -44,65 +44,18 @@ private:
     GLuint m_uiName = 0;
 };
 
-struct BufferTraits
+/// Objects that OpenGL makes and deletes by lists of names. The functions are the loader's pointers, looked up at the
+/// call.
+template <auto& Generate, auto& Delete>
+struct NameTraits
 {
     static GLuint create()
     {
         GLuint name = 0;
-        glGenBuffers(1, &name);
+        Generate(1, &name);
         return name;
     }
-    static void destroy(GLuint name) { glDeleteBuffers(1, &name); }
-};
-struct VertexArrayTraits
-{
-    static GLuint create()
-    {
-        GLuint name = 0;
-        glGenVertexArrays(1, &name);
-        return name;
-    }
-    static void destroy(GLuint name) { glDeleteVertexArrays(1, &name); }
-};
-struct TextureTraits
-{
-    static GLuint create()
-    {
-        GLuint name = 0;
-        glGenTextures(1, &name);
-        return name;
-    }
-    static void destroy(GLuint name) { glDeleteTextures(1, &name); }
-};
-struct SamplerTraits
-{
-    static GLuint create()
-    {
-        GLuint name = 0;
-        glGenSamplers(1, &name);
-        return name;
-    }
-    static void destroy(GLuint name) { glDeleteSamplers(1, &name); }
-};
-struct FramebufferTraits
-{
-    static GLuint create()
-    {
-        GLuint name = 0;
-        glGenFramebuffers(1, &name);
-        return name;
-    }
-    static void destroy(GLuint name) { glDeleteFramebuffers(1, &name); }
-};
-struct RenderbufferTraits
-{
-    static GLuint create()
-    {
-        GLuint name = 0;
-        glGenRenderbuffers(1, &name);
-        return name;
-    }
-    static void destroy(GLuint name) { glDeleteRenderbuffers(1, &name); }
+    static void destroy(GLuint name) { Delete(1, &name); }
 };
 struct ProgramTraits
 {
@@ -110,11 +63,11 @@ struct ProgramTraits
     static void destroy(GLuint name) { glDeleteProgram(name); }
 };
 
-using GLBuffer = GLHandle<BufferTraits>;
-using GLVertexArray = GLHandle<VertexArrayTraits>;
-using GLTexture = GLHandle<TextureTraits>;
-using GLSampler = GLHandle<SamplerTraits>;
-using GLFramebuffer = GLHandle<FramebufferTraits>;
-using GLRenderbuffer = GLHandle<RenderbufferTraits>;
+using GLBuffer = GLHandle<NameTraits<glGenBuffers, glDeleteBuffers>>;
+using GLVertexArray = GLHandle<NameTraits<glGenVertexArrays, glDeleteVertexArrays>>;
+using GLTexture = GLHandle<NameTraits<glGenTextures, glDeleteTextures>>;
+using GLSampler = GLHandle<NameTraits<glGenSamplers, glDeleteSamplers>>;
+using GLFramebuffer = GLHandle<NameTraits<glGenFramebuffers, glDeleteFramebuffers>>;
+using GLRenderbuffer = GLHandle<NameTraits<glGenRenderbuffers, glDeleteRenderbuffers>>;
 using GLProgramHandle = GLHandle<ProgramTraits>;
 }  // namespace TW2::render
