@@ -5,7 +5,7 @@ set -euo pipefail
 # shellcheck source=scripts/bootstrap.sh
 . "$(dirname "${BASH_SOURCE[0]}")/scripts/bootstrap.sh"
 
-install_packages "build tools render" "convert bench"
+install_packages "build tools render" "convert window bench"
 build release tw2_cli
 cd "$root"
 tw2=build/release/tools/tw2
@@ -20,9 +20,9 @@ if [ -f "$models/X/Testwuson.X" ] && "$tw2" convert --help >/dev/null 2>&1; then
     fade=run:walk
 else
     say "Without the converter or its test models: the project's own sample"
-    script=sample/sprout.script
-    walk=dance
-    fade=sway:dance
+    script=sample/walker.script
+    walk=walk
+    fade=run:walk
 fi
 
 say "Drawing"
@@ -38,3 +38,6 @@ say "Done"
 "$tw2" info "$script" | grep -E '^[^ ]|animations|frames'
 printf '%s\n' "" "out/demo.gif  the character moving" "out/demo.png  twelve moments of it" \
     "out/fade.gif  one animation fading into another" "$script  what the library loaded"
+if "$tw2" view --help >/dev/null 2>&1; then
+    printf '%s\n' "" "To look at it yourself: $tw2 view $script" "or, as a page in your browser: ./web.sh"
+fi

@@ -4,7 +4,7 @@ set -euo pipefail
 # shellcheck source=scripts/bootstrap.sh
 . "$(dirname "${BASH_SOURCE[0]}")/scripts/bootstrap.sh"
 
-install_packages "build tests" "tools convert render bench"
+install_packages "build tests" "tools convert render window bench"
 build release
 say "Testing"
 cd "$root"

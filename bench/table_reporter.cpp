@@ -25,7 +25,7 @@ std::string text(const char* format, double value)
 /// Four significant digits from 0.001 to 10 million without an exponent: columns stay comparable at a glance.
 std::string number(double value)
 {
-    return text(value < 1 ? "%.3f" : value < 100 ? "%.2f" : value < 1000 ? "%.1f" : "%.0f", value);
+    return text(value < 1 ? "%.3F" : value < 100 ? "%.2F" : value < 1000 ? "%.1F" : "%.0F", value);
 }
 
 std::string pad(const std::string& cell, std::size_t width)
@@ -119,11 +119,11 @@ void TableReporter::print(const Row& row, int nameWidth)
     const double perItem = best / row.m_dItems;
     out << pad(number(perItem), 11) << pad(number(perItem / row.m_dProduct), 11)
         << pad(row.m_dCopy > 0.0 ? number(best / row.m_dCopy) : "-", 9)
-        << pad(text("+%.0f%%", (times[times.size() / 2] / best - 1.0) * 100.0), 8)
-        << pad(text("%.0f", row.m_dItems), 10);
+        << pad(text("+%.0F%%", (times[times.size() / 2] / best - 1.0) * 100.0), 8)
+        << pad(text("%.0F", row.m_dItems), 10);
     if (row.m_dThroughputBytes > 0.0)
     {
-        out << "  MB/s=" << text("%.0f", row.m_dThroughputBytes / bytesPerMegabyte / (best / nanosecondsPerSecond));
+        out << "  MB/s=" << text("%.0F", row.m_dThroughputBytes / bytesPerMegabyte / (best / nanosecondsPerSecond));
     }
     for (const auto& [name, value] : row.m_counters)
     {

@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
+#include <functional>
 
 /// Yardsticks for the benchmarks, and the table that `./bench.sh` prints.
 ///
@@ -43,6 +44,9 @@ struct Work
 
 /// Ends a benchmark: measures the yardsticks for `work` and hands all to the table. Takes about 5 ms.
 void report(benchmark::State& state, const Work& work);
+
+/// Seconds of the fastest of many calls: for a counter that compares two ways to do the same.
+[[nodiscard]] double measureBest(const std::function<void()>& work);
 
 /// @name The yardsticks themselves
 /// @{

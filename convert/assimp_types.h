@@ -2,8 +2,13 @@
 
 #include "convert/model.h"
 
+#include <assimp/color4.h>
 #include <assimp/matrix4x4.h>
+#include <assimp/quaternion.h>
 #include <assimp/vector3.h>
+
+#include <algorithm>
+#include <cmath>
 
 namespace TW2::convert
 {
@@ -15,6 +20,18 @@ namespace TW2::convert
 [[nodiscard]] inline Vector3d toVectord(const aiVector3D& v)
 {
     return {static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z)};
+}
+
+[[nodiscard]] inline Quaternion toQuaternion(const aiQuaternion& q)
+{
+    return {static_cast<double>(q.w), static_cast<double>(q.x), static_cast<double>(q.y), static_cast<double>(q.z)};
+}
+
+[[nodiscard]] inline Color toColor(const aiColor4D& color)
+{
+    const auto toByte = [](float value)
+    { return static_cast<unsigned char>(std::lround(255.0F * std::clamp(value, 0.0F, 1.0F))); };
+    return {toByte(color.r), toByte(color.g), toByte(color.b), toByte(color.a)};
 }
 
 /// Assimp multiplies column vectors from the right, this project row vectors from the left: the matrix is transposed.

@@ -1,5 +1,9 @@
 #include "convert/clip_sampler.h"
 
+#include "convert/key_search.h"
+#include "convert/node_motion.h"
+#include "convert/rotation.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,50 +12,62 @@ namespace TW2::convert
 namespace
 {
 /// The keys around a time, and how far the time lies between them.
-template <typename T>
 struct Span
 {
-    const T& m_from;
-    const T& m_to;
+    std::size_t m_uiFrom;
+    std::size_t m_uiTo;
+    double m_dSeconds;  ///< from one key to the other
     double m_dFraction;
 };
 
+/// `times` is not empty.
+Span findSpan(const std::vector<double>& times, double seconds)
+{
+    const std::size_t above = findKeyBehind(times, seconds);
+    if (above == 0 || above == times.size())
+    {
+        const std::size_t only = above == 0 ? 0 : above - 1;
+        return {only, only, 0.0, 0.0};
+    }
+    const double length = times[above] - times[above - 1];
+    return {above - 1, above, length, (seconds - times[above - 1]) / length};
+}
+
+Quaternion operator+(const Quaternion& a, const Quaternion& b)
+{
+    return {a.w + b.w, a.x + b.x, a.y + b.y, a.z + b.z};
+}
+
+Quaternion operator*(const Quaternion& q, double factor)
+{
+    return {q.w * factor, q.x * factor, q.y * factor, q.z * factor};
+}
+
+/// The cubic of Hermite through two keys with their slopes.
 template <typename T>
-Span<T> find(const Channel::Keys<T>& keys, double seconds)
+T sampleCubic(const Curve<T>& curve, const Span& span)
 {
-    const auto above = std::ranges::upper_bound(keys, seconds, {}, [](const auto& key) { return key.first; });
-    if (above == keys.begin())
-    {
-        return {keys.front().second, keys.front().second, 0.0};
-    }
-    if (above == keys.end())
-    {
-        return {keys.back().second, keys.back().second, 0.0};
-    }
-    const auto below = above - 1;
-    return {below->second, above->second, (seconds - below->first) / (above->first - below->first)};
+    const double u = span.m_dFraction;
+    const double u2 = u * u;
+    const double u3 = u2 * u;
+    return curve.m_vecValues[span.m_uiFrom] * (2.0 * u3 - 3.0 * u2 + 1.0) +
+           curve.m_vecLeaving[span.m_uiFrom] * ((u3 - 2.0 * u2 + u) * span.m_dSeconds) +
+           curve.m_vecValues[span.m_uiTo] * (3.0 * u2 - 2.0 * u3) +
+           curve.m_vecArriving[span.m_uiTo] * ((u3 - u2) * span.m_dSeconds);
 }
 
-Vector3d sample(const Channel::Keys<Vector3d>& keys, double seconds, const Vector3d& otherwise)
+Vector3d sampleLinear(const Vector3d& from, const Vector3d& to, double fraction)
 {
-    if (keys.empty())
-    {
-        return otherwise;
-    }
-    const Span<Vector3d> span = find(keys, seconds);
-    return span.m_from + (span.m_to - span.m_from) * span.m_dFraction;
+    return from + (to - from) * fraction;
 }
 
-Quaternion normalized(const Quaternion& q)
+/// Spherical, the shorter way round.
+Quaternion sampleLinear(const Quaternion& unitFrom, const Quaternion& unitTo, double fraction)
 {
-    const double length = std::sqrt(q.w * q.w + q.x * q.x + q.y * q.y + q.z * q.z);
-    return length > 0.0 ? Quaternion{q.w / length, q.x / length, q.y / length, q.z / length} : Quaternion();
-}
-
-Quaternion slerp(const Quaternion& from, const Quaternion& to, double fraction)
-{
+    const Quaternion from = normalized(unitFrom);
+    const Quaternion to = normalized(unitTo);
     double cosine = from.w * to.w + from.x * to.x + from.y * to.y + from.z * to.z;
-    const double sign = cosine < 0.0 ? -1.0 : 1.0;  // the shorter way round
+    const double sign = cosine < 0.0 ? -1.0 : 1.0;
     cosine = std::min(cosine * sign, 1.0);
     double a = 1.0 - fraction;
     double b = fraction;
@@ -61,48 +77,98 @@ Quaternion slerp(const Quaternion& from, const Quaternion& to, double fraction)
         a = std::sin(a * angle) / std::sin(angle);
         b = std::sin(b * angle) / std::sin(angle);
     }
-    b *= sign;
-    return normalized({a * from.w + b * to.w, a * from.x + b * to.x, a * from.y + b * to.y, a * from.z + b * to.z});
-}
-
-Quaternion sample(const Channel::Keys<Quaternion>& keys, double seconds)
-{
-    if (keys.empty())
-    {
-        return {};
-    }
-    const Span<Quaternion> span = find(keys, seconds);
-    return slerp(normalized(span.m_from), normalized(span.m_to), span.m_dFraction);
-}
-
-Matrixd compose(const Vector3d& scale, const Quaternion& q, const Vector3d& position)
-{
-    Matrixd result;
-    result.setRow(
-        0, Vector3d(1.0 - 2.0 * (q.y * q.y + q.z * q.z), 2.0 * (q.x * q.y + q.w * q.z), 2.0 * (q.x * q.z - q.w * q.y)) *
-               scale.x);
-    result.setRow(
-        1, Vector3d(2.0 * (q.x * q.y - q.w * q.z), 1.0 - 2.0 * (q.x * q.x + q.z * q.z), 2.0 * (q.y * q.z + q.w * q.x)) *
-               scale.y);
-    result.setRow(
-        2, Vector3d(2.0 * (q.x * q.z + q.w * q.y), 2.0 * (q.y * q.z - q.w * q.x), 1.0 - 2.0 * (q.x * q.x + q.y * q.y)) *
-               scale.z);
-    result.setTranslation(position);
-    return result;
+    return from * a + to * (b * sign);
 }
 
 template <typename T>
-void collectTimes(const Channel::Keys<T>& keys, std::vector<double>& times)
+T sampleCurve(const Curve<T>& curve, double seconds)
 {
-    for (const auto& key : keys)
+    const Span span = findSpan(curve.m_vecTimes, seconds);
+    if (span.m_uiFrom == span.m_uiTo || curve.m_eInterpolation == Interpolation::Step)
     {
-        times.push_back(key.first);
+        return curve.m_vecValues[span.m_uiFrom];
+    }
+    return curve.m_eInterpolation == Interpolation::Cubic
+               ? sampleCubic(curve, span)
+               : sampleLinear(curve.m_vecValues[span.m_uiFrom], curve.m_vecValues[span.m_uiTo], span.m_dFraction);
+}
+
+/// Scale, rotation and translation of a matrix without shear.
+struct Parts
+{
+    Vector3d m_vScale;
+    Matrixd m_rotation;
+};
+
+Parts decompose(const Matrixd& matrix)
+{
+    Parts parts;
+    parts.m_vScale = {matrix.getRow(0).length(), matrix.getRow(1).length(), matrix.getRow(2).length()};
+    if (matrix.determinant() < 0.0)
+    {
+        parts.m_vScale.x = -parts.m_vScale.x;
+    }
+    const double scales[3]{parts.m_vScale.x, parts.m_vScale.y, parts.m_vScale.z};
+    for (int row = 0; row < 3; ++row)
+    {
+        parts.m_rotation.setRow(row, scales[row] != 0.0 ? matrix.getRow(row) * (1.0 / scales[row]) : Vector3d());
+    }
+    return parts;
+}
+
+bool isSame(const Vector3d& a, const Vector3d& b)
+{
+    return a == b;
+}
+
+bool isSame(const Quaternion& a, const Quaternion& b)
+{
+    return a.w == b.w && a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
+/// Steps to another value, and keys of one time.
+template <typename T>
+void addJumps(const Curve<T>& curve, std::vector<double>& jumps)
+{
+    for (std::size_t i = 1; i < curve.m_vecTimes.size(); ++i)
+    {
+        const bool atOnce = curve.m_eInterpolation == Interpolation::Step ||
+                            curve.m_vecTimes[i] - curve.m_vecTimes[i - 1] < ClipSampler::jumpTime;
+        if (atOnce && !isSame(curve.m_vecValues[i], curve.m_vecValues[i - 1]))
+        {
+            jumps.push_back(curve.m_vecTimes[i]);
+        }
     }
 }
 }  // namespace
 
+Matrixd evaluate(const Channel& channel, const Matrixd& rest, double seconds)
+{
+    if (channel.m_pMotion)
+    {
+        return channel.m_pMotion->at(seconds);
+    }
+    Matrixd result = rest;
+    if (!channel.m_rotations.isEmpty() || !channel.m_scales.isEmpty())
+    {
+        const Parts parts = decompose(rest);
+        const Vector3d scale = channel.m_scales.isEmpty() ? parts.m_vScale : sampleCurve(channel.m_scales, seconds);
+        result = channel.m_rotations.isEmpty() ? parts.m_rotation
+                                               : toMatrix(normalized(sampleCurve(channel.m_rotations, seconds)));
+        result.setRow(0, result.getRow(0) * scale.x);
+        result.setRow(1, result.getRow(1) * scale.y);
+        result.setRow(2, result.getRow(2) * scale.z);
+    }
+    result.setTranslation(channel.m_positions.isEmpty() ? rest.getTranslation()
+                                                        : sampleCurve(channel.m_positions, seconds));
+    return result;
+}
+
 ClipSampler::ClipSampler(const Model& model, const Clip& clip)
-    : m_model(model), m_vecChannels(model.m_vecNodes.size(), nullptr)
+    : m_model(model),
+      m_root(clip.m_root.value_or(model.m_root)),
+      m_dStart(clip.m_dStart),
+      m_vecChannels(model.m_vecNodes.size(), nullptr)
 {
     for (const Channel& channel : clip.m_vecChannels)
     {
@@ -110,35 +176,56 @@ ClipSampler::ClipSampler(const Model& model, const Clip& clip)
     }
 }
 
-void ClipSampler::sampleLocal(double seconds, std::vector<Matrixd>& matrices) const
+Matrixd ClipSampler::sample(std::size_t node, double seconds) const
 {
-    matrices.resize(m_model.m_vecNodes.size());
-    for (std::size_t node = 0; node < matrices.size(); ++node)
+    if (!isMoved(node))
     {
-        const Channel* channel = m_vecChannels[node];
-        if (!channel)
-        {
-            matrices[node] = m_model.m_vecNodes[node].m_local;
-            continue;
-        }
-        const Vector3d scale = sample(channel->m_vecScales, seconds, {1.0, 1.0, 1.0});
-        const Vector3d position =
-            sample(channel->m_vecPositions, seconds, m_model.m_vecNodes[node].m_local.getTranslation());
-        matrices[node] = compose(scale, sample(channel->m_vecRotations, seconds), position);
-        if (m_model.m_vecNodes[node].m_iParent < 0)
-        {
-            matrices[node] = matrices[node] * m_model.m_root;
-        }
+        return node < m_model.m_vecNodes.size() ? m_model.m_vecNodes[node].m_local : Matrixd();
+    }
+    const Channel& channel = *m_vecChannels[node];
+    const bool top = m_model.m_vecNodes[node].m_iParent < 0;
+    const double time = m_dStart + seconds;
+    const Matrixd local = evaluate(channel, m_model.getRestInFile(node), time);
+    return top ? local * m_root : local;
+}
+
+void addJumps(const Channel& channel, std::vector<double>& jumps)
+{
+    addJumps(channel.m_positions, jumps);
+    addJumps(channel.m_rotations, jumps);
+    addJumps(channel.m_scales, jumps);
+    if (channel.m_pMotion)
+    {
+        channel.m_pMotion->addJumps(jumps);
     }
 }
 
-void ClipSampler::composeWorld(const Model& model, const std::vector<Matrixd>& local, std::vector<Matrixd>& world)
+std::vector<double> ClipSampler::findJumps(std::size_t node) const
 {
-    world.resize(local.size());
-    for (std::size_t node = 0; node < local.size(); ++node)
+    std::vector<double> jumps;
+    if (isMoved(node))
     {
-        const int parent = model.m_vecNodes[node].m_iParent;
-        world[node] = parent < 0 ? local[node] : local[node] * world[static_cast<std::size_t>(parent)];
+        addJumps(*m_vecChannels[node], jumps);
+        for (double& jump : jumps)
+        {
+            jump -= m_dStart;
+        }
+        std::sort(jumps.begin(), jumps.end());
+        jumps.erase(std::unique(jumps.begin(), jumps.end()), jumps.end());
+    }
+    return jumps;
+}
+
+void addKeyTimes(const Channel& channel, std::vector<double>& times)
+{
+    for (const std::vector<double>* keys :
+         {&channel.m_positions.m_vecTimes, &channel.m_rotations.m_vecTimes, &channel.m_scales.m_vecTimes})
+    {
+        times.insert(times.end(), keys->begin(), keys->end());
+    }
+    if (channel.m_pMotion)
+    {
+        channel.m_pMotion->addTimes(times);
     }
 }
 
@@ -150,22 +237,24 @@ int chooseFrameRate(const Clip& clip)
     // Files round their times, and the length of a frame (0.0333333): the latter adds up.
     constexpr double tolerance = 2e-3;  // frames
     constexpr double drift = 1e-5;
-    std::vector<double> times{clip.m_dDuration};
+    std::vector<double> times{clip.m_dStart + clip.m_dDuration};
     for (const Channel& channel : clip.m_vecChannels)
     {
-        collectTimes(channel.m_vecPositions, times);
-        collectTimes(channel.m_vecRotations, times);
-        collectTimes(channel.m_vecScales, times);
+        addKeyTimes(channel, times);
     }
+    for (double& time : times)
+    {
+        time -= clip.m_dStart;
+    }
+    std::erase_if(times, [&clip](double time) { return time < 0.0 || time > clip.m_dDuration + 1e-6; });
     for (int rate = slowest; rate <= fastest; ++rate)
     {
-        const bool fits =
-            std::ranges::all_of(times,
-                                [rate](double time)
-                                {
-                                    const double frame = time * rate;
-                                    return std::abs(frame - std::round(frame)) < tolerance + drift * frame;
-                                });
+        const bool fits = std::all_of(times.begin(), times.end(),
+                                      [rate](double time)
+                                      {
+                                          const double frame = time * rate;
+                                          return std::abs(frame - std::round(frame)) < tolerance + drift * frame;
+                                      });
         if (fits)
         {
             return rate;

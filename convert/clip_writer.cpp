@@ -1,23 +1,134 @@
 #include "convert/clip_writer.h"
 
 #include "convert/clip_sampler.h"
+#include "convert/node_motion.h"
 #include "convert/precision.h"
 
 #include <tw2/keyframe/interpolation_mode.h>
 #include <tw2/keyframe/keyframe_animation.h>
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <memory>
+#include <set>
 
 namespace TW2::convert
 {
-std::vector<KeyframeAnimationChunk> makeRecords(const Model& model, const ReducedClip& clip, Seam seam)
+namespace
+{
+/// Plays records as the library does.
+class Player
+{
+public:
+    /// Both must outlive the player; null: the object does not travel.
+    Player(const Skeleton& skeleton, const std::vector<KeyframeAnimationChunk>& records,
+           const KeyframeAnimationChunk* travel)
+        : m_skeleton(skeleton)
+    {
+        if (travel)
+        {
+            m_pTravel = std::make_unique<TW_KeyframeAnimation>(*travel, false);
+        }
+        for (const KeyframeAnimationChunk& record : records)
+        {
+            m_vecTracks.push_back(std::make_unique<TW_KeyframeAnimation>(record, false));
+        }
+        m_vecLocal.resize(m_vecTracks.size());
+        if (!records.empty())
+        {
+            // A clip that begins again at its last frame does not show that one.
+            const bool again = records.front().header.looping && !records.front().loopInterpolation;
+            m_uiFrames = records.front().totalFrameCount;
+            m_uiFrames -= again && m_uiFrames > 1 ? 1 : 0;
+        }
+    }
+
+    /// The frames from 0 that are shown.
+    [[nodiscard]] unsigned int getFrameCount() const noexcept { return m_uiFrames; }
+
+    /// World matrices at `frame`, one per record.
+    void play(double frame, std::vector<Matrixd>& world) const
+    {
+        for (std::size_t joint = 0; joint < m_vecTracks.size(); ++joint)
+        {
+            M_Matrix4x3Template<float> matrix;
+            m_vecTracks[joint]->animateFrame(matrix, static_cast<float>(frame));
+            m_vecLocal[joint] = toDouble(matrix);
+        }
+        composeWorld(m_skeleton, m_vecLocal, world);
+        if (m_pTravel)
+        {
+            M_Matrix4x3Template<float> place;
+            m_pTravel->animateFrame(place, static_cast<float>(frame));
+            const Matrixd travel = toDouble(place);
+            for (Matrixd& matrix : world)
+            {
+                matrix = matrix * travel;
+            }
+        }
+    }
+
+private:
+    const Skeleton& m_skeleton;
+    std::unique_ptr<TW_KeyframeAnimation> m_pTravel;
+    std::vector<std::unique_ptr<TW_KeyframeAnimation>> m_vecTracks;
+    unsigned int m_uiFrames = 0;
+    mutable std::vector<Matrixd> m_vecLocal;
+};
+
+/// The object as a node that travels; in seconds from the clip's beginning.
+class Carrying : public NodeMotion
+{
+public:
+    Carrying(const Travel& travel, double frame) : m_travel(travel), m_dFrame(frame) {}
+    [[nodiscard]] Matrixd at(double seconds) const override { return m_travel.at(seconds, m_dFrame); }
+    void addTimes(std::vector<double>&) const override {}
+    void addJumps(std::vector<double>& jumps) const override
+    {
+        for (const int node : m_travel.getPath())
+        {
+            const std::vector<double> own = m_travel.getSampler().findJumps(static_cast<std::size_t>(node));
+            jumps.insert(jumps.end(), own.begin(), own.end());
+        }
+    }
+
+private:
+    const Travel& m_travel;
+    double m_dFrame;
+};
+
+/// The times at which any joint jumps.
+std::set<double> findJumps(const ClipSampler& sampler, std::size_t joints)
+{
+    std::set<double> times;
+    for (std::size_t joint = 0; joint < joints; ++joint)
+    {
+        for (const double time : sampler.findJumps(joint))
+        {
+            times.insert(time);
+        }
+    }
+    return times;
+}
+
+/// Files round times: whether a jump has just happened, or is about to, cannot be told at this one.
+bool isAtJump(const std::set<double>& times, double seconds)
+{
+    constexpr double near = 1e-4;
+    const auto next = times.lower_bound(seconds - near);
+    return next != times.end() && *next <= seconds + near;
+}
+}  // namespace
+
+std::vector<KeyframeAnimationChunk> makeRecords(const Skeleton& skeleton, const ReducedClip& clip, Seam seam)
 {
     std::vector<KeyframeAnimationChunk> records;
-    for (std::size_t node = 0; node < clip.m_vecTracks.size(); ++node)
+    for (std::size_t joint = 0; joint < clip.m_vecTracks.size(); ++joint)
     {
-        const Track& track = clip.m_vecTracks[node];
+        const Track& track = clip.m_vecTracks[joint];
         KeyframeAnimationChunk record;
-        record.header.targetName = model.m_vecNodes[node].m_strName.c_str();
+        record.header.targetName = skeleton.m_vecJoints[joint].m_strName.c_str();
         record.header.frameRate = clip.m_iFrameRate;
         record.header.looping = seam != Seam::Open;
         record.loopInterpolation = seam == Seam::NextFrame;
@@ -35,60 +146,99 @@ std::vector<KeyframeAnimationChunk> makeRecords(const Model& model, const Reduce
     return records;
 }
 
-std::vector<KeyframeAnimationChunk> makeStillRecords(const Model& model, const std::vector<Matrixd>& local)
+std::vector<KeyframeAnimationChunk> makeRestRecords(const Skeleton& skeleton)
 {
     std::vector<KeyframeAnimationChunk> records;
-    for (std::size_t node = 0; node < local.size(); ++node)
+    for (const Joint& joint : skeleton.m_vecJoints)
     {
         KeyframeAnimationChunk record;
-        record.header.targetName = model.m_vecNodes[node].m_strName.c_str();
+        record.header.targetName = joint.m_strName.c_str();
         record.header.frameRate = 1;
         record.objectName = record.header.targetName;
         record.totalFrameCount = 1;
-        record.keys.push_back({0, toFloat(local[node])});
+        // Without it, a matrix whose rows have unit length would be taken for a rotation.
+        record.keepScale = joint.m_local.determinant() < 0.0;
+        record.keys.push_back({0, toFloat(joint.m_local)});
         records.push_back(std::move(record));
     }
     return records;
 }
 
-PoseError measurePlayback(const Model& model, const Clip& clip, const std::vector<KeyframeAnimationChunk>& records,
-                          int frameRate)
+KeyframeAnimationChunk makeTravelRecord(const Travel& travel, const ReducedClip& clip, Seam seam,
+                                        const Tolerance& tolerance, double reach)
 {
-    constexpr unsigned int perFrame = 4;
-    std::vector<std::unique_ptr<TW_KeyframeAnimation>> tracks;
-    for (const KeyframeAnimationChunk& record : records)
-    {
-        tracks.push_back(std::make_unique<TW_KeyframeAnimation>(record, false));
-    }
-    const ClipSampler sampler(model, clip);
-    const std::vector<double> reach = measureReach(model);
-    std::vector<Matrixd> shouldLocal;
+    Model model;
+    model.m_vecNodes.push_back({"travel", -1, Matrixd(), {}, {}});
+    model.m_vecNodes.push_back({"reach", 0, Matrixd::translation({reach, 0.0, 0.0}), {}, {}});
+    Clip carried;
+    // Where the first frame follows on the last one, the way between them is travelled as well.
+    const unsigned int last = clip.m_uiFrames - (seam == Seam::NextFrame ? 0 : 1);
+    carried.m_dDuration = static_cast<double>(last) / clip.m_iFrameRate;
+    Channel& channel = carried.m_vecChannels.emplace_back();
+    channel.m_pMotion = std::make_shared<Carrying>(travel, 1.0 / clip.m_iFrameRate);
+    std::vector<std::string> warnings;
+    const Skeleton skeleton = makeSkeleton(model, warnings);
+    const ReducedClip reduced = reduceClip(model, skeleton, carried, tolerance, clip.m_iFrameRate);
+    return makeRecords(skeleton, reduced, Seam::Open).front();
+}
+
+PlaybackMeter::PlaybackMeter(const Model& model, const Skeleton& skeleton)
+    : m_model(model), m_skeleton(skeleton), m_drawn(model, skeleton), m_reach(measureReach(model, skeleton))
+{
+}
+
+PoseError PlaybackMeter::measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records,
+                                 const KeyframeAnimationChunk* travel, int frameRate,
+                                 const std::vector<double>& times) const
+{
+    const Player player(m_skeleton, records, travel);
+    const ClipSampler sampler(m_model, clip);
+    const std::set<double> jumps = findJumps(sampler, records.size());
+    std::vector<Matrixd> shouldLocal(records.size());
     std::vector<Matrixd> shouldBe;
-    std::vector<Matrixd> local(tracks.size());
     std::vector<Matrixd> world;
     PoseError error;
-    // A clip that begins again at its last frame is compared up to there.
-    const unsigned int samples = records.empty() ? 0 : (records.front().totalFrameCount - 1) * perFrame + 1;
-    const bool again = samples > 1 && records.front().header.looping && !records.front().loopInterpolation;
-    const unsigned int end = again ? samples - 1 : samples;
-    for (unsigned int i = 0; i < end; ++i)
+    PoseDifference difference;
+    const bool again = player.getFrameCount() < records.front().totalFrameCount;
+    const double end = again ? player.getFrameCount() : std::numeric_limits<double>::max();
+    for (const double frame : times)
     {
-        const double frame = static_cast<double>(i) / perFrame;
-        sampler.sampleLocal(frame / frameRate, shouldLocal);
-        ClipSampler::composeWorld(model, shouldLocal, shouldBe);
-        for (std::size_t node = 0; node < tracks.size(); ++node)
+        const double seconds = frame / frameRate;
+        if (frame >= end || isAtJump(jumps, seconds))
         {
-            M_Matrix4x3Template<float> matrix;
-            tracks[node]->animateFrame(matrix, static_cast<float>(frame));
-            local[node] = toDouble(matrix);
+            continue;
         }
-        ClipSampler::composeWorld(model, local, world);
-        for (std::size_t node = 0; node < tracks.size(); ++node)
+        for (std::size_t joint = 0; joint < records.size(); ++joint)
         {
-            error.add(compare(world[node], shouldBe[node], reach[node]));
+            shouldLocal[joint] = sampler.sample(joint, seconds);
+        }
+        composeWorld(m_skeleton, shouldLocal, shouldBe);
+        player.play(frame, world);
+        for (std::size_t joint = 0; joint < records.size(); ++joint)
+        {
+            difference.add(world[joint], shouldBe[joint], m_reach[joint]);
+        }
+        if (frame == std::floor(frame))
+        {
+            error.add({m_drawn.measureDistance(world, shouldBe), 0.0});
         }
     }
+    error.add(difference.get());
     return error;
+}
+
+void PlaybackMeter::addBounds(const std::vector<KeyframeAnimationChunk>& records, DrawnBounds& bounds) const
+{
+    // Between times this close nothing goes further than the slack that bounding volumes have.
+    constexpr int timesPerSecond = 60;
+    const Player player(m_skeleton, records, nullptr);
+    const auto step = static_cast<std::size_t>(std::max(records.front().header.frameRate / timesPerSecond, 1));
+    std::vector<Matrixd> world;
+    for (std::size_t frame = 0; frame < player.getFrameCount(); frame += step)
+    {
+        player.play(static_cast<double>(frame), world);
+        bounds.add(world);
+    }
 }
 
 void write(S_MemoryFileWriter& writer, const std::vector<KeyframeAnimationChunk>& records)

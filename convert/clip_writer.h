@@ -1,6 +1,8 @@
 #pragma once
 
+#include "convert/drawn_sample.h"
 #include "convert/track_reduction.h"
+#include "convert/travel.h"
 
 #include <tw2/keyframe/keyframe_animation_chunk.h>
 
@@ -10,16 +12,39 @@
 
 namespace TW2::convert
 {
-/// The keyframe animation record of each node of a reduced clip; it loops as `seam` says.
-[[nodiscard]] std::vector<KeyframeAnimationChunk> makeRecords(const Model& model, const ReducedClip& clip, Seam seam);
-/// The records of a pose that stands still: one key each, one frame.
-[[nodiscard]] std::vector<KeyframeAnimationChunk> makeStillRecords(const Model& model,
-                                                                   const std::vector<Matrixd>& local);
+/// The keyframe animation record of each joint of a reduced clip; it loops as `seam` says.
+[[nodiscard]] std::vector<KeyframeAnimationChunk> makeRecords(const Skeleton& skeleton, const ReducedClip& clip,
+                                                              Seam seam);
+/// The records of the pose at rest, standing still: one key each, one frame.
+[[nodiscard]] std::vector<KeyframeAnimationChunk> makeRestRecords(const Skeleton& skeleton);
 
-/// The largest difference between the clip and the records as the library evaluates them, at the frames and between
-/// them, in world space.
-[[nodiscard]] PoseError measurePlayback(const Model& model, const Clip& clip,
-                                        const std::vector<KeyframeAnimationChunk>& records, int frameRate);
+/// The record of a clip's travel, for records that `makeRecords` has made of the clip without it: within `tolerance` of
+/// where the object stands, everywhere up to `reach` from its origin.
+[[nodiscard]] KeyframeAnimationChunk makeTravelRecord(const Travel& travel, const ReducedClip& clip, Seam seam,
+                                                      const Tolerance& tolerance, double reach);
+
+/// Looks at clips as the library plays their records.
+class PlaybackMeter
+{
+public:
+    /// All must outlive the meter.
+    PlaybackMeter(const Model& model, const Skeleton& skeleton);
+
+    /// The largest difference between a clip's own curves and its records in world space: at `times` (frames,
+    /// ascending) of every joint, its axes and its surroundings, at whole frames also of the drawn vertices. `travel`
+    /// (null for none) is the record that carries the object.
+    [[nodiscard]] PoseError measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records,
+                                    const KeyframeAnimationChunk* travel, int frameRate,
+                                    const std::vector<double>& times) const;
+    /// Makes `bounds` contain what is drawn while the records play.
+    void addBounds(const std::vector<KeyframeAnimationChunk>& records, DrawnBounds& bounds) const;
+
+private:
+    const Model& m_model;
+    const Skeleton& m_skeleton;
+    DrawnSample m_drawn;
+    std::vector<double> m_reach;
+};
 
 void write(S_MemoryFileWriter& writer, const std::vector<KeyframeAnimationChunk>& records);
 }  // namespace TW2::convert

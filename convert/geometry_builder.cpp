@@ -36,7 +36,7 @@ std::size_t GeometryBuilder::findGroup(int material, std::size_t newVertices)
 {
     const auto found = std::find_if(m_vecGroups.rbegin(), m_vecGroups.rend(),
                                     [material](const Group& group) { return group.m_iMaterial == material; });
-    if (found != m_vecGroups.rend() && found->m_vecPositions.size() + newVertices <= MeshChunk::sm_maxGroupVertices)
+    if (found != m_vecGroups.rend() && found->m_vecPositions.size() + newVertices <= MeshChunk::maxGroupVertices)
     {
         return static_cast<std::size_t>(m_vecGroups.rend() - found) - 1;
     }
@@ -58,12 +58,12 @@ void GeometryBuilder::add(const Mesh& mesh, const Matrixd& place, const std::vec
         {
             std::swap(corners[1], corners[2]);
         }
-        const auto fresh = static_cast<std::size_t>(
-            std::ranges::count_if(corners, [&numbers](unsigned int corner) { return numbers[corner] == notYet; }));
+        const auto fresh = static_cast<std::size_t>(std::count_if(
+            corners.begin(), corners.end(), [&numbers](unsigned int corner) { return numbers[corner] == notYet; }));
         const std::size_t target = findGroup(mesh.m_iMaterial, filling == noGroup ? 3 : fresh);
         if (target != filling)
         {
-            std::ranges::fill(numbers, notYet);
+            std::fill(numbers.begin(), numbers.end(), notYet);
             filling = target;
         }
         Group& group = m_vecGroups[target];
@@ -75,9 +75,11 @@ void GeometryBuilder::add(const Mesh& mesh, const Matrixd& place, const std::vec
                 group.m_vecPositions.push_back(toFloat(place.transformPoint(toDouble(mesh.m_vecPositions[corner]))));
                 group.m_vecNormals.push_back(
                     toFloat(normalMatrix.transformDirection(toDouble(mesh.m_vecNormals[corner])).normalized()));
-                const bool hasCoordinates = !mesh.m_vecCoordinates.empty();
-                group.m_vecCoordinates.push_back(hasCoordinates ? mesh.m_vecCoordinates[corner] : Vector3());
-                group.m_bCoordinates |= hasCoordinates;
+                group.m_vecCoordinates.resize(mesh.m_vecCoordinates.size());
+                for (std::size_t set = 0; set < mesh.m_vecCoordinates.size(); ++set)
+                {
+                    group.m_vecCoordinates[set].push_back(mesh.m_vecCoordinates[set][corner]);
+                }
                 group.m_vecInfluences.push_back(influences.empty() ? Influences() : influences[corner]);
             }
             group.m_vecIndices.push_back(static_cast<std::uint16_t>(numbers[corner]));
@@ -90,8 +92,6 @@ void GeometryBuilder::fill(MeshChunk& record, const std::vector<Surface>& surfac
     MeshVertexChunk& vertices = record.editVertices();
     MeshFaceChunk& faces = record.editFaces();
     MeshMaterialChunk& materials = record.editMaterials();
-    TextureChannelChunk& channel = record.editChannel(0);
-    channel.channel = 1;
     for (const Group& group : m_vecGroups)
     {
         const std::string& name = surfaces[static_cast<std::size_t>(group.m_iMaterial)].m_strName;
@@ -103,17 +103,37 @@ void GeometryBuilder::fill(MeshChunk& record, const std::vector<Surface>& surfac
         faces.groupOffsets.push_back(toCount(faces.indices.size()));
         faces.groupCounts.push_back(toCount(group.m_vecIndices.size() / 3));
         faces.indices.insert(faces.indices.end(), group.m_vecIndices.begin(), group.m_vecIndices.end());
-        channel.groupOffsets.push_back(static_cast<int>(channel.coordinates.size()));
-        channel.groupCounts.push_back(group.m_bCoordinates ? static_cast<int>(group.m_vecCoordinates.size()) : 0);
-        if (group.m_bCoordinates)
+    }
+    fillChannels(record);
+}
+
+/// A set that a group does not have has no coordinates for it.
+void GeometryBuilder::fillChannels(MeshChunk& record) const
+{
+    std::size_t sets = 1;
+    for (const Group& group : m_vecGroups)
+    {
+        sets = std::max(sets, group.m_vecCoordinates.size());
+    }
+    for (std::size_t set = 0; set < sets; ++set)
+    {
+        TextureChannelChunk& channel = record.editChannel(set);
+        channel.channel = static_cast<int>(set) + 1;
+        for (const Group& group : m_vecGroups)
         {
-            channel.coordinates.insert(channel.coordinates.end(), group.m_vecCoordinates.begin(),
-                                       group.m_vecCoordinates.end());
+            const bool has = set < group.m_vecCoordinates.size();
+            channel.groupOffsets.push_back(static_cast<int>(channel.coordinates.size()));
+            channel.groupCounts.push_back(has ? static_cast<int>(group.m_vecPositions.size()) : 0);
+            if (has)
+            {
+                channel.coordinates.insert(channel.coordinates.end(), group.m_vecCoordinates[set].begin(),
+                                           group.m_vecCoordinates[set].end());
+            }
         }
     }
 }
 
-void GeometryBuilder::fill(SkinChunk& record, const std::vector<int>& boneOfNode) const
+void GeometryBuilder::fill(SkinChunk& record) const
 {
     for (const Group& group : m_vecGroups)
     {
@@ -127,7 +147,7 @@ void GeometryBuilder::fill(SkinChunk& record, const std::vector<int>& boneOfNode
             {
                 if (influence.m_fWeight > 0.0F)
                 {
-                    record.influenceBones.push_back(boneOfNode[static_cast<std::size_t>(influence.m_iBone)]);
+                    record.influenceBones.push_back(influence.m_iBone);
                     record.influenceWeights.push_back(influence.m_fWeight);
                     ++count;
                 }
@@ -157,27 +177,29 @@ std::size_t GeometryBuilder::getTriangleCount() const noexcept
     return count;
 }
 
-std::vector<GeometryBuilder::Influences> chooseInfluences(const Mesh& mesh, int holder, InfluenceSummary& summary)
+std::vector<GeometryBuilder::Influences> chooseInfluences(const Mesh& mesh, int holder, const std::vector<int>& joints,
+                                                          InfluenceSummary& summary)
 {
     using Influence = GeometryBuilder::Influence;
     std::vector<std::vector<Influence>> all(mesh.m_vecPositions.size());
-    for (const Bone& bone : mesh.m_vecBones)
+    for (std::size_t bone = 0; bone < mesh.m_vecBones.size(); ++bone)
     {
-        for (const auto& [vertex, weight] : bone.m_vecWeights)
+        for (const auto& [vertex, weight] : mesh.m_vecBones[bone].m_vecWeights)
         {
-            all[vertex].push_back({bone.m_iNode, weight});
+            all[vertex].push_back({joints[bone], weight});
         }
     }
     std::vector<GeometryBuilder::Influences> chosen(all.size());
     for (std::size_t vertex = 0; vertex < all.size(); ++vertex)
     {
         std::vector<Influence>& list = all[vertex];
-        std::ranges::stable_sort(list, std::ranges::greater{}, &Influence::m_fWeight);
+        std::stable_sort(list.begin(), list.end(),
+                         [](const Influence& a, const Influence& b) { return a.m_fWeight > b.m_fWeight; });
         summary.m_uiMost = std::max(summary.m_uiMost, list.size());
-        if (list.size() > GeometryBuilder::sm_mostInfluences)
+        if (list.size() > GeometryBuilder::mostInfluences)
         {
             ++summary.m_uiReduced;
-            list.resize(GeometryBuilder::sm_mostInfluences);
+            list.resize(GeometryBuilder::mostInfluences);
         }
         if (list.empty())
         {

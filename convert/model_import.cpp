@@ -1,13 +1,20 @@
 #include "convert/model_import.h"
 
 #include "convert/assimp_types.h"
+#include "convert/clip_selection.h"
 #include "convert/convert_exception.h"
+#include "convert/file_ending.h"
+#include "convert/light_range.h"
+#include "convert/model_space.h"
+#include "convert/normals.h"
+#include "convert/precision.h"
 #include "convert/surface_import.h"
 #include "convert/unique_names.h"
 
-#include <platform/runtime/str.h>
+#include <platform/runtime/file.h>
 
 #include <assimp/config.h>
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -31,7 +38,10 @@ constexpr float degrees = 180.0F / std::numbers::pi_v<float>;
 class Builder
 {
 public:
-    Builder(const aiScene& scene, const std::string& fileName) : m_scene(scene), m_strFileName(fileName) {}
+    Builder(const aiScene& scene, const std::string& fileName, const std::vector<std::string>& textureFolders)
+        : m_scene(scene), m_strFileName(fileName), m_pictures(fileName, textureFolders)
+    {
+    }
 
     Model build(const Matrixd& root)
     {
@@ -41,8 +51,14 @@ public:
         addSurfaces();
         addMeshes();
         addClips();
+        if (hasEnding(m_strFileName, ".dae"))
+        {
+            joinClips();
+        }
         addCameras();
         addLights();
+        const std::vector<std::string> lines = m_warnings.makeLines();
+        m_model.m_vecWarnings.insert(m_model.m_vecWarnings.end(), lines.begin(), lines.end());
         return std::move(m_model);
     }
 
@@ -50,12 +66,11 @@ private:
     void addNodes()
     {
         std::vector<std::pair<const aiNode*, int>> pending{{m_scene.mRootNode, -1}};
-        UniqueNames names("node");
         for (std::size_t next = 0; next < pending.size(); ++next)
         {
             const auto [source, parent] = pending[next];
             Node node;
-            node.m_strName = names.make(source->mName.C_Str());
+            node.m_strName = source->mName.C_Str();
             node.m_iParent = parent;
             node.m_local =
                 parent < 0 ? toMatrix(source->mTransformation) * m_model.m_root : toMatrix(source->mTransformation);
@@ -101,10 +116,11 @@ private:
         UniqueNames names("material");
         for (unsigned int i = 0; i < m_scene.mNumMaterials; ++i)
         {
-            Surface surface = importSurface(m_scene, *m_scene.mMaterials[i], m_strFileName, m_model.m_vecWarnings);
+            Surface surface = importSurface(m_scene, *m_scene.mMaterials[i], m_pictures, m_warnings);
             surface.m_strName = names.make(surface.m_strName);
             m_model.m_vecSurfaces.push_back(std::move(surface));
         }
+        m_model.m_vecPictures = m_pictures.take();
     }
 
     void addMeshes()
@@ -113,12 +129,6 @@ private:
         {
             m_model.m_vecMeshes.push_back(importMesh(*m_scene.mMeshes[i]));
         }
-        const bool anyTriangles =
-            std::ranges::any_of(m_model.m_vecMeshes, [](const Mesh& mesh) { return !mesh.m_vecIndices.empty(); });
-        if (!anyTriangles)
-        {
-            throw ConvertException(m_strFileName.c_str(), "holds no triangles");
-        }
     }
 
     Mesh importMesh(const aiMesh& source)
@@ -126,15 +136,31 @@ private:
         Mesh mesh;
         mesh.m_strName = source.mName.C_Str();
         mesh.m_iMaterial = static_cast<int>(source.mMaterialIndex);
+        constexpr auto triangles =
+            static_cast<unsigned int>(aiPrimitiveType_TRIANGLE | aiPrimitiveType_NGONEncodingFlag);
+        if ((source.mPrimitiveTypes & ~triangles) != 0)
+        {
+            m_warnings.addLeftOut("mesh \"" + mesh.m_strName + "\"", "what consists of points and lines");
+            return mesh;
+        }
         const std::size_t count = source.mNumVertices;
         for (std::size_t v = 0; v < count; ++v)
         {
             mesh.m_vecPositions.push_back(toVector(source.mVertices[v]));
-            mesh.m_vecNormals.push_back(source.HasNormals() ? toVector(source.mNormals[v]) : Vector3());
-            if (source.HasTextureCoords(0))
+            if (source.HasNormals())
             {
-                mesh.m_vecCoordinates.push_back(toVector(source.mTextureCoords[0][v]));
+                mesh.m_vecNormals.push_back(toVector(source.mNormals[v]));
             }
+            if (source.HasVertexColors(0))
+            {
+                mesh.m_vecColors.push_back(toColor(source.mColors[0][v]));
+            }
+        }
+        for (unsigned int set = 0; source.HasTextureCoords(set); ++set)
+        {
+            std::vector<Vector3>& coordinates = mesh.m_vecCoordinates.emplace_back();
+            std::transform(source.mTextureCoords[set], source.mTextureCoords[set] + count,
+                           std::back_inserter(coordinates), toVector);
         }
         for (unsigned int f = 0; f < source.mNumFaces; ++f)
         {
@@ -145,13 +171,17 @@ private:
                 mesh.m_vecIndices.insert(mesh.m_vecIndices.end(), face.mIndices, face.mIndices + 3);
             }
         }
+        if (!source.HasNormals())
+        {
+            addSmoothNormals(mesh);
+        }
         for (unsigned int b = 0; b < source.mNumBones; ++b)
         {
             importBone(*source.mBones[b], count, mesh);
         }
         if (source.mNumAnimMeshes > 0)
         {
-            m_model.m_vecWarnings.push_back("mesh \"" + mesh.m_strName + "\": morph targets are left out");
+            m_warnings.addLeftOut("mesh \"" + mesh.m_strName + "\"", "morph targets");
         }
         return mesh;
     }
@@ -180,12 +210,11 @@ private:
 
     void addClips()
     {
-        UniqueNames names("clip");
         for (unsigned int i = 0; i < m_scene.mNumAnimations; ++i)
         {
             const aiAnimation& source = *m_scene.mAnimations[i];
             Clip clip;
-            clip.m_strName = names.make(source.mName.C_Str());
+            clip.m_strName = source.mName.C_Str();
             const double ticks = source.mTicksPerSecond > 0.0 ? source.mTicksPerSecond : defaultTicksPerSecond;
             clip.m_dDuration = std::max(source.mDuration, 0.0) / ticks;
             for (unsigned int c = 0; c < source.mNumChannels; ++c)
@@ -200,6 +229,16 @@ private:
         }
     }
 
+    /// The format says that all animations play together: those that the importer took apart are one again.
+    void joinClips()
+    {
+        if (areParts(m_model.m_vecClips))
+        {
+            m_model.m_vecClips = {
+                mergeClips(m_model, std::move(m_model.m_vecClips), m_model.m_strName, m_model.m_vecWarnings)};
+        }
+    }
+
     void importChannel(const aiNodeAnim& source, double ticks, Clip& clip)
     {
         Channel channel;
@@ -210,24 +249,20 @@ private:
                                             "\", which the model does not have");
             return;
         }
-        for (unsigned int i = 0; i < source.mNumPositionKeys; ++i)
-        {
-            const aiVectorKey& key = source.mPositionKeys[i];
-            channel.m_vecPositions.emplace_back(key.mTime / ticks, toVectord(key.mValue));
-        }
-        for (unsigned int i = 0; i < source.mNumRotationKeys; ++i)
-        {
-            const aiQuatKey& key = source.mRotationKeys[i];
-            channel.m_vecRotations.emplace_back(
-                key.mTime / ticks, Quaternion{static_cast<double>(key.mValue.w), static_cast<double>(key.mValue.x),
-                                              static_cast<double>(key.mValue.y), static_cast<double>(key.mValue.z)});
-        }
-        for (unsigned int i = 0; i < source.mNumScalingKeys; ++i)
-        {
-            const aiVectorKey& key = source.mScalingKeys[i];
-            channel.m_vecScales.emplace_back(key.mTime / ticks, toVectord(key.mValue));
-        }
+        importKeys(source.mPositionKeys, source.mNumPositionKeys, ticks, toVectord, channel.m_positions);
+        importKeys(source.mRotationKeys, source.mNumRotationKeys, ticks, toQuaternion, channel.m_rotations);
+        importKeys(source.mScalingKeys, source.mNumScalingKeys, ticks, toVectord, channel.m_scales);
         clip.m_vecChannels.push_back(std::move(channel));
+    }
+
+    template <typename Key, typename Convert, typename T>
+    static void importKeys(const Key* keys, unsigned int count, double ticks, Convert convert, Curve<T>& curve)
+    {
+        for (const Key* key = keys; key != keys + count; ++key)
+        {
+            curve.m_vecTimes.push_back(key->mTime / ticks);
+            curve.m_vecValues.push_back(convert(key->mValue));
+        }
     }
 
     void addCameras()
@@ -265,26 +300,17 @@ private:
             const float strongest = std::max({color.r, color.g, color.b, 1e-6F});
             light.m_fBrightness = std::max(strongest, 1.0F);
             light.m_color = G_FColor(color.r, color.g, color.b, 1.0F) * (255.0F / light.m_fBrightness);
-            light.m_fRange = getRange(source);
+            light.m_fRange = findRange(source.mAttenuationLinear, source.mAttenuationQuadratic);
             light.m_fInnerAngle = source.mAngleInnerCone * degrees;
             light.m_fOuterAngle = source.mAngleOuterCone * degrees;
             m_model.m_vecLights.push_back(light);
         }
     }
 
-    /// The distance at which the light has fallen to a hundredth.
-    static float getRange(const aiLight& source)
-    {
-        constexpr float far = 1e6F;
-        if (source.mAttenuationQuadratic > 0.0F)
-        {
-            return std::min(std::sqrt(100.0F / source.mAttenuationQuadratic), far);
-        }
-        return source.mAttenuationLinear > 0.0F ? std::min(100.0F / source.mAttenuationLinear, far) : far;
-    }
-
     const aiScene& m_scene;
     const std::string& m_strFileName;
+    PictureCollector m_pictures;
+    Warnings m_warnings;
     std::unordered_map<std::string, int> m_mapNodes;
     Model m_model;
 };
@@ -293,9 +319,7 @@ private:
 /// has to be known.
 ImportOptions::UpAxis findUp(const aiScene& scene, const std::string& fileName)
 {
-    std::string ending = std::filesystem::path(fileName).extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (ending == ".smd" || ending == ".vta" || ending == ".csm")
+    if (hasEnding(fileName, ".smd") || hasEnding(fileName, ".vta") || hasEnding(fileName, ".csm"))
     {
         return ImportOptions::UpAxis::Z;
     }
@@ -307,31 +331,9 @@ ImportOptions::UpAxis findUp(const aiScene& scene, const std::string& fileName)
     return ImportOptions::UpAxis::Y;
 }
 
-/// What turns the imported space into one in which the given axis points up.
-Matrixd makeRoot(ImportOptions::UpAxis up, double scale)
-{
-    Matrixd root;
-    if (up == ImportOptions::UpAxis::Z)
-    {
-        // Made left-handed by mirroring z, the file's z axis points along -z.
-        root.setRow(1, {0.0, 0.0, 1.0});
-        root.setRow(2, {0.0, -1.0, 0.0});
-    }
-    else if (up == ImportOptions::UpAxis::X)
-    {
-        root.setRow(0, {0.0, 1.0, 0.0});
-        root.setRow(1, {-1.0, 0.0, 0.0});
-    }
-    for (int row = 0; row < 3; ++row)
-    {
-        root.setRow(row, root.getRow(row) * scale);
-    }
-    return root;
-}
-
 std::string oneLine(std::string text)
 {
-    std::ranges::replace(text, '\n', ' ');
+    std::replace(text.begin(), text.end(), '\n', ' ');
     while (!text.empty() && (text.back() == ' ' || text.back() == '\r'))
     {
         text.pop_back();
@@ -341,12 +343,11 @@ std::string oneLine(std::string text)
 /// What an importer throws of its own comes out as this room's exception.
 const aiScene* read(Assimp::Importer& importer, const std::string& fileName)
 {
+    constexpr unsigned int steps = aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_SortByPType |
+                                   aiProcess_TransformUVCoords | aiProcess_GenUVCoords | aiProcess_ConvertToLeftHanded;
     try
     {
-        return importer.ReadFile(fileName, aiProcess_Triangulate | aiProcess_GenSmoothNormals |
-                                               aiProcess_JoinIdenticalVertices | aiProcess_SortByPType |
-                                               aiProcess_TransformUVCoords | aiProcess_GenUVCoords |
-                                               aiProcess_ConvertToLeftHanded);
+        return importer.ReadFile(fileName, steps);
     }
     catch (const std::exception& exception)
     {
@@ -354,25 +355,46 @@ const aiScene* read(Assimp::Importer& importer, const std::string& fileName)
         throw ConvertException(fileName.c_str(), reason.c_str());
     }
 }
+
+/// Files as they are, and which of them were read: a model may name others, such as its materials.
+class ReadFiles : public Assimp::DefaultIOSystem
+{
+public:
+    /// The list must outlive the object.
+    explicit ReadFiles(std::vector<std::string>& names) : m_vecNames(names) {}
+    Assimp::IOStream* Open(const char* name, const char* mode) override
+    {
+        Assimp::IOStream* const stream = DefaultIOSystem::Open(name, mode);
+        if (stream && std::find(m_vecNames.begin(), m_vecNames.end(), name) == m_vecNames.end())
+        {
+            m_vecNames.emplace_back(name);
+        }
+        return stream;
+    }
+
+private:
+    std::vector<std::string>& m_vecNames;
+};
 }  // namespace
 
 Model importModel(const std::string& fileName, const ImportOptions& options)
 {
-    if (!std::filesystem::is_regular_file(fileName))
-    {
-        throw ConvertException(fileName.c_str(), "there is no such file");
-    }
+    std::vector<std::string> sources;
     Assimp::Importer importer;
-    importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
-    importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, false);
+    importer.SetIOHandler(new ReadFiles(sources));  // the importer deletes it
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
     const aiScene* scene = read(importer, fileName);
     if (!scene || !scene->mRootNode)
     {
         const std::string reason = oneLine(importer.GetErrorString());
         throw ConvertException(fileName.c_str(), reason.empty() ? "cannot be read" : reason.c_str());
     }
-    const ImportOptions::UpAxis up =
-        options.m_eUp == ImportOptions::UpAxis::Automatic ? findUp(*scene, fileName) : options.m_eUp;
-    return Builder(*scene, fileName).build(makeRoot(up, options.m_dScale));
+    const bool automatic = options.m_eUp == ImportOptions::UpAxis::Automatic;
+    const ImportOptions::UpAxis up = !automatic ? options.m_eUp : findUp(*scene, fileName);
+    const Matrixd root = makeRoot(up, options.m_dScale);
+    Model model = Builder(*scene, fileName, options.m_vecTextureFolders).build(root);
+    std::erase(sources, fileName);
+    model.m_vecSources.insert(model.m_vecSources.end(), sources.begin(), sources.end());
+    return model;
 }
 }  // namespace TW2::convert

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "convert/model.h"
+#include "convert/skeleton.h"
 
 #include <vector>
 
@@ -26,14 +27,23 @@ struct PoseError
     }
 };
 
-/// The largest difference of two world matrices at a node's origin and `reach` away from it along its axes, and of the
-/// directions of the axes.
-[[nodiscard]] PoseError compare(const Matrixd& is, const Matrixd& shouldBe, double reach);
+/// The largest difference of pairs of world matrices at a node's origin and `reach` away from it along its axes, and of
+/// the directions of the axes. An axis that is lost counts as a right angle.
+class PoseDifference
+{
+public:
+    void add(const Matrixd& is, const Matrixd& shouldBe, double reach);
+    [[nodiscard]] PoseError get() const;
 
-/// Distance from each node's origin, in its own space, within which its children and the vertices that it moves lie.
-[[nodiscard]] std::vector<double> measureReach(const Model& model);
+private:
+    double m_dDistanceSquared = 0.0;
+    double m_dTurn = 0.0;  // of an angle up to 90 degrees the square of its sine; of a larger one 2 less that
+};
 
-/// Whether `compare` would find a difference within a tolerance; the same question without square roots.
+/// Distance from each joint's origin, in its own space, within which its children and the vertices that it moves lie.
+[[nodiscard]] std::vector<double> measureReach(const Model& model, const Skeleton& skeleton);
+
+/// Whether the difference of two world matrices is within a tolerance.
 class ErrorLimit
 {
 public:

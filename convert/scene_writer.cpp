@@ -15,15 +15,15 @@ namespace TW2::convert
 {
 namespace
 {
-void fillNode(NodeChunk& record, const Model& model, std::size_t node, const Matrixd& local)
+void fillNode(NodeChunk& record, const Skeleton& skeleton, std::size_t index)
 {
-    const Node& source = model.m_vecNodes[node];
-    record.name = source.m_strName.c_str();
-    record.transform = toFloat(local);
-    record.hasParent = source.m_iParent >= 0;
+    const Joint& joint = skeleton.m_vecJoints[index];
+    record.name = joint.m_strName.c_str();
+    record.transform = toFloat(joint.m_local);
+    record.hasParent = joint.m_iParent >= 0;
     if (record.hasParent)
     {
-        record.parentName = model.m_vecNodes[static_cast<std::size_t>(source.m_iParent)].m_strName.c_str();
+        record.parentName = skeleton.m_vecJoints[static_cast<std::size_t>(joint.m_iParent)].m_strName.c_str();
     }
 }
 
@@ -47,35 +47,36 @@ Matrixd lookAlong(const Vector3d& position, const Vector3d& forward, const Vecto
 }
 
 template <typename Record>
-void fillLight(Record& record, const Light& light, const Model& model)
+void fillLight(Record& record, const Light& light, const Skeleton& skeleton)
 {
-    record.name = (model.m_vecNodes[static_cast<std::size_t>(light.m_iNode)].m_strName + "_light").c_str();
-    record.parentName = model.m_vecNodes[static_cast<std::size_t>(light.m_iNode)].m_strName.c_str();
+    const std::string& holder = skeleton.m_vecJoints[static_cast<std::size_t>(light.m_iNode)].m_strName;
+    record.name = (holder + "_light").c_str();
+    record.parentName = holder.c_str();
     record.hasParent = true;
     record.transform = toFloat(lookAlong(light.m_vPosition, light.m_vForward, {0.0, 1.0, 0.0}));
     record.color = light.m_color;
     record.brightness = light.m_fBrightness;
 }
 
-void writeLight(S_MemoryFileWriter& writer, const Light& light, const Model& model)
+void writeLight(S_MemoryFileWriter& writer, const Light& light, const Skeleton& skeleton)
 {
     if (light.m_eKind == Light::Kind::Directional)
     {
         DirectionalLightChunk record;
-        fillLight(record, light, model);
+        fillLight(record, light, skeleton);
         writer << record;
         return;
     }
     if (light.m_eKind == Light::Kind::Point)
     {
         PointLightChunk record;
-        fillLight(record, light, model);
+        fillLight(record, light, skeleton);
         record.fallOff = light.m_fRange;
         writer << record;
         return;
     }
     SpotLightChunk record;
-    fillLight(record, light, model);
+    fillLight(record, light, skeleton);
     record.fallOff = light.m_fRange;
     record.hotSpotAngle = light.m_fInnerAngle;
     record.fallOffAngle = light.m_fOuterAngle;
@@ -83,17 +84,18 @@ void writeLight(S_MemoryFileWriter& writer, const Light& light, const Model& mod
 }
 }  // namespace
 
-void writeSkeleton(S_MemoryFileWriter& writer, const Model& model, const std::vector<Matrixd>& local)
+void writeSkeleton(S_MemoryFileWriter& writer, const Skeleton& skeleton)
 {
-    for (std::size_t node = 0; node < model.m_vecNodes.size(); ++node)
+    for (std::size_t joint = 0; joint < skeleton.m_vecJoints.size(); ++joint)
     {
         MeshChunk record;
-        fillNode(record, model, node, local[node]);
+        fillNode(record, skeleton, joint);
         writer << record;
     }
 }
 
-GeometrySize writeGeometry(S_MemoryFileWriter& writer, const Model& model, const std::vector<Matrixd>& local)
+GeometrySize writeGeometry(S_MemoryFileWriter& writer, const Model& model, const std::vector<SurfacePlan>& plans,
+                           const Skeleton& skeleton)
 {
     GeometrySize size;
     std::map<std::vector<int>, std::string> written;  // by the meshes that a node shows
@@ -101,7 +103,7 @@ GeometrySize writeGeometry(S_MemoryFileWriter& writer, const Model& model, const
     {
         const Node& source = model.m_vecNodes[node];
         MeshChunk record;
-        fillNode(record, model, node, local[node]);
+        fillNode(record, skeleton, node);
         if (const auto same = written.find(source.m_vecMeshes); same != written.end())
         {
             record.editInstanceName() = same->second.c_str();
@@ -109,14 +111,16 @@ GeometrySize writeGeometry(S_MemoryFileWriter& writer, const Model& model, const
         else if (!source.m_vecMeshes.empty())
         {
             GeometryBuilder geometry;
-            for (const int mesh : source.m_vecMeshes)
+            for (const int index : source.m_vecMeshes)
             {
-                geometry.add(model.m_vecMeshes[static_cast<std::size_t>(mesh)], Matrixd(), {});
+                const Mesh& mesh = model.m_vecMeshes[static_cast<std::size_t>(index)];
+                geometry.add(arrangeMesh(mesh, plans[static_cast<std::size_t>(mesh.m_iMaterial)].m_vecLayers),
+                             Matrixd(), {});
             }
             if (!geometry.isEmpty())
             {
                 geometry.fill(record, model.m_vecSurfaces);
-                written.emplace(source.m_vecMeshes, source.m_strName);
+                written.emplace(source.m_vecMeshes, skeleton.m_vecJoints[node].m_strName);
             }
             size.m_uiVertices += geometry.getVertexCount();
             size.m_uiTriangles += geometry.getTriangleCount();
@@ -127,16 +131,16 @@ GeometrySize writeGeometry(S_MemoryFileWriter& writer, const Model& model, const
     return size;
 }
 
-void writeStage(S_MemoryFileWriter& writer, const Model& model, const std::vector<Matrixd>& local,
-                const std::vector<Matrixd>& world)
+void writeStage(S_MemoryFileWriter& writer, const Model& model, const Skeleton& skeleton)
 {
     for (const Camera& camera : model.m_vecCameras)
     {
         // Hosts are handed a camera's transform without its parent, so it is the one in the scene.
         const auto node = static_cast<std::size_t>(camera.m_iNode);
         CameraChunk record;
-        record.name = model.m_vecNodes[node].m_strName.c_str();
-        record.transform = toFloat(lookAlong(camera.m_vPosition, camera.m_vForward, camera.m_vUp) * world[node]);
+        record.name = skeleton.m_vecJoints[node].m_strName.c_str();
+        record.transform = toFloat(lookAlong(camera.m_vPosition, camera.m_vForward, camera.m_vUp) *
+                                   skeleton.m_vecJoints[node].m_world);
         record.value0 = camera.m_fHorizontalAngle;
         record.value1 = camera.m_fNear;
         record.value2 = camera.m_fFar;
@@ -144,14 +148,14 @@ void writeStage(S_MemoryFileWriter& writer, const Model& model, const std::vecto
     }
     for (const Light& light : model.m_vecLights)
     {
-        writeLight(writer, light, model);
+        writeLight(writer, light, skeleton);
     }
     for (std::size_t node = 0; node < model.m_vecNodes.size(); ++node)
     {
         if (!model.m_vecNodes[node].m_strNotes.empty())
         {
             HelperChunk record;
-            fillNode(record, model, node, local[node]);
+            fillNode(record, skeleton, node);
             record.helperString = model.m_vecNodes[node].m_strNotes.c_str();
             writer << record;
         }

@@ -1,16 +1,18 @@
 #include "convert/surface_import.h"
 
-#include <platform/image/image.h>
-#include <platform/runtime/exception.h>
-#include <platform/runtime/file.h>
+#include "convert/surface_alpha.h"
 
-#include <assimp/GltfMaterial.h>
+#include <platform/image/image.h>
+
+#include <assimp/commonMetaData.h>
 #include <assimp/material.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace TW2::convert
 {
@@ -19,54 +21,6 @@ namespace
 G_FColor toColor(const aiColor4D& color)
 {
     return G_FColor(color.r, color.g, color.b, 1.0F) * 255.0F;
-}
-
-std::string baseName(const std::string& path)
-{
-    const std::size_t separator = path.find_last_of("/\\");
-    return separator == std::string::npos ? path : path.substr(separator + 1);
-}
-
-/// The file that a model means by `name`: as written, then by its last part beside the model or in a folder of
-/// textures. Empty when there is none.
-std::string findPicture(const std::string& name, const std::string& modelFile)
-{
-    const std::string folder = std::filesystem::path(modelFile).parent_path().string();
-    const std::string beside = folder.empty() ? std::string() : folder + "/";
-    const std::string last = baseName(name);
-    for (const std::string& candidate :
-         {name, beside + name, beside + last, beside + "textures/" + last, beside + "../textures/" + last})
-    {
-        if (!candidate.empty() && File.exists(candidate.c_str()))
-        {
-            const S_String found = File.findOnDisk(candidate);
-            return {found.begin(), found.end()};
-        }
-    }
-    return {};
-}
-
-/// Whether the picture can be decoded; the reason is put into `reason` when not. `transparent`: any pixel is clear.
-bool decode(const TextureSource& source, bool& transparent, std::string& reason)
-{
-    try
-    {
-        const G_Image image =
-            source.m_vecBytes.empty()
-                ? G_Image(source.m_strFile.c_str())
-                : G_Image::decode(source.m_vecBytes.data(), source.m_vecBytes.size(), source.m_strName.c_str());
-        transparent = false;
-        for (std::size_t i = 3; i < image.getSize() && !transparent; i += G_Image::bytesPerPixel)
-        {
-            transparent = image.getPixels()[i] < 128;
-        }
-        return true;
-    }
-    catch (const S_Exception& exception)
-    {
-        reason = exception.getErrorMessage();
-        return false;
-    }
 }
 
 std::vector<unsigned char> encodeTexels(const aiTexture& texture)
@@ -82,99 +36,165 @@ std::vector<unsigned char> encodeTexels(const aiTexture& texture)
     return {bytes.begin(), bytes.end()};
 }
 
-TextureSource importEmbedded(const aiTexture& texture, const std::string& name)
+Picture importEmbedded(const aiTexture& texture, const std::string& name)
 {
-    TextureSource source;
-    source.m_strName = name;
+    Picture picture;
+    picture.m_strName = name;
     if (texture.mHeight == 0)
     {
         // A whole picture file; its width is its size in bytes.
         const auto* bytes = reinterpret_cast<const unsigned char*>(texture.pcData);
-        source.m_vecBytes.assign(bytes, bytes + texture.mWidth);
+        picture.m_vecBytes.assign(bytes, bytes + texture.mWidth);
     }
     else if (texture.mWidth > 0)
     {
-        source.m_vecBytes = encodeTexels(texture);
+        picture.m_vecBytes = encodeTexels(texture);
     }
-    return source;
+    return picture;
 }
 
-/// The first picture of a kind, found and decodable; else empty.
-TextureSource importTexture(const aiScene& scene, const aiMaterial& material, aiTextureType type,
-                            const std::string& modelFile, const std::string& surfaceName, bool& transparent,
-                            std::vector<std::string>& warnings)
+Wrap toWrap(int mode)
 {
-    aiString path;
-    if (material.GetTexture(type, 0, &path) != AI_SUCCESS || path.length == 0)
+    switch (mode)
     {
-        return {};
+        case aiTextureMapMode_Mirror:
+            return Wrap::Mirror;
+        case aiTextureMapMode_Clamp:
+        case aiTextureMapMode_Decal:
+            return Wrap::Clamp;
+        default:
+            return Wrap::Repeat;
     }
-    TextureSource source;
-    if (const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str()))
-    {
-        source = importEmbedded(*embedded, path.C_Str());
-    }
-    else
-    {
-        source.m_strName = path.C_Str();
-        source.m_strFile = findPicture(source.m_strName, modelFile);
-    }
-    std::string reason = "was not found";
-    if ((!source.m_strFile.empty() || !source.m_vecBytes.empty()) && decode(source, transparent, reason))
-    {
-        return source;
-    }
-    warnings.push_back("material \"" + surfaceName + "\": texture \"" + path.C_Str() + "\" is left out: " + reason);
-    return {};
 }
-}  // namespace
 
-Surface importSurface(const aiScene& scene, const aiMaterial& material, const std::string& modelFile,
-                      std::vector<std::string>& warnings)
+/// Reads the textures of one material.
+class Textures
 {
-    Surface surface;
-    surface.m_strName = material.GetName().C_Str();
+public:
+    Textures(const aiScene& scene, const aiMaterial& material, PictureCollector& pictures, Warnings& warnings,
+             const std::string& part)
+        : m_scene(scene), m_material(material), m_pictures(pictures), m_warnings(warnings), m_strPart(part)
+    {
+    }
+
+    /// The first picture of a kind, found and decodable; else none.
+    Texture import(aiTextureType type)
+    {
+        Texture texture;
+        aiString path;
+        if (m_material.GetTexture(type, 0, &path) != AI_SUCCESS || path.length == 0)
+        {
+            return texture;
+        }
+        Picture picture;
+        if (const aiTexture* embedded = m_scene.GetEmbeddedTexture(path.C_Str()))
+        {
+            picture = importEmbedded(*embedded, path.C_Str());
+        }
+        picture.m_strName = path.C_Str();
+        std::string reason;
+        texture.m_iPicture = m_pictures.add(std::move(picture), reason);
+        if (!texture.isUsed())
+        {
+            m_warnings.add(m_strPart + ": texture \"" + path.C_Str() + "\" is left out: " + reason);
+        }
+        m_material.Get(AI_MATKEY_UVWSRC(type, 0), texture.m_iSet);
+        texture.m_iSet = std::max(texture.m_iSet, 0);
+        int mode = aiTextureMapMode_Wrap;
+        m_material.Get(AI_MATKEY_MAPPINGMODE_U(type, 0), mode);
+        texture.m_eWrapU = toWrap(mode);
+        mode = aiTextureMapMode_Wrap;
+        m_material.Get(AI_MATKEY_MAPPINGMODE_V(type, 0), mode);
+        texture.m_eWrapV = toWrap(mode);
+        return texture;
+    }
+
+    [[nodiscard]] bool has(aiTextureType type) const { return m_material.GetTextureCount(type) > 0; }
+
+private:
+    const aiScene& m_scene;
+    const aiMaterial& m_material;
+    PictureCollector& m_pictures;
+    Warnings& m_warnings;
+    std::string m_strPart;
+};
+
+/// Whether the texture of such a file multiplies the colour of the material; in others it takes the colour's place.
+bool multipliesColor(const aiScene& scene)
+{
+    aiString format;
+    return scene.mMetaData && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
+           std::string(format.C_Str()).find("Wavefront") != std::string::npos;
+}
+
+void importColors(const aiScene& scene, const aiMaterial& material, Surface& surface)
+{
     aiColor4D color;
     if (material.Get(AI_MATKEY_BASE_COLOR, color) == AI_SUCCESS ||
         material.Get(AI_MATKEY_COLOR_DIFFUSE, color) == AI_SUCCESS)
     {
         surface.m_diffuse = toColor(color);
     }
+    if (surface.m_diffuseTexture.isUsed() && !multipliesColor(scene))
+    {
+        surface.m_diffuse = G_FColor(255.0F, 255.0F, 255.0F);
+    }
     if (material.Get(AI_MATKEY_COLOR_SPECULAR, color) == AI_SUCCESS)
     {
-        surface.m_specular = toColor(color);
+        // FBX keeps the strength of highlights apart from their colour.
+        float strength = 1.0F;
+        material.Get(AI_MATKEY_SHININESS_STRENGTH, strength);
+        surface.m_specular = toColor(color) * std::clamp(strength, 0.0F, 1.0F);
+    }
+    if (material.Get(AI_MATKEY_COLOR_EMISSIVE, color) == AI_SUCCESS)
+    {
+        surface.m_emissive = toColor(color);
+    }
+    if (surface.m_emissiveTexture.isUsed())
+    {
+        surface.m_emissive = G_FColor(255.0F, 255.0F, 255.0F);
     }
     material.Get(AI_MATKEY_SHININESS, surface.m_fShininess);
-    material.Get(AI_MATKEY_OPACITY, surface.m_fOpacity);
-    if (!(surface.m_fOpacity > 0.0F))
-    {
-        // Exporters disagree on which end of the scale is clear; nobody draws what cannot be seen.
-        warnings.push_back("material \"" + surface.m_strName + "\": is fully transparent in the file, taken as opaque");
-        surface.m_fOpacity = 1.0F;
-    }
-    surface.m_fOpacity = std::min(surface.m_fOpacity, 1.0F);
-    int twoSided = 0;
-    material.Get(AI_MATKEY_TWOSIDED, twoSided);
-    surface.m_bTwoSided = twoSided != 0;
+}
 
-    bool transparent = false;
-    for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE})
+}  // namespace
+
+Surface importSurface(const aiScene& scene, const aiMaterial& material, PictureCollector& pictures, Warnings& warnings)
+{
+    Surface surface;
+    surface.m_strName = material.GetName().C_Str();
+    const std::string part = "material \"" + surface.m_strName + "\"";
+    Textures textures(scene, material, pictures, warnings, part);
+    surface.m_diffuseTexture = textures.import(aiTextureType_DIFFUSE);
+    if (!surface.m_diffuseTexture.isUsed())
     {
-        surface.m_diffuseTexture =
-            importTexture(scene, material, type, modelFile, surface.m_strName, transparent, warnings);
-        if (!surface.m_diffuseTexture.m_strName.empty())
+        surface.m_diffuseTexture = textures.import(aiTextureType_BASE_COLOR);
+    }
+    surface.m_opacityTexture = textures.import(aiTextureType_OPACITY);
+    surface.m_emissiveTexture = textures.import(aiTextureType_EMISSIVE);
+    importColors(scene, material, surface);
+    material.Get(AI_MATKEY_OPACITY, surface.m_fOpacity);
+    decideAlpha(part, pictures, surface, warnings);
+    int flag = 0;
+    material.Get(AI_MATKEY_TWOSIDED, flag);
+    surface.m_bTwoSided = flag != 0;
+    int shading = 0;
+    surface.m_bUnlit =
+        material.Get(AI_MATKEY_SHADING_MODEL, shading) == AI_SUCCESS && shading == aiShadingMode_NoShading;
+    for (const auto& [type, what] : {std::pair(aiTextureType_NORMALS, "the normal map"),
+                                     {aiTextureType_HEIGHT, "the bump map"},
+                                     {aiTextureType_SPECULAR, "the map of its highlights"},
+                                     {aiTextureType_SHININESS, "the map of its shininess"},
+                                     {aiTextureType_AMBIENT, "the map of its ambient colour"},
+                                     {aiTextureType_LIGHTMAP, "the light map"},
+                                     {aiTextureType_REFLECTION, "the reflection map"},
+                                     {aiTextureType_DISPLACEMENT, "the displacement map"}})
+    {
+        if (textures.has(type))
         {
-            break;
+            warnings.addLeftOut(part, what);
         }
     }
-    bool opacityTransparent = false;
-    surface.m_opacityTexture = importTexture(scene, material, aiTextureType_OPACITY, modelFile, surface.m_strName,
-                                             opacityTransparent, warnings);
-    aiString alphaMode;
-    const bool opaque = material.Get(AI_MATKEY_GLTF_ALPHAMODE, alphaMode) == AI_SUCCESS &&
-                        std::strcmp(alphaMode.C_Str(), "OPAQUE") == 0;
-    const bool hasDiffuse = !surface.m_diffuseTexture.m_strName.empty();
-    surface.m_bCutOut = hasDiffuse && !opaque && (transparent || !surface.m_opacityTexture.m_strName.empty());
     return surface;
 }
 }  // namespace TW2::convert

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "convert/model.h"
-
-#include <string>
-#include <vector>
+#include "convert/pictures.h"
+#include "convert/warnings.h"
 
 struct aiMaterial;
 struct aiScene;
@@ -12,6 +11,6 @@ namespace TW2::convert
 {
 /// A surface from an imported material. Pictures that are not found, or that cannot be decoded, leave the surface
 /// without them, which a warning tells.
-[[nodiscard]] Surface importSurface(const aiScene& scene, const aiMaterial& material, const std::string& modelFile,
-                                    std::vector<std::string>& warnings);
+[[nodiscard]] Surface importSurface(const aiScene& scene, const aiMaterial& material, PictureCollector& pictures,
+                                    Warnings& warnings);
 }  // namespace TW2::convert

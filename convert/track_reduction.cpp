@@ -1,58 +1,34 @@
 #include "convert/track_reduction.h"
 
+#include "convert/clip_sampler.h"
+#include "convert/joint_course.h"
+#include "convert/timeline.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
+#include <optional>
+#include <utility>
 
 namespace TW2::convert
 {
 namespace
 {
 constexpr int fastestRate = 960;
-constexpr unsigned int mostFrames = 32768;                 // frame numbers have 16 bits, of which one is the sign
-constexpr std::size_t mostSamples = std::size_t{3} << 20;  // matrices held at once
-constexpr unsigned int finest = 4;                         // samples per frame
+constexpr unsigned int mostFrames = 32768;                  // frame numbers have 16 bits, of which one is the sign
+constexpr std::size_t mostMatrices = std::size_t{1} << 19;  // held at once
 
-/// A clip sampled at its frames and between them: `m_uiPerFrame` samples from one frame to the next.
-struct Samples
+/// The longest way from a joint without parent to a joint without children.
+std::size_t measureDepth(const Skeleton& skeleton)
 {
-    unsigned int m_uiFrames = 0;
-    unsigned int m_uiPerFrame = finest;
-    std::size_t m_uiCount = 0;
-    std::vector<std::vector<Matrixd>> m_vecLocal;  ///< per node, per sample
-    std::vector<std::vector<Matrixd>> m_vecWorld;
-
-    [[nodiscard]] std::size_t at(std::size_t frame) const { return frame * m_uiPerFrame; }
-};
-
-Samples sampleClip(const Model& model, const Clip& clip, int rate)
-{
-    const ClipSampler sampler(model, clip);
-    const std::size_t nodes = model.m_vecNodes.size();
-    Samples samples;
-    samples.m_uiFrames = static_cast<unsigned int>(std::ceil(clip.m_dDuration * rate - 1e-3)) + 1;
-    while (samples.m_uiPerFrame > 1 && samples.m_uiFrames * samples.m_uiPerFrame * nodes > mostSamples)
+    std::size_t deepest = 1;
+    std::vector<std::size_t> depth;
+    for (const Joint& joint : skeleton.m_vecJoints)
     {
-        samples.m_uiPerFrame /= 2;
+        depth.push_back(joint.m_iParent < 0 ? 1 : depth[static_cast<std::size_t>(joint.m_iParent)] + 1);
+        deepest = std::max(deepest, depth.back());
     }
-    samples.m_uiCount = samples.at(samples.m_uiFrames - 1) + 1;
-    samples.m_vecLocal.assign(nodes, std::vector<Matrixd>(samples.m_uiCount));
-    samples.m_vecWorld = samples.m_vecLocal;
-    std::vector<Matrixd> local;
-    std::vector<Matrixd> world;
-    for (std::size_t i = 0; i < samples.m_uiCount; ++i)
-    {
-        const double seconds = static_cast<double>(i) / (static_cast<double>(samples.m_uiPerFrame) * rate);
-        sampler.sampleLocal(seconds, local);
-        ClipSampler::composeWorld(model, local, world);
-        for (std::size_t node = 0; node < nodes; ++node)
-        {
-            samples.m_vecLocal[node][i] = local[node];
-            samples.m_vecWorld[node][i] = world[node];
-        }
-    }
-    return samples;
+    return deepest;
 }
 
 TrackForm classify(const std::vector<Matrixd>& matrices)
@@ -89,105 +65,170 @@ TrackForm classify(const std::vector<Matrixd>& matrices)
     return form;
 }
 
-void orthonormalize(Matrixd& m)
+Vector3d toUnit(const Vector3d& v)
 {
-    const Vector3d x = m.getRow(0).normalized();
-    const Vector3d y = (m.getRow(1) - x * m.getRow(1).dot(x)).normalized();
-    const Vector3d z = m.getRow(2) - x * m.getRow(2).dot(x);
-    m.setRow(0, x);
-    m.setRow(1, y);
-    m.setRow(2, (z - y * z.dot(y)).normalized());
+    const double squared = v.lengthSquared();
+    return squared > 0.0 ? v * (1.0 / std::sqrt(squared)) : Vector3d();
 }
 
-/// Chooses the keys of one node.
-class NodeReducer
+void orthonormalize(Matrixd& m)
+{
+    const Vector3d x = toUnit(m.getRow(0));
+    const Vector3d y = toUnit(m.getRow(1) - x * m.getRow(1).dot(x));
+    // What is left of the third row is at right angles to both.
+    const Vector3d z = x.cross(y);
+    const double side = m.getRow(2).dot(z);
+    m.setRow(0, x);
+    m.setRow(1, y);
+    m.setRow(2, side > 0.0 ? z : side < 0.0 ? -z : Vector3d());
+}
+
+TrackForm classify(const Matrices& locals, const std::vector<Jump>& jumps)
+{
+    std::vector<Matrixd> before;
+    for (const Jump& jump : jumps)
+    {
+        before.push_back(jump.m_before);
+    }
+    return std::max(classify(locals.get()), classify(before));
+}
+
+/// How often a frame is looked at in which straight pieces are off by `bend` of what is wanted: often enough that the
+/// largest difference is missed by a thirty-second part of that, at most.
+unsigned int chooseSamples(double bend)
+{
+    return bend <= 1.0 / 32.0 ? 1 : bend <= 1.0 / 8.0 ? 2 : Timeline::finest;
+}
+
+/// Chooses the keys of one joint.
+class JointReducer
 {
 public:
-    /// `parent`: what the parent has become, per sample; null for a node without parent.
-    NodeReducer(const Samples& samples, std::size_t node, const std::vector<Matrixd>* parent, double reach,
-                const Tolerance& tolerance)
-        : m_samples(samples),
-          m_shouldBe(samples.m_vecWorld[node]),
-          m_pParent(parent),
-          m_dReach(reach),
-          m_limit(tolerance)
+    /// `parent`: what the parent has become, per sample; null for a joint without parent.
+    JointReducer(const Timeline& timeline, const Course& course, const Matrices* parent, double reach,
+                 const Tolerance& tolerance)
+        : m_timeline(timeline), m_course(course), m_pParent(parent), m_dReach(reach), m_limit(tolerance)
     {
     }
 
-    /// The fewest keys found among the values `locals` (one per sample) that keep the node within the tolerance.
-    [[nodiscard]] Track reduce(const std::vector<Matrixd>& locals) const
+    /// The fewest keys found among the values `locals` (one per sample) that keep the joint within the tolerance; any
+    /// `most` keys or more when so many are needed.
+    [[nodiscard]] Track reduce(const Matrices& locals, std::size_t most) const
     {
         Track track;
-        track.m_eForm = classify(locals);
-        track.m_vecKeys.push_back({0, locals[0]});
-        if (fits(track.m_eForm, locals, 0, 0, samplesEnd()))
+        track.m_eForm = classify(locals, m_course.m_vecJumps);
+        track.m_vecKeys.push_back({m_timeline.getFrame(0), locals[0]});
+        const std::size_t last = m_timeline.getFrameCount() - 1;
+        const Piece whole{track.m_eForm, 0, locals[0], last, locals[0], false};
+        if (m_course.m_vecJumps.empty() && fits(whole))
         {
             return track;
         }
-        for (std::size_t frame = 0; frame + 1 < m_samples.m_uiFrames;)
+        std::size_t frame = 0;
+        for (const Jump& jump : m_course.m_vecJumps)
         {
-            frame = findNext(track.m_eForm, locals, frame);
-            track.m_vecKeys.push_back({static_cast<unsigned int>(frame), locals[m_samples.at(frame)]});
+            addPieces(track, locals, frame, jump.m_uiFrame, &jump.m_before, most);
+            frame = jump.m_uiFrame;
+            track.m_vecKeys.push_back({m_timeline.getFrame(frame), locals[m_timeline.at(frame)]});
         }
+        addPieces(track, locals, frame, last, nullptr, most);
         return track;
     }
 
-    /// The node's world matrices as the track plays, per sample, and how far they are off.
-    [[nodiscard]] std::vector<Matrixd> play(const Track& track, PoseError& error) const
+    /// The joint's world matrices as the track plays, per sample, and how far they are off.
+    [[nodiscard]] Matrices play(const Track& track, PoseError& error) const
     {
-        std::vector<Matrixd> world(m_samples.m_uiCount);
+        const bool still = track.m_vecKeys.size() == 1 && isAroundStill();
+        std::vector<Matrixd> world(still ? 1 : m_timeline.getCount());
+        const Matrixd& end = track.m_vecKeys.back().m_matrix;
+        const Matrixd held = blendKeys(end, end, 0.0, track.m_eForm);
+        PoseDifference difference;
         std::size_t key = 0;
         for (std::size_t i = 0; i < world.size(); ++i)
         {
-            while (key + 1 < track.m_vecKeys.size() && m_samples.at(track.m_vecKeys[key + 1].m_uiFrame) <= i)
+            while (key + 1 < track.m_vecKeys.size() && m_timeline.isFrom(i, track.m_vecKeys[key + 1].m_uiFrame))
             {
                 ++key;
             }
-            const TrackKey& from = track.m_vecKeys[key];
-            const TrackKey& to = track.m_vecKeys[std::min(key + 1, track.m_vecKeys.size() - 1)];
-            const std::size_t begin = m_samples.at(from.m_uiFrame);
-            const std::size_t end = m_samples.at(to.m_uiFrame);
-            const double fraction =
-                end > begin ? static_cast<double>(i - begin) / static_cast<double>(end - begin) : 0.0;
-            world[i] = toWorld(blendKeys(from.m_matrix, to.m_matrix, fraction, track.m_eForm), i);
-            error.add(compare(world[i], m_shouldBe[i], m_dReach));
+            if (key + 1 == track.m_vecKeys.size())
+            {
+                world[i] = toWorld(held, i);
+            }
+            else
+            {
+                const TrackKey& from = track.m_vecKeys[key];
+                const TrackKey& to = track.m_vecKeys[key + 1];
+                const double fraction = m_timeline.getFraction(i, from.m_uiFrame, to.m_uiFrame);
+                world[i] = toWorld(blendKeys(from.m_matrix, to.m_matrix, fraction, track.m_eForm), i);
+            }
+            difference.add(world[i], m_course.m_world[i], m_dReach);
         }
-        return world;
+        error.add(difference.get());
+        return still ? Matrices(world.front()) : Matrices(std::move(world));
     }
 
-    /// Local matrices that put the node where it should be, whatever its parent has become.
-    [[nodiscard]] std::vector<Matrixd> correct(const std::vector<Matrixd>& locals) const
+    /// Local matrices that put the joint where it should be, whatever its parent has become.
+    [[nodiscard]] Matrices correct(const Matrices& locals) const
     {
-        std::vector<Matrixd> corrected(locals);
+        std::vector<Matrixd> corrected(m_timeline.getCount());
+        std::optional<Matrixd> inverse;
         for (std::size_t i = 0; i < corrected.size(); ++i)
         {
-            const Matrixd& parent = (*m_pParent)[i];
-            if (std::abs(parent.determinant()) > std::numeric_limits<double>::min())
+            if (i == 0 || !m_pParent->isStill())
             {
-                corrected[i] = m_shouldBe[i] * parent.inverse();
+                const Matrixd& parent = (*m_pParent)[i];
+                const bool flat = std::abs(parent.determinant()) <= std::numeric_limits<double>::min();
+                inverse = flat ? std::nullopt : std::optional(parent.inverse());
             }
+            corrected[i] = inverse ? m_course.m_world[i] * *inverse : locals[i];
         }
-        return corrected;
+        return Matrices(std::move(corrected));
     }
 
 private:
-    [[nodiscard]] std::size_t samplesEnd() const { return m_samples.m_uiCount; }
+    /// Two keys, and whether the second one's frame already belongs to what follows it.
+    struct Piece
+    {
+        TrackForm m_eForm;
+        std::size_t m_uiFrom;
+        const Matrixd& m_from;
+        std::size_t m_uiTo;
+        const Matrixd& m_to;
+        bool m_bJumps;
+    };
+
+    /// Whether neither where the joint should be nor what its parent has become changes.
+    [[nodiscard]] bool isAroundStill() const
+    {
+        return m_course.m_world.isStill() && (!m_pParent || m_pParent->isStill());
+    }
 
     [[nodiscard]] Matrixd toWorld(const Matrixd& local, std::size_t sample) const
     {
         return m_pParent ? local * (*m_pParent)[sample] : local;
     }
 
-    /// Whether keys at samples `a` and `b` alone bring every sample from `a` up to `end` within the tolerance.
-    [[nodiscard]] bool fits(TrackForm form, const std::vector<Matrixd>& locals, std::size_t a, std::size_t b,
-                            std::size_t end) const
+    /// Whether two keys alone bring every sample between them within the tolerance.
+    [[nodiscard]] bool fits(const Piece& piece) const
     {
-        const double length = static_cast<double>(b - a);
-        for (std::size_t i = a; i < end; ++i)
+        const std::size_t begin = m_timeline.at(piece.m_uiFrom);
+        const std::size_t last = m_timeline.at(piece.m_uiTo);
+        const bool stays = &piece.m_from == &piece.m_to;
+        const Matrixd held = stays ? blendKeys(piece.m_from, piece.m_to, 0.0, piece.m_eForm) : Matrixd();
+        const Matrixd* const constant = stays ? &held : nullptr;
+        const std::size_t end = stays && isAroundStill() ? begin + 1 : piece.m_bJumps ? last : last + 1;
+        // What does not fit mostly shows it in the middle.
+        const std::size_t count = end - begin;
+        for (std::size_t eighth = 1; count > 16 && eighth < 8; ++eighth)
         {
-            const double fraction = b > a ? static_cast<double>(i - a) / length : 0.0;
-            const Matrixd world = toWorld(blendKeys(locals[a], locals[b], fraction, form), i);
-            if (!m_limit.allows(world, m_shouldBe[i], m_dReach))
+            if (!fitsAt(piece, constant, begin + count * eighth / 8))
+            {
+                return false;
+            }
+        }
+        for (std::size_t i = begin; i < end; ++i)
+        {
+            if (!fitsAt(piece, constant, i))
             {
                 return false;
             }
@@ -195,18 +236,48 @@ private:
         return true;
     }
 
-    /// The last frame to which one straight piece from `frame` reaches; at least the next one.
-    [[nodiscard]] std::size_t findNext(TrackForm form, const std::vector<Matrixd>& locals, std::size_t frame) const
+    /// `constant`: what both keys are, when they are the same; else null.
+    [[nodiscard]] bool fitsAt(const Piece& piece, const Matrixd* constant, std::size_t sample) const
     {
-        const std::size_t last = m_samples.m_uiFrames - 1;
-        const std::size_t from = m_samples.at(frame);
+        const auto blend = [&]
+        {
+            const double fraction =
+                m_timeline.getFraction(sample, m_timeline.getFrame(piece.m_uiFrom), m_timeline.getFrame(piece.m_uiTo));
+            return blendKeys(piece.m_from, piece.m_to, fraction, piece.m_eForm);
+        };
+        return m_limit.allows(toWorld(constant ? *constant : blend(), sample), m_course.m_world[sample], m_dReach);
+    }
+
+    /// Adds the keys that follow on the track's last one, from one frame up to another, while they are fewer than
+    /// `most`. `before`: what its value is before it jumps there; null when it does not.
+    void addPieces(Track& track, const Matrices& locals, std::size_t frame, std::size_t end, const Matrixd* before,
+                   std::size_t most) const
+    {
+        while (frame < end && track.m_vecKeys.size() < most)
+        {
+            frame = findNext(track.m_eForm, locals, frame, end, before);
+            const Matrixd& value = frame == end && before ? *before : locals[m_timeline.at(frame)];
+            track.m_vecKeys.push_back({m_timeline.getFrame(frame), value});
+        }
+    }
+
+    /// The last frame to which one straight piece from `frame` reaches; at least the next one.
+    [[nodiscard]] std::size_t findNext(TrackForm form, const Matrices& locals, std::size_t frame, std::size_t last,
+                                       const Matrixd* before) const
+    {
+        const auto reaches = [&](std::size_t to)
+        {
+            const bool jumps = to == last && before;
+            return fits(
+                {form, frame, locals[m_timeline.at(frame)], to, jumps ? *before : locals[m_timeline.at(to)], jumps});
+        };
         std::size_t good = frame + 1;
         std::size_t step = 2;
         std::size_t bad = last + 1;
         while (good < last)
         {
             const std::size_t candidate = std::min(frame + step, last);
-            if (!fits(form, locals, from, m_samples.at(candidate), m_samples.at(candidate) + 1))
+            if (!reaches(candidate))
             {
                 bad = candidate;
                 break;
@@ -217,150 +288,243 @@ private:
         while (good + 1 < bad)
         {
             const std::size_t middle = good + (bad - good) / 2;
-            if (fits(form, locals, from, m_samples.at(middle), m_samples.at(middle) + 1))
-            {
-                good = middle;
-            }
-            else
-            {
-                bad = middle;
-            }
+            (reaches(middle) ? good : bad) = middle;
         }
         return good;
     }
 
-    const Samples& m_samples;
-    const std::vector<Matrixd>& m_shouldBe;
-    const std::vector<Matrixd>* m_pParent;
+    const Timeline& m_timeline;
+    const Course& m_course;
+    const Matrices* m_pParent;
     double m_dReach;
     ErrorLimit m_limit;
 };
 
-/// The largest difference of the whole pose at two samples.
-PoseError comparePoses(const Samples& samples, const std::vector<double>& reach, std::size_t a, std::size_t b)
+/// Goes through a skeleton, a limb at a time, so that only the courses from the root to one joint are in memory.
+class Reduction
 {
-    PoseError error;
-    for (std::size_t node = 0; node < reach.size(); ++node)
+public:
+    Reduction(const Model& model, const Skeleton& skeleton, const Clip& clip)
+        : m_clip(clip),
+          m_sampler(model, clip),
+          m_reach(measureReach(model, skeleton)),
+          m_uiDepth(measureDepth(skeleton)),
+          m_vecChildren(skeleton.m_vecJoints.size())
     {
-        error.add(compare(samples.m_vecWorld[node][a], samples.m_vecWorld[node][b], reach[node]));
-    }
-    return error;
-}
-
-/// A clip runs in a circle when its last frame is its first one again, or when the step from its last frame to its
-/// first one is no larger than the steps beside it.
-Seam findSeam(const Samples& samples, const std::vector<double>& reach, double size)
-{
-    // Looser than the tolerance: a step of this size at the seam is not seen.
-    constexpr double distanceOfSize = 0.01;
-    constexpr double degrees = 3.0;
-    constexpr double stepsBeside = 1.25;
-    if (samples.m_uiFrames < 3)
-    {
-        return Seam::Open;
-    }
-    const std::size_t last = samples.at(samples.m_uiFrames - 1);
-    const PoseError seam = comparePoses(samples, reach, last, 0);
-    if (seam.isWithin({distanceOfSize * size, degrees}))
-    {
-        return Seam::SameFrame;
-    }
-    PoseError beside = comparePoses(samples, reach, 0, samples.at(1));
-    beside.add(comparePoses(samples, reach, samples.at(samples.m_uiFrames - 2), last));
-    return seam.isWithin({stepsBeside * beside.m_dDistance, stepsBeside * beside.m_dDegrees}) ? Seam::NextFrame
-                                                                                              : Seam::Open;
-}
-
-double measureSize(const Samples& samples)
-{
-    Vector3d low = samples.m_vecWorld[0][0].getTranslation();
-    Vector3d high = low;
-    for (const auto& world : samples.m_vecWorld)
-    {
-        const Vector3d t = world.front().getTranslation();
-        low = {std::min(low.x, t.x), std::min(low.y, t.y), std::min(low.z, t.z)};
-        high = {std::max(high.x, t.x), std::max(high.y, t.y), std::max(high.z, t.z)};
-    }
-    return (high - low).length();
-}
-
-/// How far the composed pose is off between the frames when every frame has its keys.
-PoseError measureFrames(const Model& model, const Samples& samples, const std::vector<double>& reach)
-{
-    PoseError error;
-    std::vector<std::vector<Matrixd>> played(reach.size());
-    for (std::size_t node = 0; node < reach.size(); ++node)
-    {
-        const std::vector<Matrixd>& locals = samples.m_vecLocal[node];
-        const TrackForm form = classify(locals);
-        const int parent = model.m_vecNodes[node].m_iParent;
-        played[node].resize(samples.m_uiCount);
-        for (std::size_t i = 0; i < samples.m_uiCount; ++i)
+        for (std::size_t i = 0; i < skeleton.m_vecJoints.size(); ++i)
         {
-            const std::size_t frame = i / samples.m_uiPerFrame;
-            const std::size_t next = std::min<std::size_t>(frame + 1, samples.m_uiFrames - 1);
-            const double fraction =
-                static_cast<double>(i % samples.m_uiPerFrame) / static_cast<double>(samples.m_uiPerFrame);
-            const Matrixd local = blendKeys(locals[samples.at(frame)], locals[samples.at(next)], fraction, form);
-            played[node][i] = parent < 0 ? local : local * played[static_cast<std::size_t>(parent)][i];
-            error.add(compare(played[node][i], samples.m_vecWorld[node][i], reach[node]));
-        }
-    }
-    return error;
-}
-
-ReducedClip reduceSamples(const Model& model, const ClipSampler& sampler, const Samples& samples,
-                          const Tolerance& tolerance, const std::vector<double>& reach, int rate)
-{
-    const std::size_t nodes = model.m_vecNodes.size();
-    std::vector<bool> hasChildren(nodes, false);
-    for (const Node& node : model.m_vecNodes)
-    {
-        if (node.m_iParent >= 0)
-        {
-            hasChildren[static_cast<std::size_t>(node.m_iParent)] = true;
+            const int parent = skeleton.m_vecJoints[i].m_iParent;
+            (parent < 0 ? m_vecRoots : m_vecChildren[static_cast<std::size_t>(parent)]).push_back(i);
+            m_vecJumps.push_back(m_sampler.findJumps(i));
         }
     }
 
-    ReducedClip reduced;
-    reduced.m_iFrameRate = rate;
-    reduced.m_uiFrames = samples.m_uiFrames;
-    reduced.m_eSeam = findSeam(samples, reach, std::max(measureSize(samples), tolerance.m_dDistance));
-    std::vector<std::vector<Matrixd>> played(nodes);
-    for (std::size_t node = 0; node < nodes; ++node)
+    /// How far the composed pose is off between the frames of a rate when every frame has its keys.
+    ///
+    /// What had no jumps and was within half of `wanted` at a lower rate is left out: parts of a piece are at most
+    /// twice as far off as the whole. `rate` is a multiple of that of the call before.
+    [[nodiscard]] PoseError measureFrames(int rate, const Tolerance& wanted)
     {
-        // A node leaves half of what is allowed to those below it.
-        const double share = hasChildren[node] ? 0.5 : 0.95;
-        const int parent = model.m_vecNodes[node].m_iParent;
-        const std::vector<Matrixd>* parentWorld = parent < 0 ? nullptr : &played[static_cast<std::size_t>(parent)];
-        const NodeReducer reducer(samples, node, parentWorld, reach[node],
-                                  {share * tolerance.m_dDistance, share * tolerance.m_dDegrees});
-        const std::vector<Matrixd>& locals = samples.m_vecLocal[node];
-        Track track = reducer.reduce(locals);
         PoseError error;
-        std::vector<Matrixd> world = reducer.play(track, error);
-        if (parentWorld && track.m_vecKeys.size() > 1)
+        if (m_vecStretches.empty())
         {
-            Track corrected = reducer.reduce(reducer.correct(locals));
-            PoseError correctedError;
-            std::vector<Matrixd> correctedWorld = reducer.play(corrected, correctedError);
-            const bool better = error.isWithin(tolerance) == correctedError.isWithin(tolerance)
-                                    ? corrected.m_vecKeys.size() < track.m_vecKeys.size()
-                                    : correctedError.isWithin(tolerance);
-            if (better)
+            measureParts({0, getLastFrame(rate), rate, 0}, rate, rate, wanted, error);
+            return error;
+        }
+        for (const Measured& before : std::exchange(m_vecStretches, {}))
+        {
+            if (before.m_dBend > settled)
             {
-                track = std::move(corrected);
-                error = correctedError;
-                world = std::move(correctedWorld);
+                measureParts(before.m_stretch, chooseFiner(before, rate), rate, wanted, error);
+            }
+            else
+            {
+                m_vecStretches.push_back(before);
             }
         }
-        played[node] = std::move(world);
-        reduced.m_error.add(error);
-        reduced.m_uiSampledKeys += sampler.isMoved(node) ? samples.m_uiFrames : 0;
-        reduced.m_vecTracks.push_back(std::move(track));
+        return error;
     }
-    return reduced;
-}
+
+    /// What has been measured and was good enough at a lower rate gets keys on frames of that rate only.
+    [[nodiscard]] ReducedClip reduce(int rate, const Tolerance& tolerance)
+    {
+        std::vector<Stretch> stretches;
+        for (const Measured& stretch : m_vecStretches)
+        {
+            stretches.push_back(stretch.m_stretch);
+        }
+        const unsigned int last = getLastFrame(rate);
+        if (stretches.empty())
+        {
+            stretches.push_back({0, last, rate, chooseSamplesPerFrame(rate)});
+        }
+        // What a joint should be and what it has become of all above one joint, and what is tried for that one.
+        const std::size_t courses = 2 * m_uiDepth + 4;
+        m_timeline = makeTimeline(rate, last, stretches, mostMatrices / courses);
+        ReducedClip reduced;
+        reduced.m_iFrameRate = rate;
+        reduced.m_uiFrames = last + 1;
+        reduced.m_vecLookedAt = m_timeline.getFrames();
+        reduced.m_vecTracks.resize(m_vecChildren.size());
+        const auto reduceJoint = [&](std::size_t joint, const Course& course, const Matrices* parent)
+        {
+            // A joint leaves half of what is allowed to those below it.
+            const double share = m_vecChildren[joint].empty() ? 0.95 : 0.5;
+            const JointReducer reducer(m_timeline, course, parent, m_reach[joint],
+                                       {share * tolerance.m_dDistance, share * tolerance.m_dDegrees});
+            Track& track = reduced.m_vecTracks[joint];
+            PoseError error;
+            Matrices world = chooseTrack(reducer, course, parent != nullptr, tolerance, track, error);
+            reduced.m_error.add(error);
+            reduced.m_uiSampledKeys += course.m_bMoved ? reduced.m_uiFrames + course.m_vecJumps.size() : 1;
+            return world;
+        };
+        visit(m_vecRoots, nullptr, nullptr, reduceJoint);
+        return reduced;
+    }
+
+private:
+    static constexpr double settled = 0.5;
+
+    struct Measured
+    {
+        Stretch m_stretch;
+        double m_dBend;  ///< how far its straight pieces are off, in parts of what is wanted; infinite where it jumps
+    };
+
+    /// The lowest multiple of a stretch's rate that is likely to settle it: twice as many frames make what bends a
+    /// quarter as wrong. At most `fastest`.
+    [[nodiscard]] static int chooseFiner(const Measured& measured, int fastest)
+    {
+        int factor = 2;
+        while (measured.m_stretch.m_iRate * factor < fastest &&
+               measured.m_dBend > settled * static_cast<double>(factor) * static_cast<double>(factor))
+        {
+            factor *= 2;
+        }
+        return std::min(measured.m_stretch.m_iRate * factor, fastest);
+    }
+
+    /// Measures a stretch at `rate`, and what is not settled by that at higher ones up to `fastest`.
+    void measureParts(const Stretch& stretch, int rate, int fastest, const Tolerance& wanted, PoseError& error)
+    {
+        constexpr unsigned int framesAtOnce = 16;
+        const auto factor = static_cast<unsigned int>(rate / stretch.m_iRate);
+        const unsigned int end = std::min(stretch.m_uiEnd * factor, getLastFrame(rate));
+        for (unsigned int first = stretch.m_uiFirst * factor; first < end; first += framesAtOnce)
+        {
+            Measured part{{first, std::min(first + framesAtOnce, end), rate, chooseSamplesPerFrame(rate)}, 0.0};
+            bool jumps = false;
+            const PoseError own = measureStretch(part.m_stretch, jumps);
+            part.m_dBend = jumps ? std::numeric_limits<double>::infinity()
+                                 : std::max(own.m_dDistance / wanted.m_dDistance, own.m_dDegrees / wanted.m_dDegrees);
+            if (part.m_dBend > settled && rate < fastest)
+            {
+                measureParts(part.m_stretch, chooseFiner(part, fastest), fastest, wanted, error);
+                continue;
+            }
+            error.add(own);
+            part.m_stretch.m_uiPerFrame = std::min(part.m_stretch.m_uiPerFrame, chooseSamples(part.m_dBend));
+            m_vecStretches.push_back(part);
+        }
+    }
+
+    [[nodiscard]] unsigned int getLastFrame(int rate) const
+    {
+        return static_cast<unsigned int>(std::ceil(m_clip.m_dDuration * rate - 1e-3));
+    }
+
+    /// `jumps` becomes true when a joint does.
+    [[nodiscard]] PoseError measureStretch(const Stretch& stretch, bool& jumps)
+    {
+        m_timeline = Timeline(stretch.m_iRate);
+        m_timeline.add(stretch.m_uiFirst, stretch.m_uiEnd, 1, stretch.m_uiPerFrame);
+        PoseError error;
+        const auto playEveryFrame =
+            [this, &error, &jumps](std::size_t joint, const Course& course, const Matrices* parent)
+        {
+            Track track;
+            track.m_eForm = classify(course.m_local, course.m_vecJumps);
+            jumps = jumps || course.m_bJumps;
+            auto jump = course.m_vecJumps.begin();
+            for (std::size_t frame = 0; frame < (course.m_local.isStill() ? 1 : m_timeline.getFrameCount()); ++frame)
+            {
+                const unsigned int number = m_timeline.getFrame(frame);
+                if (jump != course.m_vecJumps.end() && jump->m_uiFrame == frame)
+                {
+                    track.m_vecKeys.push_back({number, jump->m_before});
+                    ++jump;
+                }
+                track.m_vecKeys.push_back({number, course.m_local[m_timeline.at(frame)]});
+            }
+            return JointReducer(m_timeline, course, parent, m_reach[joint], {}).play(track, error);
+        };
+        visit(m_vecRoots, nullptr, nullptr, playEveryFrame);
+        return error;
+    }
+
+    /// Calls `play`(joint, course, what the parent has become) for each joint, parents first; it returns what the joint
+    /// has become.
+    template <typename Play>
+    void visit(const std::vector<std::size_t>& joints, const Matrices* parentWorld, const Matrices* parentPlayed,
+               const Play& play)
+    {
+        for (const std::size_t joint : joints)
+        {
+            Course course = sampleCourse(m_sampler, m_timeline, joint, m_vecJumps[joint], parentWorld);
+            const Matrices played = play(joint, course, parentPlayed);
+            course.m_local = {};
+            visit(m_vecChildren[joint], &course.m_world, &played, play);
+        }
+    }
+
+    /// Of the joint's own values, and of values that make up for what its parents are off, those that need fewer keys.
+    static Matrices chooseTrack(const JointReducer& reducer, const Course& course, bool hasParent,
+                                const Tolerance& tolerance, Track& track, PoseError& error)
+    {
+        if (!course.m_bMoved)
+        {
+            track.m_eForm = classify(course.m_local, {});
+            track.m_vecKeys = {{0, course.m_local[0]}};
+            return reducer.play(track, error);
+        }
+        track = reducer.reduce(course.m_local, std::numeric_limits<std::size_t>::max());
+        Matrices world = reducer.play(track, error);
+        if (!hasParent || track.m_vecKeys.size() == 1 || !course.m_vecJumps.empty())
+        {
+            return world;
+        }
+        const bool within = error.isWithin(tolerance);
+        const std::size_t most = within ? track.m_vecKeys.size() : std::numeric_limits<std::size_t>::max();
+        Track corrected = reducer.reduce(reducer.correct(course.m_local), most);
+        if (corrected.m_vecKeys.size() >= most)
+        {
+            return world;
+        }
+        PoseError correctedError;
+        Matrices correctedWorld = reducer.play(corrected, correctedError);
+        const bool better = within == correctedError.isWithin(tolerance)
+                                ? corrected.m_vecKeys.size() < track.m_vecKeys.size()
+                                : !within;
+        if (better)
+        {
+            track = std::move(corrected);
+            error = correctedError;
+            world = std::move(correctedWorld);
+        }
+        return world;
+    }
+
+    const Clip& m_clip;
+    ClipSampler m_sampler;
+    std::vector<double> m_reach;
+    std::size_t m_uiDepth;
+    std::vector<std::size_t> m_vecRoots;
+    std::vector<std::vector<std::size_t>> m_vecChildren;
+    std::vector<std::vector<double>> m_vecJumps;  ///< per joint, seconds
+    Timeline m_timeline;
+    std::vector<Measured> m_vecStretches;  ///< of the whole clip, once it is measured
+};
 }  // namespace
 
 Matrixd blendKeys(const Matrixd& a, const Matrixd& b, double fraction, TrackForm form)
@@ -385,27 +549,57 @@ Matrixd blendKeys(const Matrixd& a, const Matrixd& b, double fraction, TrackForm
     return result;
 }
 
-ReducedClip reduceClip(const Model& model, const Clip& clip, const Tolerance& tolerance, int frameRate)
+namespace
 {
-    const std::vector<double> reach = measureReach(model);
+/// How many times as many frames make what bends by so much less wrong, as a power of two: at least two.
+int estimateFactor(const PoseError& error, const Tolerance& wanted)
+{
+    const double ratio = std::max(error.m_dDistance / wanted.m_dDistance, error.m_dDegrees / wanted.m_dDegrees);
+    int factor = 2;
+    for (; factor < 8 && factor * factor * 2 < ratio; factor *= 2)
+    {
+    }
+    return factor;
+}
+}  // namespace
+
+ReducedClip reduceClip(const Model& model, const Skeleton& skeleton, const Clip& clip, const Tolerance& tolerance,
+                       int frameRate)
+{
+    // Twice as many frames make what bends a quarter as wrong, what has a corner half as wrong, and do not help where
+    // the clip jumps beside a frame.
+    constexpr double helps = 0.95;
+    constexpr int mostFailures = 2;  // a corner may lie in the middle of a frame, and of a quarter of one
     const int wanted = frameRate == 0 ? chooseFrameRate(clip) : frameRate;
     const int fastest = clip.m_dDuration > 0.0
                             ? std::min(fastestRate, static_cast<int>((mostFrames - 1) / clip.m_dDuration))
                             : fastestRate;
-    const int rate = std::clamp(wanted, 1, std::max(fastest, 1));
-    // Inner nodes may use half of what is allowed: that much has to be reached with all keys in place.
+    int rate = std::clamp(wanted, 1, std::max(fastest, 1));
+    // Inner joints may use half of what is allowed: that much has to be reached with all keys in place.
     const Tolerance half{tolerance.m_dDistance * 0.5, tolerance.m_dDegrees * 0.5};
-    const ClipSampler sampler(model, clip);
-    Samples samples = sampleClip(model, clip, rate);
-    int factor = 1;
-    const int largest = fastest / rate;
-    while (frameRate == 0 && factor < largest && !measureFrames(model, samples, reach).isWithin(half))
+    Reduction reduction(model, skeleton, clip);
+    if (frameRate == 0)
     {
-        factor = std::min(factor * 2, largest);
-        samples = sampleClip(model, clip, rate * factor);
+        PoseError error = reduction.measureFrames(rate, half);
+        int failures = 0;
+        for (int tried = rate; !error.isWithin(half) && failures < mostFailures;)
+        {
+            tried *= failures > 0 ? 2 : estimateFactor(error, half);
+            if (tried > fastest)
+            {
+                break;
+            }
+            const PoseError finer = reduction.measureFrames(tried, half);
+            const bool better =
+                (error.m_dDistance > half.m_dDistance && finer.m_dDistance < helps * error.m_dDistance) ||
+                (error.m_dDegrees > half.m_dDegrees && finer.m_dDegrees < helps * error.m_dDegrees);
+            failures = better ? 0 : failures + 1;
+            rate = better ? tried : rate;
+            error = better ? finer : error;
+        }
     }
-    ReducedClip reduced = reduceSamples(model, sampler, samples, tolerance, reach, rate * factor);
-    reduced.m_uiSampledKeys /= static_cast<std::size_t>(factor);
+    ReducedClip reduced = reduction.reduce(rate, tolerance);
+    reduced.m_eSeam = findSeam(model, skeleton, clip, reduced.m_uiFrames, reduced.m_iFrameRate, tolerance.m_dDistance);
     return reduced;
 }
 }  // namespace TW2::convert

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "convert/clip_sampler.h"
+#include "convert/loop_seam.h"
 #include "convert/model.h"
 #include "convert/pose_error.h"
+#include "convert/skeleton.h"
 
 #include <cstddef>
 #include <vector>
@@ -29,31 +30,27 @@ struct Track
     std::vector<TrackKey> m_vecKeys;
 };
 
-/// How a clip's end joins its beginning.
-enum class Seam
-{
-    Open,       ///< it does not
-    SameFrame,  ///< the last frame is the first one again
-    NextFrame   ///< the first frame follows on the last one as any frame follows on another
-};
-
 /// A clip as whole frames and keys.
 struct ReducedClip
 {
     int m_iFrameRate = 0;
     unsigned int m_uiFrames = 0;
+    std::vector<double> m_vecLookedAt;  ///< the times at which it was looked at, in frames, ascending
     Seam m_eSeam = Seam::Open;
-    std::vector<Track> m_vecTracks;   ///< one per node
-    std::size_t m_uiSampledKeys = 0;  ///< keys of the moved nodes before the reduction: one per frame at the first rate
+    std::vector<Track> m_vecTracks;   ///< one per joint
+    std::size_t m_uiSampledKeys = 0;  ///< before the reduction: a key per frame of moved joints, one of the others
     PoseError m_error;                ///< of the composed pose, at the frames and between them
 };
 
 /// Samples a clip and leaves out every key without which the composed pose stays within the tolerance: from parents to
-/// children, each node's course is compared in world space, on top of what its parents have become, so that errors do
-/// not add up along a limb. `frameRate` 0: chosen by `chooseFrameRate`, and multiplied (up to 960) while the motion
-/// between two frames bends more than the tolerance allows. Frame numbers end at 32767: long clips get fewer per
+/// children, each joint's course is compared in world space, on top of what its parents have become, so that errors do
+/// not add up along a limb. Where a clip jumps, two keys on one frame say what was before and what follows.
+///
+/// `frameRate` 0: chosen by `chooseFrameRate`, and multiplied (up to 960) as long as the motion between two frames
+/// bends more than the tolerance allows and more frames help. Frame numbers end at 32767: long clips get fewer per
 /// second.
-[[nodiscard]] ReducedClip reduceClip(const Model& model, const Clip& clip, const Tolerance& tolerance, int frameRate);
+[[nodiscard]] ReducedClip reduceClip(const Model& model, const Skeleton& skeleton, const Clip& clip,
+                                     const Tolerance& tolerance, int frameRate);
 
 /// What playback makes of two keys, `fraction` of the way from `a` to `b`.
 [[nodiscard]] Matrixd blendKeys(const Matrixd& a, const Matrixd& b, double fraction, TrackForm form);

@@ -29,7 +29,8 @@ public:
 private:
     static std::string lower(std::string text)
     {
-        std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        std::transform(text.begin(), text.end(), text.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
         return text;
     }
 

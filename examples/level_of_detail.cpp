@@ -1,48 +1,40 @@
 // Moves a camera away from a skinned character with two levels of detail and prints which level is shown.
+//
+//     example_level_of_detail [folder]        the folder of the project's sample, "sample" when none is given
 
-#include "sleeve_files.h"
-
-#include <tw2/lod/vertex_animation_lods.h>
-#include <tw2/object/object_animation.h>
-#include <tw2/skin/vertex_animation.h>
-
-#include <platform/runtime/exception.h>
-#include <platform/runtime/script.h>
-#include <platform/scene/camera.h>
-#include <platform/scene/context.h>
-#include <platform/scene/scene.h>
-#include <platform/scene/virtual_object.h>
+#include <tw2/tw2.h>
 
 #include <cstdio>
+#include <string>
 
-int main()
+int main(int argc, char** argv)
 {
     try
     {
-        SleeveFiles::write();
-        S_Script script("sleeve.txt");
-        const int levels[] = {1, 2};  // the blocks "sleeve" and "sleeveFar"; block 0, "arm", is the skeleton
-        TW2::TW_VertexAnimationLODs character(&script, 0, 2, &script, levels);
+        const std::string folder = argc > 1 ? argv[1] : "sample";
+        S_Script skeleton((folder + "/walker.script").c_str());
+        S_Script skins((folder + "/walker_levels.script").c_str());
+        const int levels[] = {0, 1};  // the blocks "near" and "far"; block 0 of the other script is the skeleton
+        TW2::TW_VertexAnimationLODs walker(&skeleton, 0, 2, &skins, levels);
+        const int walk = walker.findAnimation("walk");
 
         P_Context context;
         P_Scene scene(&context);
         P_Camera camera;
-        camera.addTo(&scene);
         context.setCurrentCamera(&camera);
-        character.addTo(&scene);
+        walker.addTo(&scene);
 
-        for (const float distance : {5.0f, 15.0f, 50.0f, 150.0f, 250.0f})
+        for (const float distance : {2.0F, 7.0F, 9.0F, 50.0F, 70.0F})
         {
-            camera.lookAt({0.0f, 0.0f, -distance}, {0.0f, 0.0f, 0.0f}, {0.0f, 1.0f, 0.0f});
-            character.animateObject(0, 0.01f * distance, nullptr);  // moves the skeleton that all levels follow
+            camera.lookAt({0.0F, 0.0F, -distance}, {0.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F});
+            walker.animateObject(walk, 0.1F * distance);  // moves the skeleton that all levels follow
             scene.executeFrame();
 
-            std::printf("distance %3.0f: ", static_cast<double>(distance));
-            if (const TW2::TW_VertexAnimation* const level = character.getUsedLODObject())
+            std::printf("distance %2.0F: ", static_cast<double>(distance));
+            if (const TW2::TW_VertexAnimation* const level = walker.getUsedLODObject())
             {
                 const P_VirtualObject& skin = *level->getSkin()->getMesh(0);
-                std::printf("\"%s\" with %u triangles\n", skin.getName().c_str(),
-                            skin.getPrimitive(0)->getIndexBuffer().getUsedCount());
+                std::printf("%u triangles\n", skin.getPrimitive(0)->getIndexBuffer().getUsedCount());
             }
             else
             {

@@ -1,55 +1,44 @@
-// Builds a skinned character, fades from one animation into another, lets a bone group do something else meanwhile, and
-// prints where the tip of the skin is.
+// Builds a skinned character, fades from one animation into another, lets an arm do something else meanwhile, and
+// prints where its hand and the skin on it are.
+//
+//     example_skinned_character [script]      without one, in the project's folder: the walker of its sample
 
-#include "sleeve_files.h"
-
-#include <tw2/object/bone_group_handle.h>
-#include <tw2/object/bone_handle.h>
-#include <tw2/object/object_animation.h>
-#include <tw2/skin/vertex_animation.h>
-
-#include <platform/runtime/exception.h>
-#include <platform/scene/scene.h>
-#include <platform/scene/virtual_object.h>
+#include <tw2/tw2.h>
 
 #include <cstdio>
 
-namespace
-{
-constexpr int wave = 0;
-constexpr int reach = 1;
-}  // namespace
-
-int main()
+int main(int argc, char** argv)
 {
     try
     {
-        SleeveFiles::write();
-        TW2::TW_VertexAnimation character("sleeve.txt", "arm", "sleeve");
+        TW2::TW_VertexAnimation walker(argc > 1 ? argv[1] : "sample/walker.script", "skeleton", "skin");
         P_Scene scene;
-        character.addTo(&scene);
-        std::printf("%s: %u bones\n", character.getName().c_str(), character.getTotalMeshes());
+        walker.addTo(&scene);
+        const int walk = walker.findAnimation("walk");
+        const int run = walker.findAnimation("run");
+        const int wave = walker.findAnimation("wave");
 
-        // Only the hand keeps waving.
-        const TW2::TW_BoneHandle handles[] = {character.getBoneHandle("hand")};
-        TW2::TW_BoneGroupHandle hand(1, handles);
-        hand.attach(&character);
+        // The right arm waves, whatever the legs do.
+        const TW2::TW_BoneHandle handles[] = {walker.getBoneHandle("upper_arm_right"),
+                                              walker.getBoneHandle("forearm_right"),
+                                              walker.getBoneHandle("hand_right")};
+        TW2::TW_BoneGroupHandle arm(3, handles);
+        arm.attach(&walker);
 
-        const TW2::TW_ObjectAnimation& skin = *character.getSkin();
-        const P_VirtualObject& sleeve = *skin.getMesh(0);
-        const unsigned int tip = sleeve.getPrimitive(0)->getVertexBuffer().getUsedCount() - 1;
         for (int step = 0; step <= 10; ++step)
         {
-            const float time = 0.1f * static_cast<float>(step);
-            const float faded = 0.1f * static_cast<float>(step);
-            character.crossAnimateObject(wave, time, 1.0f - faded, reach, time, nullptr);
-            character.animateObject(wave, time, &hand);
+            const float time = 0.1F * static_cast<float>(step);
+            const float faded = 0.1F * static_cast<float>(step);
+            walker.crossAnimateObject(walk, time, 1.0F - faded, run, time);  // the weight of the first
+            walker.animateObject(wave, time, &arm);
             scene.executeFrame();  // writes the bone matrices; drawing the scene would show the skin
 
-            const auto position = sleeve.getVertexPosition(0, tip);
-            std::printf("%.1f s  %3.0f %% reach  tip (%.3f, %.3f, %.3f)\n", static_cast<double>(time),
-                        100.0 * static_cast<double>(faded), static_cast<double>(position.x),
-                        static_cast<double>(position.y), static_cast<double>(position.z));
+            const auto hand = arm.getHandle(2).getWorldMatrix().getTranslation();
+            const auto vertex = walker.getSkin()->getMesh(0)->getVertexPosition(0, 0);
+            std::printf("%.1F s  %3.0F %% run  hand (%.3F, %.3F, %.3F)  first vertex (%.3F, %.3F, %.3F)\n",
+                        static_cast<double>(time), 100.0 * static_cast<double>(faded), static_cast<double>(hand.x),
+                        static_cast<double>(hand.y), static_cast<double>(hand.z), static_cast<double>(vertex.x),
+                        static_cast<double>(vertex.y), static_cast<double>(vertex.z));
         }
         return 0;
     }

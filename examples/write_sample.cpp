@@ -2,12 +2,13 @@
 //
 //     example_write_sample [folder]           without arguments: into the current directory
 //
-// The folder sample/ of this project was made by it.
+// The sprout in the folder sample/ of this project was made by it.
+
+#include "sample_files.h"
 
 #include <tw2/io/mesh_chunk.h>
 #include <tw2/keyframe/interpolation_mode.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
-#include <tw2/material/material_list_chunk.h>
 #include <tw2/skin/skin_chunk.h>
 
 #include <platform/image/image.h>
@@ -130,22 +131,6 @@ TW2::MeshChunk makeTube(TW2::SkinChunk& binding)
     return mesh;
 }
 
-TW2::MaterialListChunk makeMaterials()
-{
-    TW2::TWMaterialChunk leaf;
-    leaf.name = "leaf";
-    leaf.shading = TW2::TWMaterialChunk::SHADING_GOURAUD;
-    leaf.ambientColor = {255.0F, 255.0F, 255.0F};
-    TW2::MaterialTextureChunk& texture = leaf.accessDiffuseTexture();
-    texture.name = "stripes";
-    texture.frameFiles.push_back("stripes.png");
-    texture.filter = 3;  // trilinear
-    TW2::MaterialListChunk list;
-    list.texturePath = "textures";
-    list.materials.push_back(leaf);
-    return list;
-}
-
 void writeTexture(const std::string& fileName)
 {
     constexpr unsigned int size = 64;
@@ -175,12 +160,7 @@ void writeSkin(const char* meshFile, const char* skinFile)
     }
     binding.primitiveFirstVertices.push_back(0);
     binding.primitiveVertexCounts.push_back(static_cast<unsigned int>(binding.vertexBoneCounts.size()));
-    S_MemoryFileWriter meshes;
-    meshes << makeMaterials() << mesh;
-    meshes.save(meshFile);
-    S_MemoryFileWriter skinData;
-    skinData << binding;
-    skinData.save(skinFile);
+    writeSkinFiles(meshFile, skinFile, mesh, binding, "stripes", "stripes.png");
 }
 
 /// One animation: `bend` gives the angles of a bone at a moment from 0 to 1.

@@ -1,3 +1,5 @@
+#include "fuzz/input_file.h"
+
 #include <tw2/core/static_data.h>
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/environment_chunk.h>
@@ -13,8 +15,6 @@
 #include <platform/runtime/exception.h>
 #include <platform/runtime/memory_file.h>
 #include <platform/runtime/memory_file_writer.h>
-
-#include <fuzz/input_file.h>
 
 #include <cstdint>
 #include <cstdlib>

@@ -26,13 +26,13 @@ std::uint32_t readBigEndian(const std::uint8_t* bytes)
 
 std::uint32_t checksum(const std::uint8_t* data, std::size_t size)
 {
-    std::uint32_t value = 0xFFFFFFFFu;
+    std::uint32_t value = 0xFFFFFFFFU;
     for (std::size_t i = 0; i < size; ++i)
     {
         value ^= data[i];
         for (int bit = 0; bit < 8; ++bit)
         {
-            value = (value & 1) != 0 ? 0xEDB88320u ^ value >> 1 : value >> 1;
+            value = (value & 1) != 0 ? 0xEDB88320U ^ value >> 1 : value >> 1;
         }
     }
     return ~value;

@@ -13,10 +13,11 @@ namespace fuzz
 class InputFile
 {
 public:
-    InputFile()
+    /// `ending`: for readers that go by it, such as ".fbx".
+    explicit InputFile(const std::string& ending = {})
     {
-        std::string name = (std::filesystem::temp_directory_path() / "tw2-fuzz-XXXXXX").string();
-        const int descriptor = mkstemp(name.data());
+        std::string name = (std::filesystem::temp_directory_path() / ("tw2-fuzz-XXXXXX" + ending)).string();
+        const int descriptor = mkstemps(name.data(), static_cast<int>(ending.size()));
         if (descriptor < 0)
         {
             std::abort();

@@ -47,7 +47,7 @@ void useMesh(const MeshChunk& mesh)
         {
             require(mesh.getVertexMapEntry(group, vertex) >= 0);
         }
-        for (std::size_t slot = 0; slot < MeshChunk::sm_channelSlots; ++slot)
+        for (std::size_t slot = 0; slot < MeshChunk::channelSlots; ++slot)
         {
             const int count = mesh.channelUsed[slot] ? mesh.getCoordinateCount(slot, group) : 0;
             require(count == 0 || count == static_cast<int>(mesh.getVertexCount(group)));

@@ -1,10 +1,10 @@
+#include "fuzz/input_file.h"
+
 #include <tw2/object/object_animation.h>
 
 #include <platform/runtime/exception.h>
 #include <platform/runtime/script.h>
 #include <platform/scene/virtual_object.h>
-
-#include <fuzz/input_file.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -24,10 +24,10 @@ void requireEmptyUnlessConstructed(const TW2::TW_ObjectAnimation& object)
 void playAndCopy(const TW2::TW_ObjectAnimation& original)
 {
     TW2::TW_ObjectAnimation object(original);
-    for (const float frame : {0.0f, 0.5f, -3.0f, 1e9f})
+    for (const float frame : {0.0F, 0.5F, -3.0F, 1e9F})
     {
         object.animateObjectFrame(0, frame, nullptr);
-        object.subAnimateObject(0, frame, 0.5f);
+        object.subAnimateObject(0, frame, 0.5F);
     }
     object.accessMeshTransforms().updateWorldMatrices();
     object.calculateBoundingVolumes();

@@ -1,7 +1,6 @@
 #include "render/bounds.h"
 
-#include <platform/scene/lod_object.h>
-#include <platform/scene/virtual_object.h>
+#include "render/scene_walk.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,34 +25,20 @@ void Bounds::add(const M_Vector3Template<float>& point) noexcept
 
 void collectVertices(const P_BaseObject& root, std::vector<M_Vector3Template<float>>& vertices)
 {
-    std::vector<const P_BaseObject*> pending{&root};
-    while (!pending.empty())
-    {
-        const P_BaseObject* object = pending.back();
-        pending.pop_back();
-        const auto* mesh = dynamic_cast<const P_VirtualObject*>(object);
-        for (int i = 0; mesh && mesh->isEnabled() && i < mesh->getPrimitiveCount(); ++i)
+    forEachShownMesh(
+        root,
+        [&vertices](const P_VirtualObject& mesh)
         {
-            const P_TriangleMesh* geometry = mesh->getPrimitive(i);
-            const unsigned int count =
-                geometry && mesh->getPrimitiveInstance(i)->isVisible() ? geometry->getVertexBuffer().getUsedCount() : 0;
-            for (unsigned int vertex = 0; vertex < count; ++vertex)
+            for (int i = 0; mesh.isEnabled() && i < mesh.getPrimitiveCount(); ++i)
             {
-                vertices.push_back(mesh->getObjectToWorldMatrix().transformPoint(mesh->getVertexPosition(i, vertex)));
+                const P_TriangleMesh* geometry = mesh.getPrimitive(i);
+                const bool drawn = geometry && mesh.getPrimitiveInstance(i)->isVisible();
+                const unsigned int count = drawn ? geometry->getVertexBuffer().getUsedCount() : 0;
+                for (unsigned int vertex = 0; vertex < count; ++vertex)
+                {
+                    vertices.push_back(mesh.getObjectToWorldMatrix().transformPoint(mesh.getVertexPosition(i, vertex)));
+                }
             }
-        }
-        if (const auto* levels = dynamic_cast<const P_LODObject*>(object))
-        {
-            if (const P_BaseObject* used = levels->getUsedLODObject())
-            {
-                pending.push_back(used);
-            }
-            continue;
-        }
-        for (const P_BaseObject* child : object->getChildren())
-        {
-            pending.push_back(child);
-        }
-    }
+        });
 }
 }  // namespace TW2::render

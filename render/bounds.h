@@ -11,10 +11,12 @@ namespace TW2::render
 /// Axis-aligned box in world space that grows; empty at first.
 struct Bounds
 {
-    M_Vector3Template<float> m_vMinimum{1.0F, 1.0F, 1.0F};
-    M_Vector3Template<float> m_vMaximum{-1.0F, -1.0F, -1.0F};
+    M_Vector3Template<float> m_vMinimum{1.0F, 1.0F, 1.0F};     ///< larger than the maximum while the box is empty
+    M_Vector3Template<float> m_vMaximum{-1.0F, -1.0F, -1.0F};  ///< the other corner
 
+    /// Whether nothing was added yet.
     [[nodiscard]] bool isEmpty() const noexcept { return m_vMinimum.x > m_vMaximum.x; }
+    /// Middle of a box that is not empty.
     [[nodiscard]] M_Vector3Template<float> getCenter() const noexcept { return (m_vMinimum + m_vMaximum) * 0.5F; }
     /// Length of the diagonal; 0 when empty.
     [[nodiscard]] float getSize() const noexcept { return isEmpty() ? 0.0F : (m_vMaximum - m_vMinimum).length(); }

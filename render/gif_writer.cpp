@@ -1,5 +1,4 @@
-#include "render/gif_writer.h"
-
+#include "render/animation_writer.h"
 #include "render/render_exception.h"
 
 #include <platform/runtime/file.h>
@@ -12,6 +11,7 @@
 #include <array>
 #include <cmath>
 #include <memory>
+#include <optional>
 
 namespace TW2::render
 {
@@ -193,9 +193,86 @@ private:
     std::unique_ptr<GifFileType, Closer> m_pFile;
 };
 
-void checkInput(const std::vector<G_Image>& pictures, double framesPerSecond)
+class GIFWriter : public AnimationWriter
 {
-    if (pictures.empty())
+public:
+    GIFWriter(const std::vector<G_Image>& samples, double framesPerSecond)
+        : m_dFramesPerSecond(framesPerSecond), m_attributes(liq_attr_create())
+    {
+        check(liq_set_max_colors(m_attributes.get(), mostColors));
+        m_palette = choosePalette(m_attributes.get(), samples);
+        // The palette is final once a picture was mapped to it.
+        map(samples.front());
+        m_encoder.emplace(static_cast<int>(samples.front().getWidth()), static_cast<int>(samples.front().getHeight()),
+                          *liq_get_palette(m_palette.get()));
+        m_uiWidth = samples.front().getWidth();
+        m_uiHeight = samples.front().getHeight();
+    }
+
+    void add(const G_Image& picture) override
+    {
+        if (picture.getWidth() != m_uiWidth || picture.getHeight() != m_uiHeight)
+        {
+            throw RenderException("The pictures of a GIF have one size");
+        }
+        const bool first = m_uiFrames == 0;
+        const Rectangle place = first ? Rectangle{0, 0, static_cast<int>(m_uiWidth), static_cast<int>(m_uiHeight)}
+                                      : findChange(m_before, picture);
+        map(picture);
+        m_vecPixels.clear();
+        for (int y = place.m_iTop; y < place.m_iTop + place.m_iHeight; ++y)
+        {
+            for (int x = place.m_iLeft; x < place.m_iLeft + place.m_iWidth; ++x)
+            {
+                const auto column = static_cast<unsigned int>(x);
+                const auto row = static_cast<unsigned int>(y);
+                const unsigned char* now = picture.getPixel(column, row);
+                const bool same = !first && std::equal(now, now + 3, m_before.getPixel(column, row));
+                m_vecPixels.push_back(same ? static_cast<GifPixelType>(transparentIndex)
+                                           : m_vecIndices[std::size_t{row} * m_uiWidth + column]);
+            }
+        }
+        const long long end = std::llround(100.0 * static_cast<double>(++m_uiFrames) / m_dFramesPerSecond);
+        m_encoder->add(place, static_cast<int>(end - m_iShown), !first, m_vecPixels);
+        m_iShown = end;
+        m_before = picture;
+    }
+
+    void write(const char* fileName) override
+    {
+        if (m_uiFrames == 0)
+        {
+            throw RenderException("A GIF needs at least one picture");
+        }
+        const std::vector<GifByteType>& bytes = m_encoder->finish();
+        File.write(fileName, bytes.data(), bytes.size());
+    }
+
+private:
+    void map(const G_Image& picture)
+    {
+        m_vecIndices.resize(picture.getSize() / G_Image::bytesPerPixel);
+        check(liq_write_remapped_image(m_palette.get(), wrap(m_attributes.get(), picture).get(), m_vecIndices.data(),
+                                       m_vecIndices.size()));
+    }
+
+    double m_dFramesPerSecond;
+    unsigned int m_uiWidth = 0;
+    unsigned int m_uiHeight = 0;
+    std::size_t m_uiFrames = 0;
+    long long m_iShown = 0;  ///< hundredths of a second so far
+    Attributes m_attributes;
+    Result m_palette;
+    std::optional<Encoder> m_encoder;
+    G_Image m_before;
+    std::vector<GifPixelType> m_vecIndices;
+    std::vector<GifPixelType> m_vecPixels;
+};
+}  // namespace
+
+std::unique_ptr<AnimationWriter> makeGIFWriter(const std::vector<G_Image>& samples, double framesPerSecond)
+{
+    if (samples.empty())
     {
         throw RenderException("A GIF needs at least one picture");
     }
@@ -203,56 +280,16 @@ void checkInput(const std::vector<G_Image>& pictures, double framesPerSecond)
     {
         throw RenderException("A GIF shows 1 to 50 frames per second");
     }
-    for (const G_Image& picture : pictures)
-    {
-        if (picture.getWidth() != pictures.front().getWidth() || picture.getHeight() != pictures.front().getHeight())
-        {
-            throw RenderException("The pictures of a GIF have one size");
-        }
-    }
+    return std::make_unique<GIFWriter>(samples, framesPerSecond);
 }
-}  // namespace
 
 void writeGIF(const char* fileName, const std::vector<G_Image>& pictures, double framesPerSecond)
 {
-    checkInput(pictures, framesPerSecond);
-    const auto width = static_cast<int>(pictures.front().getWidth());
-    const auto height = static_cast<int>(pictures.front().getHeight());
-    const Attributes attributes(liq_attr_create());
-    check(liq_set_max_colors(attributes.get(), mostColors));
-    const Result palette = choosePalette(attributes.get(), pictures);
-
-    std::vector<GifPixelType> indices(pictures.front().getSize() / G_Image::bytesPerPixel);
-    std::vector<GifPixelType> pixels;
-    // The palette is final once a picture was mapped to it.
-    check(liq_write_remapped_image(palette.get(), wrap(attributes.get(), pictures.front()).get(), indices.data(),
-                                   indices.size()));
-    Encoder encoder(width, height, *liq_get_palette(palette.get()));
-    long long shown = 0;
-    for (std::size_t i = 0; i < pictures.size(); ++i)
+    const std::unique_ptr<AnimationWriter> writer = makeGIFWriter(pictures, framesPerSecond);
+    for (const G_Image& picture : pictures)
     {
-        const long long end = std::llround(100.0 * static_cast<double>(i + 1) / framesPerSecond);
-        const Rectangle place = i == 0 ? Rectangle{0, 0, width, height} : findChange(pictures[i - 1], pictures[i]);
-        check(liq_write_remapped_image(palette.get(), wrap(attributes.get(), pictures[i]).get(), indices.data(),
-                                       indices.size()));
-        pixels.clear();
-        for (int y = place.m_iTop; y < place.m_iTop + place.m_iHeight; ++y)
-        {
-            for (int x = place.m_iLeft; x < place.m_iLeft + place.m_iWidth; ++x)
-            {
-                const auto column = static_cast<unsigned int>(x);
-                const auto row = static_cast<unsigned int>(y);
-                const unsigned char* now = pictures[i].getPixel(column, row);
-                const bool same = i > 0 && std::equal(now, now + 3, pictures[i - 1].getPixel(column, row));
-                pixels.push_back(same ? static_cast<GifPixelType>(transparentIndex)
-                                      : indices[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                                                static_cast<std::size_t>(x)]);
-            }
-        }
-        encoder.add(place, static_cast<int>(end - shown), i > 0, pixels);
-        shown = end;
+        writer->add(picture);
     }
-    const std::vector<GifByteType>& bytes = encoder.finish();
-    File.write(fileName, bytes.data(), bytes.size());
+    writer->write(fileName);
 }
 }  // namespace TW2::render

@@ -10,10 +10,19 @@ namespace TW2::render
 {
 namespace
 {
-void attach(GLuint program, GLenum kind, const char* source)
+constexpr const char* desktopHead = "#version 330 core\n";
+constexpr const char* embeddedHead = R"(#version 300 es
+precision highp float;
+precision highp int;
+precision highp sampler2D;
+precision highp sampler2DShadow;
+)";
+
+void attach(GLuint program, GLenum kind, const std::string& source)
 {
+    const std::array<const char*, 2> parts{isEmbeddedContext() ? embeddedHead : desktopHead, source.c_str()};
     const GLuint shader = glCreateShader(kind);
-    glShaderSource(shader, 1, &source, nullptr);
+    glShaderSource(shader, static_cast<GLsizei>(parts.size()), parts.data(), nullptr);
     glCompileShader(shader);
     GLint compiled = GL_FALSE;
     glGetShaderiv(shader, GL_COMPILE_STATUS, &compiled);
@@ -29,7 +38,8 @@ void attach(GLuint program, GLenum kind, const char* source)
 }
 }  // namespace
 
-GLProgram::GLProgram(const char* vertexSource, const char* fragmentSource) : m_program(GLProgramHandle::create())
+GLProgram::GLProgram(const std::string& vertexSource, const std::string& fragmentSource)
+    : m_program(GLProgramHandle::create())
 {
     attach(m_program.get(), GL_VERTEX_SHADER, vertexSource);
     attach(m_program.get(), GL_FRAGMENT_SHADER, fragmentSource);
@@ -49,64 +59,39 @@ void GLProgram::use() const
     glUseProgram(m_program.get());
 }
 
-GLint GLProgram::find(const char* name)
+GLint GLProgram::find(const char* name) const
 {
-    const auto [entry, isNew] = m_mapLocations.try_emplace(name, -1);
-    if (isNew)
+    return glGetUniformLocation(m_program.get(), name);
+}
+
+void GLProgram::bindBlock(const char* name, GLuint binding) const
+{
+    const GLuint block = glGetUniformBlockIndex(m_program.get(), name);
+    if (block != GL_INVALID_INDEX)
     {
-        entry->second = glGetUniformLocation(m_program.get(), name);
+        glUniformBlockBinding(m_program.get(), block, binding);
     }
-    return entry->second;
 }
 
-void GLProgram::set(const char* name, int value)
+void GLProgram::set(GLint location, int value)
 {
-    glUniform1i(find(name), value);
+    glUniform1i(location, value);
 }
 
-void GLProgram::set(const char* name, float value)
+void GLProgram::set(GLint location, float value)
 {
-    glUniform1f(find(name), value);
+    glUniform1f(location, value);
 }
 
-void GLProgram::set(const char* name, const M_Vector3Template<float>& value)
-{
-    glUniform3f(find(name), value.x, value.y, value.z);
-}
-
-void GLProgram::setColor(const char* name, const G_FColor& value)
-{
-    set(name, value.getRGB() * (1.0F / 255.0F));
-}
-
-void GLProgram::set(const char* name, const M_Matrix4Template<float>& value)
-{
-    setMatrices(name, &value, 1);
-}
-
-void GLProgram::set(const char* name, const M_Matrix4x3Template<float>& value)
-{
-    set(name, M_Matrix4Template<float>(value));
-}
-
-void GLProgram::setInts(const char* name, const int* values, int count)
-{
-    glUniform1iv(find(name), count, values);
-}
-
-void GLProgram::setInt4s(const char* name, const int* values, int count)
-{
-    glUniform4iv(find(name), count, values);
-}
-
-void GLProgram::setFloat4s(const char* name, const float* values, int count)
-{
-    glUniform4fv(find(name), count, values);
-}
-
-void GLProgram::setMatrices(const char* name, const M_Matrix4Template<float>* values, int count)
+void GLProgram::set(GLint location, const M_Matrix4Template<float>& value)
 {
     // Rows of a row-vector matrix are the columns of GLSL's column-vector matrix: the memory image is the same.
-    glUniformMatrix4fv(find(name), count, GL_FALSE, values->data());
+    glUniformMatrix4fv(location, 1, GL_FALSE, value.data());
+}
+
+void GLProgram::setColor(GLint location, const G_FColor& value, float alpha)
+{
+    const M_Vector3Template<float> rgb = value.getRGB() * (1.0F / 255.0F);
+    glUniform4f(location, rgb.x, rgb.y, rgb.z, alpha);
 }
 }  // namespace TW2::render

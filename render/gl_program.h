@@ -4,42 +4,35 @@
 
 #include <platform/image/fcolor.h>
 #include <platform/math/matrix4.h>
-#include <platform/math/matrix4x3.h>
-#include <platform/math/vector3.h>
 
 #include <string>
-#include <unordered_map>
 
 namespace TW2::render
 {
-/// A GLSL program and its uniforms by name. Setting a uniform that the program does not use does nothing.
+/// A GLSL program made of one source for OpenGL 3.3 and OpenGL ES 3.0.
 class GLProgram
 {
 public:
-    /// Throws RenderException with the driver's message when the sources do not compile or link.
-    GLProgram(const char* vertexSource, const char* fragmentSource);
+    /// The sources begin behind the version line, which is put before them as the current context wants it. Throws
+    /// RenderException with the driver's message when they do not compile or link.
+    GLProgram(const std::string& vertexSource, const std::string& fragmentSource);
 
     void use() const;
+    /// Location of a uniform; -1, which setting ignores, when the program does not use it.
+    [[nodiscard]] GLint find(const char* name) const;
+    /// Connects a uniform block with a numbered binding point; nothing happens when the program does not use it.
+    void bindBlock(const char* name, GLuint binding) const;
 
     /// @name Uniforms of the program in use
     /// @{
-    void set(const char* name, int value);
-    void set(const char* name, float value);
-    void set(const char* name, const M_Vector3Template<float>& value);
-    /// Red, green and blue divided by 255.
-    void setColor(const char* name, const G_FColor& value);
-    void set(const char* name, const M_Matrix4Template<float>& value);
-    void set(const char* name, const M_Matrix4x3Template<float>& value);
-    void setInts(const char* name, const int* values, int count);
-    void setInt4s(const char* name, const int* values, int count);
-    void setFloat4s(const char* name, const float* values, int count);
-    void setMatrices(const char* name, const M_Matrix4Template<float>* values, int count);
+    static void set(GLint location, int value);
+    static void set(GLint location, float value);
+    static void set(GLint location, const M_Matrix4Template<float>& value);
+    /// Red, green and blue divided by 255, and `alpha` as it is.
+    static void setColor(GLint location, const G_FColor& value, float alpha = 1.0F);
     /// @}
 
 private:
-    GLint find(const char* name);
-
     GLProgramHandle m_program;
-    std::unordered_map<std::string, GLint> m_mapLocations;
 };
 }  // namespace TW2::render

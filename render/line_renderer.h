@@ -10,27 +10,22 @@
 
 namespace TW2::render
 {
-/// Draws lines in world space.
+/// Draws lines in world space, as wide in the picture as is asked for.
 class LineRenderer
 {
 public:
     LineRenderer();
 
-    void draw(std::span<const View::Line> lines, const M_Matrix4Template<float>& viewProjection);
+    /// `width` in pixels of the current viewport.
+    void draw(std::span<const View::Line> lines, const M_Matrix4Template<float>& viewProjection, float width);
     /// Fills the picture with a course from `top` to `bottom`.
     void drawBackground(const G_FColor& top, const G_FColor& bottom);
 
 private:
-    struct Vertex
-    {
-        M_Vector3Template<float> m_vPosition;
-        G_FColor m_color;
-    };
-    void draw(GLenum kind, std::span<const Vertex> vertices, const M_Matrix4Template<float>& viewProjection);
-
     GLProgram m_program;
+    GLProgram m_background;
     GLVertexArray m_array;
+    GLVertexArray m_noArray;  ///< of the background, whose corners have no attributes
     GLBuffer m_buffer;
-    std::vector<Vertex> m_vecVertices;
 };
 }  // namespace TW2::render

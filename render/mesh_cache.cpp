@@ -4,12 +4,14 @@
 #include <platform/scene/triangle_mesh.h>
 
 #include <cstddef>
-#include <cstdint>
+#include <vector>
 
 namespace TW2::render
 {
 namespace
 {
+constexpr unsigned int cornersPerTriangle = 3;
+
 void fill(GLBuffer& buffer, GLenum target, std::size_t bytes, const void* data)
 {
     if (buffer.get() == 0)
@@ -67,14 +69,17 @@ void MeshCache::upload(Entry& entry, const P_TriangleMesh& mesh)
     {
         describe(ATTRIBUTE_COORDINATES + layer, 2, stride, format.getTextureOffset(layer));
     }
+    glEnableVertexAttribArray(ATTRIBUTE_FIRST_MATRIX);
+    glVertexAttribDivisor(ATTRIBUTE_FIRST_MATRIX, 1);
     if (const P_SkinMesh* skin = mesh.asSkinMesh(); skin && skin->getSlotCount() > 0)
     {
         uploadBones(entry, *skin);
     }
 
     const P_IndexBuffer& indices = mesh.getIndexBuffer();
-    fill(entry.m_indices, GL_ELEMENT_ARRAY_BUFFER, std::size_t{indices.getCapacity()} * 3 * sizeof(unsigned int),
-         indices.getData());
+    fill(entry.m_indices, GL_ELEMENT_ARRAY_BUFFER,
+         std::size_t{indices.getCapacity()} * cornersPerTriangle * sizeof(unsigned int), indices.getData());
+    entry.m_bLinesCurrent = false;
     entry.m_uiRevision = mesh.getRevision();
 }
 
@@ -91,13 +96,23 @@ void MeshCache::uploadBones(Entry& entry, const P_SkinMesh& mesh)
     glVertexAttribPointer(ATTRIBUTE_WEIGHTS, static_cast<GLint>(slots), GL_FLOAT, GL_FALSE, stride, nullptr);
 }
 
-void MeshCache::draw(P_TriangleMesh& mesh)
+void MeshCache::uploadLines(Entry& entry, const P_TriangleMesh& mesh)
 {
-    const unsigned int count = mesh.getDrawnCount();
-    if (count == 0)
+    const unsigned int* corners = mesh.getIndexBuffer().getData();
+    const std::size_t triangles = mesh.getIndexBuffer().getCapacity();
+    std::vector<unsigned int> ends;
+    ends.reserve(2 * cornersPerTriangle * triangles);
+    for (std::size_t triangle = 0; triangle < triangles; ++triangle, corners += cornersPerTriangle)
     {
-        return;
+        ends.insert(ends.end(), {corners[0], corners[1], corners[1], corners[2], corners[2], corners[0]});
     }
+    fill(entry.m_lines, GL_ELEMENT_ARRAY_BUFFER, ends.size() * sizeof(unsigned int), ends.data());
+    entry.m_bLinesCurrent = true;
+}
+
+void MeshCache::draw(const DrawList::Batch& batch, const GLBuffer& firstMatrices, bool lines)
+{
+    P_TriangleMesh& mesh = *batch.m_pGeometry;
     const auto [item, isNew] = m_mapMeshes.try_emplace(&mesh);
     if (isNew)
     {
@@ -109,6 +124,8 @@ void MeshCache::draw(P_TriangleMesh& mesh)
         upload(entry, mesh);
     }
     glBindVertexArray(entry.m_array.get());
+    glBindBuffer(GL_ARRAY_BUFFER, firstMatrices.get());
+    glVertexAttribIPointer(ATTRIBUTE_FIRST_MATRIX, 1, GL_UNSIGNED_INT, 0, offset(batch.m_uiFirst * sizeof(GLuint)));
     // What the mesh does not carry: no normal, opaque white, no coordinates, no bones.
     glVertexAttrib3f(ATTRIBUTE_NORMAL, 0.0F, 0.0F, 0.0F);
     glVertexAttrib4f(ATTRIBUTE_COLOR, 255.0F, 255.0F, 255.0F, 255.0F);
@@ -118,8 +135,15 @@ void MeshCache::draw(P_TriangleMesh& mesh)
     {
         glVertexAttrib2f(ATTRIBUTE_COORDINATES + layer, 0.0F, 0.0F);
     }
-    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(3 * count), GL_UNSIGNED_INT,
-                   offset(std::size_t{mesh.getFirstDrawn()} * 3 * sizeof(unsigned int)));
+    if (lines && !entry.m_bLinesCurrent)
+    {
+        uploadLines(entry, mesh);
+    }
+    const unsigned int indices = lines ? 2 * cornersPerTriangle : cornersPerTriangle;
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, lines ? entry.m_lines.get() : entry.m_indices.get());
+    glDrawElementsInstanced(lines ? GL_LINES : GL_TRIANGLES, static_cast<GLsizei>(indices * mesh.getDrawnCount()),
+                            GL_UNSIGNED_INT, offset(std::size_t{mesh.getFirstDrawn()} * indices * sizeof(unsigned int)),
+                            static_cast<GLsizei>(batch.m_uiCount));
 }
 
 void MeshCache::sweep()

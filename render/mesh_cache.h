@@ -1,5 +1,6 @@
 #pragma once
 
+#include "render/draw_list.h"
 #include "render/gl_handle.h"
 
 #include <unordered_map>
@@ -24,7 +25,8 @@ public:
         ATTRIBUTE_COLOR = 2,
         ATTRIBUTE_BONES = 3,
         ATTRIBUTE_WEIGHTS = 4,
-        ATTRIBUTE_COORDINATES = 5  ///< and the numbers after it, one per layer
+        ATTRIBUTE_COORDINATES = 5,  ///< and the numbers after it, one per layer
+        ATTRIBUTE_FIRST_MATRIX = 9  ///< of the object: one value an object, not a vertex
     };
 
     MeshCache() = default;
@@ -32,10 +34,12 @@ public:
     MeshCache(const MeshCache&) = delete;
     MeshCache& operator=(const MeshCache&) = delete;
 
-    /// Draws the mesh's triangles with the program in use.
-    void draw(P_TriangleMesh& mesh);
+    /// Draws a batch's triangles, for each of its objects once, with the program in use. `lines`: their sides as lines.
+    void draw(const DrawList::Batch& batch, const GLBuffer& firstMatrices, bool lines = false);
     /// Lets go of the copies of meshes that nobody else holds any more.
     void sweep();
+    /// Meshes there is a copy of.
+    [[nodiscard]] std::size_t getCount() const noexcept { return m_mapMeshes.size(); }
 
 private:
     struct Entry
@@ -46,7 +50,10 @@ private:
         GLBuffer m_indices;
         GLBuffer m_bones;
         GLBuffer m_weights;
+        GLBuffer m_lines;  ///< three lines a triangle; made when they are first drawn
+        bool m_bLinesCurrent = false;
     };
+    static void uploadLines(Entry& entry, const P_TriangleMesh& mesh);
     static void upload(Entry& entry, const P_TriangleMesh& mesh);
     static void uploadBones(Entry& entry, const P_SkinMesh& mesh);
 

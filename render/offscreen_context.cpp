@@ -7,6 +7,8 @@
 #include <epoxy/egl.h>
 #include <epoxy/gl.h>
 
+#include <array>
+
 namespace TW2::render
 {
 namespace
@@ -27,19 +29,23 @@ EGLDisplay openDisplay()
     throw RenderException("No OpenGL driver for drawing off screen was found (libegl1, libegl-mesa0, libgl1-mesa-dri)");
 }
 
-EGLContext openContext(EGLDisplay display)
+EGLContext openContext(EGLDisplay display, OffscreenContext::Kind kind)
 {
-    if (eglBindAPI(EGL_OPENGL_API) != EGL_TRUE)
+    const bool embedded = kind == OffscreenContext::Kind::Embedded;
+    const char* const name = embedded ? "OpenGL ES 3.0" : "OpenGL 3.3";
+    if (eglBindAPI(embedded ? EGL_OPENGL_ES_API : EGL_OPENGL_API) != EGL_TRUE)
     {
-        throw RenderException("The EGL driver does not offer OpenGL");
+        throw RenderException(S_STR("The EGL driver does not offer %s", name));
     }
-    const EGLint attributes[] = {
+    const std::array<EGLint, 7> desktop{
         EGL_CONTEXT_MAJOR_VERSION,           3,       EGL_CONTEXT_MINOR_VERSION, 3, EGL_CONTEXT_OPENGL_PROFILE_MASK,
         EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT, EGL_NONE};
-    EGLContext context = eglCreateContext(display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, attributes);
+    const std::array<EGLint, 5> es{EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, 0, EGL_NONE};
+    EGLContext context =
+        eglCreateContext(display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, embedded ? es.data() : desktop.data());
     if (context == EGL_NO_CONTEXT)
     {
-        throw RenderException(S_STR("The driver gives no OpenGL 3.3 context (EGL error 0x%x)", eglGetError()));
+        throw RenderException(S_STR("The driver gives no %s context (EGL error 0x%x)", name, eglGetError()));
     }
     if (eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, context) != EGL_TRUE)
     {
@@ -50,7 +56,7 @@ EGLContext openContext(EGLDisplay display)
 }
 }  // namespace
 
-OffscreenContext::OffscreenContext() : m_pDisplay(openDisplay()), m_pContext(openContext(m_pDisplay)) {}
+OffscreenContext::OffscreenContext(Kind kind) : m_pDisplay(openDisplay()), m_pContext(openContext(m_pDisplay, kind)) {}
 
 OffscreenContext::~OffscreenContext()
 {

@@ -8,6 +8,7 @@ namespace TW2::render
 class RenderException : public S_Exception
 {
 public:
+    /// `message`: what was tried and what the driver says.
     explicit RenderException(const char* message) { setError("%s", message); }
 };
 }  // namespace TW2::render

@@ -1,247 +1,248 @@
 #include "render/scene_renderer.h"
 
-#include "render/material_uniforms.h"
+#include "render/draw_list.h"
+#include "render/frame_block.h"
+#include "render/gl_program.h"
+#include "render/line_renderer.h"
+#include "render/matrix_texture.h"
+#include "render/mesh_cache.h"
 #include "render/shaders.h"
+#include "render/shadow_map.h"
+#include "render/surface_programs.h"
 
 #include <platform/scene/camera.h>
 #include <platform/scene/context.h>
-#include <platform/scene/light.h>
-#include <platform/scene/material.h>
-#include <platform/scene/point_light.h>
 #include <platform/scene/scene.h>
-#include <platform/scene/spot_light.h>
-#include <platform/scene/virtual_object.h>
 
-#include <algorithm>
 #include <array>
-#include <cmath>
-#include <numbers>
-#include <tuple>
+#include <optional>
+#include <string>
 
 namespace TW2::render
 {
 namespace
 {
-constexpr int boneUnit = 8;
-constexpr int mapUnits = 8;
-constexpr int mostLights = 16;
-
-using Vector = M_Vector3Template<float>;
-using Matrix = M_Matrix4x3Template<float>;
-
-/// The lights of a scene as the program takes them.
-struct LightUniforms
+/// What a host before may have left, as this room wants it at the beginning of a picture.
+void prepareStates()
 {
-    int m_iCount = 0;
-    std::array<float, std::size_t{4} * mostLights> m_colors{};
-    std::array<float, std::size_t{4} * mostLights> m_positions{};
-    std::array<float, std::size_t{4} * mostLights> m_directions{};
-    std::array<float, std::size_t{4} * mostLights> m_cones{};
+    glDisable(GL_SCISSOR_TEST);
+    glDisable(GL_STENCIL_TEST);
+    glDisable(GL_POLYGON_OFFSET_FILL);
+    glDisable(GL_BLEND);
+    // Colours are mixed by the alpha of what is drawn; alpha itself adds up to how much of a pixel is covered.
+    glBlendEquation(GL_FUNC_ADD);
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glDepthMask(GL_TRUE);
+}
 
-    static void put(std::array<float, std::size_t{4} * mostLights>& list, int index, const Vector& xyz, float w)
+/// Clears the viewport, and nothing of the target beside it.
+void clear(bool colors)
+{
+    std::array<GLint, 4> viewport{};
+    glGetIntegerv(GL_VIEWPORT, viewport.data());
+    glScissor(viewport[0], viewport[1], viewport[2], viewport[3]);
+    glEnable(GL_SCISSOR_TEST);
+    const float farthest = 1.0F;
+    glClearBufferfv(GL_DEPTH, 0, &farthest);
+    if (colors)
     {
-        float* place = list.data() + std::ptrdiff_t{4} * index;
-        place[0] = xyz.x;
-        place[1] = xyz.y;
-        place[2] = xyz.z;
-        place[3] = w;
+        const std::array<float, 4> nothing{};
+        glClearBufferfv(GL_COLOR, 0, nothing.data());
     }
+    glDisable(GL_SCISSOR_TEST);
+}
+
+/// Leaves the driver as hosts expect it, also when a picture could not be finished.
+struct DefaultsGuard
+{
+    DefaultsGuard() = default;
+    ~DefaultsGuard() { restore(); }
+    DefaultsGuard(const DefaultsGuard&) = delete;
+    DefaultsGuard& operator=(const DefaultsGuard&) = delete;
+
+private:
+    static void restore();
 };
 
-float cosineOfHalf(float degrees)
+void DefaultsGuard::restore()
 {
-    return std::cos(degrees * std::numbers::pi_v<float> / 360.0F);
+    glDisable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LESS);
+    glDepthMask(GL_TRUE);
+    glDisable(GL_CULL_FACE);
+    glFrontFace(GL_CCW);
+    glDisable(GL_BLEND);
+    glBlendFunc(GL_ONE, GL_ZERO);
+    glBindVertexArray(0);
+    glUseProgram(0);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_UNIFORM_BUFFER, 0);
+    for (GLuint unit = 0; unit < SurfaceKind::mostUnits; ++unit)
+    {
+        glBindSampler(unit, 0);
+    }
+    glActiveTexture(GL_TEXTURE0);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
 }
 }  // namespace
 
-SceneRenderer::SceneRenderer()
-    : m_program(materialVertexShader, materialFragmentShader),
-      m_boneBuffer(GLBuffer::create()),
-      m_boneTexture(GLTexture::create())
+/// Everything that needs the headers of OpenGL.
+class SceneRenderer::Drawing
 {
-    m_program.use();
-    std::array<int, mapUnits> units{};
-    for (int unit = 0; unit < mapUnits; ++unit)
+public:
+    void draw(const P_Scene& scene, const P_Camera& camera, const View& view);
+
+    MeshCache m_meshes;
+    SurfacePrograms m_surfaces;
+
+private:
+    static constexpr unsigned int mostSlots = 4;
+    struct Wire
     {
-        units[static_cast<std::size_t>(unit)] = unit;
-        m_textures.bind(static_cast<unsigned int>(unit), nullptr, P_Material::FILTER_MODE::Point,
-                        P_Material::TEXTURE_ADDRESS_MODE::Wrap);
-    }
-    m_program.setInts("maps", units.data(), mapUnits);
-    m_program.set("boneMatrices", boneUnit);
-    const Matrix none;
-    glBindBuffer(GL_TEXTURE_BUFFER, m_boneBuffer.get());
-    glBufferData(GL_TEXTURE_BUFFER, sizeof(none), &none, GL_STREAM_DRAW);
-    glActiveTexture(GL_TEXTURE0 + boneUnit);
-    glBindTexture(GL_TEXTURE_BUFFER, m_boneTexture.get());
-    glTexBuffer(GL_TEXTURE_BUFFER, GL_RGBA32F, m_boneBuffer.get());
-}
+        explicit Wire(unsigned int slots);
+        GLProgram m_program;
+        GLint m_iColor;
+    };
+    void drawBackground(const P_Scene& scene, const View& view);
+    void drawSurfaces(const View& view);
+    void drawWires(const View& view);
+    void drawLines(const P_Scene& scene, const View& view);
+
+    FrameBlock m_frame;
+    DrawList m_list;
+    LineRenderer m_lines;
+    std::array<std::optional<Wire>, mostSlots + 1> m_wires;
+    std::unique_ptr<ShadowMap> m_shadow;  ///< made when a shadow is first drawn
+};
+
+SceneRenderer::SceneRenderer() : m_pDrawing(std::make_unique<Drawing>()) {}
+SceneRenderer::~SceneRenderer() = default;
 
 void SceneRenderer::draw(const P_Scene& scene, const P_Camera& camera, const View& view)
 {
-    m_textures.sweep();
-    m_meshes.sweep();
-    collect(scene, camera);
+    m_pDrawing->draw(scene, camera, view);
+}
 
-    glDepthMask(GL_TRUE);
-    glClear(GL_DEPTH_BUFFER_BIT);
-    m_lines.drawBackground(view.m_topColor, view.m_bottomColor);
+std::size_t SceneRenderer::getKeptMeshCount() const noexcept
+{
+    return m_pDrawing->m_meshes.getCount();
+}
+
+std::size_t SceneRenderer::getKeptMapCount() const noexcept
+{
+    return m_pDrawing->m_surfaces.getMapCount();
+}
+
+SceneRenderer::Drawing::Wire::Wire(unsigned int slots)
+    : m_program("#define mostSlots " + std::to_string(slots) + "\n" + placeSource + frameSource + wireVertexSource,
+                wireFragmentSource),
+      m_iColor(m_program.find("wireColor"))
+{
+    m_program.use();
+    m_program.bindBlock("Frame", FrameBlock::binding);
+    GLProgram::set(m_program.find("matrices"), static_cast<int>(MatrixTexture::unit));
+}
+
+void SceneRenderer::Drawing::draw(const P_Scene& scene, const P_Camera& camera, const View& view)
+{
+    m_surfaces.sweep();
+    m_surfaces.forget();
+    m_meshes.sweep();
+    m_list.collect(scene, camera, view);
+
+    const DefaultsGuard guard;
+    prepareStates();
+    m_list.upload();
+    m_frame.upload(scene, camera, view);
+    drawBackground(scene, view);
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
-    // Front faces run clockwise, seen in the picture.
-    glFrontFace(GL_CW);
-    glCullFace(GL_BACK);
-
-    m_program.use();
-    setFrame(camera, view);
-    setLights(scene);
-    m_pBonesOf = nullptr;
-    for (const Item& item : m_vecItems)
+    if (view.m_bSurfaces && view.m_eWireframe != View::Wireframe::Only)
     {
-        drawItem(item, view);
+        drawSurfaces(view);
     }
+    if (view.m_eWireframe != View::Wireframe::None)
+    {
+        drawWires(view);
+    }
+    drawLines(scene, view);
+}
 
+void SceneRenderer::Drawing::drawBackground(const P_Scene& scene, const View& view)
+{
+    bool shadowed = false;
+    if (view.m_shadow)
+    {
+        if (!m_shadow)
+        {
+            m_shadow = std::make_unique<ShadowMap>();
+        }
+        shadowed = m_shadow->update(scene, *view.m_shadow, m_list, m_meshes);
+    }
+    clear(view.m_bTransparent);
+    if (!view.m_bTransparent)
+    {
+        m_lines.drawBackground(view.m_topColor, view.m_bottomColor);
+    }
+    if (shadowed)
+    {
+        m_shadow->drawGround(*view.m_shadow, m_frame.getViewProjection());
+    }
+}
+
+void SceneRenderer::Drawing::drawSurfaces(const View& view)
+{
+    glCullFace(GL_BACK);
+    for (const DrawList::Batch& batch : m_list.getBatches())
+    {
+        m_surfaces.use(*batch.m_pInstance, batch.m_uiSlots, view, batch.m_bPicked);
+        // Front faces run clockwise, seen in the picture; a mirrored object shows its triangles the other way round.
+        glFrontFace(batch.m_bMirrored ? GL_CCW : GL_CW);
+        const bool blended = batch.m_bBlended &&
+                             (view.m_eSurface == View::Surface::Materials || view.m_eSurface == View::Surface::Unlit);
+        if (blended)
+        {
+            glEnable(GL_BLEND);
+        }
+        else
+        {
+            glDisable(GL_BLEND);
+        }
+        glDepthMask(blended ? GL_FALSE : GL_TRUE);
+        m_meshes.draw(batch, m_list.getFirstMatrices());
+    }
+    glDisable(GL_BLEND);
     glDepthMask(GL_TRUE);
-    glDisable(GL_CULL_FACE);
-    const M_Matrix4Template<float> viewProjection =
-        M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix();
-    m_lines.draw(view.m_vecLines, viewProjection);
+}
+
+void SceneRenderer::Drawing::drawWires(const View& view)
+{
+    glEnable(GL_BLEND);
+    for (const DrawList::Batch& batch : m_list.getBatches())
+    {
+        std::optional<Wire>& wire = m_wires.at(batch.m_uiSlots);
+        if (!wire)
+        {
+            wire.emplace(batch.m_uiSlots);
+        }
+        wire->m_program.use();
+        GLProgram::setColor(wire->m_iColor, view.m_wireColor, view.m_wireColor.alpha / 255.0F);
+        m_meshes.draw(batch, m_list.getFirstMatrices(), true);
+    }
+    glDisable(GL_BLEND);
+}
+
+void SceneRenderer::Drawing::drawLines(const P_Scene& scene, const View& view)
+{
+    const M_Matrix4Template<float>& viewProjection = m_frame.getViewProjection();
+    m_lines.draw(view.m_vecLines, viewProjection, view.m_fLineWidth);
     if (const P_Context* context = scene.getContext())
     {
         const auto& lines = context->getDebugLines();
-        m_lines.draw({lines.data(), lines.size()}, viewProjection);
+        m_lines.draw({lines.data(), lines.size()}, viewProjection, view.m_fLineWidth);
     }
     glDisable(GL_DEPTH_TEST);
-    m_lines.draw(view.m_vecOverlayLines, viewProjection);
-}
-
-void SceneRenderer::collect(const P_Scene& scene, const P_Camera& camera)
-{
-    m_vecItems.clear();
-    for (P_VirtualObject* mesh : scene.getVisibleMeshes())
-    {
-        const Vector center = mesh->getObjectToWorldMatrix().getTranslation();
-        const float depth = camera.getViewMatrix().transformPoint(center).z;
-        for (int i = 0; i < mesh->getPrimitiveCount(); ++i)
-        {
-            const P_PrimitiveInstance& instance = *mesh->getPrimitiveInstance(i);
-            if (!instance.isVisible() || !instance.getGeometry())
-            {
-                continue;
-            }
-            const P_Material* material = instance.getMaterial();
-            m_vecItems.push_back({mesh, i, material ? material->getSortPriority() : P_Material::defaultSortPriority,
-                                  material && material->isBlended(), depth});
-        }
-    }
-    std::ranges::stable_sort(
-        m_vecItems, {},
-        [](const Item& item)
-        { return std::tuple(item.m_uiPriority, item.m_bBlended, item.m_bBlended ? -item.m_fDepth : 0.0F); });
-}
-
-void SceneRenderer::setFrame(const P_Camera& camera, const View& view)
-{
-    m_program.set("view", camera.getViewMatrix());
-    m_program.set("projection", camera.getProjectionMatrix());
-    m_program.set("eye", camera.getObjectToWorldMatrix().getTranslation());
-    m_program.setColor("ambientSky", view.m_ambientSky);
-    m_program.setColor("ambientGround", view.m_ambientGround);
-    const Vector fog = view.m_fogColor.getRGB() * (1.0F / 255.0F);
-    const std::array<float, 4> fogColor{fog.x, fog.y, fog.z, view.m_fFogEnd};
-    m_program.setFloat4s("fogColor", fogColor.data(), 1);
-    m_program.set("fogStart", view.m_fFogStart);
-}
-
-void SceneRenderer::setLights(const P_Scene& scene)
-{
-    LightUniforms lights;
-    for (const P_Light* light : scene.getLights())
-    {
-        if (lights.m_iCount == mostLights)
-        {
-            break;
-        }
-        const int i = lights.m_iCount++;
-        const Matrix& world = light->getObjectToWorldMatrix();
-        float range = 0.0F;
-        if (light->getLightKind() == P_Light::Kind::Point)
-        {
-            range = static_cast<const P_PointLight*>(light)->getFalloffRange();
-        }
-        else if (light->getLightKind() == P_Light::Kind::Spot)
-        {
-            const auto* spot = static_cast<const P_SpotLight*>(light);
-            range = spot->getFalloffRange();
-            LightUniforms::put(lights.m_cones, i,
-                               {cosineOfHalf(spot->getHotspotAngle()), cosineOfHalf(spot->getFalloffAngle()), 0.0F},
-                               0.0F);
-        }
-        LightUniforms::put(lights.m_colors, i, light->getColor().getRGB() * (1.0F / 255.0F),
-                           static_cast<float>(light->getLightKind()));
-        LightUniforms::put(lights.m_positions, i, world.getTranslation(), range);
-        LightUniforms::put(lights.m_directions, i, world.getRow(2).normalized(), 0.0F);
-    }
-    m_program.set("lightCount", lights.m_iCount);
-    m_program.setFloat4s("lightColors", lights.m_colors.data(), mostLights);
-    m_program.setFloat4s("lightPositions", lights.m_positions.data(), mostLights);
-    m_program.setFloat4s("lightDirections", lights.m_directions.data(), mostLights);
-    m_program.setFloat4s("lightCones", lights.m_cones.data(), mostLights);
-}
-
-void SceneRenderer::setBones(const P_VirtualObject& mesh)
-{
-    if (m_pBonesOf == &mesh)
-    {
-        return;
-    }
-    m_pBonesOf = &mesh;
-    const std::size_t count = mesh.getBoneMatrixCount();
-    m_program.set("boneCount", static_cast<int>(count));
-    if (count == 0)
-    {
-        return;
-    }
-    // The owner usually keeps its matrices in one row: then they go over as they lie.
-    const Matrix* first = &mesh.getBoneMatrix(0);
-    bool inRow = true;
-    for (std::size_t bone = 1; bone < count && inRow; ++bone)
-    {
-        inRow = &mesh.getBoneMatrix(bone) == first + bone;
-    }
-    if (!inRow)
-    {
-        m_vecBones.clear();
-        for (std::size_t bone = 0; bone < count; ++bone)
-        {
-            m_vecBones.push_back(mesh.getBoneMatrix(bone));
-        }
-        first = m_vecBones.data();
-    }
-    glBindBuffer(GL_TEXTURE_BUFFER, m_boneBuffer.get());
-    glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(count * sizeof(Matrix)), first, GL_STREAM_DRAW);
-}
-
-void SceneRenderer::drawItem(const Item& item, const View& view)
-{
-    const P_PrimitiveInstance& instance = *item.m_pMesh->getPrimitiveInstance(item.m_iPrimitive);
-    P_TriangleMesh& geometry = *instance.getGeometry();
-    const P_SkinMesh* skin = geometry.asSkinMesh();
-    const Matrix& world = item.m_pMesh->getObjectToWorldMatrix();
-    m_program.set("world", world);
-    m_program.set("boneSlots", skin ? static_cast<int>(skin->getSlotCount()) : 0);
-    if (skin)
-    {
-        setBones(*item.m_pMesh);
-    }
-    setMaterial(m_program, m_textures, instance.getMaterial(), instance);
-    if (!view.m_bFog)
-    {
-        m_program.set("fogged", 0);
-    }
-    // A mirrored object shows its triangles the other way round.
-    glFrontFace(world.determinant() < 0.0F ? GL_CCW : GL_CW);
-    glDepthMask(item.m_bBlended ? GL_FALSE : GL_TRUE);
-    m_meshes.draw(geometry);
+    m_lines.draw(view.m_vecOverlayLines, viewProjection, view.m_fLineWidth);
 }
 }  // namespace TW2::render

@@ -2,331 +2,246 @@
 
 namespace TW2::render
 {
-const char* const materialVertexShader = R"(#version 330 core
+const char* const placeSource = R"(
 layout(location = 0) in vec3 position;
 layout(location = 1) in vec3 normal;
 layout(location = 2) in vec4 color;
 layout(location = 3) in uvec4 bones;
 layout(location = 4) in vec4 weights;
-layout(location = 5) in vec2 coordinates[4];
+layout(location = 5) in vec2 coordinates0;
+layout(location = 6) in vec2 coordinates1;
+layout(location = 7) in vec2 coordinates2;
+layout(location = 8) in vec2 coordinates3;
+layout(location = 9) in uint firstMatrix;  // of the object: its own; behind it one per bone
 
-uniform mat4 world;
-uniform mat4 view;
-uniform mat4 projection;
-uniform int boneSlots;               // bones per vertex, 0 for a rigid mesh
-uniform int boneCount;
-uniform samplerBuffer boneMatrices;  // three texels per bone: twelve floats, row by row
-uniform int setCount;
-uniform ivec4 sets[8];               // source, transformed, projected
-uniform mat4 textureMatrices[8];
+uniform sampler2D matrices;
 
-out vec3 worldPosition;
-out vec3 worldNormal;
-out float vertexAlpha;
-out float depth;
-out vec2 layerCoordinates[8];
-
-void skin(inout vec3 point, inout vec3 direction)
+mat3x4 fetchMatrix(uint number)
 {
-    vec3 skinnedPoint = vec3(0.0);
-    vec3 skinnedDirection = vec3(0.0);
+    ivec2 at = ivec2(3U * (number & 511U), number >> 9U);
+    return mat3x4(texelFetch(matrices, at, 0), texelFetch(matrices, at + ivec2(1, 0), 0),
+                  texelFetch(matrices, at + ivec2(2, 0), 0));
+}
+
+mat3x4 findPlace()
+{
+#if mostSlots > 0
+    mat3x4 place = mat3x4(0.0);
     float total = 0.0;
-    for (int slot = 0; slot < boneSlots; ++slot)
+    for (int slot = 0; slot < mostSlots; ++slot)
     {
-        float weight = weights[slot];
-        int bone = int(bones[slot]);
-        if (weight == 0.0)
+        if (weights[slot] != 0.0)
         {
-            continue;
+            total += weights[slot];
+            place += weights[slot] * fetchMatrix(firstMatrix + 1U + bones[slot]);
         }
-        total += weight;
-        if (bone >= boneCount)
-        {
-            skinnedPoint += weight * point;
-            skinnedDirection += weight * direction;
-            continue;
-        }
-        vec4 a = texelFetch(boneMatrices, 3 * bone);
-        vec4 b = texelFetch(boneMatrices, 3 * bone + 1);
-        vec4 c = texelFetch(boneMatrices, 3 * bone + 2);
-        mat3 rows = mat3(a.xyz, vec3(a.w, b.xy), vec3(b.zw, c.x));
-        skinnedPoint += weight * (rows * point + c.yzw);
-        skinnedDirection += weight * (rows * direction);
     }
     if (total != 0.0)
     {
-        point = skinnedPoint;
-        direction = skinnedDirection;
+        return place;
     }
+#endif
+    return fetchMatrix(firstMatrix);
 }
 
-void main()
+// Upright under uneven scales and mirroring: the cofactors are the inverse transpose times the determinant.
+vec3 placeNormal(mat3x4 place)
 {
-    vec3 point = position;
-    vec3 direction = normal;
-    skin(point, direction);
-
-    vec4 inWorld = world * vec4(point, 1.0);
-    vec4 inView = view * inWorld;
-    worldPosition = inWorld.xyz;
-    // The inverse transpose keeps normals upright under uneven scales.
-    worldNormal = transpose(inverse(mat3(world))) * direction;
-    vertexAlpha = color.a / 255.0;
-    depth = inView.z;
-
-    vec3 viewNormal = normalize(mat3(view) * worldNormal);
-    for (int set = 0; set < setCount; ++set)
-    {
-        vec4 value = vec4(0.0, 0.0, 0.0, 1.0);
-        if (sets[set].x == 0)
-        {
-            if (set < 4)
-            {
-                value.xy = coordinates[set];
-            }
-        }
-        else if (sets[set].x == 2)
-        {
-            value.xyz = inView.xyz;
-        }
-        else if (sets[set].x == 3)
-        {
-            value.xyz = viewNormal;
-        }
-        else
-        {
-            value.xyz = reflect(normalize(inView.xyz), viewNormal);
-        }
-        if (sets[set].y != 0)
-        {
-            value = textureMatrices[set] * value;
-        }
-        if (sets[set].z != 0 && value.w != 0.0)
-        {
-            value.xy /= value.w;
-        }
-        layerCoordinates[set] = value.xy;
-    }
-
-    // Depth runs from 0 to w in the camera's projection, from -w to w here.
-    gl_Position = projection * inView;
-    gl_Position.z = 2.0 * gl_Position.z - gl_Position.w;
+    vec3 x = cross(place[1].xyz, place[2].xyz);
+    float side = dot(place[0].xyz, x) < 0.0 ? -1.0 : 1.0;
+    return side * (normal * mat3(x, cross(place[2].xyz, place[0].xyz), cross(place[0].xyz, place[1].xyz)));
 }
 )";
 
-const char* const materialFragmentShader = R"(#version 330 core
-in vec3 worldPosition;
-in vec3 worldNormal;
-in float vertexAlpha;
-in float depth;
-in vec2 layerCoordinates[8];
-out vec4 pixel;
-
-uniform sampler2D maps[8];
-uniform int layerCount;
-uniform ivec4 layers[24];   // kind, blending, unit, coordinate set
-uniform int uniformMaps[8]; // 1: the unit's map is one plain colour
-uniform int setUp;          // 0 layers, 1 texture, 2 texture and environment, 3 shader with specular map
-uniform int emissiveShown;  // plain maps show the emissive colour
-uniform int blended;
-uniform float alphaReference;  // below 0: no alpha test
-
-uniform vec3 eye;
-uniform int lit;
-uniform vec3 ambientSky;
-uniform vec3 ambientGround;
-uniform vec3 ambientColor;
-uniform vec3 diffuseColor;
-uniform vec3 emissiveColor;
-uniform vec3 specularColor;
-uniform float specularExponent;
-uniform int lightCount;
-uniform vec4 lightColors[16];      // colour, kind: 0 point, 1 directional, 2 spot
-uniform vec4 lightPositions[16];   // position, range
-uniform vec4 lightDirections[16];  // direction of the light
-uniform vec4 lightCones[16];       // cosines of the inner and the outer half angle
-
-uniform int fogged;
-uniform vec4 fogColor;  // colour, depth at which nothing else is seen
-uniform float fogStart;
-
-vec4 sampleMap(int unit, vec2 at)
+const char* const frameSource = R"(
+layout(std140) uniform Frame
 {
-    vec4 value;
-    switch (unit)
-    {
-        case 0: value = texture(maps[0], at); break;
-        case 1: value = texture(maps[1], at); break;
-        case 2: value = texture(maps[2], at); break;
-        case 3: value = texture(maps[3], at); break;
-        case 4: value = texture(maps[4], at); break;
-        case 5: value = texture(maps[5], at); break;
-        case 6: value = texture(maps[6], at); break;
-        default: value = texture(maps[7], at); break;
-    }
-    if (emissiveShown != 0 && uniformMaps[unit] != 0)
-    {
-        value.rgb = emissiveColor;
-    }
-    return value;
-}
+    mat4 view;
+    mat4 viewProjection;
+    vec4 eye;
+    vec4 ambientSky;
+    vec4 ambientGround;
+    vec4 fogColor;    // colour, depth at which nothing else is seen
+    vec4 fog;         // depth at which it begins
+    ivec4 lightCounts;          // directional ones, which come first; all
+    vec4 lightColors[16];
+    vec4 lightPositions[16];    // position, range
+    vec4 lightDirections[16];   // direction; 1: has a cone
+    vec4 lightCones[16];        // cosines of the inner and the outer half angle
+};
+)";
 
-vec4 sampleLayer(int layer)
+const char* const shadeSource = R"(
+uniform vec4 ambientColor;
+uniform vec4 diffuseColor;
+uniform vec4 emissiveColor;
+uniform vec4 specularColor;  // colour, exponent
+
+#ifdef LIT
+void addLight(vec3 n, vec3 toEye, vec3 toLight, vec3 light, inout vec3 diffuse, inout vec3 specular)
 {
-    return sampleMap(layers[layer].z, layerCoordinates[layers[layer].w]);
+    float facing = dot(n, toLight);
+    diffuse += light * diffuseColor.rgb * max(facing, 0.0);
+#ifdef SPECULAR
+    if (facing > 0.0)
+    {
+        float highlight = max(dot(n, normalize(toLight + toEye)), 0.0);
+        specular += light * specularColor.rgb * pow(highlight, max(specularColor.a, 1.0));
+    }
+#endif
 }
+#endif
 
 void shade(out vec3 diffuse, out vec3 specular)
 {
     diffuse = vec3(1.0);
     specular = vec3(0.0);
-    if (lit == 0 || worldNormal == vec3(0.0))
+#ifdef LIT
+    if (worldNormal == vec3(0.0))
     {
         return;
     }
     vec3 n = normalize(gl_FrontFacing ? worldNormal : -worldNormal);
-    vec3 toEye = normalize(eye - worldPosition);
-    diffuse = emissiveColor + ambientColor * mix(ambientGround, ambientSky, 0.5 + 0.5 * n.y);
-    for (int i = 0; i < lightCount; ++i)
+    vec3 toEye = normalize(eye.xyz - worldPosition);
+    diffuse = emissiveColor.rgb + ambientColor.rgb * mix(ambientGround.rgb, ambientSky.rgb, 0.5 + 0.5 * n.y);
+    for (int i = 0; i < lightCounts.x; ++i)
     {
-        vec3 toLight = -lightDirections[i].xyz;
-        float strength = 1.0;
-        if (lightColors[i].a != 1.0)
-        {
-            vec3 away = lightPositions[i].xyz - worldPosition;
-            float distance = length(away);
-            toLight = away / max(distance, 1e-6);
-            strength = clamp(1.0 - distance / max(lightPositions[i].w, 1e-6), 0.0, 1.0);
-        }
-        if (lightColors[i].a == 2.0)
+        addLight(n, toEye, -lightDirections[i].xyz, lightColors[i].rgb, diffuse, specular);
+    }
+    for (int i = lightCounts.x; i < lightCounts.y; ++i)
+    {
+        vec3 away = lightPositions[i].xyz - worldPosition;
+        float distance = length(away);
+        vec3 toLight = away / max(distance, 1e-6);
+        float strength = clamp(1.0 - distance / max(lightPositions[i].w, 1e-6), 0.0, 1.0);
+        if (lightDirections[i].w != 0.0)
         {
             float inside = dot(-toLight, lightDirections[i].xyz);
             strength *= smoothstep(lightCones[i].y, max(lightCones[i].x, lightCones[i].y + 1e-4), inside);
         }
-        vec3 light = lightColors[i].rgb * strength;
-        float facing = dot(n, toLight);
-        diffuse += light * diffuseColor * max(facing, 0.0);
-        if (facing > 0.0)
-        {
-            float highlight = max(dot(n, normalize(toLight + toEye)), 0.0);
-            specular += light * specularColor * pow(highlight, max(specularExponent, 1.0));
-        }
+        addLight(n, toEye, toLight, strength * lightColors[i].rgb, diffuse, specular);
     }
     diffuse = clamp(diffuse, 0.0, 1.0);
     specular = clamp(specular, 0.0, 1.0);
-}
-
-// How much a texture layer covers, by its blending mode.
-float coverage(int blending, vec4 texel)
-{
-    if (blending == 3)
-    {
-        return vertexAlpha;
-    }
-    if (blending == 4)
-    {
-        return texel.a;
-    }
-    return blending == 5 ? texel.a * vertexAlpha : 1.0;
-}
-
-vec4 join(vec3 diffuse, vec3 specular)
-{
-    vec4 joined = vec4(1.0);
-    for (int i = 0; i < layerCount; ++i)
-    {
-        if (layers[i].x == 1)
-        {
-            joined.rgb = i == 0 ? diffuse : joined.rgb * diffuse;
-        }
-        else if (layers[i].x == 2)
-        {
-            joined.rgb = i == 0 ? specular : joined.rgb + specular;
-        }
-        else
-        {
-            vec4 texel = sampleLayer(i);
-            int blending = layers[i].y;
-            float cover = coverage(blending, texel);
-            if (i == 0)
-            {
-                joined = vec4(texel.rgb, cover);
-            }
-            else if (blending == 0)
-            {
-                joined.rgb = texel.rgb;
-            }
-            else if (blending == 1)
-            {
-                joined.rgb += texel.rgb;
-            }
-            else if (blending == 2)
-            {
-                joined.rgb *= texel.rgb;
-            }
-            else
-            {
-                joined.rgb = mix(joined.rgb, texel.rgb, cover);
-            }
-        }
-    }
-    return joined;
-}
-
-void main()
-{
-    vec3 diffuse;
-    vec3 specular;
-    shade(diffuse, specular);
-    vec4 color;
-    if (setUp == 0)
-    {
-        color = join(diffuse, specular);
-    }
-    else
-    {
-        vec4 base = sampleLayer(0);
-        if (setUp == 1)
-        {
-            color = vec4(2.0 * base.rgb * diffuse, base.a);
-        }
-        else if (setUp == 2)
-        {
-            color = vec4(2.0 * base.rgb * (diffuse + sampleLayer(1).rgb), base.a);
-        }
-        else
-        {
-            color = vec4(diffuse * base.rgb + specular * sampleLayer(1).rgb, base.a);
-        }
-    }
-    if (alphaReference >= 0.0 && color.a < alphaReference)
-    {
-        discard;
-    }
-    color = clamp(color, 0.0, 1.0);
-    if (fogged != 0)
-    {
-        float clear = clamp((fogColor.a - depth) / max(fogColor.a - fogStart, 1e-6), 0.0, 1.0);
-        color.rgb = mix(fogColor.rgb, color.rgb, clear);
-    }
-    pixel = vec4(color.rgb, blended != 0 ? color.a : 1.0);
+#endif
+#ifdef UNLIT
+    diffuse = clamp(emissiveColor.rgb + diffuseColor.rgb, 0.0, 1.0);
+#endif
 }
 )";
 
-const char* const lineVertexShader = R"(#version 330 core
-layout(location = 0) in vec3 position;
-layout(location = 1) in vec4 color;
+const char* const wireVertexSource = R"(
+void main()
+{
+    gl_Position = viewProjection * vec4(vec4(position, 1.0) * findPlace(), 1.0);
+    // A little nearer than the surface that they lie on.
+    gl_Position.z -= 2e-4 * gl_Position.w;
+}
+)";
+
+const char* const wireFragmentSource = R"(
+uniform vec4 wireColor;
+out vec4 pixel;
+void main()
+{
+    pixel = wireColor;
+}
+)";
+
+const char* const casterVertexSource = R"(
+uniform mat4 toShadow;
+void main()
+{
+    gl_Position = toShadow * vec4(vec4(position, 1.0) * findPlace(), 1.0);
+}
+)";
+
+const char* const casterFragmentSource = R"(
+void main()
+{
+}
+)";
+
+const char* const groundVertexSource = R"(
 uniform mat4 viewProjection;
+uniform mat4 toShadow;
+uniform vec4 area;  // x and z from, x and z to
+uniform float height;
+out vec3 inShadow;
+void main()
+{
+    vec4 point = vec4(gl_VertexID % 2 == 0 ? area.x : area.z, height, gl_VertexID / 2 == 0 ? area.y : area.w, 1.0);
+    inShadow = 0.5 + 0.5 * (toShadow * point).xyz;
+    gl_Position = viewProjection * point;
+}
+)";
+
+const char* const groundFragmentSource = R"(
+uniform sampler2DShadow shadow;
+uniform float strength;
+in vec3 inShadow;
+out vec4 pixel;
+void main()
+{
+    vec2 texel = 1.5 / vec2(textureSize(shadow, 0));
+    float lit = 0.0;
+    for (int x = -1; x <= 1; ++x)
+    {
+        for (int y = -1; y <= 1; ++y)
+        {
+            lit += texture(shadow, vec3(inShadow.xy + vec2(x, y) * texel, min(inShadow.z, 1.0)));
+        }
+    }
+    pixel = vec4(0.0, 0.0, 0.0, strength * (1.0 - lit / 9.0));
+}
+)";
+
+const char* const backgroundVertexSource = R"(
+uniform vec4 topColor;
+uniform vec4 bottomColor;
+out vec4 lineColor;  // as lines have it
+void main()
+{
+    vec2 corner = vec2(gl_VertexID % 2, gl_VertexID / 2);
+    lineColor = mix(bottomColor, topColor, corner.y);
+    gl_Position = vec4(2.0 * corner - 1.0, 0.0, 1.0);
+}
+)";
+
+const char* const lineVertexSource = R"(
+layout(location = 0) in vec3 from;
+layout(location = 1) in vec3 to;
+layout(location = 2) in vec4 color;
+uniform mat4 viewProjection;
+uniform vec4 picture;  // half its width and height in pixels, half the width of a line
 out vec4 lineColor;
+
 void main()
 {
     lineColor = color / 255.0;
-    gl_Position = viewProjection * vec4(position, 1.0);
-    gl_Position.z = 2.0 * gl_Position.z - gl_Position.w;
+    vec4 a = viewProjection * vec4(from, 1.0);
+    vec4 b = viewProjection * vec4(to, 1.0);
+    // What lies before the near plane is cut off: it has no place in the picture.
+    float nearA = a.z + a.w;
+    float nearB = b.z + b.w;
+    if (nearA < 0.0 && nearB > 0.0)
+    {
+        a = mix(a, b, nearA / (nearA - nearB));
+    }
+    else if (nearB < 0.0 && nearA > 0.0)
+    {
+        b = mix(b, a, nearB / (nearB - nearA));
+    }
+    vec4 end = gl_VertexID < 2 ? a : b;
+    vec2 along = picture.xy * (b.xy / b.w - a.xy / a.w);
+    float size = length(along);
+    along = size > 1e-4 ? along / size : vec2(1.0, 0.0);
+    vec2 across = vec2(-along.y, along.x) * (gl_VertexID % 2 == 0 ? picture.z : -picture.z);
+    gl_Position = end + vec4(across / picture.xy * end.w, 0.0, 0.0);
 }
 )";
 
-const char* const lineFragmentShader = R"(#version 330 core
+const char* const lineFragmentSource = R"(
 in vec4 lineColor;
 out vec4 pixel;
 void main()

@@ -1,9 +1,10 @@
 #include "render/studio.h"
 
+#include "render/scene_walk.h"
+
 #include <platform/scene/camera.h>
 #include <platform/scene/material.h>
 #include <platform/scene/scene.h>
-#include <platform/scene/virtual_object.h>
 
 #include <algorithm>
 #include <cmath>
@@ -18,26 +19,6 @@ namespace
 using Vector = M_Vector3Template<float>;
 
 constexpr float degree = std::numbers::pi_v<float> / 180.0F;
-
-/// Calls `visit` with every mesh in the subtree of `root`.
-template <typename Visit>
-void forEachMesh(const P_BaseObject& root, Visit visit)
-{
-    std::vector<const P_BaseObject*> pending{&root};
-    while (!pending.empty())
-    {
-        const P_BaseObject* object = pending.back();
-        pending.pop_back();
-        if (const auto* mesh = dynamic_cast<const P_VirtualObject*>(object))
-        {
-            visit(*mesh);
-        }
-        for (const P_BaseObject* child : object->getChildren())
-        {
-            pending.push_back(child);
-        }
-    }
-}
 
 /// 1, 2 or 5 times a power of ten, not above `length`.
 float roundDown(float length)
@@ -122,15 +103,15 @@ float chooseLightStrength(const P_BaseObject& root)
 {
     constexpr float doubled = 0.5F;
     bool anyDoubled = false;
-    forEachMesh(root,
-                [&anyDoubled](const P_VirtualObject& mesh)
-                {
-                    for (int i = 0; i < mesh.getPrimitiveCount(); ++i)
-                    {
-                        const P_Material* material = mesh.getPrimitiveInstance(i)->getMaterial();
-                        anyDoubled |= material && material->getSetUp() != P_Material::SetUp::Layers;
-                    }
-                });
+    forEachShownMesh(root,
+                     [&anyDoubled](const P_VirtualObject& mesh)
+                     {
+                         for (int i = 0; i < mesh.getPrimitiveCount(); ++i)
+                         {
+                             const P_Material* material = mesh.getPrimitiveInstance(i)->getMaterial();
+                             anyDoubled |= material && material->getSetUp() != P_Material::SetUp::Layers;
+                         }
+                     });
     return anyDoubled ? doubled : 1.0F;
 }
 
@@ -179,14 +160,14 @@ void addGroundGrid(View& view, const Bounds& bounds)
 
 void addSkeleton(View& view, const P_BaseObject& root, const G_FColor& color)
 {
-    forEachMesh(root,
-                [&view, &color](const P_VirtualObject& mesh)
-                {
-                    if (const auto* parent = dynamic_cast<const P_VirtualObject*>(mesh.getParent()))
-                    {
-                        view.m_vecOverlayLines.push_back({parent->getObjectToWorldMatrix().getTranslation(),
-                                                          mesh.getObjectToWorldMatrix().getTranslation(), color});
-                    }
-                });
+    forEachShownMesh(root,
+                     [&view, &color](const P_VirtualObject& mesh)
+                     {
+                         if (const auto* parent = dynamic_cast<const P_VirtualObject*>(mesh.getParent()))
+                         {
+                             view.m_vecOverlayLines.push_back({parent->getObjectToWorldMatrix().getTranslation(),
+                                                               mesh.getObjectToWorldMatrix().getTranslation(), color});
+                         }
+                     });
 }
 }  // namespace TW2::render

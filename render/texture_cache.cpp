@@ -67,11 +67,13 @@ GLint translate(P_Material::TEXTURE_ADDRESS_MODE address)
 void allowAnisotropy(const GLSampler& sampler)
 {
     constexpr float most = 8.0F;
-    if (epoxy_has_gl_extension("GL_EXT_texture_filter_anisotropic"))
+    constexpr GLenum anisotropy = 0x84FE;  // GL_TEXTURE_MAX_ANISOTROPY_EXT, which not every header has
+    constexpr GLenum largestAnisotropy = 0x84FF;
+    if (hasExtension("GL_EXT_texture_filter_anisotropic"))
     {
         GLfloat largest = 1.0F;
-        glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &largest);
-        glSamplerParameterf(sampler.get(), GL_TEXTURE_MAX_ANISOTROPY_EXT, std::min(most, largest));
+        glGetFloatv(largestAnisotropy, &largest);
+        glSamplerParameterf(sampler.get(), anisotropy, std::min(most, largest));
     }
 }
 }  // namespace
@@ -119,6 +121,7 @@ const GLSampler& TextureCache::findSampler(P_Material::FILTER_MODE filter, P_Mat
 void TextureCache::bind(unsigned int unit, P_Map* map, P_Material::FILTER_MODE filter,
                         P_Material::TEXTURE_ADDRESS_MODE address)
 {
+    glActiveTexture(GL_TEXTURE0 + unit);
     GLuint texture = m_white.get();
     if (map)
     {
@@ -126,7 +129,6 @@ void TextureCache::bind(unsigned int unit, P_Map* map, P_Material::FILTER_MODE f
         entry.m_bUsed = true;
         texture = entry.m_texture.get();
     }
-    glActiveTexture(GL_TEXTURE0 + unit);
     glBindTexture(GL_TEXTURE_2D, texture);
     glBindSampler(unit, findSampler(filter, address).get());
 }

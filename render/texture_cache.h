@@ -22,6 +22,8 @@ public:
     void bind(unsigned int unit, P_Map* map, P_Material::FILTER_MODE filter, P_Material::TEXTURE_ADDRESS_MODE address);
     /// Forgets the copies that were not bound since the last call.
     void sweep();
+    /// Maps there is a copy of.
+    [[nodiscard]] std::size_t getMapCount() const noexcept { return m_mapTextures.size(); }
 
 private:
     struct Entry

@@ -1,6 +1,6 @@
+#include "json/writer.h"
 #include "tools/chunk_tree.h"
 #include "tools/commands.h"
-#include "tools/json_writer.h"
 
 #include <tw2/io/loader.h>
 
@@ -10,6 +10,8 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
 namespace
@@ -47,38 +49,24 @@ void printChunk(const tools::TreeChunk& chunk, int depth)
     printDamage(chunk.error, depth + 1);
 }
 
-void writeChunks(tools::JsonWriter& json, const std::vector<tools::TreeChunk>& chunks);
-
-void writeValue(tools::JsonWriter& json, const std::vector<std::string>& values)
+void writeFact(TW2::json::Writer& json, const tools::Fact& fact)
 {
-    json.beginArray();
-    for (const std::string& value : values)
+    const auto write = [&](const auto& value)
     {
-        json.value(value);
-    }
-    json.endArray();
+        if constexpr (std::is_same_v<decltype(value), const std::vector<std::string>&>)
+        {
+            json.list(fact.name, value);
+        }
+        else
+        {
+            json.member(fact.name, value);
+        }
+    };
+    std::visit(write, fact.value);
 }
 
-template <typename T>
-void writeValue(tools::JsonWriter& json, const T& value)
+void writeChunk(TW2::json::Writer& json, const tools::TreeChunk& chunk)
 {
-    json.value(value);
-}
-
-void writeFacts(tools::JsonWriter& json, const std::vector<tools::Fact>& facts)
-{
-    json.beginObject();
-    for (const tools::Fact& fact : facts)
-    {
-        json.key(fact.name);
-        std::visit([&json](const auto& value) { writeValue(json, value); }, fact.value);
-    }
-    json.endObject();
-}
-
-void writeChunk(tools::JsonWriter& json, const tools::TreeChunk& chunk)
-{
-    json.beginObject();
     json.member("id", chunk.id);
     json.member("kind", tools::getKind(chunk.id));
     json.member("version", chunk.version);
@@ -87,28 +75,21 @@ void writeChunk(tools::JsonWriter& json, const tools::TreeChunk& chunk)
     if (!chunk.facts.empty())
     {
         json.key("content");
-        writeFacts(json, chunk.facts);
+        json.beginObject();
+        for (const tools::Fact& fact : chunk.facts)
+        {
+            writeFact(json, fact);
+        }
+        json.endObject();
     }
     if (!chunk.chunks.empty())
     {
-        json.key("chunks");
-        writeChunks(json, chunk.chunks);
+        json.objects("chunks", chunk.chunks, [&json](const tools::TreeChunk& nested) { writeChunk(json, nested); });
     }
     if (!chunk.error.empty())
     {
         json.member("error", chunk.error);
     }
-    json.endObject();
-}
-
-void writeChunks(tools::JsonWriter& json, const std::vector<tools::TreeChunk>& chunks)
-{
-    json.beginArray();
-    for (const tools::TreeChunk& chunk : chunks)
-    {
-        writeChunk(json, chunk);
-    }
-    json.endArray();
 }
 
 /// The tree of a file; one that cannot be opened is an empty tree with the reason.
@@ -124,13 +105,12 @@ tools::ChunkTree readTree(const std::string& file, bool withContents)
     }
 }
 
-void writeTree(tools::JsonWriter& json, const tools::ChunkTree& tree)
+void writeTree(TW2::json::Writer& json, const tools::ChunkTree& tree)
 {
     json.beginObject();
     json.member("file", tree.file);
     json.member("size", tree.size);
-    json.key("chunks");
-    writeChunks(json, tree.chunks);
+    json.objects("chunks", tree.chunks, [&json](const tools::TreeChunk& chunk) { writeChunk(json, chunk); });
     if (!tree.error.empty())
     {
         json.member("error", tree.error);
@@ -167,7 +147,7 @@ std::string printReport(const std::string& file)
 std::string writeJson(const Options& options)
 {
     std::string error;
-    tools::JsonWriter json(std::cout);
+    TW2::json::Writer json(std::cout);
     json.beginArray();
     for (const std::string& file : options.files)
     {

@@ -1,6 +1,6 @@
 #include "tools/chunk_content.h"
 
-#include "tools/json_writer.h"
+#include "json/writer.h"
 
 #include <tw2/io/camera_chunk.h>
 #include <tw2/io/chunk_id.h>
@@ -233,7 +233,7 @@ Facts read(S_MemoryFile& file)
 }
 
 // Names of what stands at top level come from the library.
-constexpr Kind s_kinds[] = {
+constexpr Kind kindNames[] = {
     {CHUNK_NODE, nullptr, read<NodeChunk>},
     {CHUNK_CAMERA, nullptr, read<CameraChunk>},
     {CHUNK_POINT_LIGHT, nullptr, read<PointLightChunk>},
@@ -263,15 +263,15 @@ constexpr Kind s_kinds[] = {
 const Kind* findKind(unsigned int id)
 {
     const Kind* found =
-        std::find_if(std::begin(s_kinds), std::end(s_kinds), [id](const Kind& k) { return k.id == id; });
-    return found == std::end(s_kinds) ? nullptr : found;
+        std::find_if(std::begin(kindNames), std::end(kindNames), [id](const Kind& k) { return k.id == id; });
+    return found == std::end(kindNames) ? nullptr : found;
 }
 
 struct ValueText
 {
     std::string operator()(long long value) const { return std::to_string(value); }
     std::string operator()(bool value) const { return value ? "yes" : "no"; }
-    std::string operator()(const std::string& value) const { return JsonWriter::quote(value); }
+    std::string operator()(const std::string& value) const { return TW2::json::Writer::quote(value); }
     std::string operator()(double value) const
     {
         char digits[32];
@@ -287,7 +287,7 @@ struct ValueText
         std::string all;
         for (const std::string& value : values)
         {
-            all += (all.empty() ? "" : " ") + JsonWriter::quote(value);
+            all += (all.empty() ? "" : " ") + TW2::json::Writer::quote(value);
         }
         return all;
     }

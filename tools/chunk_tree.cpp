@@ -17,11 +17,11 @@ namespace
 using namespace TW2;
 
 /// From these versions on a part of a mesh has no polygons, and a material has a fifth texture.
-constexpr unsigned int s_versionWithoutPolygons = 1;
-constexpr unsigned int s_versionGlossTexture = 1;
+constexpr unsigned int versionWithoutPolygons = 1;
+constexpr unsigned int versionGlossTexture = 1;
 
 /// Levels below the top: faces and their polygons, materials and their textures.
-constexpr int s_deepestNesting = 3;
+constexpr int deepestNesting = 3;
 
 /// Walks a file chunk by chunk. A second file over the same bytes serves the library's readers, so that damage in one
 /// chunk leaves the walk where it is.
@@ -93,7 +93,7 @@ private:
             return;
         }
         // Chunks that nest deeper than any kind does are not what they say they are.
-        if (m_iDepth < s_deepestNesting)
+        if (m_iDepth < deepestNesting)
         {
             ++m_iDepth;
             guard(entry.error, [&] { visitNested(entry); });
@@ -184,15 +184,14 @@ private:
 
     void visitCounted(S_MemoryFile::Chunk& chunk, TreeChunk& entry)
     {
-        for (std::size_t left = m_file.readCount(S_MemoryFile::sm_headerSize); left > 0 && visitNext(chunk, entry);
-             --left)
+        for (std::size_t left = m_file.readCount(S_MemoryFile::headerSize); left > 0 && visitNext(chunk, entry); --left)
         {
         }
     }
 
     void visitPolygons(S_MemoryFile::Chunk& chunk, TreeChunk& entry, int intsBefore)
     {
-        if (entry.version < s_versionWithoutPolygons)
+        if (entry.version < versionWithoutPolygons)
         {
             skip<int>(intsBefore);
             visitCounted(chunk, entry);
@@ -207,7 +206,7 @@ private:
         skip<float>(12 + 2);
         skip<int>(2);
         skip<float>(1);
-        const int slots = entry.version < s_versionGlossTexture ? 4 : 5;
+        const int slots = entry.version < versionGlossTexture ? 4 : 5;
         for (int slot = 0; slot < slots; ++slot)
         {
             bool isPresent = false;

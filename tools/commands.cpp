@@ -33,4 +33,17 @@ void Command::addAll(CLI::App& program)
         command->m_addArguments(*program.add_subcommand(command->m_szName, command->m_szDescription));
     }
 }
+
+CLI::Validator aboveZero()
+{
+    return CLI::Validator(
+        [](const std::string& text)
+        {
+            double value = 0.0;
+            return CLI::detail::lexical_cast(text, value) && value > 0.0
+                       ? std::string()
+                       : "must be a number above 0, such as 0.000001, not " + text;
+        },
+        "");
+}
 }  // namespace tools

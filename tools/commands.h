@@ -1,8 +1,8 @@
 #pragma once
 
-#include <CLI/App.hpp>
+#include "viewer/failure.h"
 
-#include <stdexcept>
+#include <CLI/App.hpp>
 
 /// The frame of the tw2 command. A sub-command is one source file, `<name>_command.cpp`, which registers itself:
 ///
@@ -19,11 +19,7 @@
 namespace tools
 {
 /// A failure that is not an exception of a library.
-class Failure : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
+using Failure = TW2::viewer::Failure;
 
 /// A sub-command; must be a static object.
 class Command
@@ -42,4 +38,6 @@ private:
     AddArguments m_addArguments;
     const Command* m_pNext;
 };
+/// Lets a number above 0 pass; of another one it says so, and what to give for "as exact as can be".
+[[nodiscard]] CLI::Validator aboveZero();
 }  // namespace tools

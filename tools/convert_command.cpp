@@ -1,23 +1,30 @@
 #include "convert/converter.h"
+#include "convert/output_files.h"
 #include "tools/commands.h"
+#include "tools/convert_summary.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
+#include <iterator>
 #include <memory>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace
 {
-using TW2::convert::ClipSummary;
 using TW2::convert::ImportOptions;
 using TW2::convert::Options;
 using TW2::convert::Summary;
@@ -26,67 +33,45 @@ std::FILE* s_messages = stderr;
 
 struct Arguments
 {
-    std::string model;
+    std::vector<std::string> models;
     std::string folder;
+    std::string script;  ///< with --onto
+    std::string depfile;
     std::vector<double> tolerance;
     std::string up = "auto";
     std::string loop = "auto";
     unsigned int timeout = 600;
+    unsigned int jobs = 0;
+    bool together = false;
+    bool json = false;
+    bool quiet = false;
+    int progress = -1;  ///< file descriptor that is told how far it is
     Options options;
 };
 
-void printClip(const ClipSummary& clip, const TW2::convert::Tolerance& tolerance)
-{
-    std::printf(
-        "  %d  %s: %u frames at %d per second%s, keys %zu -> %zu, %zu bytes, largest error %.4g units, %.3g "
-        "degrees%s\n",
-        clip.m_iIndex, clip.m_strName.c_str(), clip.m_uiFrames, clip.m_iFrameRate, clip.m_bLooping ? ", looping" : "",
-        clip.m_uiSampledKeys, clip.m_uiKeys, clip.m_uiBytes, clip.m_error.m_dDistance, clip.m_error.m_dDegrees,
-        clip.m_error.isWithin(tolerance) ? "" : " (more than allowed)");
-}
+/// One conversion: the models that make one object.
+using Job = std::vector<std::string>;
 
-void printSummary(const Summary& summary)
-{
-    std::printf("%s\n", summary.m_strScript.c_str());
-    std::printf("  %s of %zu nodes, %zu vertices, %zu triangles in %zu groups, %zu materials, %zu textures",
-                summary.m_bSkinned ? "skinned character" : "object", summary.m_uiNodes, summary.m_uiVertices,
-                summary.m_uiTriangles, summary.m_uiGroups, summary.m_uiMaterials, summary.m_uiTextures);
-    if (summary.m_uiCameras > 0 || summary.m_uiLights > 0)
-    {
-        std::printf(", %zu cameras, %zu lights", summary.m_uiCameras, summary.m_uiLights);
-    }
-    std::printf("\n");
-    if (summary.m_influences.m_uiReduced > 0)
-    {
-        std::printf("  influences cut to the 4 strongest at %zu vertices (up to %zu before)\n",
-                    summary.m_influences.m_uiReduced, summary.m_influences.m_uiMost);
-    }
-    if (summary.m_influences.m_uiUnbound > 0)
-    {
-        std::printf("  %zu vertices that no bone moved hang on their mesh's node\n", summary.m_influences.m_uiUnbound);
-    }
-    if (!summary.m_vecClips.empty())
-    {
-        std::printf("  animations (0 is the pose at rest), allowed error %.4g units, %.3g degrees:\n",
-                    summary.m_tolerance.m_dDistance, summary.m_tolerance.m_dDegrees);
-    }
-    for (const ClipSummary& clip : summary.m_vecClips)
-    {
-        printClip(clip, summary.m_tolerance);
-    }
-    std::fflush(stdout);
-    for (const std::string& warning : summary.m_vecWarnings)
-    {
-        std::fprintf(s_messages, "tw2: warning: %s\n", warning.c_str());
-    }
-}
-
-/// Runs the conversion; returns the program's exit status.
-int convert(const Arguments& arguments)
+/// Runs one conversion; returns the program's exit status.
+int convert(const Arguments& arguments, const Job& job)
 {
     try
     {
-        printSummary(TW2::convert::convertModel(arguments.model, arguments.folder, arguments.options));
+        const Summary summary = arguments.script.empty()
+                                    ? TW2::convert::convertModel(job, arguments.folder, arguments.options)
+                                    : TW2::convert::addMotion(job, arguments.script, arguments.options);
+        if (!arguments.depfile.empty())
+        {
+            tools::writeDepfile(arguments.depfile, summary);
+        }
+        if (arguments.json)
+        {
+            tools::printJson(summary);
+        }
+        else
+        {
+            tools::printSummary(summary, s_messages, !arguments.script.empty(), arguments.quiet);
+        }
         return EXIT_SUCCESS;
     }
     catch (const std::exception& error)
@@ -108,43 +93,208 @@ void keepMessagesApart()
     }
 }
 
-/// Importers of many formats read damaged files, and some of them crash on some: the conversion runs in a process of
-/// its own, so that a crash becomes a message.
-void convertApart(const Arguments& arguments)
+/// A conversion at work in a process of its own. Importers of many formats read damaged files, and some of them crash
+/// on some: so a crash becomes a message, and what one process prints does not get mixed with what another one does.
+class Worker
 {
-    std::fflush(nullptr);
-    const pid_t child = fork();
-    if (child < 0)
+public:
+    Worker(const Arguments& arguments, const Job& job)
+        : m_job(job), m_pOutput(std::tmpfile()), m_pMessages(std::tmpfile())
     {
-        throw tools::Failure(std::string("no process can be started: ") + std::strerror(errno));
-    }
-    if (child == 0)
-    {
-        alarm(arguments.timeout);
-        keepMessagesApart();
-        const int status = convert(arguments);
+        if (!m_pOutput || !m_pMessages)
+        {
+            throw tools::Failure(std::string("no temporary file can be made: ") + std::strerror(errno));
+        }
         std::fflush(nullptr);
-        _exit(status);
+        m_iProcess = fork();
+        if (m_iProcess < 0)
+        {
+            throw tools::Failure(std::string("no process can be started: ") + std::strerror(errno));
+        }
+        if (m_iProcess == 0)
+        {
+            std::signal(SIGINT, SIG_DFL);
+            std::signal(SIGTERM, SIG_DFL);
+            dup2(fileno(m_pOutput), STDOUT_FILENO);
+            dup2(fileno(m_pMessages), STDERR_FILENO);
+            alarm(arguments.timeout);
+            keepMessagesApart();
+            const int status = convert(arguments, m_job);
+            std::fflush(nullptr);
+            _exit(status);
+        }
     }
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR)
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+    ~Worker()
     {
+        std::fclose(m_pOutput);
+        std::fclose(m_pMessages);
     }
-    if (WIFSIGNALED(status))
+
+    [[nodiscard]] pid_t getProcess() const noexcept { return m_iProcess; }
+    [[nodiscard]] bool isFinished() const noexcept { return m_bFinished; }
+
+    void finish(int status, const Arguments& arguments)
     {
-        throw tools::Failure(arguments.model +
-                             (WTERMSIG(status) == SIGALRM
-                                  ? ": takes longer than " + std::to_string(arguments.timeout) + " seconds"
-                                  : ": the importer crashed on it (" + std::string(strsignal(WTERMSIG(status))) + ")"));
+        m_bFinished = true;
+        removeUnfinished(arguments);
+        if (WIFSIGNALED(status))
+        {
+            m_bFailed = true;
+            const int reason = WTERMSIG(status);
+            m_strReason = m_job.front() +
+                          (reason == SIGALRM ? ": takes longer than " + std::to_string(arguments.timeout) + " seconds"
+                                             : ": the importer crashed on it (" + std::string(strsignal(reason)) + ")");
+        }
+        else
+        {
+            m_bFailed = WEXITSTATUS(status) != EXIT_SUCCESS;
+        }
     }
-    if (WEXITSTATUS(status) != EXIT_SUCCESS)
+
+    /// Prints what the process has printed; returns whether it failed.
+    bool report() const
     {
-        std::exit(WEXITSTATUS(status));  // the reason is on standard error already
+        copy(m_pOutput, stdout);
+        std::fflush(stdout);
+        copy(m_pMessages, stderr);
+        if (!m_strReason.empty())
+        {
+            std::fprintf(stderr, "tw2: %s\n", m_strReason.c_str());
+        }
+        return m_bFailed;
+    }
+
+    void removeUnfinished(const Arguments& arguments) const
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(TW2::convert::OutputFiles::getUnfinishedName(arguments.folder, m_iProcess),
+                                    ignored);
+    }
+
+private:
+    static void copy(std::FILE* from, std::FILE* to)
+    {
+        std::rewind(from);
+        char buffer[4096];
+        for (std::size_t size = std::fread(buffer, 1, sizeof(buffer), from); size > 0;
+             size = std::fread(buffer, 1, sizeof(buffer), from))
+        {
+            std::fwrite(buffer, 1, size, to);
+        }
+    }
+
+    Job m_job;
+    std::FILE* m_pOutput;
+    std::FILE* m_pMessages;
+    pid_t m_iProcess = -1;
+    bool m_bFinished = false;
+    bool m_bFailed = false;
+    std::string m_strReason;
+};
+
+volatile std::sig_atomic_t s_iInterrupted = 0;
+
+extern "C" void noteInterruption(int number)
+{
+    s_iInterrupted = number;
+}
+
+/// Being interrupted ends the processes at work, removes what they have not finished, and then ends this one as usual.
+void giveUp(const std::vector<std::unique_ptr<Worker>>& workers, const Arguments& arguments)
+{
+    for (const auto& worker : workers)
+    {
+        if (!worker->isFinished())
+        {
+            kill(worker->getProcess(), SIGKILL);
+            waitpid(worker->getProcess(), nullptr, 0);
+            worker->removeUnfinished(arguments);
+        }
+    }
+    std::signal(s_iInterrupted, SIG_DFL);
+    std::raise(s_iInterrupted);
+}
+
+/// Converts as many at once as there are jobs allowed; prints in the order of the jobs. Returns whether any failed.
+bool convertAll(const std::vector<Job>& jobs, const Arguments& arguments)
+{
+    struct sigaction action = {};
+    action.sa_handler = noteInterruption;  // without SA_RESTART: waiting ends
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    const std::size_t most = arguments.jobs > 0 ? arguments.jobs : std::max(std::thread::hardware_concurrency(), 1U);
+    std::vector<std::unique_ptr<Worker>> workers;
+    std::size_t reported = 0;
+    std::size_t running = 0;
+    bool failed = false;
+    while (reported < jobs.size())
+    {
+        while (workers.size() < jobs.size() && running < most && s_iInterrupted == 0)
+        {
+            workers.push_back(std::make_unique<Worker>(arguments, jobs[workers.size()]));
+            ++running;
+        }
+        int status = 0;
+        const pid_t ended = s_iInterrupted == 0 ? waitpid(-1, &status, 0) : -1;
+        if (s_iInterrupted != 0)
+        {
+            giveUp(workers, arguments);
+        }
+        for (const auto& worker : workers)
+        {
+            if (worker->getProcess() == ended && !worker->isFinished())
+            {
+                worker->finish(status, arguments);
+                --running;
+            }
+        }
+        for (; reported < workers.size() && workers[reported]->isFinished(); ++reported)
+        {
+            failed |= workers[reported]->report();
+        }
+    }
+    return failed;
+}
+
+/// Two models that would be written under one name would overwrite each other.
+void checkNames(const Arguments& arguments)
+{
+    std::set<std::string> names;
+    for (const std::string& model : arguments.models)
+    {
+        std::string name = std::filesystem::path(model).stem().string();
+        std::ranges::transform(name, name.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        if (!names.insert(name).second)
+        {
+            throw tools::Failure("two of the models are called \"" + name +
+                                 "\": convert them into folders of their own, or --together into one object");
+        }
     }
 }
 
 void run(Arguments arguments)
 {
+    const bool onto = !arguments.script.empty();
+    if (onto != arguments.folder.empty())
+    {
+        throw CLI::ValidationError("convert", "either -o FOLDER or --onto SCRIPT has to be given");
+    }
+    if (onto)
+    {
+        const std::filesystem::path folder = std::filesystem::path(arguments.script).parent_path();
+        arguments.folder = folder.empty() ? "." : folder.string();
+    }
+    const bool single = arguments.together || onto || arguments.models.size() == 1;
+    if (!single && (!arguments.options.m_strName.empty() || !arguments.depfile.empty()))
+    {
+        throw tools::Failure("--name and --depfile are for one object; of several models use --together to make one");
+    }
+    if (!single)
+    {
+        checkNames(arguments);
+    }
     if (!arguments.tolerance.empty())
     {
         arguments.options.m_tolerance = {arguments.tolerance[0], arguments.tolerance[1]};
@@ -156,7 +306,25 @@ void run(Arguments arguments)
     arguments.options.m_eLoop = arguments.loop == "always"  ? Options::Loop::Always
                                 : arguments.loop == "never" ? Options::Loop::Never
                                                             : Options::Loop::Automatic;
-    convertApart(arguments);
+    if (arguments.progress >= 0)
+    {
+        arguments.options.m_onProgress = [descriptor = arguments.progress](const std::string& step, double part)
+        { dprintf(descriptor, "%.3f %s\n", part, step.c_str()); };
+    }
+    std::vector<Job> jobs;
+    if (single)
+    {
+        jobs.push_back(arguments.models);
+    }
+    else
+    {
+        std::ranges::transform(arguments.models, std::back_inserter(jobs),
+                               [](const std::string& model) { return Job{model}; });
+    }
+    if (convertAll(jobs, arguments))
+    {
+        std::exit(EXIT_FAILURE);  // the reasons are on standard error already
+    }
 }
 
 const tools::Command s_command(
@@ -164,26 +332,69 @@ const tools::Command s_command(
     [](CLI::App& command)
     {
         const auto arguments = std::make_shared<Arguments>();
-        command.add_option("MODEL", arguments->model, "FBX, glTF, COLLADA, X, BVH, ...: what Assimp reads")->required();
-        command.add_option("-o,--output", arguments->folder, "Folder to write to; made when missing")->required();
+        command
+            .add_option(
+                "MODEL", arguments->models,
+                "glTF, FBX, COLLADA, X, BVH, ...; several are converted side by side, each to an object of its own")
+            ->required();
+        command.add_option("-o,--output", arguments->folder, "Folder to write to; made when missing");
+        command
+            .add_option("--onto", arguments->script,
+                        "Instead of writing an object: give the models' clips to the character of this script")
+            ->type_name("SCRIPT");
+        command
+            .add_option("--map", arguments->options.m_strMapFile,
+                        "File that tells which node of a model is which of the character, a line \"FROM TO\" for each")
+            ->type_name("FILE");
+        command.add_option("--block", arguments->options.m_strBlock, "With --onto: the block that gets the clips")
+            ->type_name("NAME");
         command
             .add_option("--tolerance", arguments->tolerance,
                         "Allowed error of the played pose: scene units and degrees (default: a two-thousandth of the "
                         "model's size, 0.1)")
             ->expected(2)
-            ->check(CLI::PositiveNumber)
+            ->allow_extra_args(false)
+            ->check(tools::aboveZero())
             ->type_name("UNITS DEGREES");
         command.add_option("--rate", arguments->options.m_iFrameRate, "Frames per second (default: chosen per clip)")
             ->check(CLI::Range(1, 960));
         command.add_option("--up", arguments->up, "Axis of the file that points up (default: auto)")
             ->check(CLI::IsMember({"auto", "x", "y", "z"}));
         command.add_option("--scale", arguments->options.m_import.m_dScale, "Scene units per unit of the file")
-            ->check(CLI::PositiveNumber);
+            ->check(tools::aboveZero());
         command
             .add_option("--loop", arguments->loop, "Which clips repeat (default: auto, those that end as they begin)")
             ->check(CLI::IsMember({"auto", "always", "never"}));
         command.add_option("--name", arguments->options.m_strName, "Name of the files (default: the model's)");
+        command
+            .add_option("--textures", arguments->options.m_import.m_vecTextureFolders,
+                        "Folder that is searched for pictures too; may be given several times")
+            ->type_name("DIR")
+            ->allow_extra_args(false);
         command.add_option("--timeout", arguments->timeout, "Seconds after which to give up (default: 600)");
+        command.add_flag(
+            "--together", arguments->together,
+            "The models are one object: the first that shows anything gives the body, all give their clips");
+        command
+            .add_option("--clip", arguments->options.m_vecClips,
+                        "Take this clip, as NAME, NAME=NEW or with :FROM-TO (frames) behind it; may be repeated")
+            ->allow_extra_args(false);
+        command.add_flag("--merge-clips", arguments->options.m_bMergeClips, "Make one clip of all that are taken");
+        command
+            .add_option(
+                "--root-motion", arguments->options.m_strTravel,
+                "Take the motion of this node out of the clips, as the travel of the whole: NODE (along x and z "
+                "and the turn) or NODE:PARTS, such as NODE:xyz,yaw")
+            ->type_name("NODE[:PARTS]");
+        command.add_flag("--json", arguments->json, "Print the summary as JSON, a document per object");
+        command.add_flag("--quiet", arguments->quiet, "Print warnings and errors only");
+        command
+            .add_option("--progress", arguments->progress,
+                        "File descriptor to write a line to for each step: which part is done, and what begins")
+            ->check(CLI::Range(0, 1 << 20));
+        command.add_option("--depfile", arguments->depfile, "Write what was read as a rule for make and ninja");
+        command.add_option("-j,--jobs", arguments->jobs, "Models to convert at once (default: one per processor)")
+            ->check(CLI::Range(1, 256));
         command.callback([arguments] { run(*arguments); });
     });
 }  // namespace

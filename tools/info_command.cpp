@@ -1,7 +1,7 @@
-#include "tools/animated_script.h"
+#include "json/writer.h"
 #include "tools/animation_files.h"
 #include "tools/commands.h"
-#include "tools/json_writer.h"
+#include "viewer/animated_script.h"
 
 #include <tw2/material/material.h>
 #include <tw2/material/material_manager.h>
@@ -9,6 +9,7 @@
 #include <tw2/skin/vertex_animation.h>
 
 #include <platform/runtime/file.h>
+#include <platform/runtime/str.h>
 #include <platform/scene/material.h>
 #include <platform/scene/virtual_object.h>
 
@@ -40,10 +41,19 @@ struct MaterialFacts
     std::vector<std::string> textures;
 };
 
+struct EventFacts
+{
+    double time = 0.0;  ///< seconds
+    std::string name;
+};
+
 struct AnimationFacts
 {
     int index = 0;
+    std::string name;
     std::string file;
+    std::vector<EventFacts> events;
+    float period = 0.0F;
     unsigned int frames = 0;
     float fps = 0.0F;
     float seconds = 0.0F;
@@ -123,13 +133,20 @@ MeshFacts describe(const TW_ObjectAnimation& object, const P_VirtualObject& mesh
     return facts;
 }
 
-void addAnimations(ObjectFacts& facts, const TW_ObjectAnimation& object, const tools::ScriptEntry& entry)
+void addAnimations(ObjectFacts& facts, const TW_ObjectAnimation& object, const TW2::viewer::ScriptEntry& entry)
 {
-    for (const tools::ScriptEntry::Animation& animation : entry.animations)
+    for (const TW2::viewer::ScriptEntry::Animation& animation : entry.animations)
     {
         AnimationFacts added;
         added.index = animation.index;
+        added.name = object.getAnimationName(animation.index);
         added.file = animation.file;
+        added.period = object.getAnimationPeriod(animation.index);
+        for (const TW2::TW_AnimationEvent& event : object.getAnimationEvents(animation.index))
+        {
+            const auto fps = static_cast<double>(object.getAnimationFPS(animation.index));
+            added.events.push_back({fps > 0.0 ? event.m_dFrame / fps : 0.0, toText(event.m_strName)});
+        }
         added.frames = object.getAnimationFrames(animation.index);
         added.fps = object.getAnimationFPS(animation.index);
         added.seconds = object.getAnimationLength(animation.index);
@@ -147,9 +164,9 @@ void addSkin(ObjectFacts& facts, const TW2::TW_VertexAnimation& character)
     facts.bones = skin.boneNames.size();
 }
 
-ObjectFacts describe(const std::string& scriptFile, const tools::ScriptEntry& entry)
+ObjectFacts describe(const std::string& scriptFile, const TW2::viewer::ScriptEntry& entry)
 {
-    tools::AnimatedScript script(scriptFile, {entry.name, "", {}});
+    TW2::viewer::AnimatedScript script(scriptFile, {entry.name, "", {}});
     const S_DirectoryGuard guard;
     File.changeDirectory(File.getPath(File.getFullPathName(scriptFile)));
     ObjectFacts facts;
@@ -209,6 +226,16 @@ void printTree(const std::vector<MeshFacts>& meshes, int parent)
     }
 }
 
+std::string describeCourse(const AnimationFacts& animation)
+{
+    if (!animation.content.looping)
+    {
+        return "once";
+    }
+    return S_STR("looping to frame %u every %.3g s", animation.loopToFrame, static_cast<double>(animation.period))
+        .c_str();
+}
+
 void print(const ObjectFacts& facts)
 {
     std::printf("%s: %s", facts.block.c_str(), facts.kind.c_str());
@@ -247,86 +274,63 @@ void print(const ObjectFacts& facts)
     }
     for (const AnimationFacts& animation : facts.animations)
     {
-        std::printf(
-            "    %d %s: %u frames at %g per second, %.3g s, %s, %zu tracks, %zu keys, %zu bytes\n", animation.index,
-            animation.file.c_str(), animation.frames, static_cast<double>(animation.fps),
-            static_cast<double>(animation.seconds),
-            animation.content.looping ? ("looping to frame " + std::to_string(animation.loopToFrame)).c_str() : "once",
-            animation.content.tracks, animation.content.transformKeys + animation.content.visibilityKeys,
-            animation.content.bytes);
-    }
-}
-
-void writeMeshes(tools::JsonWriter& json, const std::vector<MeshFacts>& meshes)
-{
-    json.key("meshes");
-    json.beginArray();
-    for (const MeshFacts& mesh : meshes)
-    {
-        json.beginObject();
-        json.member("name", mesh.name);
-        json.member("parent", mesh.parent);
-        json.member("primitives", mesh.primitives);
-        json.member("vertices", mesh.vertices);
-        json.member("triangles", mesh.triangles);
-        json.endObject();
-    }
-    json.endArray();
-}
-
-void writeMaterials(tools::JsonWriter& json, const std::vector<MaterialFacts>& materials)
-{
-    json.key("materials");
-    json.beginArray();
-    for (const MaterialFacts& material : materials)
-    {
-        json.beginObject();
-        json.member("name", material.name);
-        json.member("setUp", material.setUp);
-        json.key("textures");
-        json.beginArray();
-        for (const std::string& texture : material.textures)
+        std::printf("    %d %s %s: %u frames at %g per second, %.3g s, %s, %zu tracks, %zu keys, %zu bytes\n",
+                    animation.index, animation.name.c_str(), animation.file.c_str(), animation.frames,
+                    static_cast<double>(animation.fps), static_cast<double>(animation.seconds),
+                    describeCourse(animation).c_str(), animation.content.tracks,
+                    animation.content.transformKeys + animation.content.visibilityKeys, animation.content.bytes);
+        for (const EventFacts& event : animation.events)
         {
-            json.value(texture);
+            std::printf("      %.3F s: %s\n", event.time, event.name.c_str());
         }
-        json.endArray();
-        json.endObject();
     }
-    json.endArray();
 }
 
-void writeAnimations(tools::JsonWriter& json, const std::vector<AnimationFacts>& animations)
+void writeAnimation(TW2::json::Writer& json, const AnimationFacts& animation)
 {
-    json.key("animations");
-    json.beginArray();
-    for (const AnimationFacts& animation : animations)
-    {
-        json.beginObject();
-        json.member("index", animation.index);
-        json.member("file", animation.file);
-        json.member("frames", animation.frames);
-        json.member("framesPerSecond", animation.fps);
-        json.member("seconds", animation.seconds);
-        json.member("looping", animation.content.looping);
-        json.member("loopToFrame", animation.loopToFrame);
-        json.member("tracks", animation.content.tracks);
-        json.member("transformKeys", animation.content.transformKeys);
-        json.member("visibilityKeys", animation.content.visibilityKeys);
-        json.member("bytes", animation.content.bytes);
-        json.endObject();
-    }
-    json.endArray();
+    json.member("index", animation.index);
+    json.member("name", animation.name);
+    json.member("file", animation.file);
+    json.member("frames", animation.frames);
+    json.member("framesPerSecond", animation.fps);
+    json.member("seconds", animation.seconds);
+    json.member("looping", animation.content.looping);
+    json.member("loopToFrame", animation.loopToFrame);
+    json.member("period", animation.period);
+    json.objects("events", animation.events,
+                 [&json](const EventFacts& event)
+                 {
+                     json.member("time", event.time);
+                     json.member("name", event.name);
+                 });
+    json.member("tracks", animation.content.tracks);
+    json.member("transformKeys", animation.content.transformKeys);
+    json.member("visibilityKeys", animation.content.visibilityKeys);
+    json.member("bytes", animation.content.bytes);
 }
 
-void write(tools::JsonWriter& json, const ObjectFacts& facts)
+void write(TW2::json::Writer& json, const ObjectFacts& facts)
 {
-    json.beginObject();
     json.member("block", facts.block);
     json.member("kind", facts.kind);
     json.member("crossMode", facts.crossMode);
     json.member("distance", facts.distance);
-    writeMeshes(json, facts.meshes);
-    writeMaterials(json, facts.materials);
+    json.objects("meshes", facts.meshes,
+                 [&json](const MeshFacts& mesh)
+                 {
+                     json.member("name", mesh.name);
+                     json.member("parent", mesh.parent);
+                     json.member("primitives", mesh.primitives);
+                     json.member("vertices", mesh.vertices);
+                     json.member("triangles", mesh.triangles);
+                 });
+    json.objects("materials", facts.materials,
+                 [&json](const MaterialFacts& material)
+                 {
+                     json.member("name", material.name);
+                     json.member("setUp", material.setUp);
+                     json.list("textures", material.textures);
+                 });
     if (facts.skinVertices > 0)
     {
         json.key("skin");
@@ -337,8 +341,8 @@ void write(tools::JsonWriter& json, const ObjectFacts& facts)
         json.member("bones", facts.bones);
         json.endObject();
     }
-    writeAnimations(json, facts.animations);
-    json.endObject();
+    json.objects("animations", facts.animations,
+                 [&json](const AnimationFacts& animation) { writeAnimation(json, animation); });
 }
 
 struct Arguments
@@ -350,7 +354,7 @@ struct Arguments
 void run(const Arguments& arguments)
 {
     std::vector<ObjectFacts> objects;
-    for (const tools::ScriptEntry& entry : tools::readScript(arguments.script))
+    for (const TW2::viewer::ScriptEntry& entry : TW2::viewer::readScript(arguments.script))
     {
         objects.push_back(describe(arguments.script, entry));
     }
@@ -359,16 +363,10 @@ void run(const Arguments& arguments)
         std::ranges::for_each(objects, print);
         return;
     }
-    tools::JsonWriter json(std::cout);
+    TW2::json::Writer json(std::cout);
     json.beginObject();
     json.member("script", arguments.script);
-    json.key("objects");
-    json.beginArray();
-    for (const ObjectFacts& object : objects)
-    {
-        write(json, object);
-    }
-    json.endArray();
+    json.objects("objects", objects, [&json](const ObjectFacts& object) { write(json, object); });
     json.endObject();
     std::cout.flush();
 }

@@ -1,6 +1,6 @@
-#include "tools/animated_script.h"
+#include "json/writer.h"
 #include "tools/commands.h"
-#include "tools/json_writer.h"
+#include "viewer/animated_script.h"
 
 #include <tw2/object/bone_handle.h>
 #include <tw2/object/object_animation.h>
@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <iostream>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,7 +23,7 @@ using Matrix = M_Matrix4x3Template<float>;
 struct Arguments
 {
     std::string script;
-    tools::Selection selection;
+    TW2::viewer::Selection selection;
     std::string animation;
     double time = 0.0;
     std::string bone;
@@ -38,17 +39,6 @@ void print(const char* label, const Matrix& matrix)
         std::printf("  %.9g %.9g %.9g%s", static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z),
                     row < 3 ? " |" : "\n");
     }
-}
-
-void write(tools::JsonWriter& json, const char* name, const Matrix& matrix)
-{
-    json.key(name);
-    json.beginArray();
-    for (int i = 0; i < 12; ++i)
-    {
-        json.value(matrix.data()[i]);
-    }
-    json.endArray();
 }
 
 /// Mesh indices to show: all, or that of one bone.
@@ -69,7 +59,7 @@ std::vector<unsigned int> chooseBones(TW2::TW_ObjectAnimation& skeleton, const s
 
 void run(const Arguments& arguments)
 {
-    tools::AnimatedScript script(arguments.script, arguments.selection);
+    TW2::viewer::AnimatedScript script(arguments.script, arguments.selection);
     const int index =
         arguments.animation.empty() ? script.chooseAnimation() : script.findAnimation(arguments.animation);
     P_Scene scene;
@@ -94,23 +84,19 @@ void run(const Arguments& arguments)
     }
     else
     {
-        tools::JsonWriter json(std::cout);
+        TW2::json::Writer json(std::cout);
         json.beginObject();
         json.member("animation", index);
         json.member("time", arguments.time);
-        json.key("bones");
-        json.beginArray();
-        for (const unsigned int i : bones)
-        {
-            const P_VirtualObject& mesh = *skeleton.getMesh(i);
-            json.beginObject();
-            json.member("index", i);
-            json.member("name", std::string_view(mesh.getName()));
-            write(json, "local", mesh.getMatrix());
-            write(json, "world", mesh.getObjectToWorldMatrix());
-            json.endObject();
-        }
-        json.endArray();
+        json.objects("bones", bones,
+                     [&](unsigned int i)
+                     {
+                         const P_VirtualObject& mesh = *skeleton.getMesh(i);
+                         json.member("index", i);
+                         json.member("name", std::string_view(mesh.getName()));
+                         json.list("local", std::span(mesh.getMatrix().data(), 12));
+                         json.list("world", std::span(mesh.getObjectToWorldMatrix().data(), 12));
+                     });
         json.endObject();
         std::cout.flush();
     }
@@ -125,7 +111,7 @@ const tools::Command s_command(
         command.add_option("SCRIPT", arguments->script, "Script file")->required();
         command.add_option("--block", arguments->selection.block, "Block to play (default: the first skin, or block)");
         command.add_option("--skeleton-block", arguments->selection.skeleton, "Skeleton of a skin");
-        command.add_option("--animation", arguments->animation, "Index, or part of the animation file's name");
+        command.add_option("--animation", arguments->animation, "Index, name, or part of the name or file's name");
         command.add_option("--time", arguments->time, "Seconds (default: 0)");
         command.add_option("--bone", arguments->bone, "Only this bone");
         command.add_flag("--json", arguments->json,

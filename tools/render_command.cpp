@@ -1,270 +1,113 @@
-#include "render/bounds.h"
+#include "render/animation_writer.h"
 #include "render/contact_sheet.h"
-#include "render/gif_writer.h"
 #include "render/offscreen_context.h"
-#include "render/picture_target.h"
-#include "render/scene_renderer.h"
-#include "render/studio.h"
-#include "tools/animated_script.h"
 #include "tools/commands.h"
 #include "tools/progress.h"
-
-#include <tw2/object/object_animation.h>
+#include "tools/render_motion.h"
+#include "tools/render_stage.h"
+#include "viewer/animated_script.h"
 
 #include <platform/runtime/str.h>
-#include <platform/scene/camera.h>
-#include <platform/scene/context.h>
-#include <platform/scene/scene.h>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
+#include <array>
 #include <cstdio>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 namespace
 {
-using tools::AnimatedScript;
+using tools::Moments;
+using TW2::viewer::AnimatedScript;
 
 struct Arguments
 {
     std::string script;
-    tools::Selection selection;
-    std::string animation;
-    std::string blend;
-    std::string weight = "0..1";
-    std::optional<double> time;
-    std::optional<double> from;
-    std::optional<double> to;
+    TW2::viewer::Selection selection;
+    tools::MotionArguments motion;
+    tools::StageArguments stage;
     double fps = 25.0;
     std::string size = "640x480";
+    std::vector<std::string> output;
     std::string png;
     std::string gif;
+    std::string webp;
     std::string sheet;
     std::string frames;
     unsigned int sheetPictures = 12;
     unsigned int columns = 0;
-    std::vector<float> eye;
-    std::vector<float> target;
-    TW2::render::Viewpoint viewpoint;
-    bool skeleton = false;
-    bool noGrid = false;
-    bool noLights = false;
 };
 
-/// What is shown at each time: one animation, or a fade from one into another.
-struct Motion
+void parseSize(const std::string& text, tools::StageArguments& stage)
 {
-    int first = -1;
-    int second = -1;
-    double weightFrom = 0.0;  ///< of the second animation, at the beginning
-    double weightTo = 0.0;
-    double begin = 0.0;  ///< seconds
-    double end = 0.0;
-    unsigned int pictures = 1;
-
-    [[nodiscard]] double getTime(unsigned int picture) const
-    {
-        return pictures > 1 ? begin + (end - begin) * picture / (pictures - 1) : begin;
-    }
-    [[nodiscard]] double getWeight(unsigned int picture) const
-    {
-        const double progress = pictures > 1 ? static_cast<double>(picture) / (pictures - 1) : 0.0;
-        return weightFrom + (weightTo - weightFrom) * progress;
-    }
-};
-
-std::pair<unsigned int, unsigned int> parseSize(const std::string& text)
-{
-    unsigned int width = 0;
-    unsigned int height = 0;
     char rest = 0;
-    if (std::sscanf(text.c_str(), "%ux%u%c", &width, &height, &rest) != 2 || width == 0 || height == 0 ||
-        width > 8192 || height > 8192)
+    if (std::sscanf(text.c_str(), "%ux%u%c", &stage.width, &stage.height, &rest) != 2 || stage.width == 0 ||
+        stage.height == 0 || stage.width > 8192 || stage.height > 8192)
     {
         throw tools::Failure("--size is WIDTHxHEIGHT, each 1 to 8192, not \"" + text + "\"");
     }
-    return {width, height};
 }
 
-/// The number that is all of `text`; nothing when it is none.
-std::optional<double> parseNumber(std::string_view text)
+bool hasEnding(const std::string& file, std::string_view ending)
 {
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
+    return file.size() > ending.size() &&
+           std::ranges::equal(file.end() - static_cast<std::ptrdiff_t>(ending.size()), file.end(), ending.begin(),
+                              ending.end(),
+                              [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
 }
 
-/// "0.5" or "0..1".
-std::pair<double, double> parseWeight(std::string_view text)
+/// What `--output` names is what its ending says.
+void sortOutput(Arguments& arguments)
 {
-    const std::size_t dots = text.find("..");
-    const std::optional<double> from = parseNumber(text.substr(0, dots));
-    const std::optional<double> to = dots == std::string_view::npos ? from : parseNumber(text.substr(dots + 2));
-    if (!from || !to)
+    for (const std::string& file : arguments.output)
     {
-        throw tools::Failure("--weight is a number or a range such as 0..1, not \"" + std::string(text) + "\"");
-    }
-    return {*from, *to};
-}
-
-Motion chooseMotion(const Arguments& arguments, AnimatedScript& script)
-{
-    Motion motion;
-    if (arguments.blend.empty())
-    {
-        motion.first =
-            arguments.animation.empty() ? script.chooseAnimation() : script.findAnimation(arguments.animation);
-    }
-    else
-    {
-        const std::size_t colon = arguments.blend.find(':');
-        if (colon == std::string::npos)
+        std::string& kind = hasEnding(file, ".gif")                                          ? arguments.gif
+                            : hasEnding(file, ".webp")                                       ? arguments.webp
+                            : hasEnding(file, ".png") && file.find('#') != std::string::npos ? arguments.frames
+                                                                                             : arguments.png;
+        if (!kind.empty())
         {
-            throw tools::Failure("--blend is two animations, such as 0:1, not \"" + arguments.blend + "\"");
+            throw tools::Failure("\"" + kind + "\" and \"" + file +
+                                 "\" are the same kind of picture: name one of them");
         }
-        motion.first = script.findAnimation(arguments.blend.substr(0, colon));
-        motion.second = script.findAnimation(arguments.blend.substr(colon + 1));
-        std::tie(motion.weightFrom, motion.weightTo) = parseWeight(arguments.weight);
+        kind = file;
     }
-    TW2::TW_ObjectAnimation& skeleton = script.getSkeleton();
-    const auto lengthOf = [&skeleton](int index)
+}
+
+void checkOutput(const Arguments& arguments)
+{
+    struct Named
     {
-        const float fps = index >= 0 ? skeleton.getAnimationFPS(index) : 0.0F;
-        return fps > 0.0F ? static_cast<double>(skeleton.getAnimationFrames(index) - 1) / static_cast<double>(fps)
-                          : 0.0;
+        const std::string& m_file;
+        const char* m_szEnding;
     };
-    const double length = std::max(lengthOf(motion.first), lengthOf(motion.second));
-    motion.begin = arguments.time.value_or(arguments.from.value_or(0.0));
-    motion.end = arguments.time.value_or(arguments.to.value_or(std::max(length, motion.begin)));
-    if (motion.end < motion.begin)
+    const std::array<Named, 5> files{Named{arguments.png, ".png"}, Named{arguments.frames, ".png"},
+                                     Named{arguments.sheet, ".png"}, Named{arguments.gif, ".gif"},
+                                     Named{arguments.webp, ".webp"}};
+    if (std::ranges::all_of(files, [](const Named& named) { return named.m_file.empty(); }))
     {
-        throw tools::Failure("the time range ends before it begins");
+        throw tools::Failure("say what to write: --output, --png, --frames, --sheet, --gif or --webp");
     }
-    motion.pictures = static_cast<unsigned int>(std::floor((motion.end - motion.begin) * arguments.fps + 1e-6)) + 1;
-    return motion;
+    for (const Named& named : files)
+    {
+        if (!named.m_file.empty() && !hasEnding(named.m_file, named.m_szEnding))
+        {
+            throw tools::Failure("\"" + named.m_file + "\" is to be a picture, which ends in " +
+                                 (&named.m_file == &arguments.png && !arguments.output.empty() ? ".png, .gif or .webp"
+                                                                                               : named.m_szEnding));
+        }
+    }
+    if (!arguments.frames.empty() && arguments.frames.find('#') == std::string::npos)
+    {
+        throw tools::Failure("--frames needs a place for the number, such as walk_####.png");
+    }
+    if (!arguments.gif.empty() && arguments.stage.show.m_bTransparent)
+    {
+        throw tools::Failure("a GIF has no half transparent pixels: write a transparent animation as .webp");
+    }
 }
-
-/// A scene with one animated object, its lights and its camera.
-class Stage
-{
-public:
-    Stage(const Arguments& arguments, AnimatedScript& script, const Motion& motion)
-        : m_script(script), m_motion(motion), m_scene(&m_context)
-    {
-        m_script.getObject().addTo(&m_scene);
-        m_context.setCurrentCamera(nullptr);
-        frame(arguments);
-        m_context.setCurrentCamera(&m_camera);
-        if (!arguments.noLights)
-        {
-            m_lights.emplace(m_scene, m_camera, TW2::render::chooseLightStrength(m_script.getDrawn()));
-        }
-        if (!arguments.noGrid)
-        {
-            TW2::render::addGroundGrid(m_view, m_bounds);
-        }
-    }
-
-    ~Stage() { m_script.getObject().remove(); }
-    Stage(const Stage&) = delete;
-    Stage& operator=(const Stage&) = delete;
-
-    G_Image draw(TW2::render::SceneRenderer& renderer, const TW2::render::PictureTarget& target, unsigned int picture,
-                 bool skeleton)
-    {
-        pose(picture);
-        TW2::render::View view = m_view;
-        if (skeleton)
-        {
-            TW2::render::addSkeleton(view, m_script.getSkeleton(), G_FColor(230.0F, 80.0F, 40.0F));
-        }
-        target.bind();
-        renderer.draw(m_scene, m_camera, view);
-        return target.read();
-    }
-
-private:
-    void pose(unsigned int picture)
-    {
-        const auto time = static_cast<float>(m_motion.getTime(picture));
-        if (m_motion.second >= 0)
-        {
-            m_script.getObject().crossAnimateObject(m_motion.first, time,
-                                                    static_cast<float>(1.0 - m_motion.getWeight(picture)),
-                                                    m_motion.second, time, nullptr);
-        }
-        else if (m_motion.first >= 0)
-        {
-            m_script.getObject().animateObject(m_motion.first, time, nullptr);
-        }
-        m_scene.executeFrame();
-    }
-
-    /// Looks at the whole motion, or from where the arguments say.
-    void frame(const Arguments& arguments)
-    {
-        constexpr unsigned int mostSamples = 40;
-        const unsigned int samples = std::min(m_motion.pictures, mostSamples);
-        for (unsigned int i = 0; i < samples; ++i)
-        {
-            pose(samples > 1 ? i * (m_motion.pictures - 1) / (samples - 1) : 0);
-            collect();
-        }
-        if (m_bounds.isEmpty())
-        {
-            throw tools::Failure("there is nothing to see: the object has no visible vertices");
-        }
-        const auto [width, height] = parseSize(arguments.size);
-        const float aspect = static_cast<float>(width) / static_cast<float>(height);
-        TW2::render::frameCamera(m_camera, m_vecPoints, arguments.viewpoint, aspect);
-        if (!arguments.eye.empty())
-        {
-            const M_Vector3Template<float> eye{arguments.eye[0], arguments.eye[1], arguments.eye[2]};
-            const M_Vector3Template<float> at =
-                arguments.target.empty()
-                    ? m_bounds.getCenter()
-                    : M_Vector3Template<float>{arguments.target[0], arguments.target[1], arguments.target[2]};
-            m_camera.lookAt(eye, at, {0.0F, 1.0F, 0.0F});
-            const float distance = (at - eye).length() + m_bounds.getSize();
-            m_camera.setPerspective(arguments.viewpoint.m_fVerticalAngle, aspect, distance * 0.001F, distance * 20.0F);
-        }
-    }
-
-    /// Takes the vertices of the present pose, or as many of them as are enough to frame it.
-    void collect()
-    {
-        constexpr std::size_t enough = 4000;
-        m_vecVertices.clear();
-        TW2::render::collectVertices(m_script.getObject(), m_vecVertices);
-        const std::size_t step = m_vecVertices.size() / enough + 1;
-        for (std::size_t i = 0; i < m_vecVertices.size(); ++i)
-        {
-            const M_Vector3Template<float>& point = m_vecVertices[i];
-            m_bounds.add(point);
-            if (i % step == 0 && std::isfinite(point.x + point.y + point.z))
-            {
-                m_vecPoints.push_back(point);
-            }
-        }
-    }
-
-    AnimatedScript& m_script;
-    const Motion& m_motion;
-    std::vector<M_Vector3Template<float>> m_vecVertices;
-    std::vector<M_Vector3Template<float>> m_vecPoints;
-    P_Context m_context;
-    P_Scene m_scene;
-    P_Camera m_camera;
-    TW2::render::Bounds m_bounds;
-    TW2::render::View m_view;
-    std::optional<TW2::render::StudioLights> m_lights;
-};
 
 /// "walk_####.png" with a number in the place of the signs.
 std::string makeNumberedName(const std::string& pattern, unsigned int number)
@@ -275,103 +118,207 @@ std::string makeNumberedName(const std::string& pattern, unsigned int number)
     return pattern.substr(0, first) + S_STR("%0*u", digits, number).c_str() + pattern.substr(last + 1);
 }
 
-std::vector<G_Image> pickForSheet(const std::vector<G_Image>& pictures, unsigned int count)
+/// Draws what is asked for, each picture when it is needed, and keeps none of a long animation.
+class Drawing
 {
-    const auto total = static_cast<unsigned int>(pictures.size());
-    const unsigned int used = std::clamp(count, 1U, total);
-    std::vector<G_Image> chosen;
-    for (unsigned int i = 0; i < used; ++i)
+public:
+    Drawing(const Arguments& arguments, const tools::Motion& motion, tools::Stage& stage)
+        : m_arguments(arguments),
+          m_stage(stage),
+          m_moments(motion, arguments.fps),
+          m_sheet(Moments::spread(motion, arguments.sheetPictures)),
+          m_samples(Moments::spread(motion, arguments.gif.empty() ? 0 : std::min(mostSamples, m_moments.count))),
+          m_progress("Drawing", countPictures())
     {
-        chosen.push_back(pictures[used > 1 ? std::size_t{i} * (total - 1) / (used - 1) : 0]);
+        if (isAnimated() && m_moments.count > mostPictures)
+        {
+            throw tools::Failure("that would be " + std::to_string(m_moments.count) + " pictures, more than " +
+                                 std::to_string(mostPictures) + ": give --from and --to, or fewer --fps");
+        }
     }
-    return chosen;
-}
 
-void writePictures(const Arguments& arguments, const std::vector<G_Image>& pictures)
-{
-    if (!arguments.png.empty())
+    void run()
     {
-        pictures.front().writePNG(arguments.png.c_str());
-        std::printf("%s\n", arguments.png.c_str());
+        if (!m_arguments.png.empty())
+        {
+            draw(m_moments.begin).writePNG(m_arguments.png.c_str());
+            m_vecWritten.push_back(m_arguments.png);
+        }
+        drawAnimations();
+        if (!m_arguments.sheet.empty())
+        {
+            TW2::render::makeContactSheet(drawAll(m_sheet), m_arguments.columns).writePNG(m_arguments.sheet.c_str());
+            m_vecWritten.push_back(m_arguments.sheet);
+        }
+        m_progress.finish();
+        for (const std::string& file : m_vecWritten)
+        {
+            std::printf("%s\n", file.c_str());
+        }
     }
-    for (std::size_t i = 0; !arguments.frames.empty() && i < pictures.size(); ++i)
-    {
-        const std::string name = makeNumberedName(arguments.frames, static_cast<unsigned int>(i));
-        pictures[i].writePNG(name.c_str());
-        std::printf("%s\n", name.c_str());
-    }
-    if (!arguments.sheet.empty())
-    {
-        TW2::render::makeContactSheet(pickForSheet(pictures, arguments.sheetPictures), arguments.columns)
-            .writePNG(arguments.sheet.c_str());
-        std::printf("%s\n", arguments.sheet.c_str());
-    }
-    if (!arguments.gif.empty())
-    {
-        TW2::render::writeGIF(arguments.gif.c_str(), pictures, arguments.fps);
-        std::printf("%s\n", arguments.gif.c_str());
-    }
-}
 
-void run(const Arguments& arguments)
+private:
+    static constexpr unsigned int mostPictures = 10000;
+    static constexpr unsigned int mostSamples = 16;  ///< pictures that a GIF's colours are chosen from
+
+    [[nodiscard]] bool isAnimated() const
+    {
+        return !m_arguments.frames.empty() || !m_arguments.gif.empty() || !m_arguments.webp.empty();
+    }
+    [[nodiscard]] unsigned int countPictures() const
+    {
+        return (m_arguments.png.empty() ? 0 : 1) + (m_arguments.sheet.empty() ? 0 : m_sheet.count) +
+               (m_arguments.gif.empty() ? 0 : m_samples.count) + (isAnimated() ? m_moments.count : 0);
+    }
+
+    G_Image draw(double time)
+    {
+        G_Image picture = m_stage.draw(time);
+        m_progress.step();
+        return picture;
+    }
+    std::vector<G_Image> drawAll(const Moments& moments)
+    {
+        std::vector<G_Image> pictures;
+        for (unsigned int i = 0; i < moments.count; ++i)
+        {
+            pictures.push_back(draw(moments.get(i)));
+        }
+        return pictures;
+    }
+
+    void drawAnimations()
+    {
+        std::vector<std::pair<std::unique_ptr<TW2::render::AnimationWriter>, std::string>> writers;
+        if (!m_arguments.gif.empty())
+        {
+            writers.emplace_back(
+                TW2::render::makeGIFWriter(drawAll(m_samples), std::min(m_moments.framesPerSecond, 50.0)),
+                m_arguments.gif);
+        }
+        if (!m_arguments.webp.empty())
+        {
+            writers.emplace_back(TW2::render::makeWebPWriter(std::max(m_moments.framesPerSecond, 1.0)),
+                                 m_arguments.webp);
+        }
+        for (unsigned int i = 0; isAnimated() && i < m_moments.count; ++i)
+        {
+            const G_Image picture = draw(m_moments.get(i));
+            if (!m_arguments.frames.empty())
+            {
+                m_vecWritten.push_back(makeNumberedName(m_arguments.frames, i));
+                picture.writePNG(m_vecWritten.back().c_str());
+            }
+            for (auto& [writer, file] : writers)
+            {
+                writer->add(picture);
+            }
+        }
+        for (auto& [writer, file] : writers)
+        {
+            writer->write(file.c_str());
+            m_vecWritten.push_back(file);
+        }
+    }
+
+    const Arguments& m_arguments;
+    tools::Stage& m_stage;
+    Moments m_moments;
+    Moments m_sheet;
+    Moments m_samples;
+    tools::Progress m_progress;
+    std::vector<std::string> m_vecWritten;
+};
+
+void run(Arguments& arguments)
 {
-    if (arguments.png.empty() && arguments.gif.empty() && arguments.sheet.empty() && arguments.frames.empty())
-    {
-        throw tools::Failure("say what to write: --png, --frames, --sheet or --gif");
-    }
-    if (!arguments.frames.empty() && arguments.frames.find('#') == std::string::npos)
-    {
-        throw tools::Failure("--frames needs a place for the number, such as walk_####.png");
-    }
-    const auto [width, height] = parseSize(arguments.size);
+    sortOutput(arguments);
+    checkOutput(arguments);
+    parseSize(arguments.size, arguments.stage);
+    arguments.stage.show.m_bGrid = arguments.stage.show.m_bGrid && !arguments.stage.show.m_bTransparent;
+    constexpr double turn = 4.0;  // seconds
+    arguments.motion.atLeast = arguments.stage.turntable ? turn : 0.0;
     AnimatedScript script(arguments.script, arguments.selection);
-    Motion motion = chooseMotion(arguments, script);
-    const bool only = arguments.gif.empty() && arguments.sheet.empty() && arguments.frames.empty();
-    constexpr unsigned int mostPictures = 2000;
-    if (motion.pictures > mostPictures)
-    {
-        throw tools::Failure("that would be " + std::to_string(motion.pictures) + " pictures, more than " +
-                             std::to_string(mostPictures) + ": give --from and --to, or fewer --fps");
-    }
-
+    const tools::Motion motion(arguments.motion, script);
     const TW2::render::OffscreenContext context;
-    TW2::render::SceneRenderer renderer;
-    const TW2::render::PictureTarget target(width, height);
-    Stage stage(arguments, script, motion);
-    std::vector<G_Image> pictures;
-    tools::Progress progress("Drawing", only ? 1 : motion.pictures);
-    for (unsigned int i = 0; i < (only ? 1 : motion.pictures); ++i)
-    {
-        pictures.push_back(stage.draw(renderer, target, i, arguments.skeleton));
-        progress.step();
-    }
-    progress.finish();
-    writePictures(arguments, pictures);
+    tools::Stage stage(arguments.stage, arguments.script, script, motion);
+    Drawing(arguments, motion, stage).run();
 }
 
 void addPictureOptions(CLI::App& command, Arguments& arguments)
 {
+    command.add_option(
+        "-o,--output", arguments.output,
+        "What to write, by its ending: .png one picture (numbered ones with ####), .gif, .webp animated");
     command.add_option("--png", arguments.png, "Write one picture, at --time or --from");
     command.add_option("--frames", arguments.frames, "Write numbered pictures: walk_####.png");
     command.add_option("--sheet", arguments.sheet, "Write one picture with many moments side by side");
     command.add_option("--gif", arguments.gif, "Write an animated GIF");
-    command.add_option("--sheet-pictures", arguments.sheetPictures, "Moments on the sheet (default: 12)");
+    command.add_option("--webp", arguments.webp, "Write an animated WebP: all colours, transparency");
+    command.add_option("--sheet-pictures", arguments.sheetPictures, "Moments on the sheet (default: 12)")
+        ->check(CLI::Range(1, 400));
     command.add_option("--columns", arguments.columns, "Columns of the sheet (default: about as wide as high)");
     command.add_option("--size", arguments.size, "WIDTHxHEIGHT of each picture (default: 640x480)");
     command.add_option("--fps", arguments.fps, "Pictures per second (default: 25)")->check(CLI::Range(1.0, 50.0));
-    command.add_flag("--skeleton", arguments.skeleton, "Draw the bones over the picture");
-    command.add_flag("--no-grid", arguments.noGrid, "Leave the ground grid out");
-    command.add_flag("--no-lights", arguments.noLights, "Leave the lights out");
 }
 
-void addCameraOptions(CLI::App& command, Arguments& arguments)
+/// A flag that sets one value of several.
+template <typename Value>
+CLI::Option* addChoice(CLI::App& command, const char* name, Value& target, Value value, const char* help)
 {
-    command.add_option("--azimuth", arguments.viewpoint.m_fAzimuth, "Degrees around the object; 0: from the front");
-    command.add_option("--elevation", arguments.viewpoint.m_fElevation, "Degrees above the horizon");
-    command.add_option("--angle", arguments.viewpoint.m_fVerticalAngle, "Field of view from bottom to top, in degrees")
+    return command.add_flag_callback(
+        name, [&target, value] { target = value; }, help);
+}
+
+void addViewOptions(CLI::App& command, tools::StageArguments& stage)
+{
+    using TW2::render::View;
+    TW2::viewer::Show& show = stage.show;
+    addChoice(command, "--skeleton", show.m_bSkeleton, true, "Draw the bones over the picture");
+    addChoice(command, "--axes", show.m_bAxes, true, "Draw the axes of the bones: x red, y green, z blue");
+    addChoice(command, "--bounds", show.m_bBounds, true, "Draw the bounding box and sphere");
+    CLI::Option* wireframe = addChoice(command, "--wireframe", show.m_eWireframe, View::Wireframe::Over,
+                                       "Draw the sides of the triangles over the surfaces");
+    addChoice(command, "--wireframe-only", show.m_eWireframe, View::Wireframe::Only,
+              "Draw the sides of the triangles instead of the surfaces")
+        ->excludes(wireframe);
+    CLI::Option* normals = addChoice(command, "--normals", show.m_eSurface, View::Surface::Normals,
+                                     "Show normals as colours: x red, y green, z blue");
+    CLI::Option* unlit = addChoice(command, "--unlit", show.m_eSurface, View::Surface::Unlit,
+                                   "Show textures and colours as they are, without light")
+                             ->excludes(normals);
+    CLI::Option* bone = command.add_option("--bone", stage.bone, "Highlight what a bone moves, by its name or number");
+    addChoice(command, "--weights", show.m_eSurface, View::Surface::BoneWeights,
+              "Show how much that bone moves: blue nothing, red it alone")
+        ->excludes(normals)
+        ->excludes(unlit)
+        ->needs(bone);
+    addChoice(command, "--dark", show.m_bDark, true, "Draw before a dark background");
+    addChoice(command, "--transparent", show.m_bTransparent, true,
+              "Leave the background and the grid out (.png, .webp)");
+    addChoice(command, "--no-mesh", show.m_bMesh, false, "Leave the surfaces out");
+    addChoice(command, "--no-grid", show.m_bGrid, false, "Leave the ground grid out");
+    addChoice(command, "--no-lights", show.m_bStudioLights, false, "Leave the lights and their shadow out");
+    addChoice(command, "--no-shadow", show.m_bShadow, false, "Leave the shadow out");
+    command.add_flag("--file-lights", stage.fileLights, "Add the lights that the files bring");
+}
+
+void addCameraOptions(CLI::App& command, tools::StageArguments& stage)
+{
+    command.add_option("--azimuth", stage.viewpoint.m_fAzimuth, "Degrees around the object; 0: from the front");
+    command.add_option("--elevation", stage.viewpoint.m_fElevation, "Degrees above the horizon");
+    command.add_option("--angle", stage.viewpoint.m_fVerticalAngle, "Field of view from bottom to top, in degrees")
         ->check(CLI::Range(1.0, 170.0));
-    command.add_option("--eye", arguments.eye, "Where the camera stands")->expected(3)->type_name("X Y Z");
-    command.add_option("--target", arguments.target, "What the camera looks at")->expected(3)->type_name("X Y Z");
+    CLI::Option* eye =
+        command.add_option("--eye", stage.eye, "Where the camera stands")->expected(3)->type_name("X Y Z");
+    command.add_option("--target", stage.target, "What the camera looks at")
+        ->expected(3)
+        ->type_name("X Y Z")
+        ->needs(eye);
+    CLI::Option* camera =
+        command.add_option("--camera", stage.camera, "Look through a camera of the files, by its name")->excludes(eye);
+    command.add_flag("--turntable", stage.turntable, "Go around the object once in the time range, or in four seconds")
+        ->excludes(camera);
 }
 
 const tools::Command s_command(
@@ -384,14 +331,16 @@ const tools::Command s_command(
         command.add_option("--skeleton-block", arguments->selection.skeleton, "Skeleton of a skin");
         command.add_option("--levels", arguments->selection.levels, "Blocks that are levels of detail, nearest first")
             ->delimiter(',');
-        command.add_option("--animation", arguments->animation, "Index, or part of the animation file's name");
-        command.add_option("--blend", arguments->blend, "Two animations A:B: fade from A into B");
-        command.add_option("--weight", arguments->weight, "Weight of B, or its course over the time range (0..1)");
-        command.add_option("--time", arguments->time, "One moment, in seconds");
-        command.add_option("--from", arguments->from, "Begin of the time range, in seconds");
-        command.add_option("--to", arguments->to, "End of the time range, in seconds");
+        command.add_option("--animation", arguments->motion.animation, "Index, name, or part of a name");
+        command.add_option("--blend", arguments->motion.blend, "Two animations A:B: fade from A into B");
+        command.add_option("--weight", arguments->motion.weight,
+                           "Weight of B, or its course over the time range (0..1)");
+        command.add_option("--time", arguments->motion.time, "One moment, in seconds");
+        command.add_option("--from", arguments->motion.from, "Begin of the time range, in seconds");
+        command.add_option("--to", arguments->motion.to, "End of the time range, in seconds");
         addPictureOptions(command, *arguments);
-        addCameraOptions(command, *arguments);
+        addViewOptions(command, arguments->stage);
+        addCameraOptions(command, arguments->stage);
         command.callback([arguments] { run(*arguments); });
     });
 }  // namespace

@@ -48,7 +48,7 @@ BENCHMARK(convertFan)->Name("io/convert old mesh, fan of masks")->Arg(1'000)->Ar
 /// All triangles around one vertex, which has another texture coordinate in each.
 void convertTexturedFan(benchmark::State& state)
 {
-    LegacyMesh fan = support::makeLegacyFan(static_cast<int>(state.range(0)), [](int) { return 1u; });
+    LegacyMesh fan = support::makeLegacyFan(static_cast<int>(state.range(0)), [](int) { return 1U; });
     fan.materials = {"a", "b", "c"};
     LegacyMesh::Channel channel;
     for (int i = 0; i < static_cast<int>(fan.polygons.size()); ++i)

@@ -4,7 +4,10 @@
 
 #include <tw2/object/object_animation.h>
 
+#include <platform/scene/virtual_object.h>
+
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace TW2::bench
@@ -54,5 +57,25 @@ void copyObject(benchmark::State& state)
     report(state, {.items = Crowd::BONES, .bytes = Crowd::BONES * sizeof(M_Matrix4x3Template<float>)});
 }
 BENCHMARK(copyObject)->Name("object/copy");
+
+/// Meshes that a host adds one by one.
+void addMeshes(benchmark::State& state)
+{
+    const auto count = static_cast<std::size_t>(state.range(0));
+    for (auto _ : state)
+    {
+        TW_ObjectAnimation object;
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            auto mesh = std::make_unique<P_VirtualObject>();
+            mesh->setName(std::to_string(i).c_str());
+            object.addMesh(mesh.get());
+            (void)mesh.release();
+        }
+        benchmark::DoNotOptimize(object.getTotalMeshes());
+    }
+    report(state, {.items = count, .bytes = count * sizeof(M_Matrix4x3Template<float>)});
+}
+BENCHMARK(addMeshes)->Name("object/add_meshes")->Arg(4000);
 }  // namespace
 }  // namespace TW2::bench

@@ -63,14 +63,24 @@ public:
     template <typename Action>
     void step(Action&& action)
     {
-        m_fFrame = m_fFrame > 10000.0F ? 0.0F : m_fFrame + 0.31F;
-        float phase = 0.0F;
-        for (const auto& object : m_objects)
+        advance();
+        stepShare(0, 1, action);
+    }
+
+    /// The two parts of a step: the time goes on; `action` is called for one of `shares` shares of the objects, which
+    /// may be done on as many threads.
+    /// @{
+    void advance() { m_fFrame = m_fFrame > 10000.0F ? 0.0F : m_fFrame + 0.31F; }
+    template <typename Action>
+    void stepShare(std::size_t share, std::size_t shares, Action&& action) const
+    {
+        const std::size_t end = (share + 1) * m_objects.size() / shares;
+        for (std::size_t i = share * m_objects.size() / shares; i < end; ++i)
         {
-            action(*object, m_fFrame + phase);
-            phase += 1.7F;
+            action(*m_objects[i], m_fFrame + 1.7F * static_cast<float>(i));
         }
     }
+    /// @}
 
 private:
     static std::string name(unsigned int bone) { return "bone" + std::to_string(bone); }

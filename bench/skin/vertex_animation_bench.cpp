@@ -6,6 +6,8 @@
 
 #include <platform/math/matrix4x3.h>
 #include <platform/runtime/script.h>
+#include <platform/scene/camera.h>
+#include <platform/scene/context.h>
 #include <platform/scene/scene.h>
 #include <platform/scene/transform_block.h>
 
@@ -107,6 +109,49 @@ BENCHMARK(executeFrames<Frame::Bones>)->Name("skin/bone_matrices")->Arg(1)->Arg(
 BENCHMARK(executeFrames<Frame::Play>)->Name("skin/play")->Arg(1)->Arg(1000);
 BENCHMARK(executeFrames<Frame::PlayBones>)->Name("skin/play_bones")->Arg(1)->Arg(1000);
 BENCHMARK(executeFrames<Frame::PlayWorldBones>)->Name("skin/play_world_bones")->Arg(1)->Arg(1000);
+
+/// Whole frames of characters without volumes of their own, as a file gives them: cross-faded, their skins' volumes
+/// computed and tested against a camera.
+void crossFadeInScene(benchmark::State& state)
+{
+    const Crowd crowd(static_cast<std::size_t>(state.range(0)));
+    P_Context context;
+    P_Camera camera;
+    context.setCurrentCamera(&camera);
+    P_Scene scene(&context);
+    for (const auto& character : crowd.getCharacters())
+    {
+        character->addTo(&scene);
+    }
+    float time = 0.0F;
+    for (auto _ : state)
+    {
+        time += 1.0F / 60.0F;
+        float offset = 0.0F;
+        for (const auto& character : crowd.getCharacters())
+        {
+            character->crossAnimateObject(0, time + offset, 0.5F, 1, time, nullptr);
+            offset += 0.01F;
+        }
+        scene.executeFrame();
+        benchmark::ClobberMemory();
+    }
+    TW2::bench::report(state, {.items = crowd.getBoneCount(), .bytes = crowd.getBoneCount() * sizeof(Matrix)});
+}
+BENCHMARK(crossFadeInScene)->Name("skin/cross_fade_in_scene")->Arg(1)->Arg(500);
+
+/// One more character, with its skin.
+void copyCharacter(benchmark::State& state)
+{
+    const Crowd crowd(1);
+    for (auto _ : state)
+    {
+        const Character copy(*crowd.getCharacters().front());
+        benchmark::DoNotOptimize(copy.getBoneMatrixCount());
+    }
+    TW2::bench::report(state, {.items = boneCount, .bytes = boneCount * sizeof(Matrix)});
+}
+BENCHMARK(copyCharacter)->Name("skin/copy");
 
 void loadCharacter(benchmark::State& state)
 {

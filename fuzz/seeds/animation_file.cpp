@@ -1,5 +1,5 @@
-#include <fuzz/seeds/seeds.h>
-#include <tests/support/every_kind.h>
+#include "fuzz/seeds/seeds.h"
+#include "tests/support/every_kind.h"
 
 namespace
 {

@@ -1,6 +1,6 @@
-#include <platform/image/image.h>
+#include "fuzz/seeds/seeds.h"
 
-#include <fuzz/seeds/seeds.h>
+#include <platform/image/image.h>
 
 namespace
 {

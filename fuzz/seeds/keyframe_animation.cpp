@@ -1,5 +1,5 @@
-#include <fuzz/seeds/seeds.h>
-#include <tests/support/keyframe_tracks.h>
+#include "fuzz/seeds/seeds.h"
+#include "tests/support/keyframe_tracks.h"
 
 #include <random>
 

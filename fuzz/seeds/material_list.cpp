@@ -1,8 +1,8 @@
+#include "fuzz/seeds/seeds.h"
+
 #include <tw2/material/material_list_chunk.h>
 
 #include <platform/runtime/memory_file_writer.h>
-
-#include <fuzz/seeds/seeds.h>
 
 namespace
 {

@@ -1,6 +1,6 @@
-#include <platform/runtime/memory_file_writer.h>
+#include "fuzz/seeds/seeds.h"
 
-#include <fuzz/seeds/seeds.h>
+#include <platform/runtime/memory_file_writer.h>
 
 namespace
 {

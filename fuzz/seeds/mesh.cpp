@@ -1,5 +1,5 @@
-#include <fuzz/seeds/seeds.h>
-#include <tests/support/mesh_builder.h>
+#include "fuzz/seeds/seeds.h"
+#include "tests/support/mesh_builder.h"
 
 namespace
 {

@@ -1,11 +1,10 @@
+#include "fuzz/seeds/seeds.h"
 #include "tests/support/mesh_builder.h"
 #include "tests/support/records.h"
 
 #include <tw2/material/material_list_chunk.h>
 
 #include <platform/runtime/memory_file_writer.h>
-
-#include <fuzz/seeds/seeds.h>
 
 #include <string>
 
@@ -19,7 +18,7 @@ void writeCharacter(S_MemoryFileWriter& writer)
     writer << materials;
     TW2::MeshChunk body = support::makeMesh("body", "", {{3, 1}, {4, 2}});
     support::setMaterials(body, {"skin", "cloth"});
-    support::setChannel(body, 0, 1.0f, {false, true});
+    support::setChannel(body, 0, 1.0F, {false, true});
     writer << body << support::makeMesh("head", "body");
     TW2::MeshChunk twin;
     twin.name = "twin";
@@ -34,9 +33,9 @@ const fuzz::SeedSource s_objectAnimation("object_animation",
                                              S_MemoryFileWriter character;
                                              writeCharacter(character);
                                              seeds.add("geometry", character.getBytes());
-                                             TW2::KeyframeAnimationChunk track = support::makeTrack("head", 3.0f);
-                                             track.visibilityKeys = {{0, 1.0f}, {5, -1.0f}};
-                                             character << track << support::makeTrack("body", 2.0f);
+                                             TW2::KeyframeAnimationChunk track = support::makeTrack("head", 3.0F);
+                                             track.visibilityKeys = {{0, 1.0F}, {5, -1.0F}};
+                                             character << track << support::makeTrack("body", 2.0F);
                                              seeds.add("geometry_and_tracks", character.getBytes());
                                              S_MemoryFileWriter legacy;
                                              support::write(legacy, support::makeLegacyCube());

@@ -1,4 +1,4 @@
-#include <fuzz/seeds/seeds.h>
+#include "fuzz/seeds/seeds.h"
 
 namespace
 {

@@ -11,7 +11,7 @@
 /// A target gets its seeds by one source file in this folder; the program that writes them all, fuzz_seeds, is built
 /// from whatever files stand here:
 ///
-///     #include <fuzz/seeds/seeds.h>
+///     #include "fuzz/seeds/seeds.h"
 ///
 ///     namespace
 ///     {

@@ -1,9 +1,11 @@
 #pragma once
 
-/// Everything of the library.
+/// Everything of the library, and of the engine what a host uses it with: scene, context, camera, objects that it makes
+/// itself, scripts and exceptions.
 
 #include <tw2/core/exceptions.h>
 #include <tw2/core/static_data.h>
+#include <tw2/core/text.h>
 #include <tw2/io/camera_chunk.h>
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/chunk_kind.h>
@@ -35,13 +37,29 @@
 #include <tw2/material/material_texture_chunk.h>
 #include <tw2/material/texture.h>
 #include <tw2/material/texture_animation.h>
+#include <tw2/motion/motion.h>
+#include <tw2/object/animation_description.h>
 #include <tw2/object/bone_group_handle.h>
 #include <tw2/object/bone_handle.h>
+#include <tw2/object/forwarding_object.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_callbacks.h>
 #include <tw2/object/object_animation_mesh_callback.h>
 #include <tw2/object/object_animation_state.h>
+#include <tw2/object/script_parameters.h>
 #include <tw2/object/virtual_object.h>
 #include <tw2/skin/skin_chunk.h>
 #include <tw2/skin/skin_mesh_callback.h>
 #include <tw2/skin/vertex_animation.h>
+#include <tw2/version.h>
+
+#include <platform/runtime/exception.h>
+#include <platform/runtime/script.h>
+#include <platform/scene/context.h>
+#include <platform/scene/virtual_object.h>
+
+// An engine of the host's own need not have these.
+#if __has_include(<platform/scene/scene.h>)
+#include <platform/scene/camera.h>
+#include <platform/scene/scene.h>
+#endif

@@ -9,16 +9,18 @@
 /// Plain data without padding, in the order in which files store it.
 struct G_FColor
 {
-    float red = 0.0f;
-    float green = 0.0f;
-    float blue = 0.0f;
-    float alpha = 255.0f;
+    float red = 0.0F;      ///< 0 to 255, larger for light
+    float green = 0.0F;    ///< the same
+    float blue = 0.0F;     ///< the same
+    float alpha = 255.0F;  ///< 0 (not there) to 255
 
     constexpr G_FColor() = default;
-    constexpr G_FColor(float redValue, float greenValue, float blueValue, float alphaValue = 255.0f)
+    /// From components on the scale 0 to 255; opaque unless said otherwise.
+    constexpr G_FColor(float redValue, float greenValue, float blueValue, float alphaValue = 255.0F)
         : red(redValue), green(greenValue), blue(blueValue), alpha(alphaValue)
     {
     }
+    /// From red, green and blue as x, y and z.
     constexpr G_FColor(const M_Vector3Template<float>& rgb, float alphaValue)
         : red(rgb.x), green(rgb.y), blue(rgb.z), alpha(alphaValue)
     {
@@ -29,6 +31,8 @@ struct G_FColor
 
     /// @name Arithmetic on all four components
     /// @{
+
+    /// Component by component, alpha included; nothing is cut off at 0 or 255.
     constexpr G_FColor& operator+=(const G_FColor& other)
     {
         red += other.red;
@@ -37,6 +41,7 @@ struct G_FColor
         alpha += other.alpha;
         return *this;
     }
+    /// Component by component, alpha included.
     constexpr G_FColor& operator-=(const G_FColor& other)
     {
         red -= other.red;
@@ -45,6 +50,7 @@ struct G_FColor
         alpha -= other.alpha;
         return *this;
     }
+    /// Every component, alpha included.
     constexpr G_FColor& operator*=(float factor)
     {
         red *= factor;
@@ -53,8 +59,11 @@ struct G_FColor
         alpha *= factor;
         return *this;
     }
+    /// Component by component, alpha included.
     friend constexpr G_FColor operator+(G_FColor a, const G_FColor& b) { return a += b; }
+    /// Component by component, alpha included.
     friend constexpr G_FColor operator-(G_FColor a, const G_FColor& b) { return a -= b; }
+    /// Every component, alpha included.
     friend constexpr G_FColor operator*(G_FColor a, float factor) { return a *= factor; }
     friend constexpr G_FColor operator*(float factor, G_FColor a) { return a *= factor; }
     friend constexpr bool operator==(const G_FColor&, const G_FColor&) = default;

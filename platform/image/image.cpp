@@ -34,6 +34,14 @@ G_Image G_Image::decode(const void* data, std::size_t size, const char* name, st
     return image;
 }
 
+G_Image::Description G_Image::inspect(const void* data, std::size_t size, const char* name)
+{
+    Description description;
+    inspectImage(static_cast<const unsigned char*>(data), size, name, maximumPixels, description.m_uiWidth,
+                 description.m_uiHeight, description.m_bAlpha);
+    return description;
+}
+
 bool G_Image::isUniform() const noexcept
 {
     // Every pixel equals the one before it.

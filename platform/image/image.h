@@ -13,7 +13,8 @@
 class TW2_PLATFORM_API G_Image : public S_Allocated
 {
 public:
-    static constexpr unsigned int bytesPerPixel = 4;
+    static constexpr unsigned int bytesPerPixel = 4;  ///< red, green, blue, alpha
+    /// Larger pictures are refused.
     static constexpr std::size_t maximumPixels = std::size_t{8192} * 8192;
 
     /// @name Life
@@ -29,12 +30,26 @@ public:
     /// rejected.
     [[nodiscard]] static G_Image decode(const void* data, std::size_t size, const char* name,
                                         std::size_t pixelLimit = maximumPixels);
+
+    /// What a picture's file says about it.
+    struct Description
+    {
+        unsigned int m_uiWidth = 0;   ///< pixels
+        unsigned int m_uiHeight = 0;  ///< pixels
+        bool m_bAlpha = false;        ///< its pixels have an alpha, opaque or not
+    };
+    /// Reads a file's content as far as it goes without memory for the pixels, and throws what `decode` throws so far.
+    [[nodiscard]] static Description inspect(const void* data, std::size_t size, const char* name);
     /// @}
 
     /// @name Pixels
     /// @{
+
+    /// In pixels; 0 for an empty picture.
     [[nodiscard]] unsigned int getWidth() const noexcept { return m_uiWidth; }
+    /// In pixels; 0 for an empty picture.
     [[nodiscard]] unsigned int getHeight() const noexcept { return m_uiHeight; }
+    /// Whether there are no pixels.
     [[nodiscard]] bool isEmpty() const noexcept { return m_vecPixels.empty(); }
     /// Size of the pixels in bytes: width x height x 4.
     [[nodiscard]] std::size_t getSize() const noexcept { return m_vecPixels.size(); }

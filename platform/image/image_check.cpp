@@ -6,8 +6,8 @@
 
 namespace
 {
-constexpr const char* s_cutOff = "the file is cut off";
-constexpr const char* s_altered = "the file is damaged: a checksum is wrong";
+constexpr const char* cutOffText = "the file is cut off";
+constexpr const char* alteredMark = "the file is damaged: a checksum is wrong";
 
 struct Bytes
 {
@@ -44,7 +44,7 @@ constexpr std::array<std::uint32_t, 256> makeChecksumTable() noexcept
         std::uint32_t value = byte;
         for (int bit = 0; bit < 8; ++bit)
         {
-            value = (value & 1) != 0 ? 0xEDB88320u ^ value >> 1 : value >> 1;
+            value = (value & 1) != 0 ? 0xEDB88320U ^ value >> 1 : value >> 1;
         }
         table[byte] = value;
     }
@@ -54,18 +54,18 @@ constexpr std::array<std::uint32_t, 256> makeChecksumTable() noexcept
 /// The checksum of PNG chunks (CRC-32).
 std::uint32_t checksum(const unsigned char* data, std::size_t size) noexcept
 {
-    static constexpr std::array<std::uint32_t, 256> s_table = makeChecksumTable();
-    std::uint32_t value = 0xFFFFFFFFu;
+    static constexpr std::array<std::uint32_t, 256> checkTable = makeChecksumTable();
+    std::uint32_t value = 0xFFFFFFFFU;
     for (std::size_t i = 0; i < size; ++i)
     {
-        value = s_table[(value ^ data[i]) & 0xFF] ^ value >> 8;
+        value = checkTable[(value ^ data[i]) & 0xFF] ^ value >> 8;
     }
     return ~value;
 }
 
-constexpr unsigned char s_pngSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+constexpr unsigned char pngSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 
-constexpr std::size_t s_chunkFrame = 12;  // length, type and checksum around a PNG chunk's data
+constexpr std::size_t chunkFrame = 12;  // length, type and checksum around a PNG chunk's data
 
 bool isChunk(const Bytes& file, std::size_t offset, const char* type) noexcept
 {
@@ -74,24 +74,24 @@ bool isChunk(const Bytes& file, std::size_t offset, const char* type) noexcept
 
 const char* findPNGDamage(const Bytes& file) noexcept
 {
-    for (std::size_t offset = sizeof s_pngSignature; file.holds(offset, s_chunkFrame);)
+    for (std::size_t offset = sizeof pngSignature; file.holds(offset, chunkFrame);)
     {
         const std::size_t length = file.big32(offset);
-        if (!file.holds(offset, s_chunkFrame + length))
+        if (!file.holds(offset, chunkFrame + length))
         {
-            return s_cutOff;
+            return cutOffText;
         }
         if (checksum(file.m_pData + offset + 4, length + 4) != file.big32(offset + 8 + length))
         {
-            return s_altered;
+            return alteredMark;
         }
         if (isChunk(file, offset, "IEND"))
         {
             return nullptr;
         }
-        offset += s_chunkFrame + length;
+        offset += chunkFrame + length;
     }
-    return s_cutOff;
+    return cutOffText;
 }
 
 /// Whether a sound PNG's data can unpack to that many pixels.
@@ -99,11 +99,11 @@ bool canHoldPixelsOfPNG(const Bytes& file, std::size_t width, std::size_t height
 {
     constexpr std::size_t largestCompression = 1032;  // of deflate
     std::size_t dataSize = 0;
-    for (std::size_t offset = sizeof s_pngSignature; !isChunk(file, offset, "IEND");)
+    for (std::size_t offset = sizeof pngSignature; !isChunk(file, offset, "IEND");)
     {
         const std::size_t length = file.big32(offset);
         dataSize += isChunk(file, offset, "IDAT") ? length : 0;
-        offset += s_chunkFrame + length;
+        offset += chunkFrame + length;
     }
     // A pixel takes at least a bit; a row at least a byte, and one for its filter.
     return dataSize * largestCompression >= height * (1 + (width + 7) / 8);
@@ -165,7 +165,7 @@ const char* findJPEGDamage(const Bytes& file) noexcept
         const std::size_t length = file.holds(offset, 2) ? file.big16(offset) : 0;
         if (length < 2 || !file.holds(offset, length))
         {
-            return s_cutOff;
+            return cutOffText;
         }
         if (mark == CODE_TABLES && !hasSoundCodeTables(file, offset + 2, offset + length))
         {
@@ -173,7 +173,7 @@ const char* findJPEGDamage(const Bytes& file) noexcept
         }
         offset += length;
     }
-    return s_cutOff;
+    return cutOffText;
 }
 
 bool holdsPixelsOfBMP(const Bytes& file, std::size_t width, std::size_t height) noexcept
@@ -195,8 +195,8 @@ std::size_t findEndOfRuns(const Bytes& file, std::size_t offset, std::size_t pix
 {
     while (pixels > 0 && offset < file.m_uSize)
     {
-        const std::size_t count = (file.m_pData[offset] & 127u) + 1u;
-        const bool isRun = (file.m_pData[offset] & 128u) != 0;
+        const std::size_t count = (file.m_pData[offset] & 127U) + 1U;
+        const bool isRun = (file.m_pData[offset] & 128U) != 0;
         offset += 1 + (isRun ? pixelSize : count * pixelSize);
         pixels -= count < pixels ? count : pixels;
     }
@@ -211,8 +211,8 @@ bool holdsPixelsOfTGA(const Bytes& file, std::size_t width, std::size_t height) 
     {
         return false;
     }
-    const std::size_t paletteSize = file.m_pData[1] != 0 ? file.little16(5) * ((file.m_pData[7] + 7u) / 8u) : 0;
-    const std::size_t pixelSize = (file.m_pData[16] + 7u) / 8u;
+    const std::size_t paletteSize = file.m_pData[1] != 0 ? file.little16(5) * ((file.m_pData[7] + 7U) / 8U) : 0;
+    const std::size_t pixelSize = (file.m_pData[16] + 7U) / 8U;
     const std::size_t begin = headerSize + file.m_pData[0] + paletteSize;
     const std::size_t end = (file.m_pData[2] & compressedBit) != 0
                                 ? findEndOfRuns(file, begin, width * height, pixelSize)
@@ -222,8 +222,7 @@ bool holdsPixelsOfTGA(const Bytes& file, std::size_t width, std::size_t height) 
 
 bool isPNG(const Bytes& file) noexcept
 {
-    return file.holds(0, sizeof s_pngSignature) &&
-           std::memcmp(file.m_pData, s_pngSignature, sizeof s_pngSignature) == 0;
+    return file.holds(0, sizeof pngSignature) && std::memcmp(file.m_pData, pngSignature, sizeof pngSignature) == 0;
 }
 
 bool beginsWith(const Bytes& file, unsigned char first, unsigned char second) noexcept
@@ -269,5 +268,5 @@ const char* findMissingPixels(const unsigned char* data, std::size_t size, std::
     {
         isWhole = holdsPixelsOfTGA(file, width, height);
     }
-    return isWhole ? nullptr : s_cutOff;
+    return isWhole ? nullptr : cutOffText;
 }

@@ -8,6 +8,6 @@ G_ImageException::~G_ImageException() = default;
 
 const CRuntimeClass* G_ImageException::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"G_ImageException"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"G_ImageException"};
+    return &runtimeClass;
 }

@@ -2,11 +2,15 @@
 
 #include <arm_neon.h>
 
+#include <cstddef>
+
 /// M_Float4 in the four-float registers of 64-bit ARM processors. (Those of 32-bit ones flush the smallest numbers to
 /// zero and would not give the same bits.)
 class M_Float4Neon
 {
 public:
+    static constexpr std::size_t laneCount = 4;
+
     /// One answer per lane.
     struct Mask
     {

@@ -7,6 +7,8 @@
 class M_Float4Scalar
 {
 public:
+    static constexpr std::size_t laneCount = 4;
+
     /// One answer per lane.
     struct Mask
     {

@@ -2,10 +2,14 @@
 
 #include <emmintrin.h>
 
+#include <cstddef>
+
 /// M_Float4 in the four-float registers of every x86-64 processor.
 class M_Float4Sse2
 {
 public:
+    static constexpr std::size_t laneCount = 4;
+
     /// One answer per lane.
     struct Mask
     {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <platform/bit_cast.h>
 #include <platform/math/vector3.h>
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
 
 namespace M_InverseSqrtDetail
@@ -36,6 +36,7 @@ constexpr unsigned char entry(unsigned int index)
     return static_cast<unsigned char>(std::clamp(middle, static_cast<int>(least), static_cast<int>(most)));
 }
 
+/// The first guesses, one for each odd or even exponent and seven bits of mantissa.
 constexpr std::array<unsigned char, 256> makeTable()
 {
     std::array<unsigned char, 256> table{};
@@ -55,10 +56,10 @@ inline constexpr std::array<unsigned char, 256> M_LUTInverseSqrt = M_InverseSqrt
 /// every finite x.
 [[nodiscard]] constexpr float M_fastInverseSqrt(float x) noexcept
 {
-    const auto bits = std::bit_cast<std::uint32_t>(x);
-    const std::uint32_t exponent = ((0xBE7FFFFFu - bits) >> 1) & 0xFF800000u;
-    const std::uint32_t mantissa = static_cast<std::uint32_t>(M_LUTInverseSqrt[(bits >> 16) & 0xFFu]) << 15;
-    const auto y = std::bit_cast<float>(exponent | mantissa);
+    const auto bits = S_bitCast<std::uint32_t>(x);
+    const std::uint32_t exponent = ((0xBE7FFFFFU - bits) >> 1) & 0xFF800000U;
+    const std::uint32_t mantissa = static_cast<std::uint32_t>(M_LUTInverseSqrt[(bits >> 16) & 0xFFU]) << 15;
+    const auto y = S_bitCast<float>(exponent | mantissa);
     return 1.5F * y - (0.5F * x) * y * y * y;
 }
 

@@ -1,8 +1,9 @@
 #include <platform/math/math_init.h>
+#include <platform/runtime/counter.h>
 
 namespace
 {
-int s_iUsers = 0;
+S_Counter<int> s_iUsers;
 }
 
 M_MathInit::M_MathInit()

@@ -10,6 +10,7 @@
 template <typename T>
 struct M_Matrix4Template
 {
+    /// Row by row.
     T m[4][4] = {
         {T(1), T(0), T(0), T(0)}, {T(0), T(1), T(0), T(0)}, {T(0), T(0), T(1), T(0)}, {T(0), T(0), T(0), T(1)}};
 
@@ -26,6 +27,7 @@ struct M_Matrix4Template
         }
     }
 
+    /// Ones on the diagonal, zeros elsewhere.
     [[nodiscard]] static constexpr M_Matrix4Template identity() { return {}; }
     /// The sixteen values in storage order.
     [[nodiscard]] constexpr const T* data() const { return &m[0][0]; }
@@ -45,6 +47,7 @@ struct M_Matrix4Template
         }
         return result;
     }
+    /// Element by element.
     friend constexpr bool operator==(const M_Matrix4Template& a, const M_Matrix4Template& b)
     {
         for (int i = 0; i < 16; ++i)

@@ -12,15 +12,19 @@
 template <typename T>
 struct M_Matrix4x3Template
 {
+    /// Row by row: three axes and the translation.
     T m[4][3] = {{T(1), T(0), T(0)}, {T(0), T(1), T(0)}, {T(0), T(0), T(1)}, {T(0), T(0), T(0)}};
 
+    /// Changes no point.
     [[nodiscard]] static constexpr M_Matrix4x3Template identity() { return {}; }
+    /// Twelve zeros, to add to.
     [[nodiscard]] static constexpr M_Matrix4x3Template zero()
     {
         M_Matrix4x3Template result;
         result *= T(0);
         return result;
     }
+    /// Moves by `t` and turns nothing.
     [[nodiscard]] static constexpr M_Matrix4x3Template translation(const M_Vector3Template<T>& t)
     {
         M_Matrix4x3Template result;
@@ -39,6 +43,7 @@ struct M_Matrix4x3Template
         m[row][1] = v.y;
         m[row][2] = v.z;
     }
+    /// Row 3.
     [[nodiscard]] constexpr M_Vector3Template<T> getTranslation() const { return getRow(3); }
     constexpr void setTranslation(const M_Vector3Template<T>& t) { setRow(3, t); }
 
@@ -49,10 +54,13 @@ struct M_Matrix4x3Template
 
     /// @name Transforming
     /// @{
+
+    /// As a row vector from the left, with the translation.
     [[nodiscard]] constexpr M_Vector3Template<T> transformPoint(const M_Vector3Template<T>& p) const
     {
         return transformDirection(p) + getTranslation();
     }
+    /// As a row vector from the left, without the translation.
     [[nodiscard]] constexpr M_Vector3Template<T> transformDirection(const M_Vector3Template<T>& d) const
     {
         return {d.x * m[0][0] + d.y * m[1][0] + d.z * m[2][0], d.x * m[0][1] + d.y * m[1][1] + d.z * m[2][1],
@@ -62,6 +70,8 @@ struct M_Matrix4x3Template
 
     /// @name Arithmetic on all twelve values
     /// @{
+
+    /// Element by element, the translation included.
     constexpr M_Matrix4x3Template& operator+=(const M_Matrix4x3Template& other)
     {
         for (int r = 0; r < 4; ++r)
@@ -73,6 +83,7 @@ struct M_Matrix4x3Template
         }
         return *this;
     }
+    /// Element by element, the translation included.
     constexpr M_Matrix4x3Template& operator-=(const M_Matrix4x3Template& other)
     {
         for (int r = 0; r < 4; ++r)
@@ -84,6 +95,7 @@ struct M_Matrix4x3Template
         }
         return *this;
     }
+    /// Every element, the translation included.
     constexpr M_Matrix4x3Template& operator*=(T factor)
     {
         for (auto& row : m)
@@ -95,6 +107,7 @@ struct M_Matrix4x3Template
         }
         return *this;
     }
+    /// Element by element; -0 equals 0, and what is not a number equals nothing.
     friend constexpr bool operator==(const M_Matrix4x3Template& a, const M_Matrix4x3Template& b)
     {
         for (int r = 0; r < 4; ++r)

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <platform/compiler.h>
 #include <platform/math/matrix4x3.h>
 
-#if defined(__SSE2__)
+#if defined(S_HAS_SSE2)
 #include <emmintrin.h>
 #endif
 
@@ -18,7 +19,7 @@ public:
     using Matrix = M_Matrix4x3Template<float>;
 
     explicit M_RightFactor(const Matrix& matrix) noexcept
-#if defined(__SSE2__)
+#if defined(S_HAS_SSE2)
         : M_RightFactor(_mm_loadu_ps(matrix.data()), _mm_loadu_ps(matrix.data() + 4), _mm_loadu_ps(matrix.data() + 8))
 #else
         : m_matrix(matrix)
@@ -30,7 +31,7 @@ public:
     /// chain of parents and children goes on without reading back what it wrote.
     M_RightFactor multiply(const Matrix& left, Matrix& result) const noexcept
     {
-#if defined(__SSE2__)
+#if defined(S_HAS_SSE2)
         const float* p = left.data();
         __m128 out0 = _mm_mul_ps(spread0(p), _mm_shuffle_ps(m_row0, m_row0, _MM_SHUFFLE(0, 2, 1, 0)));
         __m128 out1 = _mm_mul_ps(spread1(p), _mm_shuffle_ps(m_row0, m_row0, _MM_SHUFFLE(1, 0, 2, 1)));
@@ -55,7 +56,7 @@ public:
     }
 
 private:
-#if defined(__SSE2__)
+#if defined(S_HAS_SSE2)
     /// The values 00 01 02 10, 11 12 20 21 and 22 30 31 32.
     M_RightFactor(__m128 first, __m128 middle, __m128 last) noexcept
         : m_row0(first),

@@ -2,12 +2,12 @@
 #include <platform/runtime/exception.h>
 #include <platform/runtime/memory_scope.h>
 
-long long S_Memory::sm_iNewCount = 0;
-long long S_Memory::sm_iDeleteCount = 0;
+S_Counter<long long> S_Memory::sm_iNewCount;
+S_Counter<long long> S_Memory::sm_iDeleteCount;
 
 namespace
 {
-long long s_iAllocationsToFailure = 0;  // 0: none ordered
+S_Counter<long long> s_iAllocationsToFailure;  // 0: none ordered
 }
 
 void* S_Memory::allocate(std::size_t bytes, std::size_t alignment)

@@ -6,10 +6,37 @@
 #include <cstdio>
 #include <cstring>
 
+namespace
+{
+/// Ends the use of a list of arguments, also when an exception passes.
+class ListEnd
+{
+public:
+    explicit ListEnd(std::va_list& arguments) noexcept : m_arguments(arguments) {}
+    ~ListEnd() { va_end(m_arguments); }
+    ListEnd(const ListEnd&) = delete;
+    ListEnd& operator=(const ListEnd&) = delete;
+
+private:
+    std::va_list& m_arguments;
+};
+
+std::string formatList(const char* format, std::va_list arguments)
+{
+    std::va_list again;
+    va_copy(again, arguments);
+    const ListEnd end(again);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, again);
+    return text;
+}
+}  // namespace
+
 const CRuntimeClass* CObject::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"CObject"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"CObject"};
+    return &runtimeClass;
 }
 
 CObject::~CObject() = default;
@@ -55,8 +82,8 @@ S_Exception::~S_Exception() = default;
 
 const CRuntimeClass* S_Exception::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"S_Exception"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"S_Exception"};
+    return &runtimeClass;
 }
 
 int S_Exception::GetErrorMessage(char* text, unsigned int size, unsigned int* helpContext) const
@@ -84,30 +111,31 @@ const char* S_Exception::getErrorMessage() const noexcept
 
 const char* S_Exception::what() const noexcept
 {
-    return getErrorMessage();
+    return m_strMessageWithHints.empty() ? getErrorMessage() : m_strMessageWithHints.c_str();
 }
 
 void S_Exception::setError(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
-    va_end(arguments);
-    std::string message;  // an argument may be the message that is there
-    try
-    {
-        message.resize(static_cast<std::size_t>(std::max(length, 0)));
-    }
-    catch (...)
-    {
-        va_end(again);
-        throw;
-    }
-    std::vsnprintf(message.data(), message.size() + 1, format, again);
-    va_end(again);
+    const ListEnd end(arguments);
+    std::string message = formatList(format, arguments);  // an argument may be the message that is there
     m_strMessage.swap(message);
+    m_strMessageWithHints.clear();
+}
+
+void S_Exception::addHint(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const ListEnd end(arguments);
+    const std::string hint = formatList(format, arguments);
+    std::string text = m_strMessageWithHints.empty()
+                           ? getErrorMessage() + std::string(" (")
+                           : m_strMessageWithHints.substr(0, m_strMessageWithHints.size() - 1) + "; ";
+    text += hint;
+    text += ')';
+    m_strMessageWithHints.swap(text);
 }
 
 S_MemoryException::S_MemoryException() = default;
@@ -118,8 +146,8 @@ S_MemoryException_Allocation::~S_MemoryException_Allocation() = default;
 
 const CRuntimeClass* S_MemoryException_Allocation::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"S_MemoryException_Allocation"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"S_MemoryException_Allocation"};
+    return &runtimeClass;
 }
 
 const char* S_MemoryException_Allocation::getErrorMessage() const noexcept
@@ -135,8 +163,8 @@ S_FileException::~S_FileException() = default;
 
 const CRuntimeClass* S_FileException::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"S_FileException"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"S_FileException"};
+    return &runtimeClass;
 }
 
 S_MemoryFileException::S_MemoryFileException(const char* fileName, unsigned int chunkId, std::size_t offset,
@@ -155,8 +183,8 @@ S_MemoryFileException::~S_MemoryFileException() = default;
 
 const CRuntimeClass* S_MemoryFileException::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"S_MemoryFileException"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"S_MemoryFileException"};
+    return &runtimeClass;
 }
 
 S_ScriptException::S_ScriptException(const char* fileName, unsigned int line, const char* block, const char* key,
@@ -170,6 +198,6 @@ S_ScriptException::~S_ScriptException() = default;
 
 const CRuntimeClass* S_ScriptException::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"S_ScriptException"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"S_ScriptException"};
+    return &runtimeClass;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <platform/compiler.h>
 #include <platform/export.h>
 
 #include <cstddef>
@@ -20,6 +21,7 @@ public:
     CObject(const CObject&) = default;
     CObject& operator=(const CObject&) = default;
 
+    /// What a framework that shows exceptions by itself asks for; the library does not.
     [[nodiscard]] virtual const CRuntimeClass* GetRuntimeClass() const;
     virtual ~CObject();
     /// Appends what identifies the object to `archive`; here the class name and a line end.
@@ -48,7 +50,9 @@ public:
 class TW2_PLATFORM_API S_Exception : public CException, public std::exception
 {
 public:
+    /// A copy of the message.
     S_Exception(const S_Exception&);
+    /// A copy of the message.
     S_Exception& operator=(const S_Exception&);
     ~S_Exception() override;
 
@@ -58,15 +62,22 @@ public:
 
     /// The message; valid as long as the exception is unchanged.
     [[nodiscard]] virtual const char* getErrorMessage() const noexcept;
+    /// The same as `getErrorMessage`.
+    /// The message, and in parentheses what was added to it by `addHint`; valid as long as the exception is unchanged.
     [[nodiscard]] const char* what() const noexcept final;
+
+    /// Adds what helps to mend it, for people, to what `what()` tells: formatted printf-style. The message stays as it
+    /// is.
+    S_FORMAT_LIKE_PRINTF(2, 3) void addHint(const char* format, ...);
 
 protected:
     S_Exception();
     /// Formats the message, printf-style. The message so far may be among the arguments.
-    [[gnu::format(printf, 2, 3)]] void setError(const char* format, ...);
+    S_FORMAT_LIKE_PRINTF(2, 3) void setError(const char* format, ...);
 
 private:
     std::string m_strMessage;
+    std::string m_strMessageWithHints;  ///< empty without hints
 };
 
 /// A failure of memory.
@@ -93,6 +104,7 @@ public:
 class TW2_PLATFORM_API S_FileException : public S_Exception
 {
 public:
+    /// `fileName` and `reason` make the message.
     S_FileException(const char* fileName, const char* reason);
     ~S_FileException() override;
     [[nodiscard]] const CRuntimeClass* GetRuntimeClass() const override;

@@ -1,12 +1,11 @@
 #include <platform/runtime/exception.h>
 #include <platform/runtime/file.h>
+#include <platform/runtime/hash_map.h>
+#include <platform/runtime/operating_system.h>
 #include <platform/runtime/str.h>
 #include <platform/runtime/system.h>
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -18,9 +17,10 @@ S_File File;
 namespace
 {
 namespace fs = std::filesystem;
+namespace os = S_OperatingSystem;
 
 // Longer names exist on no file system; the bound keeps a damaged file's name from costing more than a comparison.
-constexpr std::size_t s_longestName = 4096;
+constexpr std::size_t longestName = 4096;
 
 [[noreturn]] void fail(std::string_view name, const char* reason)
 {
@@ -38,17 +38,6 @@ bool isDrive(std::string_view name)
     return name.size() >= 2 && name[1] == ':' && isLetter(name[0]);
 }
 
-char toLower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char left, char right) { return toLower(left) == toLower(right); });
-}
-
 S_String withSlashes(std::string_view name)
 {
     S_String result(name);
@@ -58,13 +47,13 @@ S_String withSlashes(std::string_view name)
 
 bool isUsable(std::string_view name)
 {
-    return !name.empty() && name.size() <= s_longestName && name.find('\0') == std::string_view::npos;
+    return !name.empty() && name.size() <= longestName && name.find('\0') == std::string_view::npos;
 }
 
 bool isOnDisk(const S_String& name)
 {
     std::error_code error;
-    return fs::exists(fs::status(name.c_str(), error));
+    return fs::exists(fs::status(os::toPath(name), error));
 }
 
 /// A name taken apart: "C:" or nothing, whether a separator follows, and the parts without "." and resolved "..".
@@ -85,7 +74,7 @@ Parts takeApart(const S_String& slashed)
     }
     else if (rest.starts_with('/'))
     {
-        parts.m_strRoot = "/";
+        parts.m_strRoot = os::hasDrives() && rest.starts_with("//") ? "//" : "/";
     }
     while (!rest.empty())
     {
@@ -109,6 +98,17 @@ Parts takeApart(const S_String& slashed)
     return parts;
 }
 
+/// An absolute name without a drive is on the current directory's, where there are drives. "//server/..." is on none.
+S_String withDrive(const S_String& slashed)
+{
+    if (!os::hasDrives() || !slashed.starts_with('/') || slashed.starts_with("//"))
+    {
+        return slashed;
+    }
+    const S_String directory = File.getCurrentDirectory();
+    return isDrive(directory) ? directory.substr(0, 2) + slashed : slashed;
+}
+
 S_String join(const S_String& directory, std::string_view name)
 {
     S_String result = directory;
@@ -120,6 +120,69 @@ S_String join(const S_String& directory, std::string_view name)
     return result;
 }
 
+/// The names in a directory, those that differ in letter case alone together.
+using Listing = S_CaselessNameMap<S_Vector<S_String>>;
+
+/// Calls `take` with every name in a directory; one that cannot be listed has none.
+template <typename Take>
+void list(const S_String& directory, const Take& take)
+{
+    std::error_code error;
+    fs::directory_iterator entry(directory.empty() ? "." : os::toPath(directory), error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error))
+    {
+        take(os::fromPath(entry->path().filename()));
+    }
+}
+
+thread_local S_DirectoryListings* s_pOutermostListings = nullptr;
+}  // namespace
+
+struct S_DirectoryListings::Kept : S_Allocated
+{
+    S_NameMap<Listing> m_mapListings;  ///< by full name
+
+    [[nodiscard]] const Listing& get(const S_String& directory)
+    {
+        const S_String name = File.isAbsolute(directory) ? directory : File.getCurrentDirectory() + directory;
+        const auto known = m_mapListings.find(name);
+        if (known != m_mapListings.end())
+        {
+            return known->second;
+        }
+        Listing listing;
+        list(directory, [&](const S_String& entry) { listing[entry].push_back(entry); });
+        return m_mapListings.emplace(name, std::move(listing)).first->second;
+    }
+};
+
+namespace
+{
+/// Calls `take` with every name in `directory` that is `name` but for the case of its letters.
+template <typename Take>
+void listAlike(const S_String& directory, const S_String& name, const Take& take)
+{
+    S_DirectoryListings::Kept* const kept = S_DirectoryListings::access();
+    if (!kept)
+    {
+        list(directory,
+             [&](const S_String& entry)
+             {
+                 if (S_CaselessNameEqual()(entry, name))
+                 {
+                     take(entry);
+                 }
+             });
+        return;
+    }
+    const Listing& listing = kept->get(directory);
+    const auto alike = listing.find(name);
+    if (alike != listing.end())
+    {
+        std::for_each(alike->second.begin(), alike->second.end(), take);
+    }
+}
+
 /// What stands in `directory` under `name`, letter case aside: the exact name first, then by name.
 S_Vector<S_String> findEntries(const S_String& directory, const S_String& name)
 {
@@ -127,18 +190,21 @@ S_Vector<S_String> findEntries(const S_String& directory, const S_String& name)
     const S_String exact = join(directory, name);
     if (isOnDisk(exact))
     {
+        if (os::ignoresCase())
+        {
+            found.push_back(name == ".." ? exact : join(directory, os::getNameOnDisk(exact)));
+            return found;
+        }
         found.push_back(exact);
     }
-    std::error_code error;  // a directory that cannot be listed has no other entries to offer
-    fs::directory_iterator entry(directory.empty() ? "." : directory.c_str(), error);
-    for (; !error && entry != fs::directory_iterator(); entry.increment(error))
-    {
-        const std::string other = entry->path().filename().string();
-        if (other != std::string_view(name) && equalsIgnoringCase(other, name))
-        {
-            found.push_back(join(directory, other));
-        }
-    }
+    listAlike(directory, name,
+              [&](const S_String& other)
+              {
+                  if (other != name)
+                  {
+                      found.push_back(join(directory, other));
+                  }
+              });
     if (found.size() > 1)
     {
         std::sort(found.begin() + (found.front() == exact), found.end());
@@ -193,7 +259,7 @@ public:
     {
         if (!m_strName.empty())
         {
-            std::remove(m_strName.c_str());
+            os::removeFile(m_strName.c_str());
         }
     }
     TemporaryFile(const TemporaryFile&) = delete;
@@ -216,8 +282,8 @@ S_String getTarget(std::string_view name)
         return directory.empty() ? withSlashes(name) : join(directory, File.getFilename(name));
     }
     std::error_code error;
-    const fs::path resolved = fs::canonical(target.c_str(), error);
-    return error ? target : S_String(resolved.string());
+    const fs::path resolved = fs::canonical(os::toPath(target), error);
+    return error ? target : os::fromPath(resolved);
 }
 }  // namespace
 
@@ -228,7 +294,7 @@ S_String getTarget(std::string_view name)
 S_String S_File::getFullPathName(std::string_view name) const
 {
     const S_String slashed = withSlashes(name);
-    const Parts parts = takeApart(isAbsolute(slashed) ? slashed : getCurrentDirectory() + slashed);
+    const Parts parts = takeApart(isAbsolute(slashed) ? withDrive(slashed) : getCurrentDirectory() + slashed);
     const S_Vector<S_String>& names = parts.m_vecNames;
     if (S_String found = findInside(parts.m_strRoot, names, 0); !found.empty())
     {
@@ -295,7 +361,7 @@ S_String S_File::getCurrentDirectory() const
     {
         fail(".", error.message().c_str());
     }
-    return join(S_String(path.generic_string()), "");
+    return join(os::fromPath(path), "");
 }
 
 void S_File::changeDirectory(std::string_view directory) const
@@ -309,7 +375,7 @@ void S_File::changeDirectory(std::string_view directory) const
     {
         fail(directory, "does not exist");
     }
-    if (chdir(found.c_str()) != 0)
+    if (!os::changeDirectory(found.c_str()))
     {
         failWithSystemError(directory, errno);
     }
@@ -319,7 +385,7 @@ bool S_File::exists(const char* name) const
 {
     const S_String found = findOnDisk(name);
     std::error_code error;
-    return !found.empty() && !fs::is_directory(found.c_str(), error);
+    return !found.empty() && !fs::is_directory(os::toPath(found), error);
 }
 
 S_Bytes S_File::read(std::string_view name) const
@@ -337,19 +403,19 @@ void S_File::read(std::string_view name, S_Bytes& bytes) const
         fail(name, "does not exist");
     }
     std::error_code error;
-    const fs::file_status status = fs::status(found.c_str(), error);
+    const fs::file_status status = fs::status(os::toPath(found), error);
     if (!fs::is_regular_file(status) && !fs::is_fifo(status))
     {
         fail(name, fs::is_directory(status) ? "is a directory" : "is not a file");
     }
-    const OpenFile file(std::fopen(found.c_str(), "rb"));
+    const OpenFile file(os::openFile(found.c_str()));
     if (!file)
     {
         failWithSystemError(name, errno);
     }
     if (fs::is_regular_file(status))
     {
-        const std::uintmax_t size = fs::file_size(found.c_str(), error);
+        const std::uintmax_t size = fs::file_size(os::toPath(found), error);
         S_resizeUnfilled(bytes, error ? 0 : static_cast<std::size_t>(size));
         if (!bytes.empty())
         {
@@ -372,11 +438,10 @@ void S_File::write(std::string_view name, const void* data, std::size_t size) co
     {
         fail(name, "is not a name that a file can have");
     }
-    static std::atomic<unsigned int> s_uTemporaries = 0;
+    static constinit S_Counter<unsigned int> s_uTemporaries;
     const S_String target = getTarget(name);
-    TemporaryFile temporary(
-        S_STR("%s.%ld-%u.tmp", target.c_str(), static_cast<long>(getpid()), ++s_uTemporaries).str());
-    OpenFile file(std::fopen(temporary.getName(), "wbx"));
+    TemporaryFile temporary(S_STR("%s.%ld-%u.tmp", target.c_str(), os::getProcessNumber(), ++s_uTemporaries).str());
+    OpenFile file(os::createFile(temporary.getName()));
     if (!file)
     {
         const int reason = errno;
@@ -391,16 +456,49 @@ void S_File::write(std::string_view name, const void* data, std::size_t size) co
         failWithSystemError(name, written ? errno : writeError);
     }
     std::error_code error;
-    const fs::file_status old = fs::status(target.c_str(), error);
+    const fs::file_status old = fs::status(os::toPath(target), error);
     if (fs::is_regular_file(old))
     {
-        fs::permissions(temporary.getName(), old.permissions(), error);
+        fs::permissions(os::toPath(temporary.getName()), old.permissions(), error);
     }
-    if (std::rename(temporary.getName(), target.c_str()) != 0)
+    if (!os::replaceFile(temporary.getName(), target.c_str()))
     {
         failWithSystemError(name, errno);
     }
     temporary.keep();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// S_DirectoryListings
+// ---------------------------------------------------------------------------------------------------------------------
+
+S_DirectoryListings::S_DirectoryListings() noexcept
+{
+    if (!s_pOutermostListings)
+    {
+        s_pOutermostListings = this;
+    }
+}
+
+S_DirectoryListings::~S_DirectoryListings()
+{
+    if (s_pOutermostListings == this)
+    {
+        s_pOutermostListings = nullptr;
+    }
+}
+
+S_DirectoryListings::Kept* S_DirectoryListings::access()
+{
+    if (!s_pOutermostListings)
+    {
+        return nullptr;
+    }
+    if (!s_pOutermostListings->m_pKept)
+    {
+        s_pOutermostListings->m_pKept = std::make_unique<Kept>();
+    }
+    return s_pOutermostListings->m_pKept.get();
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -412,7 +510,7 @@ S_DirectoryGuard::S_DirectoryGuard() : m_strDirectory(File.getCurrentDirectory()
 S_DirectoryGuard::~S_DirectoryGuard()
 {
     // Nothing is allocated here: the guard also works while an exception for want of memory passes.
-    if (chdir(m_strDirectory.c_str()) != 0)
+    if (!os::changeDirectory(m_strDirectory.c_str()))
     {
         Sys.verbose("Could not return to directory \"%s\": %s\n", m_strDirectory.c_str(), std::strerror(errno));
     }

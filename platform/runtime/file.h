@@ -3,6 +3,7 @@
 #include <platform/export.h>
 #include <platform/runtime/allocator.h>
 
+#include <memory>
 #include <string_view>
 
 /// Paths and whole files, reached through the global object `File`.
@@ -47,6 +48,28 @@ public:
     /// content or the new one, and a failure leaves the old one.
     void write(std::string_view name, const void* data, std::size_t size) const;
     /// @}
+};
+
+/// While one lives, the thread lists each directory at most once to find names that differ from the disk in letter
+/// case: for an operation that looks for many files. Names that stand on disk exactly as they are asked for are found
+/// as ever; of others that come or go meanwhile nothing may be noticed. Scopes nest; the outermost keeps the lists.
+class TW2_PLATFORM_API S_DirectoryListings
+{
+public:
+    S_DirectoryListings() noexcept;
+    ~S_DirectoryListings();
+    S_DirectoryListings(const S_DirectoryListings&) = delete;
+    S_DirectoryListings& operator=(const S_DirectoryListings&) = delete;
+
+    /// @name For the search
+    /// @{
+    struct Kept;
+    /// The lists of the thread's outermost scope; null when none is open.
+    [[nodiscard]] static Kept* access();
+    /// @}
+
+private:
+    std::unique_ptr<Kept> m_pKept;
 };
 
 /// The one file object of the process.

@@ -13,6 +13,7 @@ template <typename Key, typename Value>
 class S_FlatMap
 {
 public:
+    /// What an iterator stands on.
     using Entry = std::pair<Key, Value>;
 
     /// The value of a key; null when there is none. Valid until the map changes.
@@ -21,8 +22,14 @@ public:
         const auto place = lowerBound(key);
         return place != m_vecEntries.end() && place->first == key ? &place->second : nullptr;
     }
+    /// Whether there is an entry with that key.
     [[nodiscard]] bool contains(const Key& key) const noexcept { return find(key) != nullptr; }
+    /// Number of entries.
     [[nodiscard]] std::size_t size() const noexcept { return m_vecEntries.size(); }
+    /// The entries from the smallest key to the largest.
+    [[nodiscard]] auto begin() const noexcept { return m_vecEntries.begin(); }
+    /// Behind the largest key.
+    [[nodiscard]] auto end() const noexcept { return m_vecEntries.end(); }
 
     /// Adds a key that is not there yet; false, and nothing changes, when it is. When memory runs out nothing has
     /// changed.
@@ -45,7 +52,9 @@ public:
             m_vecEntries.erase(place);
         }
     }
+    /// Drops all entries.
     void clear() noexcept { m_vecEntries.clear(); }
+    /// Exchanges the entries of two maps.
     void swap(S_FlatMap& other) noexcept { m_vecEntries.swap(other.m_vecEntries); }
 
 private:

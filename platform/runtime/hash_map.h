@@ -12,7 +12,9 @@
 /// Hash of a name, letter by letter. Takes strings and C strings alike, so that a look-up makes no copy.
 struct S_NameHash
 {
+    /// Containers look names up by a view, without a copy.
     using is_transparent = void;
+    /// Upper and lower case differ.
     [[nodiscard]] std::size_t operator()(std::string_view name) const noexcept
     {
         return std::hash<std::string_view>()(name);
@@ -22,7 +24,9 @@ struct S_NameHash
 /// Equality that goes with S_NameHash.
 struct S_NameEqual
 {
+    /// Containers look names up by a view, without a copy.
     using is_transparent = void;
+    /// Upper and lower case differ.
     [[nodiscard]] bool operator()(std::string_view a, std::string_view b) const noexcept { return a == b; }
 };
 
@@ -35,13 +39,15 @@ struct S_NameEqual
 /// Hash of a name without regard to the case of its letters.
 struct S_CaselessNameHash
 {
+    /// Containers look names up by a view, without a copy.
     using is_transparent = void;
+    /// A to Z count as a to z, whatever the locale.
     [[nodiscard]] std::size_t operator()(std::string_view name) const noexcept
     {
-        std::uint64_t hash = 0xCBF29CE484222325u;  // FNV-1a
+        std::uint64_t hash = 0xCBF29CE484222325U;  // FNV-1a
         for (const char letter : name)
         {
-            hash = (hash ^ static_cast<unsigned char>(toLowerCase(letter))) * 0x100000001B3u;
+            hash = (hash ^ static_cast<unsigned char>(toLowerCase(letter))) * 0x100000001B3U;
         }
         return static_cast<std::size_t>(hash);
     }
@@ -50,7 +56,9 @@ struct S_CaselessNameHash
 /// Equality that goes with S_CaselessNameHash.
 struct S_CaselessNameEqual
 {
+    /// Containers look names up by a view, without a copy.
     using is_transparent = void;
+    /// A to Z count as a to z, whatever the locale.
     [[nodiscard]] bool operator()(std::string_view a, std::string_view b) const noexcept
     {
         if (a.size() != b.size())
@@ -70,6 +78,8 @@ struct S_CaselessNameEqual
 
 /// @name Hash maps
 /// @{
+
+/// Values by key, in no order.
 template <typename K, typename V, typename Hash = std::hash<K>, typename Equal = std::equal_to<K>>
 using S_HashMap = std::unordered_map<K, V, Hash, Equal, S_Allocator<std::pair<const K, V>>>;
 /// From a name as it is.

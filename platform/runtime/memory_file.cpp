@@ -4,7 +4,6 @@
 #include <platform/runtime/str.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <stdexcept>
 
@@ -19,18 +18,18 @@ S_MemoryFile::Chunk::~Chunk()
 
 void S_MemoryFile::Chunk::close() noexcept
 {
-    if (m_bOpen)
+    if (m_pFile)
     {
-        Chunk** link = &m_pFile->m_pOpen;
+        Chunk** link = m_bOpen ? &m_pFile->m_pOpen : &m_pFile->m_pClosed;
         while (*link != this)
         {
-            link = &(*link)->m_pParent;
+            link = &(*link)->m_pNext;
         }
-        *link = m_pParent;
-        m_bOpen = false;
+        *link = m_pNext;
     }
     m_pFile = nullptr;
-    m_pParent = nullptr;
+    m_pNext = nullptr;
+    m_bOpen = false;
 }
 
 void S_MemoryFile::Chunk::requireOpen() const
@@ -59,8 +58,8 @@ void S_MemoryFile::Chunk::peekChunk(Chunk& sub)
         return;
     }
     const Header header = file.readHeader(end);
-    m_uSubEnd = file.m_uPosition + sm_headerSize + header.m_uSize;
-    file.fill(sub, header);
+    m_uSubEnd = file.m_uPosition + headerSize + header.m_uSize;
+    file.fill(sub, header, false);
 }
 
 void S_MemoryFile::Chunk::skipChunk()
@@ -115,14 +114,40 @@ void S_MemoryFile::replaceContent(std::string_view name, S_Bytes&& bytes)
 
 void S_MemoryFile::destruct() noexcept
 {
-    while (m_pOpen)
+    for (Chunk** handles : {&m_pOpen, &m_pClosed})
     {
-        m_pOpen->close();
+        while (*handles)
+        {
+            (*handles)->close();
+        }
     }
     m_vecBytes = S_Bytes();
     m_strName = S_String();
     m_uPosition = 0;
     m_uSubEnd = 0;
+    m_bPeeked = false;
+}
+
+void S_MemoryFile::swap(S_MemoryFile& other) noexcept
+{
+    m_vecBytes.swap(other.m_vecBytes);
+    m_strName.swap(other.m_strName);
+    std::swap(m_uReserve, other.m_uReserve);
+    std::swap(m_uPosition, other.m_uPosition);
+    std::swap(m_uSubEnd, other.m_uSubEnd);
+    std::swap(m_bPeeked, other.m_bPeeked);
+    std::swap(m_pOpen, other.m_pOpen);
+    std::swap(m_pClosed, other.m_pClosed);
+    for (S_MemoryFile* file : {this, &other})
+    {
+        for (Chunk* handles : {file->m_pOpen, file->m_pClosed})
+        {
+            for (; handles; handles = handles->m_pNext)
+            {
+                handles->m_pFile = file;
+            }
+        }
+    }
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -137,7 +162,6 @@ void S_MemoryFile::seek(int offset, SeekMode)
     }
     closeAbove(nullptr);
     m_uPosition = static_cast<std::size_t>(offset);
-    m_uSubEnd = 0;
 }
 
 void S_MemoryFile::peekChunk(Chunk& chunk)
@@ -148,23 +172,31 @@ void S_MemoryFile::peekChunk(Chunk& chunk)
         m_pOpen->peekChunk(chunk);
         return;
     }
+    m_bPeeked = true;
     if (m_uPosition == m_vecBytes.size())
     {
         m_uSubEnd = m_uPosition;
         return;
     }
-    const Header header = readHeader(m_vecBytes.size());
-    m_uSubEnd = m_uPosition + sm_headerSize + header.m_uSize;
-    fill(chunk, header);
+    fill(chunk, readHeader(m_vecBytes.size()), false);
+    m_uSubEnd = chunk.m_uEnd;
 }
 
 void S_MemoryFile::skipChunk()
 {
     closeAbove(nullptr);
+    m_bPeeked = false;
     if (m_uSubEnd != 0)
     {
         m_uPosition = m_uSubEnd;
     }
+}
+
+void S_MemoryFile::skipChunk(const Chunk& chunk) noexcept
+{
+    closeAbove(nullptr);
+    m_bPeeked = false;
+    m_uPosition = m_uSubEnd = chunk.m_uEnd;
 }
 
 void S_MemoryFile::openChunk(Chunk& chunk, unsigned int id)
@@ -179,36 +211,45 @@ void S_MemoryFile::openChunk(Chunk& chunk, unsigned int id)
     {
         fail(S_STR("chunk 0x%X, found chunk 0x%X", id, header.m_uID));
     }
-    fill(chunk, header);
-    (m_pOpen ? m_pOpen->m_uSubEnd : m_uSubEnd) = chunk.m_uEnd;
-    chunk.m_pParent = m_pOpen;
-    chunk.m_bOpen = true;
-    m_pOpen = &chunk;
+    Chunk* const enclosing = m_pOpen;
+    fill(chunk, header, true);
+    if (enclosing)
+    {
+        enclosing->m_uSubEnd = chunk.m_uEnd;
+    }
+    else if (!m_bPeeked)
+    {
+        m_uSubEnd = chunk.m_uEnd;
+    }
     m_uPosition = chunk.m_uBegin;
 }
 
 S_MemoryFile::Header S_MemoryFile::readHeader(std::size_t end) const
 {
     const std::size_t left = end - m_uPosition;
-    if (left < sm_headerSize)
+    if (left < headerSize)
     {
-        fail(S_STR("the %zu bytes of a chunk's header, %zu are left", sm_headerSize, left));
+        fail(S_STR("the %zu bytes of a chunk's header, %zu are left", headerSize, left));
     }
     const unsigned char* bytes = m_vecBytes.data() + m_uPosition;
     const Header header{decode(bytes), decode(bytes + 4), decode(bytes + 8)};
-    if (header.m_uSize > left - sm_headerSize)
+    if (header.m_uSize > left - headerSize)
     {
-        fail(S_STR("a chunk of at most %zu bytes, chunk 0x%X says that it has %u", left - sm_headerSize, header.m_uID,
+        fail(S_STR("a chunk of at most %zu bytes, chunk 0x%X says that it has %u", left - headerSize, header.m_uID,
                    header.m_uSize));
     }
     return header;
 }
 
-void S_MemoryFile::fill(Chunk& chunk, const Header& header) noexcept
+void S_MemoryFile::fill(Chunk& chunk, const Header& header, bool open) noexcept
 {
     chunk.close();
+    Chunk*& handles = open ? m_pOpen : m_pClosed;
+    chunk.m_pNext = handles;
+    chunk.m_bOpen = open;
+    handles = &chunk;
     chunk.m_pFile = this;
-    chunk.m_uBegin = m_uPosition + sm_headerSize;
+    chunk.m_uBegin = m_uPosition + headerSize;
     chunk.m_uEnd = chunk.m_uBegin + header.m_uSize;
     chunk.m_uSubEnd = 0;
     chunk.m_uID = header.m_uID;
@@ -222,9 +263,10 @@ void S_MemoryFile::closeAbove(const Chunk* last) noexcept
     while (m_pOpen != last)
     {
         Chunk* inner = m_pOpen;
-        m_pOpen = inner->m_pParent;
-        inner->m_pParent = nullptr;
+        m_pOpen = inner->m_pNext;
+        inner->m_pNext = m_pClosed;
         inner->m_bOpen = false;
+        m_pClosed = inner;
     }
 }
 
@@ -264,7 +306,7 @@ void S_MemoryFile::readTag(BasicType type)
 std::size_t S_MemoryFile::readCount(std::size_t bytesEach)
 {
     const unsigned int count = decode(take(4, "a count"));
-    if (std::bit_cast<int>(count) < 0)
+    if (S_bitCast<int>(count) < 0)
     {
         throw std::length_error("vector<T> too long");
     }

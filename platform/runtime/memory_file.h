@@ -1,11 +1,11 @@
 #pragma once
 
+#include <platform/bit_cast.h>
 #include <platform/export.h>
 #include <platform/math/matrix4x3.h>
 #include <platform/math/vector3.h>
 #include <platform/runtime/allocator.h>
 
-#include <bit>
 #include <cstddef>
 #include <limits>
 #include <string_view>
@@ -21,27 +21,30 @@
 class TW2_PLATFORM_API S_MemoryFile
 {
 public:
+    /// How a file is opened.
     enum AccessMethod
     {
         accessRead = 0  ///< the whole file is read into memory when it is opened
     };
+    /// What offsets count from.
     enum SeekMode
     {
         seekBegin = 0  ///< offsets count from the start of the file
     };
+    /// Tags that stand before values in a file.
     enum BasicType
     {
         basicTypeArray = 28  ///< a list: an int count and that many values follow
     };
 
     /// Bytes of a chunk's header.
-    static constexpr std::size_t sm_headerSize = 12;
+    static constexpr std::size_t headerSize = 12;
 
     /// One chunk of a file. Invalid until a peek or an open fills it.
     ///
     /// A peeked handle only knows the header. An opened one bounds all reads of the file until it is destroyed or
-    /// filled again, the file moves past it (`skipChunk` of an enclosing chunk or of the file, `seek`), or the file's
-    /// content goes; the handle is invalid in the last case. Handles may end in any order.
+    /// filled again or the file moves past it (`skipChunk` of an enclosing chunk or of the file, `seek`). When the
+    /// file's content goes, all its handles become invalid. Handles may end in any order.
     class TW2_PLATFORM_API Chunk
     {
     public:
@@ -52,7 +55,10 @@ public:
 
         /// @name Header of a valid chunk
         /// @{
+
+        /// Kind of the chunk; 0 for a handle that is not valid.
         [[nodiscard]] unsigned int getID() const noexcept { return m_uID; }
+        /// Layout of the chunk's body.
         [[nodiscard]] unsigned int getVersion() const noexcept { return m_uVersion; }
         /// Bytes of the body, without the header.
         [[nodiscard]] unsigned int getSize() const noexcept { return m_uSize; }
@@ -77,10 +83,10 @@ public:
         void requireOpen() const;
 
         S_MemoryFile* m_pFile = nullptr;
-        Chunk* m_pParent = nullptr;  // enclosing open chunk
-        std::size_t m_uBegin = 0;    // of the body
-        std::size_t m_uEnd = 0;      // of the body
-        std::size_t m_uSubEnd = 0;   // of the nested chunk last peeked or opened; 0: none yet
+        Chunk* m_pNext = nullptr;   // enclosing open chunk, or next one that is not open
+        std::size_t m_uBegin = 0;   // of the body
+        std::size_t m_uEnd = 0;     // of the body
+        std::size_t m_uSubEnd = 0;  // of the nested chunk last peeked or opened; 0: none yet
         unsigned int m_uID = 0;
         unsigned int m_uVersion = 0;
         unsigned int m_uSize = 0;
@@ -94,6 +100,7 @@ public:
     explicit S_MemoryFile(unsigned int reserve = 0);
     /// Opens a file. Throws S_FileException.
     S_MemoryFile(std::string_view fileName, AccessMethod method);
+    /// Ends the file; handles that outlive it are not valid.
     ~S_MemoryFile();
     S_MemoryFile(const S_MemoryFile&) = delete;
     S_MemoryFile& operator=(const S_MemoryFile&) = delete;
@@ -104,16 +111,22 @@ public:
     void constructFromMemory(std::string_view name, const void* data, std::size_t size);
     /// Releases the content. An empty object has no chunk: a peek gives an invalid handle.
     void destruct() noexcept;
+    /// Exchanges everything with another file: handles go with the content.
+    void swap(S_MemoryFile& other) noexcept;
     /// @}
 
     /// @name Walking the top level
     /// @{
+
     /// Moves to a byte of the file, or to its end; chunks that are open stop bounding reads.
     void seek(int offset, SeekMode mode);
     /// Fills `chunk` with the header at the current position without consuming it; invalid at the end of the file.
     void peekChunk(Chunk& chunk);
-    /// Moves behind the top-level chunk that was last peeked or opened, however much of it was read.
+    /// Moves behind the top-level chunk that was last peeked, or opened unpeeked since the last skip, whatever was read
+    /// and wherever the file was moved to since. Nothing happens before there was one.
     void skipChunk();
+    /// Moves behind `chunk`, a valid handle of this file, whatever was peeked since.
+    void skipChunk(const Chunk& chunk) noexcept;
     /// Opens the chunk at the current position, which must carry `id`; the position is then at its first value.
     void openChunk(Chunk& chunk, unsigned int id);
     /// @}
@@ -140,11 +153,15 @@ public:
 
     /// @name Asking
     /// @{
+
+    /// Bytes from the start of the file.
     [[nodiscard]] std::size_t getPosition() const noexcept { return m_uPosition; }
+    /// In bytes.
     [[nodiscard]] std::size_t getFileSize() const noexcept { return m_vecBytes.size(); }
     /// Bytes left in the innermost open chunk, or in the file.
     [[nodiscard]] std::size_t getRemaining() const noexcept { return getEnd() - m_uPosition; }
-    [[nodiscard]] const S_String& getFileName() const noexcept { return m_strName; }
+    /// As given to the constructor; empty for a file in memory.
+    [[nodiscard]] const S_String& getFilename() const noexcept { return m_strName; }
     /// Throws S_MemoryFileException for the current place; `expected` says what should stand here.
     [[noreturn]] void fail(const char* expected) const;
     /// @}
@@ -159,7 +176,7 @@ private:
 
     [[nodiscard]] std::size_t getEnd() const noexcept { return m_pOpen ? m_pOpen->m_uEnd : m_vecBytes.size(); }
     [[nodiscard]] Header readHeader(std::size_t end) const;
-    void fill(Chunk& chunk, const Header& header) noexcept;
+    void fill(Chunk& chunk, const Header& header, bool open) noexcept;
     void closeAbove(const Chunk* last) noexcept;
     void replaceContent(std::string_view name, S_Bytes&& bytes);
     [[noreturn]] void failShort(std::size_t size, const char* what) const;
@@ -174,7 +191,8 @@ private:
         m_uPosition += size;
         return bytes;
     }
-    // Values are put together byte by byte, which is the same on machines of either byte order.
+    // Values are put together byte by byte, whatever the machine's byte order. Raw blocks are copied as they stand in
+    // the file: with them, only little-endian machines read files right.
     [[nodiscard]] static unsigned int decode(const unsigned char* bytes) noexcept
     {
         return static_cast<unsigned int>(bytes[0]) | static_cast<unsigned int>(bytes[1]) << 8 |
@@ -183,7 +201,7 @@ private:
     [[nodiscard]] static float decodeFloat(const unsigned char* bytes) noexcept
     {
         static_assert(std::numeric_limits<float>::is_iec559 && sizeof(float) == 4);
-        return std::bit_cast<float>(decode(bytes));
+        return S_bitCast<float>(decode(bytes));
     }
 
     friend S_MemoryFile& operator>>(S_MemoryFile&, int&);
@@ -199,23 +217,29 @@ private:
     S_String m_strName;
     std::size_t m_uReserve = 0;
     std::size_t m_uPosition = 0;
-    std::size_t m_uSubEnd = 0;  // of the top-level chunk last peeked or opened; 0: none yet
-    Chunk* m_pOpen = nullptr;   // innermost open chunk
+    std::size_t m_uSubEnd = 0;   // where `skipChunk` goes; 0: no chunk was met yet
+    bool m_bPeeked = false;      // at top level, since the last `skipChunk`
+    Chunk* m_pOpen = nullptr;    // innermost open chunk
+    Chunk* m_pClosed = nullptr;  // the handles that only know a header
 };
 
 /// @name Values
 /// Each reads one value and throws S_MemoryFileException when it does not fit in the innermost open chunk.
 /// @{
+
+/// Four bytes, the lowest first.
 inline S_MemoryFile& operator>>(S_MemoryFile& file, unsigned int& value)
 {
     value = S_MemoryFile::decode(file.take(4, "an unsigned int"));
     return file;
 }
+/// Four bytes, the lowest first.
 inline S_MemoryFile& operator>>(S_MemoryFile& file, int& value)
 {
-    value = std::bit_cast<int>(S_MemoryFile::decode(file.take(4, "an int")));
+    value = S_bitCast<int>(S_MemoryFile::decode(file.take(4, "an int")));
     return file;
 }
+/// Four bytes, the lowest first: the bits of the float.
 inline S_MemoryFile& operator>>(S_MemoryFile& file, float& value)
 {
     value = S_MemoryFile::decodeFloat(file.take(4, "a float"));

@@ -3,12 +3,11 @@
 #include <platform/runtime/memory_file_writer.h>
 #include <platform/runtime/str.h>
 
-#include <bit>
 #include <limits>
 
 namespace
 {
-constexpr std::size_t s_largestSize = std::numeric_limits<unsigned int>::max();
+constexpr std::size_t largestSize = std::numeric_limits<unsigned int>::max();
 
 void encode(unsigned char* bytes, unsigned int value) noexcept
 {
@@ -20,9 +19,9 @@ void encode(unsigned char* bytes, unsigned int value) noexcept
 }  // namespace
 
 S_MemoryFileWriter::Chunk::Chunk(S_MemoryFileWriter& writer, unsigned int id, unsigned int version)
-    : m_writer(writer), m_uBody(writer.m_vecBytes.size() + S_MemoryFile::sm_headerSize), m_uID(id)
+    : m_writer(writer), m_uBody(writer.m_vecBytes.size() + S_MemoryFile::headerSize), m_uID(id)
 {
-    unsigned char header[S_MemoryFile::sm_headerSize] = {};  // the size is known when the chunk ends
+    unsigned char header[S_MemoryFile::headerSize] = {};  // the size is known when the chunk ends
     encode(header, id);
     encode(header + 4, version);
     writer.write(header, sizeof header);
@@ -33,7 +32,7 @@ S_MemoryFileWriter::Chunk::~Chunk()
 {
     --m_writer.m_iOpenChunks;
     const std::size_t size = m_writer.m_vecBytes.size() - m_uBody;
-    if (size > s_largestSize && !m_writer.m_bTooLarge)
+    if (size > largestSize && !m_writer.m_bTooLarge)
     {
         m_writer.m_bTooLarge = true;
         m_writer.m_uTooLargeID = m_uID;
@@ -75,7 +74,7 @@ void S_MemoryFileWriter::save(std::string_view fileName) const
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, int value)
 {
-    return writer << std::bit_cast<unsigned int>(value);
+    return writer << S_bitCast<unsigned int>(value);
 }
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, unsigned int value)
@@ -88,7 +87,7 @@ S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, unsigned int value)
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, float value)
 {
-    return writer << std::bit_cast<unsigned int>(value);
+    return writer << S_bitCast<unsigned int>(value);
 }
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, bool value)
@@ -104,7 +103,7 @@ S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, unsigned char value)
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, std::string_view value)
 {
-    if (value.size() > s_largestSize)
+    if (value.size() > largestSize)
     {
         throw S_MemoryFileException("", 0, writer.getBytes().size(),
                                     S_STR("a string of at most 4294967295 bytes, not of %zu", value.size()));

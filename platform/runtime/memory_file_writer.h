@@ -27,6 +27,7 @@ public:
     class TW2_PLATFORM_API Chunk
     {
     public:
+        /// Writes the header; `id` and `version` are what a reader asks for.
         Chunk(S_MemoryFileWriter& writer, unsigned int id, unsigned int version);
         ~Chunk();
         Chunk(const Chunk&) = delete;
@@ -70,6 +71,8 @@ private:
 
 /// @name Values
 /// @{
+
+/// Writes what the operator of S_MemoryFile for the same type reads. Throws S_MemoryException_Allocation.
 TW2_PLATFORM_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, int value);
 TW2_PLATFORM_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, unsigned int value);
 TW2_PLATFORM_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, float value);

@@ -1,78 +1,94 @@
+#include <platform/runtime/counter.h>
 #include <platform/runtime/memory_scope.h>
 
 #include <cstring>
+#include <mutex>
 
 namespace
 {
-constexpr std::size_t s_nameLength = 63;
+constexpr std::size_t nameLength = 63;
 }
 
 struct S_MemoryScope::Account
 {
-    char m_aName[s_nameLength + 1] = {};
-    Usage m_usage;
+    char m_aName[nameLength + 1] = {};
+    S_Counter<long long> m_iBlocks;
+    S_Counter<long long> m_iBytes;
 
-    void setName(const char* name) noexcept { std::memcpy(m_aName, name, strnlen(name, s_nameLength)); }
+    void setName(const char* name) noexcept { std::memcpy(m_aName, name, strnlen(name, nameLength)); }
+
+    /// The account of the innermost scope of this thread.
+    static thread_local Account* sm_pCurrent;
 };
 
-S_MemoryScope::Account* S_MemoryScope::sm_pCurrent = nullptr;
+thread_local S_MemoryScope::Account* S_MemoryScope::Account::sm_pCurrent = nullptr;
 
 S_MemoryScope::Account* S_MemoryScope::find(const char* name, bool create) noexcept
 {
     // Fixed storage: booking must neither allocate nor depend on the order in which static objects are initialised.
+    // Accounts never change their names, so those that are counted are looked through without a lock.
     constexpr std::size_t limit = 64;
-    static Account s_accounts[limit + 1];
-    static std::size_t s_uCount = 0;
+    static constinit Account s_accounts[limit + 1];
+    static constinit S_Counter<std::size_t> s_uCount;
+    static std::mutex s_creation;  // made without code where the system can, else by the first that comes
 
-    for (std::size_t i = 0; i < s_uCount; ++i)
+    const auto findFrom = [name](std::size_t& i) -> Account*
     {
-        if (std::strncmp(s_accounts[i].m_aName, name, s_nameLength) == 0)
+        for (const std::size_t count = s_uCount; i < count; ++i)
         {
-            return &s_accounts[i];
+            if (std::strncmp(s_accounts[i].m_aName, name, nameLength) == 0)
+            {
+                return &s_accounts[i];
+            }
         }
-    }
-    if (!create)
-    {
         return nullptr;
-    }
-    if (s_uCount == limit)
+    };
+    std::size_t searched = 0;
+    if (Account* account = findFrom(searched); account || !create)
     {
-        s_accounts[s_uCount++].setName("other");
+        return account;
     }
-    if (s_uCount > limit)
+    const std::lock_guard lock(s_creation);
+    if (Account* account = findFrom(searched))
+    {
+        return account;
+    }
+    if (searched > limit)
     {
         return &s_accounts[limit];
     }
-    s_accounts[s_uCount].setName(name);
-    return &s_accounts[s_uCount++];
+    Account& account = s_accounts[searched];
+    account.setName(searched == limit ? "other" : name);
+    s_uCount = searched + 1;
+    return &account;
 }
 
-S_MemoryScope::S_MemoryScope(const char* name) noexcept : m_pPrevious(sm_pCurrent)
+S_MemoryScope::S_MemoryScope(const char* name) noexcept : m_pPrevious(Account::sm_pCurrent)
 {
-    sm_pCurrent = find(name, true);
+    Account::sm_pCurrent = find(name, true);
 }
 
 S_MemoryScope::~S_MemoryScope()
 {
-    sm_pCurrent = m_pPrevious;
+    Account::sm_pCurrent = m_pPrevious;
 }
 
 S_MemoryScope::Usage S_MemoryScope::getUsage(const char* name) noexcept
 {
     const Account* account = find(name, false);
-    return account ? account->m_usage : Usage{};
+    return account ? Usage{account->m_iBlocks, account->m_iBytes} : Usage{};
 }
 
 const char* S_MemoryScope::getCurrentName() noexcept
 {
-    return sm_pCurrent ? sm_pCurrent->m_aName : nullptr;
+    return Account::sm_pCurrent ? Account::sm_pCurrent->m_aName : nullptr;
 }
 
 void S_MemoryScope::book(std::size_t bytes) noexcept
 {
-    if (sm_pCurrent)
+    if (Account* account = Account::sm_pCurrent)
     {
-        ++sm_pCurrent->m_usage.m_iBlocks;
-        sm_pCurrent->m_usage.m_iBytes += static_cast<long long>(bytes);
+        ++account->m_iBlocks;
+        account->m_iBytes += static_cast<long long>(bytes);
     }
 }

@@ -6,7 +6,8 @@
 
 /// Books the allocations made during its life under a name. Scopes nest; an allocation counts for the innermost only.
 ///
-/// Create it on the stack, for the duration of an operation; scopes end in the reverse order of their begin.
+/// Create it on the stack, for the duration of an operation; scopes end in the reverse order of their begin. Each
+/// thread has its own; what all of them book under a name is one usage.
 class TW2_PLATFORM_API S_MemoryScope
 {
 public:
@@ -27,7 +28,7 @@ public:
 
     /// The usage booked under `name`, zeros when no scope of that name was opened yet.
     [[nodiscard]] static Usage getUsage(const char* name) noexcept;
-    /// The name of the innermost open scope, null when none is open.
+    /// The name of the innermost open scope of this thread, null when none is open.
     [[nodiscard]] static const char* getCurrentName() noexcept;
 
 private:
@@ -36,8 +37,6 @@ private:
 
     static void book(std::size_t bytes) noexcept;
     static Account* find(const char* name, bool create) noexcept;
-
-    static Account* sm_pCurrent;
 
     Account* m_pPrevious;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <platform/compiler.h>
+
 #include <cstddef>
 #include <cstdint>
 
@@ -8,18 +10,16 @@
 /// for it. A hint that never fails: the address may lie outside of everything. Other compilers than gcc and clang make
 /// nothing of it.
 /// @{
-inline constexpr std::size_t S_CACHE_LINE = 64;
+inline constexpr std::size_t S_CACHE_LINE = 64;  ///< bytes that are fetched at a time
 
-inline void S_prefetch([[maybe_unused]] const void* base, [[maybe_unused]] std::size_t offset = 0) noexcept
+/// For reading.
+inline void S_prefetch(const void* base, std::size_t offset = 0) noexcept
 {
-#if defined(__GNUC__)
-    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(base) + offset), 0);
-#endif
+    S_PREFETCH(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(base) + offset));
 }
-inline void S_prefetchForWriting([[maybe_unused]] const void* base, [[maybe_unused]] std::size_t offset = 0) noexcept
+/// For writing.
+inline void S_prefetchForWriting(const void* base, std::size_t offset = 0) noexcept
 {
-#if defined(__GNUC__)
-    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(base) + offset), 1);
-#endif
+    S_PREFETCH_FOR_WRITING(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(base) + offset));
 }
 /// @}

@@ -1,10 +1,11 @@
 #include <platform/math/vector3.h>
 #include <platform/runtime/file.h>
+#include <platform/runtime/number.h>
 #include <platform/runtime/script.h>
 #include <platform/runtime/script_tree.h>
 #include <platform/runtime/str.h>
 
-#include <charconv>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -21,25 +22,25 @@ struct ReadValue
     const char* m_pExpected = nullptr;  // null: the value is right
 };
 
-constexpr const char* s_anyString = "a word or a \"quoted string\"";
-constexpr const char* s_wholeNumber = "a whole number";
-constexpr const char* s_wholeNumberInRange = "a whole number from -2147483648 to 2147483647";
-constexpr const char* s_number = "a number";
-constexpr const char* s_numberInRange = "a number of at most 3.4e38 and, unless 0, at least 1.4e-45 in magnitude";
-constexpr const char* s_vector = "three numbers as (x, y, z)";
+constexpr const char* anyStringForm = "a word or a \"quoted string\"";
+constexpr const char* wholeNumberForm = "a whole number";
+constexpr const char* wholeNumberInRangeForm = "a whole number from -2147483648 to 2147483647";
+constexpr const char* numberForm = "a number";
+constexpr const char* numberInRangeForm = "a number of at most 3.4e38 and, unless 0, at least 1.4e-45 in magnitude";
+constexpr const char* vectorForm = "three numbers as (x, y, z)";
 
 const char* describe(S_Script::Format format)
 {
     switch (format)
     {
         case S_Script::t_string:
-            return s_anyString;
+            return anyStringForm;
         case S_Script::t_int:
-            return s_wholeNumber;
+            return wholeNumberForm;
         case S_Script::t_float:
-            return s_number;
+            return numberForm;
         case S_Script::t_float3:
-            return s_vector;
+            return vectorForm;
     }
     return "a format that S_Script knows";
 }
@@ -66,7 +67,7 @@ const char* readNumber(std::string_view text, T& value, const char* expected, co
     {
         text.remove_prefix(1);
     }
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const auto [end, error] = S_fromChars(text.data(), text.data() + text.size(), value);
     if (error == std::errc::invalid_argument || end != text.data() + text.size())
     {
         return expected;
@@ -87,7 +88,7 @@ const char* readNumber(std::string_view text, T& value, const char* expected, co
 
 const char* readFloat(std::string_view text, float& value)
 {
-    return readNumber(text, value, s_number, s_numberInRange);
+    return readNumber(text, value, numberForm, numberInRangeForm);
 }
 
 const char* readVector(std::string_view text, M_Vector3Template<float>& value)
@@ -95,7 +96,7 @@ const char* readVector(std::string_view text, M_Vector3Template<float>& value)
     text = trim(text);
     if (text.size() < 2 || text.front() != '(' || text.back() != ')')
     {
-        return s_vector;
+        return vectorForm;
     }
     text = text.substr(1, text.size() - 2);
     float* const components[] = {&value.x, &value.y, &value.z};
@@ -105,11 +106,11 @@ const char* readVector(std::string_view text, M_Vector3Template<float>& value)
         const std::size_t comma = text.find(',');
         if (last != (comma == std::string_view::npos))
         {
-            return s_vector;
+            return vectorForm;
         }
         if (const char* expected = readFloat(trim(text.substr(0, comma)), *component))
         {
-            return expected == s_numberInRange ? expected : s_vector;
+            return expected == numberInRangeForm ? expected : vectorForm;
         }
         text.remove_prefix(last ? 0 : comma + 1);
     }
@@ -126,7 +127,8 @@ ReadValue readText(S_Script::Format format, std::string_view text)
             result.m_value = S_String(text);
             break;
         case S_Script::t_int:
-            result.m_pExpected = readNumber(text, result.m_value.emplace<int>(), s_wholeNumber, s_wholeNumberInRange);
+            result.m_pExpected =
+                readNumber(text, result.m_value.emplace<int>(), wholeNumberForm, wholeNumberInRangeForm);
             break;
         case S_Script::t_float:
             result.m_pExpected = readFloat(text, result.m_value.emplace<float>());
@@ -177,15 +179,33 @@ const Row* findRow(const Row* table, std::string_view name)
     }
     return row->m_pName ? row : nullptr;
 }
+
+/// Throws for a block inside `outer` that the table (null: an empty one) does not name.
+void requireKnownBlocks(const S_ScriptTree& tree, unsigned int outer, const S_Script::Blocks* known)
+{
+    for (const unsigned int index : tree.getBlock(outer).m_vecBlocks)
+    {
+        const S_ScriptTree::Block& block = tree.getBlock(index);
+        if (!known || !findRow(known, block.m_strName))
+        {
+            tree.fail(block.m_uLine, outer, nullptr,
+                      S_STR("block \"%s\" is not known here; known are: %s", block.m_strName.c_str(),
+                            known ? listNames(known).c_str() : "none"));
+        }
+    }
+}
 }  // namespace
 
 struct S_Script::Data : S_Allocated
 {
-    Data(std::string_view name, std::string_view text) : m_tree(name, text) {}
+    Data(std::string_view name, std::string_view text)
+        : m_tree(name, text), m_strFolder(File.getPath(File.getFullPathName(name)))
+    {
+    }
 
     [[nodiscard]] unsigned int getCurrent() const
     {
-        return m_vecLocked.empty() ? S_ScriptTree::sm_topLevel : m_vecLocked.back();
+        return m_vecLocked.empty() ? S_ScriptTree::topLevel : m_vecLocked.back();
     }
     [[nodiscard]] const S_ScriptTree::Block& getBlock() const { return m_tree.getBlock(getCurrent()); }
 
@@ -243,6 +263,7 @@ struct S_Script::Data : S_Allocated
     }
 
     S_ScriptTree m_tree;
+    S_String m_strFolder;
     S_Vector<unsigned int> m_vecLocked;
     mutable S_String m_strNesting;
 };
@@ -319,15 +340,11 @@ void S_Script::blockCheck(const Blocks* blocks, bool strict) const
     const unsigned int current = m_pData->getCurrent();
     if (strict)
     {
-        for (const unsigned int index : tree.getBlock(current).m_vecBlocks)
+        requireKnownBlocks(tree, current, blocks);
+        if (const S_Vector<S_ScriptTree::Key>& keys = tree.getBlock(current).m_vecKeys; !keys.empty())
         {
-            const S_ScriptTree::Block& block = tree.getBlock(index);
-            if (!findRow(blocks, block.m_strName))
-            {
-                tree.fail(block.m_uLine, current, nullptr,
-                          S_STR("block \"%s\" is not known here; known are: %s", block.m_strName.c_str(),
-                                listNames(blocks).c_str()));
-            }
+            tree.fail(keys.front().m_uLine, current, keys.front().m_strName.c_str(),
+                      S_STR("is not known here; only blocks are: %s", listNames(blocks).c_str()));
         }
     }
     for (const Blocks* row = blocks; row->m_pName; ++row)
@@ -347,11 +364,16 @@ void S_Script::blockCheck(const Blocks* blocks, bool strict) const
     }
 }
 
-void S_Script::parse(const Variables* variables, const char* subBlockName, unsigned int occurrence, bool strict) const
+void S_Script::parse(const Variables* variables, const char* subBlockName, unsigned int occurrence, bool strict,
+                     const Blocks* blocks) const
 {
     const S_ScriptTree& tree = m_pData->m_tree;
     const unsigned int index = m_pData->find(subBlockName, occurrence);
     const S_ScriptTree::Block& block = tree.getBlock(index);
+    if (strict)
+    {
+        requireKnownBlocks(tree, index, blocks);
+    }
 
     std::size_t rows = 0;
     while (variables[rows].m_pName)
@@ -420,14 +442,27 @@ const char* S_Script::getBlockName(unsigned int index) const
     return m_pData->m_tree.getBlock(m_pData->find(index)).m_strName.c_str();
 }
 
+unsigned int S_Script::getKeyLine(const char* subBlockName, unsigned int occurrence, const char* key) const
+{
+    const S_ScriptTree::Block& block = m_pData->m_tree.getBlock(m_pData->find(subBlockName, occurrence));
+    const auto found = std::find_if(block.m_vecKeys.begin(), block.m_vecKeys.end(),
+                                    [key](const S_ScriptTree::Key& k) { return k.m_strName == key; });
+    return found == block.m_vecKeys.end() ? block.m_uLine : found->m_uLine;
+}
+
 const char* S_Script::getScriptName() const noexcept
 {
-    return m_pData->m_tree.getFileName().c_str();
+    return m_pData->m_tree.getFilename().c_str();
+}
+
+const char* S_Script::getFolder() const noexcept
+{
+    return m_pData->m_strFolder.c_str();
 }
 
 const char* S_Script::staticNesting() const
 {
-    S_String nesting = m_pData->m_tree.getFileName();
+    S_String nesting = m_pData->m_tree.getFilename();
     for (const unsigned int block : m_pData->m_vecLocked)
     {
         nesting.append(": ").append(m_pData->m_tree.getBlock(block).m_strName);

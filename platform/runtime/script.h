@@ -4,6 +4,7 @@
 #include <platform/runtime/allocator.h>
 
 #include <memory>
+#include <string>
 
 /// Text script of named blocks with braces, nested, and `key value` lines.
 ///
@@ -34,16 +35,16 @@ public:
     /// One row of a table of blocks: how often a block of that name may stand here. A table ends with a null name.
     struct Blocks
     {
-        const char* m_pName;
-        int m_iMinimum;  ///< at least so often
-        int m_iMaximum;  ///< at most so often; -1: any number
+        const char* m_pName;  ///< the block's name; null ends the table
+        int m_iMinimum;       ///< at least so often
+        int m_iMaximum;       ///< at most so often; -1: any number
     };
 
     /// One row of a table of keys. A table ends with a null name.
     struct Variables
     {
-        const char* m_pName;
-        Format m_eFormat;
+        const char* m_pName;     ///< the key; null ends the table
+        Format m_eFormat;        ///< how the value is written
         void* m_pDestination;    ///< where the value goes; its type is the format's
         const char* m_pDefault;  ///< text taken when the key is missing; null: the key must be given
     };
@@ -53,12 +54,21 @@ public:
 
     /// Reads and checks the whole file. Throws S_FileException or S_ScriptException.
     explicit S_Script(const char* fileName);
+    /// The same with a std::string, or one with another allocator.
+    template <typename Allocator>
+    explicit S_Script(const std::basic_string<char, std::char_traits<char>, Allocator>& fileName)
+        : S_Script(fileName.c_str())
+    {
+    }
     /// A script from text in memory; `name` stands where messages name the file.
     static S_Script fromText(const char* name, const char* text);
+    /// Takes the text and the place in it over.
     S_Script(S_Script&&) noexcept;
+    /// The same, in the place of what was there.
     S_Script& operator=(S_Script&&) noexcept;
     S_Script(const S_Script&) = delete;
     S_Script& operator=(const S_Script&) = delete;
+    /// Locks need not be undone before.
     ~S_Script();
     /// @}
 
@@ -80,20 +90,28 @@ public:
     /// @{
 
     /// Checks how often each block of `blocks` stands in the current one. With `strict` a block that the table does not
-    /// name is an error as well.
+    /// name, and a key, is an error as well.
     void blockCheck(const Blocks* blocks, bool strict) const;
     /// Reads the keys of the `occurrence`-th block of that name inside the current one into their destinations; missing
-    /// keys get their defaults. With `strict` a key that the table does not name is an error. A key given twice is an
-    /// error. Destinations are only written when the whole block is right.
-    void parse(const Variables* variables, const char* subBlockName, unsigned int occurrence, bool strict) const;
+    /// keys get their defaults. With `strict` a key that the table does not name is an error, and a block inside that
+    /// `blocks` (null: none) does not name. A key given twice is an error. Destinations are only written when the whole
+    /// block is right.
+    void parse(const Variables* variables, const char* subBlockName, unsigned int occurrence, bool strict,
+               const Blocks* blocks = nullptr) const;
     /// How many blocks of that name stand inside the current one.
     [[nodiscard]] unsigned int count(const char* subBlockName) const;
     /// How many blocks stand inside the current one.
     [[nodiscard]] unsigned int getBlockCount() const;
     /// Name of block `index` inside the current one. Throws when there is none.
     [[nodiscard]] const char* getBlockName(unsigned int index) const;
+    /// Line of a key of the `occurrence`-th block of that name inside the current one, for messages; the block's own
+    /// when it has no such key. Throws when there is no such block.
+    [[nodiscard]] unsigned int getKeyLine(const char* subBlockName, unsigned int occurrence, const char* key) const;
     /// The name the script was opened with.
     [[nodiscard]] const char* getScriptName() const noexcept;
+    /// The full path of the folder that holds the script's file, with its closing separator, as it was when the script
+    /// was opened; of a script from text the folder in which its name would stand.
+    [[nodiscard]] const char* getFolder() const noexcept;
     /// Where the script stands, for names and messages: the script's name, then the locked blocks, joined by ": ".
     /// Valid until the next call of `lock`, `unlock` or `staticNesting`.
     [[nodiscard]] const char* staticNesting() const;
@@ -114,6 +132,7 @@ private:
 class TW2_PLATFORM_API S_ScriptLockGuard
 {
 public:
+    /// Remembers how deep the script stands in blocks.
     explicit S_ScriptLockGuard(S_Script& script) noexcept : m_script(script), m_uDepth(script.getDepth()) {}
     ~S_ScriptLockGuard();
     S_ScriptLockGuard(const S_ScriptLockGuard&) = delete;

@@ -6,7 +6,7 @@
 
 namespace
 {
-constexpr std::string_view s_byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 bool isSpace(char c)
 {
@@ -60,9 +60,9 @@ public:
 
     void read()
     {
-        if (m_strText.starts_with(s_byteOrderMark))
+        if (m_strText.starts_with(byteOrderMark))
         {
-            m_uPosition = s_byteOrderMark.size();
+            m_uPosition = byteOrderMark.size();
         }
         for (Token token = next(); token.m_eKind != TokenKind::end; token = next())
         {
@@ -75,7 +75,7 @@ public:
                 readItem(token);
             }
         }
-        if (m_uBlock != S_ScriptTree::sm_topLevel)
+        if (m_uBlock != S_ScriptTree::topLevel)
         {
             fail(
                 m_uLine, nullptr,
@@ -112,7 +112,7 @@ private:
         {
             fail(name.m_uLine, key, "expected a value in the same line, or { for a block of this name");
         }
-        if (m_uBlock == S_ScriptTree::sm_topLevel)
+        if (m_uBlock == S_ScriptTree::topLevel)
         {
             fail(name.m_uLine, key, "expected keys inside blocks only; a block is written as: name { key value }");
         }
@@ -121,10 +121,9 @@ private:
 
     void openBlock(Token& name)
     {
-        if (m_uDepth == S_ScriptTree::sm_maximumDepth)
+        if (m_uDepth == S_ScriptTree::maximumDepth)
         {
-            fail(name.m_uLine, nullptr,
-                 S_STR("expected blocks nested at most %zu deep", S_ScriptTree::sm_maximumDepth));
+            fail(name.m_uLine, nullptr, S_STR("expected blocks nested at most %zu deep", S_ScriptTree::maximumDepth));
         }
         const unsigned int index = static_cast<unsigned int>(m_tree.m_vecBlocks.size());
         block().m_vecBlocks.push_back(index);
@@ -138,7 +137,7 @@ private:
 
     void closeBlock(const Token& token)
     {
-        if (m_uBlock == S_ScriptTree::sm_topLevel)
+        if (m_uBlock == S_ScriptTree::topLevel)
         {
             fail(token.m_uLine, nullptr, "expected a block name, found } without an open block");
         }
@@ -309,7 +308,7 @@ private:
     std::string_view m_strText;
     std::size_t m_uPosition = 0;
     unsigned int m_uLine = 1;
-    unsigned int m_uBlock = S_ScriptTree::sm_topLevel;
+    unsigned int m_uBlock = S_ScriptTree::topLevel;
     std::size_t m_uDepth = 0;
 };
 
@@ -333,7 +332,7 @@ std::pair<const unsigned int*, const unsigned int*> S_ScriptTree::find(unsigned 
 S_String S_ScriptTree::getNesting(unsigned int block) const
 {
     S_Vector<const S_String*> names;
-    for (; block != sm_topLevel; block = m_vecBlocks[block].m_uParent)
+    for (; block != topLevel; block = m_vecBlocks[block].m_uParent)
     {
         names.push_back(&m_vecBlocks[block].m_strName);
     }

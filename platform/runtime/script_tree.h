@@ -25,9 +25,9 @@ struct S_ScriptValue
 class S_ScriptTree
 {
 public:
-    static constexpr unsigned int sm_topLevel = 0;
+    static constexpr unsigned int topLevel = 0;
     /// Deepest nesting of blocks.
-    static constexpr std::size_t sm_maximumDepth = 64;
+    static constexpr std::size_t maximumDepth = 64;
 
     struct Key
     {
@@ -39,7 +39,7 @@ public:
     {
         S_String m_strName;
         unsigned int m_uLine = 1;
-        unsigned int m_uParent = sm_topLevel;
+        unsigned int m_uParent = topLevel;
         S_Vector<unsigned int> m_vecBlocks;        // in file order
         S_Vector<unsigned int> m_vecBlocksByName;  // by name, equal names in file order
         S_Vector<Key> m_vecKeys;
@@ -48,7 +48,7 @@ public:
     /// Reads a script. Throws S_ScriptException; `fileName` stands where it names the file.
     S_ScriptTree(std::string_view fileName, std::string_view text);
 
-    [[nodiscard]] const S_String& getFileName() const noexcept { return m_strFileName; }
+    [[nodiscard]] const S_String& getFilename() const noexcept { return m_strFileName; }
     [[nodiscard]] const Block& getBlock(unsigned int index) const noexcept { return m_vecBlocks[index]; }
     /// The blocks of that name inside block `parent`, in file order.
     [[nodiscard]] std::pair<const unsigned int*, const unsigned int*> find(unsigned int parent,

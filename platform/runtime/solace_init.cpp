@@ -1,10 +1,11 @@
+#include <platform/runtime/counter.h>
 #include <platform/runtime/solace_init.h>
 
 #include <cstdio>
 
 namespace
 {
-int s_iUsers = 0;
+S_Counter<int> s_iUsers;
 }
 
 S_SolaceInit::S_SolaceInit()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <platform/compiler.h>
 #include <platform/export.h>
 #include <platform/runtime/allocator.h>
 
@@ -9,11 +10,14 @@
 class TW2_PLATFORM_API S_STR
 {
 public:
-    [[gnu::format(printf, 2, 3)]] explicit S_STR(const char* format, ...);
+    /// As printf would print it. Throws S_MemoryException_Allocation when there is no memory.
+    S_FORMAT_LIKE_PRINTF(2, 3) explicit S_STR(const char* format, ...);
 
     /// The text; valid as long as this object.
     operator const char*() const noexcept { return m_strText.c_str(); }  // NOLINT(google-explicit-constructor)
+    /// The text; valid as long as this object.
     [[nodiscard]] const char* c_str() const noexcept { return m_strText.c_str(); }
+    /// The text; valid as long as this object.
     [[nodiscard]] const S_String& str() const noexcept { return m_strText; }
 
 private:

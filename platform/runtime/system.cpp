@@ -1,3 +1,4 @@
+#include <platform/runtime/operating_system.h>
 #include <platform/runtime/system.h>
 
 #include <algorithm>
@@ -26,7 +27,7 @@ void S_System::verbose(const char* format, ...)
     }
     else
     {
-        std::fwrite(text.data(), 1, text.size(), stdout);
+        S_OperatingSystem::print(text);
     }
 }
 

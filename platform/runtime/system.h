@@ -1,5 +1,6 @@
 #pragma once
 
+#include <platform/compiler.h>
 #include <platform/export.h>
 
 #include <cstddef>
@@ -18,11 +19,10 @@ class TW2_PLATFORM_API S_System
 {
 public:
     /// Writes to the log, printf-style; standard output unless a sink is set.
-    [[gnu::format(printf, 2, 3)]] void verbose(const char* format, ...);
+    S_FORMAT_LIKE_PRINTF(2, 3) void verbose(const char* format, ...);
 
     /// Sends the log to `sink` (not owned; null: standard output again). Returns the sink that was set before.
     S_VerboseSink* setVerboseSink(S_VerboseSink* sink) noexcept;
-    [[nodiscard]] S_VerboseSink* getVerboseSink() const noexcept { return m_pSink; }
 
 private:
     S_VerboseSink* m_pSink = nullptr;

@@ -1,3 +1,4 @@
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/system.h>
 #include <platform/scene/base_object.h>
 #include <platform/scene/camera.h>
@@ -9,50 +10,74 @@
 
 namespace
 {
-constexpr int s_iCollisionGroups = 32;
+constexpr int collisionGroupCount = 32;
 }
+
+const P_BaseObject::Rare P_BaseObject::sm_usual;
 
 P_BaseObject::P_BaseObject() : P_BaseObject(Kind::Object) {}
 
+/// Only meshes are that many that they do without what they do not use.
 P_BaseObject::P_BaseObject(Kind kind)
     : P_ObjectContainer(kind),
-      m_pLocalMatrix(&m_ownLocalMatrix),
-      m_pWorldMatrix(&m_ownWorldMatrix),
-      m_pState(&m_ownState),
-      m_pContext(P_Context::getDefault())
+      m_pContext(P_Context::getDefault()),
+      m_pRare(kind == Kind::Mesh ? nullptr : std::make_unique<Rare>())
 {
+    m_pStorage = P_TransformStorage::create(1, nullptr);
 }
 
 P_BaseObject::P_BaseObject(const P_BaseObject& other) : P_BaseObject(other, Kind::Object) {}
 
-P_BaseObject::P_BaseObject(const P_BaseObject& other, Kind kind)
+P_BaseObject::P_BaseObject(const P_BaseObject& other, Kind kind) : P_BaseObject(other, kind, nullptr) {}
+
+P_BaseObject::P_BaseObject(const P_BaseObject& other, Kind kind, P_TransformBlock& block)
+    : P_BaseObject(other, kind, &block)
+{
+}
+
+P_BaseObject::P_BaseObject(const P_BaseObject& other, Kind kind, P_TransformBlock* block)
     : P_ObjectContainer(kind),
       P_UserData(other),
-      m_pLocalMatrix(&m_ownLocalMatrix),
-      m_pWorldMatrix(&m_ownWorldMatrix),
-      m_pState(&m_ownState),
-      m_bEnabled(other.m_bEnabled),
-      m_bVisualization(other.m_bVisualization),
-      m_bVertexNormalVisualization(other.m_bVertexNormalVisualization),
-      m_uiEngineFlags(other.m_uiEngineFlags),
-      m_pContext(other.m_pContext),
-      m_ownLocalMatrix(*other.m_pLocalMatrix),
-      m_fBoundingRadius(other.m_fBoundingRadius),
-      m_vBoundingBoxMin(other.m_vBoundingBoxMin),
-      m_vBoundingBoxMax(other.m_vBoundingBoxMax),
-      m_iCollisionGroup(other.m_iCollisionGroup),
-      m_uiCollisionMask(other.m_uiCollisionMask)
+      m_pContext(other.getStoredContext()),
+      m_pRare(other.m_pRare ? std::make_unique<Rare>(*other.m_pRare) : nullptr)
 {
+    m_uiEngineFlags = other.m_uiEngineFlags;
+    m_bEnabled = other.m_bEnabled;
+    m_bVisualization = other.m_bVisualization;
+    m_bVertexNormalVisualization = other.m_bVertexNormalVisualization;
+    if (m_pRare)
+    {
+        m_pRare->m_pFramePreparation = nullptr;
+    }
+    if (block)
+    {
+        block->takeNew(*this);
+    }
+    else
+    {
+        m_pStorage = P_TransformStorage::create(1, nullptr);
+    }
+    accessMatrix() = other.getMatrix();
 }
 
 P_BaseObject::~P_BaseObject()
 {
     leaveContainer();
     detachChildren();
-    if (m_pBlock)
+    if (m_bMember)
     {
-        m_pBlock->release(*this);
+        m_pStorage->m_pBlock->release(*this);
     }
+    P_TransformStorage::release(m_pStorage);
+}
+
+P_BaseObject::Rare& P_BaseObject::accessRare()
+{
+    if (!m_pRare)
+    {
+        m_pRare = std::make_unique<Rare>();
+    }
+    return *m_pRare;
 }
 
 void P_BaseObject::addTo(P_ObjectContainer* container)
@@ -74,23 +99,15 @@ void P_BaseObject::addTo(P_ObjectContainer* container)
         {
             throw P_SceneException("An object cannot hang below itself");
         }
-        scene = object.m_pScene;
+        scene = object.getScene();
     }
-    P_Scene* const before = m_pScene;
-    if (scene == before)
-    {
-        m_pScene = nullptr;  // moves within its scene: nobody leaves it
-    }
-    leaveContainer();
-    if (scene == before)
-    {
-        m_pScene = before;
-    }
+    const bool staysInScene = scene && scene == getScene();
+    leaveContainer(staysInScene);
     linkInto(*container);
     invalidateMatrices();
-    if (scene != m_pScene)
+    if (scene && !staysInScene)
     {
-        enterScene(scene);
+        enterScene(*scene);
     }
 }
 
@@ -119,18 +136,23 @@ void P_BaseObject::remove()
 
 void P_BaseObject::linkInto(P_ObjectContainer& container) noexcept
 {
+    updateIdle();  // one that came into being in a block was not complete then
     m_pContainer = &container;
-    m_pPreviousSibling = container.m_pLastChild;
-    (m_pPreviousSibling ? m_pPreviousSibling->m_pNextSibling : container.m_pFirstChild) = this;
-    container.m_pLastChild = this;
-    ++container.m_uiChildCount;
+    P_BaseObject* const last = container.getLastChild();
+    (last ? last->m_pNextSibling : container.m_pFirstChild) = this;
+    m_pPreviousSibling = last ? last : this;
+    container.m_pFirstChild->m_pPreviousSibling = this;
+    if (isBusySubtree())
+    {
+        countBusyChild(&container, true);
+    }
     if (const P_BaseObject* parent = getParent())
     {
         P_TransformBlock::childCame(*parent, *this);
     }
 }
 
-void P_BaseObject::leaveContainer() noexcept
+void P_BaseObject::leaveContainer(bool staysInScene) noexcept
 {
     if (!m_pContainer)
     {
@@ -144,50 +166,63 @@ void P_BaseObject::leaveContainer() noexcept
     {
         P_TransformBlock::childLeft(*parent, *this);
     }
-    (m_pPreviousSibling ? m_pPreviousSibling->m_pNextSibling : m_pContainer->m_pFirstChild) = m_pNextSibling;
-    (m_pNextSibling ? m_pNextSibling->m_pPreviousSibling : m_pContainer->m_pLastChild) = m_pPreviousSibling;
-    --m_pContainer->m_uiChildCount;
+    P_BaseObject*& first = m_pContainer->m_pFirstChild;
+    (m_pNextSibling ? m_pNextSibling : first)->m_pPreviousSibling = m_pPreviousSibling;
+    (first == this ? first : m_pPreviousSibling->m_pNextSibling) = m_pNextSibling;
+    if (isBusySubtree())
+    {
+        countBusyChild(m_pContainer, false);
+    }
     m_pContainer = nullptr;
     m_pNextSibling = nullptr;
     m_pPreviousSibling = nullptr;
     invalidateMatrices();
-    if (m_pScene)
+    if (m_bInScene && !staysInScene)
     {
         leaveScene();
     }
 }
 
-void P_BaseObject::enterScene(P_Scene* scene)
+void P_BaseObject::enterScene(P_Scene& scene)
 {
     for (P_BaseObject* object = this; object; object = nextInSubtree(*this, object))
     {
-        object->m_pScene = scene;
+        object->m_pScene = &scene;
+        object->m_bInScene = true;
         object->m_bLinked = false;
+        scene.m_bPreparedFound = scene.m_bPreparedFound && !object->getRare().m_pFramePreparation;
+        object->updateIdle();
     }
-    try
+    S_Rollback rollback([this]() noexcept { leaveContainer(); });
+    for (P_BaseObject* object = this; object; object = nextInSubtree(*this, object))
     {
-        for (P_BaseObject* object = this; object; object = nextInSubtree(*this, object))
+        if (!object->m_bLinked)
         {
-            if (!object->m_bLinked)
-            {
-                object->m_bLinked = true;
-                object->linkToScene();
-            }
+            object->m_bLinked = true;
+            object->linkToScene();
         }
     }
-    catch (...)
-    {
-        leaveContainer();
-        throw;
-    }
+    rollback.keep();
 }
 
 void P_BaseObject::leaveScene() noexcept
 {
+    P_Scene& scene = *m_pScene;
     for (P_BaseObject* object = this; object; object = nextInSubtree(*this, object))
     {
-        object->m_pScene->forget(object);
-        object->m_pScene = nullptr;
+        scene.m_bPreparedFound = scene.m_bPreparedFound && !object->getRare().m_pFramePreparation;
+        scene.forget(object);
+        object->m_bInScene = false;
+        object->m_pContext = scene.m_pContext;
+    }
+}
+
+void P_BaseObject::setFramePreparation(P_FramePreparation* preparation)
+{
+    accessRare().m_pFramePreparation = preparation;
+    if (m_bInScene)
+    {
+        m_pScene->m_bPreparedFound = false;
     }
 }
 
@@ -204,6 +239,23 @@ const char* P_BaseObject::getObjectType() const
 void P_BaseObject::enable(bool enabled)
 {
     m_bEnabled = enabled;
+    updateIdle();
+    tellFrame();
+}
+
+void P_BaseObject::setInView(bool inView) noexcept
+{
+    m_bInView = inView;
+    tellFrame();
+}
+
+/// What the running frame has found out about objects that it only looks at may not hold any more.
+void P_BaseObject::tellFrame() const noexcept
+{
+    if (m_bInScene && m_pScene->m_bInFrame)
+    {
+        m_pScene->m_bLooksAgain = true;
+    }
 }
 
 void P_BaseObject::setPosition(float x, float y, float z)
@@ -213,53 +265,62 @@ void P_BaseObject::setPosition(float x, float y, float z)
 
 void P_BaseObject::setPosition(const M_Vector3Template<float>& position)
 {
-    m_pLocalMatrix->setTranslation(position);
+    accessMatrix().setTranslation(position);
     invalidateMatrices();
 }
 
 M_Vector3Template<float> P_BaseObject::getPosition() const
 {
-    return m_pLocalMatrix->getTranslation();
+    return getMatrix().getTranslation();
 }
 
 float* P_BaseObject::accessPosition()
 {
     invalidateMatrices();
-    return m_pLocalMatrix->m[3];
+    return accessMatrix().m[3];
 }
 
 void P_BaseObject::setCollisionGroup(int group)
 {
-    if (group < 0 || group >= s_iCollisionGroups)
+    if (group < 0 || group >= collisionGroupCount)
     {
         throw P_SceneException("A collision group is a number from 0 to 31");
     }
-    m_iCollisionGroup = group;
+    accessRare().m_iCollisionGroup = group;
 }
 
 void P_BaseObject::setCollisionMask(unsigned int mask)
 {
-    m_uiCollisionMask = mask;
+    accessRare().m_uiCollisionMask = mask;
 }
 
 bool P_BaseObject::collidesWith(const P_BaseObject& other) const noexcept
 {
-    return (m_uiCollisionMask >> other.m_iCollisionGroup & 1u) != 0 &&
-           (other.m_uiCollisionMask >> m_iCollisionGroup & 1u) != 0;
+    return (getCollisionMask() >> other.getCollisionGroup() & 1U) != 0 &&
+           (other.getCollisionMask() >> getCollisionGroup() & 1U) != 0;
+}
+
+void P_BaseObject::setBoundingBox(const M_Vector3Template<float>& minimum, const M_Vector3Template<float>& maximum)
+{
+    Rare& rare = accessRare();
+    rare.m_vBoundingBoxMin = minimum;
+    rare.m_vBoundingBoxMax = maximum;
 }
 
 void P_BaseObject::duplicate(const P_BaseObject& other)
 {
+    if (m_pRare || other.m_pRare)
+    {
+        Rare rare = other.getRare();
+        rare.m_pFramePreparation = getRare().m_pFramePreparation;
+        accessRare() = rare;
+    }
     P_UserData::duplicate(other);
-    *m_pLocalMatrix = *other.m_pLocalMatrix;
+    accessMatrix() = other.getMatrix();
     invalidateMatrices();
     m_bEnabled = other.m_bEnabled;
-    m_uiEngineFlags = other.m_uiEngineFlags;
-    m_fBoundingRadius = other.m_fBoundingRadius;
-    m_vBoundingBoxMin = other.m_vBoundingBoxMin;
-    m_vBoundingBoxMax = other.m_vBoundingBoxMax;
-    m_iCollisionGroup = other.m_iCollisionGroup;
-    m_uiCollisionMask = other.m_uiCollisionMask;
+    copyEngineFlags(other);
+    tellFrame();
 }
 
 void P_BaseObject::duplicate(const P_UserData& other)
@@ -274,9 +335,11 @@ bool P_BaseObject::executeAlways()
 
 void P_BaseObject::executeVisible() {}
 
-void P_BaseObject::linkToScene()
+void P_BaseObject::linkToScene() {}
+
+P_Context* P_BaseObject::getStoredContext() const noexcept
 {
-    m_pContext = m_pScene->getContext();
+    return m_bInScene ? m_pScene->m_pContext : m_pContext;
 }
 
 void P_BaseObject::dump(bool details) const
@@ -291,13 +354,13 @@ void P_BaseObject::dump(bool details) const
     }
     for (int row = 0; row < 3; ++row)
     {
-        const M_Vector3Template<float> axis = m_pLocalMatrix->getRow(row);
+        const M_Vector3Template<float> axis = getMatrix().getRow(row);
         Sys.verbose("  axis %d (%g, %g, %g)\n", row, static_cast<double>(axis.x), static_cast<double>(axis.y),
                     static_cast<double>(axis.z));
     }
-    Sys.verbose("  engine flags 0x%X, radius %g, box (%g, %g, %g) to (%g, %g, %g)\n", m_uiEngineFlags,
-                static_cast<double>(m_fBoundingRadius), static_cast<double>(m_vBoundingBoxMin.x),
-                static_cast<double>(m_vBoundingBoxMin.y), static_cast<double>(m_vBoundingBoxMin.z),
-                static_cast<double>(m_vBoundingBoxMax.x), static_cast<double>(m_vBoundingBoxMax.y),
-                static_cast<double>(m_vBoundingBoxMax.z));
+    Sys.verbose("  engine flags 0x%X, radius %g, box (%g, %g, %g) to (%g, %g, %g)\n", getEngineFlags(),
+                static_cast<double>(getStoredBoundingRadius()), static_cast<double>(getStoredBoundingBoxMin().x),
+                static_cast<double>(getStoredBoundingBoxMin().y), static_cast<double>(getStoredBoundingBoxMin().z),
+                static_cast<double>(getStoredBoundingBoxMax().x), static_cast<double>(getStoredBoundingBoxMax().y),
+                static_cast<double>(getStoredBoundingBoxMax().z));
 }

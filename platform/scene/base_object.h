@@ -5,12 +5,14 @@
 #include <platform/math/vector3.h>
 #include <platform/scene/object_container.h>
 #include <platform/scene/transform_block.h>
+#include <platform/scene/transform_storage.h>
 #include <platform/scene/user_data.h>
 
-#include <cstddef>
+#include <memory>
 
 class P_Camera;
 class P_Context;
+class P_FramePreparation;
 class P_Scene;
 
 /// An object of the scene: a place in the tree, a transform relative to its parent, bounding volumes, a name.
@@ -19,7 +21,7 @@ class P_Scene;
 /// World matrices are computed when asked for and kept: one product per object that moved. Whoever changes a local
 /// matrix through `accessMatrix` calls `invalidateMatrices`, before or after. The following always holds: everything
 /// below an object that is out of date is out of date too; so marking stops where it meets an object that is already
-/// marked. The matrices live in the object or in a P_TransformBlock.
+/// marked. The matrices lie outside of the object: those of a P_TransformBlock's members side by side.
 ///
 /// **Tree.** `addTo` hangs the object under a container, `remove` takes it out. Nothing is owned: an object that is
 /// destroyed takes itself out, and its children then hang under nothing.
@@ -27,7 +29,13 @@ class P_Scene;
 /// **Drawing.** `enable(false)` hides this object, not what hangs below it. The scene calls `executeAlways` on every
 /// object each frame, also on disabled ones, and `executeVisible` on those that are enabled and in view.
 ///
-/// No operation recurses with the depth of the tree. One thread at a time.
+/// **Idle objects.** Bones are many, and a frame has nothing to do with them: a P_VirtualObject itself, of no derived
+/// class, without a vertex or not enabled, in a P_TransformBlock, with neither a volume to test nor a debugging aid
+/// switched on. The scene passes over such objects, and does not even look at them where nothing but such objects
+/// hangs.
+///
+/// No operation recurses with the depth of the tree. One thread at a time per tree below the scene; trees that hang
+/// below one scene may be moved and asked on several threads, but not hung up and taken out.
 class TW2_PLATFORM_API P_BaseObject : public P_ObjectContainer, public P_UserData
 {
 public:
@@ -43,7 +51,7 @@ public:
         Camera = 6
     };
 
-    /// Bits of the engine flag word.
+    /// Bits of the engine flag word, which has 16.
     enum EngineFlag : unsigned int
     {
         FLAG_BOUNDING_SPHERE = 0x2,               ///< the sphere is tested against the view volume
@@ -77,20 +85,29 @@ public:
 
     /// @name Position: the translation of the local matrix
     /// @{
+
+    /// Moves the object and marks it, and everything below it, as out of date.
     virtual void setPosition(float x, float y, float z);
     virtual void setPosition(const M_Vector3Template<float>& position);
+    /// In the space of what it hangs under.
     [[nodiscard]] virtual M_Vector3Template<float> getPosition() const;
     /// Marks the object as out of date and returns the three floats x, y, z for writing.
     [[nodiscard]] virtual float* accessPosition();
     /// @}
 
     /// @name Bounding volumes, in the object's own space
-    /// The sphere's centre is the object's origin. Unless the volumes are fixed, they are those of the enabled meshes
-    /// in the object's subtree (of a level-of-detail object: of the level in use), each vertex as it stands now; an
-    /// object without such a mesh has radius 0 and a box of size 0 at its origin.
+    /// The sphere's centre is the object's origin. Unless the volumes are fixed, they hold the enabled meshes in the
+    /// object's subtree (of a level-of-detail object: of the level in use), every vertex as it stands now; an object
+    /// without such a mesh has radius 0 and a box of size 0 at its origin. They are made of one box for each piece of
+    /// geometry and, of skins, for each bone, so they may be somewhat larger than what they hold. Computing them
+    /// allocates nothing unless meshes hang more than 16 levels below.
     /// @{
+
+    /// In scene units, around the object's origin.
     [[nodiscard]] virtual float getBoundingRadius();
+    /// Smallest corner.
     [[nodiscard]] virtual M_Vector3Template<float> getBoundingBoxMin();
+    /// Largest corner.
     [[nodiscard]] virtual M_Vector3Template<float> getBoundingBoxMax();
     /// Whether the volumes that the engine flags switch on, as the three operations above give them, touch the camera's
     /// view volume: true when no volume is switched on or `camera` is null; with both, both must touch.
@@ -124,8 +141,8 @@ protected:
     virtual bool executeAlways();
     /// Called every frame after all `executeAlways` calls, when the object is enabled and in view.
     virtual void executeVisible();
-    /// Called when the object has come into a scene; takes over the scene's context. May add objects below this one,
-    /// not remove any.
+    /// Called when the object has come into a scene, whose context is the object's own from then on. May add objects
+    /// below this one, not remove any.
     virtual void linkToScene();
     /// Adds the bounding volumes that are switched on to the context's debug lines; called every frame while
     /// `enableVisualization` is on.
@@ -150,33 +167,40 @@ public:
         return m_pContainer && m_pContainer->m_eKind != Kind::Scene ? static_cast<P_BaseObject*>(m_pContainer)
                                                                     : nullptr;
     }
+    /// The next child of the same container, in the order of adding; null for the last.
     [[nodiscard]] P_BaseObject* getNextSibling() const noexcept { return m_pNextSibling; }
     /// The scene whose tree the object is in; null when it is in none.
-    [[nodiscard]] P_Scene* getScene() const noexcept { return m_pScene; }
+    [[nodiscard]] P_Scene* getScene() const noexcept { return m_bInScene ? m_pScene : nullptr; }
     /// @}
 
     /// @name Matrices
     /// @{
-    [[nodiscard]] const M_Matrix4x3Template<float>& getMatrix() const noexcept { return *m_pLocalMatrix; }
+
+    /// Relative to what the object hangs under.
+    [[nodiscard]] const M_Matrix4x3Template<float>& getMatrix() const noexcept
+    {
+        return m_pStorage->m_pLocal[m_uiPlace];
+    }
     /// The local matrix for writing; marks nothing.
-    [[nodiscard]] M_Matrix4x3Template<float>& accessMatrix() noexcept { return *m_pLocalMatrix; }
+    [[nodiscard]] M_Matrix4x3Template<float>& accessMatrix() noexcept { return m_pStorage->m_pLocal[m_uiPlace]; }
     /// Writes the local matrix and marks the object.
     void setMatrix(const M_Matrix4x3Template<float>& matrix) noexcept
     {
-        *m_pLocalMatrix = matrix;
+        accessMatrix() = matrix;
         invalidateMatrices();
     }
     /// Marks the world matrices of this object and of everything below it as out of date.
     void invalidateMatrices() noexcept
     {
-        if (!(*m_pState & P_TransformBlock::STATE_WORLD_OUT_OF_DATE))
+        if (isObjectToWorldMatrixValid())
         {
             markSubtree();
         }
     }
+    /// False from marking until somebody asks for the world matrix.
     [[nodiscard]] bool isObjectToWorldMatrixValid() const noexcept
     {
-        return !(*m_pState & P_TransformBlock::STATE_WORLD_OUT_OF_DATE);
+        return getState() == P_TransformBlock::STATE_VALID;
     }
     /// Computes the world matrices that are out of date on the way from the root to this object: each is
     /// local x parent's world; without a parent the local matrix itself.
@@ -188,128 +212,207 @@ public:
         {
             calculateObjectToWorldMatrix();
         }
-        return *m_pWorldMatrix;
+        return m_pStorage->m_pWorld[m_uiPlace];
     }
-    /// The inverse of the world matrix, computed first when it is out of date.
-    [[nodiscard]] const M_Matrix4x3Template<float>& getWorldToObjectMatrix() const noexcept;
+    /// The inverse of the world matrix, computed each time.
+    [[nodiscard]] M_Matrix4x3Template<float> getWorldToObjectMatrix() const noexcept
+    {
+        return getObjectToWorldMatrix().inverse();
+    }
     /// A value that changes whenever the object is marked as out of date (for a member of a block: whenever any member
     /// is), and never returns to an earlier one. Remember it together with a world matrix to tell that the object has
     /// not moved since.
     [[nodiscard]] unsigned long long getMatrixChangeCount() const noexcept
     {
-        return m_pBlock ? m_pBlock->getChangeCount() : m_uiChangeCount;
+        return m_bMember ? m_pStorage->m_pBlock->getChangeCount() : m_pStorage->m_uiChangeCount;
     }
-    /// The block that holds the matrices; null when the object holds them itself.
-    [[nodiscard]] P_TransformBlock* getTransformBlock() const noexcept { return m_pBlock; }
+    /// The block that holds the matrices; null when the object is in none.
+    [[nodiscard]] P_TransformBlock* getTransformBlock() const noexcept
+    {
+        return m_bMember ? m_pStorage->m_pBlock : nullptr;
+    }
     /// The object's place in its block; only with a block.
-    [[nodiscard]] unsigned int getTransformBlockIndex() const noexcept { return m_uiBlockIndex; }
+    [[nodiscard]] unsigned int getTransformBlockIndex() const noexcept { return m_uiPlace; }
     /// @}
 
     /// @name State
     /// @{
-    [[nodiscard]] bool isEnabled() const noexcept { return m_bEnabled; }
-    /// Whether the last frame's test found the object in view; true until tested.
-    [[nodiscard]] bool isInView() const noexcept { return m_bInView; }
-    void setInView(bool inView) noexcept { m_bInView = inView; }
 
+    /// Whether the object itself is shown; that what it hangs under is shown is not asked.
+    [[nodiscard]] bool isEnabled() const noexcept { return m_bEnabled; }
+    /// Whether the last frame's test found the object in view; true until tested. An idle object is in view unless
+    /// something above it that is out of view hides what hangs below.
+    [[nodiscard]] bool isInView() const noexcept { return m_bIdle ? !isHiddenFromAbove() : m_bInView; }
+    void setInView(bool inView) noexcept;
+    /// Whether frames pass over the object.
+    [[nodiscard]] bool isIdle() const noexcept { return m_bIdle; }
+
+    /// A combination of EngineFlag values.
     [[nodiscard]] unsigned int getEngineFlags() const noexcept { return m_uiEngineFlags; }
-    void setEngineFlags(unsigned int flags) noexcept { m_uiEngineFlags = flags; }
+    void setEngineFlags(unsigned int flags) noexcept
+    {
+        m_uiEngineFlags = static_cast<std::uint16_t>(flags);
+        updateIdle();
+    }
     /// Takes over all of the other's engine flags.
-    void copyEngineFlags(const P_BaseObject& other) noexcept { m_uiEngineFlags = other.m_uiEngineFlags; }
-    [[nodiscard]] bool hasEngineFlag(EngineFlag flag) const noexcept { return (m_uiEngineFlags & flag) != 0; }
+    void copyEngineFlags(const P_BaseObject& other) noexcept { setEngineFlags(other.m_uiEngineFlags); }
+    /// One of the flags.
+    [[nodiscard]] bool hasEngineFlag(EngineFlag flag) const noexcept { return (getEngineFlags() & flag) != 0; }
     void setEngineFlag(EngineFlag flag, bool on) noexcept
     {
-        m_uiEngineFlags = on ? m_uiEngineFlags | flag : m_uiEngineFlags & ~static_cast<unsigned int>(flag);
+        setEngineFlags(on ? getEngineFlags() | flag : getEngineFlags() & ~static_cast<unsigned int>(flag));
     }
 
-    [[nodiscard]] int getCollisionGroup() const noexcept { return m_iCollisionGroup; }
-    [[nodiscard]] unsigned int getCollisionMask() const noexcept { return m_uiCollisionMask; }
+    /// 0 to 31; 0 until set.
+    [[nodiscard]] int getCollisionGroup() const noexcept { return getRare().m_iCollisionGroup; }
+    /// Bit g: it meets objects of group g; all bits until set.
+    [[nodiscard]] unsigned int getCollisionMask() const noexcept { return getRare().m_uiCollisionMask; }
     /// Whether each object's mask names the other's group.
     [[nodiscard]] bool collidesWith(const P_BaseObject& other) const noexcept;
     /// @}
 
     /// @name Stored bounding volumes
     /// @{
-    [[nodiscard]] float getStoredBoundingRadius() const noexcept { return m_fBoundingRadius; }
-    [[nodiscard]] const M_Vector3Template<float>& getStoredBoundingBoxMin() const noexcept { return m_vBoundingBoxMin; }
-    [[nodiscard]] const M_Vector3Template<float>& getStoredBoundingBoxMax() const noexcept { return m_vBoundingBoxMax; }
-    void setBoundingRadius(float radius) noexcept { m_fBoundingRadius = radius; }
-    void setBoundingBox(const M_Vector3Template<float>& minimum, const M_Vector3Template<float>& maximum) noexcept
+
+    /// In scene units; 0 until set or computed.
+    [[nodiscard]] float getStoredBoundingRadius() const noexcept { return getRare().m_fBoundingRadius; }
+    /// Smallest corner.
+    [[nodiscard]] const M_Vector3Template<float>& getStoredBoundingBoxMin() const noexcept
     {
-        m_vBoundingBoxMin = minimum;
-        m_vBoundingBoxMax = maximum;
+        return getRare().m_vBoundingBoxMin;
     }
+    /// Largest corner.
+    [[nodiscard]] const M_Vector3Template<float>& getStoredBoundingBoxMax() const noexcept
+    {
+        return getRare().m_vBoundingBoxMax;
+    }
+    /// In scene units; used while the volumes are fixed.
+    void setBoundingRadius(float radius) { accessRare().m_fBoundingRadius = radius; }
+    /// Corners in the object's own space; used while the volumes are fixed.
+    void setBoundingBox(const M_Vector3Template<float>& minimum, const M_Vector3Template<float>& maximum);
     /// @}
 
     /// @name Debugging aids
     /// @{
-    void enableVisualization(bool on) noexcept { m_bVisualization = on; }
-    [[nodiscard]] bool isVisualizationEnabled() const noexcept { return m_bVisualization; }
-    void enableVertexNormalVisualization(bool on) noexcept { m_bVertexNormalVisualization = on; }
-    [[nodiscard]] bool isVertexNormalVisualizationEnabled() const noexcept { return m_bVertexNormalVisualization; }
+
+    /// The bounding volumes that are switched on as lines.
+    void enableVisualization(bool on) noexcept
+    {
+        m_bVisualization = on;
+        updateIdle();
+    }
+    /// A line per vertex normal.
+    void enableVertexNormalVisualization(bool on) noexcept
+    {
+        m_bVertexNormalVisualization = on;
+        updateIdle();
+    }
     /// @}
 
 protected:
-    /// The context stored for the object: the process's default one, that of the scene once it is in one, or what was
-    /// set.
-    [[nodiscard]] P_Context* getStoredContext() const noexcept { return m_pContext; }
-    /// A null context means that no camera is current.
-    void setStoredContext(P_Context* context) noexcept { m_pContext = context; }
+    /// The context stored for the object: that of the scene that it is in or was in last, else the process's default
+    /// one.
+    [[nodiscard]] P_Context* getStoredContext() const noexcept;
+    /// A copy that is in no block.
     P_BaseObject(const P_BaseObject& other, Kind kind);
+    /// A copy whose matrices lie in `block` from the start, at its next index.
+    P_BaseObject(const P_BaseObject& other, Kind kind, P_TransformBlock& block);
+    /// An object that is a mesh, a light, ... to its container and its scene.
     explicit P_BaseObject(Kind kind);
+    /// What may be done ahead of the object's frame (not owned; null, as at first: nothing). A copy begins with null.
+    /// Allocates for meshes only.
+    void setFramePreparation(P_FramePreparation* preparation);
+    /// Called whenever something has changed that decides whether the object is idle.
+    void updateIdle() noexcept
+    {
+        if (m_bMember || m_bPlain)
+        {
+            m_bPlain = isPlain();
+            setIdle(m_bPlain && !isShown());
+        }
+    }
 
 private:
     friend class P_ObjectContainer;
     friend class P_Scene;
     friend class P_TransformBlock;
 
+    /// What few objects have.
+    struct Rare : S_Allocated
+    {
+        float m_fBoundingRadius = 0.0F;
+        M_Vector3Template<float> m_vBoundingBoxMin;
+        M_Vector3Template<float> m_vBoundingBoxMax;
+        int m_iCollisionGroup = 0;
+        unsigned int m_uiCollisionMask = 0xFFFFFFFFU;
+        P_FramePreparation* m_pFramePreparation = nullptr;
+    };
+
+    P_BaseObject(const P_BaseObject& other, Kind kind, P_TransformBlock* block);
+    [[nodiscard]] const Rare& getRare() const noexcept { return m_pRare ? *m_pRare : sm_usual; }
+    [[nodiscard]] Rare& accessRare();
+    [[nodiscard]] unsigned char getState() const noexcept
+    {
+        if (m_bMember)
+        {
+            return m_pStorage->m_pStates[m_uiPlace];
+        }
+        return m_bOutOfDate ? P_TransformBlock::STATE_OUT_OF_DATE : P_TransformBlock::STATE_VALID;
+    }
+    void setState(unsigned char state) const noexcept
+    {
+        if (m_bMember)
+        {
+            m_pStorage->m_pStates[m_uiPlace] = state;
+        }
+        else
+        {
+            m_bOutOfDate = state != P_TransformBlock::STATE_VALID;
+        }
+    }
+
     void markSubtree() noexcept;
     bool mark(unsigned long long change) noexcept;
     void computeWorldMatrix() const noexcept;
     [[nodiscard]] bool isBelowThis(const P_BaseObject& object) const noexcept;
     void linkInto(P_ObjectContainer& container) noexcept;
-    void leaveContainer() noexcept;
-    void enterScene(P_Scene* scene);
+    void leaveContainer(bool staysInScene = false) noexcept;
+    void enterScene(P_Scene& scene);
     void leaveScene() noexcept;
     void updateBoundingVolumes();
-    [[nodiscard]] P_BaseObject* getFirstShownChild() const noexcept;
-    [[nodiscard]] P_BaseObject* getNextShownSibling() const noexcept;
+    [[nodiscard]] bool isPlain() const noexcept;
+    [[nodiscard]] bool isShown() const noexcept;
+    void setIdle(bool idle) noexcept;
+    [[nodiscard]] bool isHiddenFromAbove() const noexcept;
+    /// Whether a frame has something to do with the object or with something below it.
+    [[nodiscard]] bool isBusySubtree() const noexcept { return !m_bIdle || m_uiBusyChildren != 0; }
+    static void countBusyChild(P_ObjectContainer* container, bool comes) noexcept;
+    [[nodiscard]] P_BaseObject* getFirstShownChild(bool passOverIdle) const noexcept;
+    [[nodiscard]] P_BaseObject* getNextShownSibling(bool passOverIdle) const noexcept;
+    [[nodiscard]] P_BaseObject* skipIdle(bool passOverIdle) noexcept;
 
-    /// Counts every marking of the process: the source of the change counts.
-    static unsigned long long sm_uiChanges;
+    /// A number for a marking that no other marking of the process has, never 0: the source of the change counts.
+    [[nodiscard]] static unsigned long long takeChangeNumber() noexcept;
 
-    M_Matrix4x3Template<float>* m_pLocalMatrix;
-    M_Matrix4x3Template<float>* m_pWorldMatrix;
-    unsigned char* m_pState;
-    P_ObjectContainer* m_pContainer = nullptr;
+    static const Rare sm_usual;
+
+    void tellFrame() const noexcept;
+
+    // Ordered for size, and so that a frame that passes by looks at one cache line: there are many objects.
+    P_TransformStorage* m_pStorage = nullptr;
+    /// The object's place in its storage, which in a block is its index.
+    unsigned int m_uiPlace = 0;
+    /// Where the running frame of the scene names this object.
+    unsigned int m_uiScenePlace = 0;
     P_BaseObject* m_pNextSibling = nullptr;
+    P_ObjectContainer* m_pContainer = nullptr;
+    /// Of a first child: the last one, which for an only child is itself.
     P_BaseObject* m_pPreviousSibling = nullptr;
-    P_TransformBlock* m_pBlock = nullptr;
-    unsigned int m_uiBlockIndex = 0;
-    unsigned char m_ownState = P_TransformBlock::STATE_OUT_OF_DATE;
-    bool m_bEnabled = true;
-    bool m_bInView = true;
-    bool m_bVisualization = false;
-    bool m_bVertexNormalVisualization = false;
-    /// `linkToScene` was called for the present scene.
-    bool m_bLinked = false;
-    /// The volumes were just computed: nobody computes them again.
-    bool m_bVolumesHeld = false;
-    unsigned int m_uiEngineFlags = 0;
-    unsigned long long m_uiChangeCount = 0;
-    /// Where the scene's lists of the running frame name this object, and the last frame that visited it.
-    std::size_t m_uiScenePlace = 0;
-    unsigned long long m_uiVisitedFrame = 0;
-    /// While a chain of world matrices is computed: the next object on the way down.
-    mutable const P_BaseObject* m_pWayDown = nullptr;
-    P_Context* m_pContext;
-    P_Scene* m_pScene = nullptr;
-    M_Matrix4x3Template<float> m_ownLocalMatrix;
-    M_Matrix4x3Template<float> m_ownWorldMatrix;
-    mutable M_Matrix4x3Template<float> m_worldToObjectMatrix;
-    float m_fBoundingRadius = 0.0f;
-    M_Vector3Template<float> m_vBoundingBoxMin;
-    M_Vector3Template<float> m_vBoundingBoxMax;
-    int m_iCollisionGroup = 0;
-    unsigned int m_uiCollisionMask = 0xFFFFFFFFu;
+    /// Of an object in a scene that scene, else the context stored for it.
+    union
+    {
+        P_Context* m_pContext;
+        P_Scene* m_pScene;
+    };
+    std::unique_ptr<Rare> m_pRare;
 };

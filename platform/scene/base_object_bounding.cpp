@@ -6,6 +6,7 @@
 #include <platform/scene/camera.h>
 #include <platform/scene/context.h>
 #include <platform/scene/lod_object.h>
+#include <platform/scene/scene.h>
 #include <platform/scene/virtual_object.h>
 
 #include <array>
@@ -17,18 +18,54 @@ namespace
 using Vector = M_Vector3Template<float>;
 using Matrix = M_Matrix4x3Template<float>;
 
-constexpr G_FColor s_volumeColor{255.0f, 255.0f, 0.0f};
-constexpr int s_iCircleSegments = 24;
-constexpr std::size_t s_uiUsualDepth = 16;
+constexpr G_FColor volumeColor{255.0F, 255.0F, 0.0F};
+constexpr int circleSegments = 24;
+constexpr std::size_t usualDepth = 17;
+
+/// The way from an object down to one that hangs below it: each one's transform into the first one's space. Allocates
+/// only where the way is unusually long.
+class Way
+{
+public:
+    [[nodiscard]] const Matrix& top() const noexcept
+    {
+        return m_uiCount <= usualDepth ? m_usual[m_uiCount - 1] : m_vecFurther.back();
+    }
+    void push(const Matrix& matrix)
+    {
+        if (m_uiCount < usualDepth)
+        {
+            m_usual[m_uiCount] = matrix;
+        }
+        else
+        {
+            m_vecFurther.push_back(matrix);
+        }
+        ++m_uiCount;
+    }
+    void pop() noexcept
+    {
+        if (m_uiCount > usualDepth)
+        {
+            m_vecFurther.pop_back();
+        }
+        --m_uiCount;
+    }
+
+private:
+    std::array<Matrix, usualDepth> m_usual;
+    S_Vector<Matrix> m_vecFurther;
+    std::size_t m_uiCount = 0;
+};
 
 /// A factor by which the transform lengthens no vector more: the root of the largest row sum of its Gram matrix. Exact
 /// when the rows stand at right angles.
 float getStretch(const Matrix& matrix)
 {
-    float largest = 0.0f;
+    float largest = 0.0F;
     for (int r = 0; r < 3; ++r)
     {
-        float sum = 0.0f;
+        float sum = 0.0F;
         for (int s = 0; s < 3; ++s)
         {
             sum += std::abs(matrix.getRow(r).dot(matrix.getRow(s)));
@@ -43,7 +80,7 @@ void addBoxLines(P_Context& context, const Vector& minimum, const Vector& maximu
     const auto corner = [&](unsigned int bits)
     {
         return toWorld.transformPoint(
-            {bits & 1u ? maximum.x : minimum.x, bits & 2u ? maximum.y : minimum.y, bits & 4u ? maximum.z : minimum.z});
+            {bits & 1U ? maximum.x : minimum.x, bits & 2U ? maximum.y : minimum.y, bits & 4U ? maximum.z : minimum.z});
     };
     for (unsigned int bits = 0; bits < 8; ++bits)
     {
@@ -51,7 +88,7 @@ void addBoxLines(P_Context& context, const Vector& minimum, const Vector& maximu
         {
             if (!(bits & axis))
             {
-                context.addDebugLine(corner(bits), corner(bits | axis), s_volumeColor);
+                context.addDebugLine(corner(bits), corner(bits | axis), volumeColor);
             }
         }
     }
@@ -63,15 +100,15 @@ void addSphereLines(P_Context& context, float radius, const Matrix& toWorld)
     {
         const auto point = [&](int segment)
         {
-            const float angle = 2.0f * std::numbers::pi_v<float> * static_cast<float>(segment) / s_iCircleSegments;
+            const float angle = 2.0F * std::numbers::pi_v<float> * static_cast<float>(segment) / circleSegments;
             const float u = radius * std::cos(angle);
             const float v = radius * std::sin(angle);
-            const std::array<Vector, 3> onPlane{Vector{u, v, 0.0f}, Vector{0.0f, u, v}, Vector{v, 0.0f, u}};
+            const std::array<Vector, 3> onPlane{Vector{u, v, 0.0F}, Vector{0.0F, u, v}, Vector{v, 0.0F, u}};
             return toWorld.transformPoint(onPlane[static_cast<std::size_t>(plane)]);
         };
-        for (int segment = 0; segment < s_iCircleSegments; ++segment)
+        for (int segment = 0; segment < circleSegments; ++segment)
         {
-            context.addDebugLine(point(segment), point(segment + 1), s_volumeColor);
+            context.addDebugLine(point(segment), point(segment + 1), volumeColor);
         }
     }
 }
@@ -80,19 +117,19 @@ void addSphereLines(P_Context& context, float radius, const Matrix& toWorld)
 float P_BaseObject::getBoundingRadius()
 {
     updateBoundingVolumes();
-    return m_fBoundingRadius;
+    return getStoredBoundingRadius();
 }
 
 M_Vector3Template<float> P_BaseObject::getBoundingBoxMin()
 {
     updateBoundingVolumes();
-    return m_vBoundingBoxMin;
+    return getStoredBoundingBoxMin();
 }
 
 M_Vector3Template<float> P_BaseObject::getBoundingBoxMax()
 {
     updateBoundingVolumes();
-    return m_vBoundingBoxMax;
+    return getStoredBoundingBoxMax();
 }
 
 void P_BaseObject::updateBoundingVolumes()
@@ -103,54 +140,74 @@ void P_BaseObject::updateBoundingVolumes()
     }
 }
 
-/// The first child whose meshes count: of a level-of-detail object only the object in use does.
-P_BaseObject* P_BaseObject::getFirstShownChild() const noexcept
+/// This object, or the next sibling at or below which there is something to see.
+P_BaseObject* P_BaseObject::skipIdle(bool passOverIdle) noexcept
 {
-    return m_eKind == Kind::LevelOfDetail ? static_cast<const P_LODObject*>(this)->getUsedLODObject() : getFirstChild();
+    P_BaseObject* object = this;
+    while (object && passOverIdle && !object->isBusySubtree())
+    {
+        object = object->m_pNextSibling;
+    }
+    return object;
 }
 
-P_BaseObject* P_BaseObject::getNextShownSibling() const noexcept
+/// The first child whose meshes count: of a level-of-detail object only the object in use does.
+P_BaseObject* P_BaseObject::getFirstShownChild(bool passOverIdle) const noexcept
 {
-    return m_pContainer->m_eKind == Kind::LevelOfDetail ? nullptr : m_pNextSibling;
+    if (m_eKind == Kind::LevelOfDetail)
+    {
+        return static_cast<const P_LODObject*>(this)->getUsedLODObject();
+    }
+    if (passOverIdle && m_uiBusyChildren == 0)
+    {
+        return nullptr;
+    }
+    return getFirstChild() ? getFirstChild()->skipIdle(passOverIdle) : nullptr;
+}
+
+P_BaseObject* P_BaseObject::getNextShownSibling(bool passOverIdle) const noexcept
+{
+    const bool isOnlyOne = m_pContainer->m_eKind == Kind::LevelOfDetail || !m_pNextSibling;
+    return isOnlyOne ? nullptr : m_pNextSibling->skipIdle(passOverIdle);
 }
 
 void P_BaseObject::calculateBoundingVolumes()
 {
     P_Bounds bounds;
-    // The way from this object down to the visited one: each one's transform into this object's space.
-    S_Vector<Matrix> toThis;
-    toThis.reserve(s_uiUsualDepth);
-    toThis.emplace_back();
+    // Idle objects show nothing; a scene that has not looked at them lately does not know whether they still are.
+    const bool passOverIdle = m_bInScene && m_pScene->knowsIdleObjects();
+    Way toThis;
+    toThis.push(Matrix());
     const P_BaseObject* object = this;
     while (object)
     {
         if (object->m_eKind == Kind::Mesh && object->m_bEnabled)
         {
-            static_cast<const P_VirtualObject*>(object)->addToBounds(bounds, toThis.back());
+            static_cast<const P_VirtualObject*>(object)->addToBounds(bounds, toThis.top());
         }
-        const P_BaseObject* next = object->getFirstShownChild();
-        if (next)
+        const P_BaseObject* next = object->getFirstShownChild(passOverIdle);
+        if (!next)
         {
-            toThis.emplace_back();
-        }
-        while (!next && object != this)
-        {
-            next = object->getNextShownSibling();
-            if (!next)
+            while (!next && object != this)
             {
-                object = object->getParent();
-                toThis.pop_back();
+                next = object->getNextShownSibling(passOverIdle);
+                toThis.pop();
+                if (!next)
+                {
+                    object = object->getParent();
+                }
             }
         }
         if (next)
         {
-            M_multiply(*next->m_pLocalMatrix, toThis[toThis.size() - 2], toThis.back());
+            Matrix product;
+            M_multiply(next->getMatrix(), toThis.top(), product);
+            toThis.push(product);
         }
         object = next;
     }
-    m_fBoundingRadius = bounds.getRadius();
-    m_vBoundingBoxMin = bounds.getMinimum();
-    m_vBoundingBoxMax = bounds.getMaximum();
+    setBoundingRadius(bounds.getRadius());
+    setBoundingBox(bounds.getMinimum(), bounds.getMaximum());
 }
 
 bool P_BaseObject::isInsideViewVolume(P_Camera* camera)
@@ -162,15 +219,18 @@ bool P_BaseObject::isInsideViewVolume(P_Camera* camera)
     // The volumes are asked for up to three times, through overridden operations too, and computed once.
     struct Hold
     {
-        explicit Hold(bool& held) noexcept : m_held(held), m_before(held) { m_held = true; }
-        ~Hold() { m_held = m_before; }
+        explicit Hold(P_BaseObject& object) noexcept : m_object(object), m_bBefore(object.m_bVolumesHeld)
+        {
+            m_object.m_bVolumesHeld = true;
+        }
+        ~Hold() { m_object.m_bVolumesHeld = m_bBefore; }
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
-        bool& m_held;
-        bool m_before;
+        P_BaseObject& m_object;
+        bool m_bBefore;
     };
     updateBoundingVolumes();
-    const Hold hold(m_bVolumesHeld);
+    const Hold hold(*this);
     const Matrix& world = getObjectToWorldMatrix();
     if (hasEngineFlag(FLAG_BOUNDING_SPHERE) &&
         !camera->isSphereInView(world.getTranslation(), getBoundingRadius() * getStretch(world)))
@@ -182,17 +242,18 @@ bool P_BaseObject::isInsideViewVolume(P_Camera* camera)
 
 void P_BaseObject::visualization()
 {
-    if (!m_pContext)
+    P_Context* const context = getStoredContext();
+    if (!context)
     {
         return;
     }
     if (hasEngineFlag(FLAG_BOUNDING_SPHERE))
     {
-        addSphereLines(*m_pContext, getBoundingRadius(), getObjectToWorldMatrix());
+        addSphereLines(*context, getBoundingRadius(), getObjectToWorldMatrix());
     }
     if (hasEngineFlag(FLAG_BOUNDING_BOX))
     {
-        addBoxLines(*m_pContext, getBoundingBoxMin(), getBoundingBoxMax(), getObjectToWorldMatrix());
+        addBoxLines(*context, getBoundingBoxMin(), getBoundingBoxMax(), getObjectToWorldMatrix());
     }
 }
 

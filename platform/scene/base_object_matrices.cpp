@@ -1,27 +1,44 @@
 // World matrices of scene objects: marking as out of date and computing on demand.
 
 #include <platform/math/matrix4x3_product.h>
+#include <platform/runtime/counter.h>
 #include <platform/scene/base_object.h>
 #include <platform/scene/subtree.h>
 
-unsigned long long P_BaseObject::sm_uiChanges = 0;
+#include <cstddef>
+
+/// Threads take numbers in portions, so that they share nothing while they mark.
+unsigned long long P_BaseObject::takeChangeNumber() noexcept
+{
+    constexpr unsigned long long portion = 0x10000;
+    static constinit S_Counter<unsigned long long> s_uTaken;
+    thread_local unsigned long long s_uLast = 0;
+    thread_local unsigned long long s_uEnd = 0;
+    if (s_uLast == s_uEnd)
+    {
+        s_uEnd = s_uTaken += portion;
+        s_uLast = s_uEnd - portion;
+    }
+    return ++s_uLast;
+}
 
 /// Marks this object, or, through its block, it and everything below. Returns whether what hangs below is still to be
 /// marked.
 bool P_BaseObject::mark(unsigned long long change) noexcept
 {
-    if (m_pBlock && getFirstChild() && m_pBlock->markBelowTop(m_uiBlockIndex, change))
+    P_TransformBlock* const block = getTransformBlock();
+    if (block && getFirstChild() && block->markBelowTop(m_uiPlace, change))
     {
         return false;
     }
-    *m_pState = P_TransformBlock::STATE_OUT_OF_DATE;
-    (m_pBlock ? m_pBlock->m_uiChangeCount : m_uiChangeCount) = change;
+    setState(P_TransformBlock::STATE_OUT_OF_DATE);
+    (block ? block->m_uiChangeCount : m_pStorage->m_uiChangeCount) = change;
     return true;
 }
 
 void P_BaseObject::markSubtree() noexcept
 {
-    const unsigned long long change = ++sm_uiChanges;
+    const unsigned long long change = takeChangeNumber();
     P_BaseObject* object = nextInSubtree(*this, this, mark(change));
     while (object)
     {
@@ -34,13 +51,13 @@ void P_BaseObject::computeWorldMatrix() const noexcept
 {
     if (const P_BaseObject* parent = getParent())
     {
-        M_multiply(*m_pLocalMatrix, *parent->m_pWorldMatrix, *m_pWorldMatrix);
+        M_multiply(getMatrix(), parent->m_pStorage->m_pWorld[parent->m_uiPlace], m_pStorage->m_pWorld[m_uiPlace]);
     }
     else
     {
-        *m_pWorldMatrix = *m_pLocalMatrix;
+        m_pStorage->m_pWorld[m_uiPlace] = getMatrix();
     }
-    *m_pState &= static_cast<unsigned char>(~P_TransformBlock::STATE_WORLD_OUT_OF_DATE);
+    setState(P_TransformBlock::STATE_VALID);
 }
 
 void P_BaseObject::calculateObjectToWorldMatrix() const noexcept
@@ -49,27 +66,20 @@ void P_BaseObject::calculateObjectToWorldMatrix() const noexcept
     {
         return;
     }
-    const P_BaseObject* object = this;
-    m_pWayDown = nullptr;
-    for (const P_BaseObject* parent = getParent(); parent && !parent->isObjectToWorldMatrixValid();
-         parent = parent->getParent())
+    // The uppermost objects of a long chain come first, as many at a time as the list has room for.
+    constexpr std::size_t room = 256;
+    const P_BaseObject* chain[room];
+    do
     {
-        parent->m_pWayDown = object;
-        object = parent;
-    }
-    for (; object; object = object->m_pWayDown)
-    {
-        object->computeWorldMatrix();
-    }
-}
-
-const M_Matrix4x3Template<float>& P_BaseObject::getWorldToObjectMatrix() const noexcept
-{
-    const M_Matrix4x3Template<float>& world = getObjectToWorldMatrix();
-    if (*m_pState & P_TransformBlock::STATE_INVERSE_OUT_OF_DATE)
-    {
-        m_worldToObjectMatrix = world.inverse();
-        *m_pState = P_TransformBlock::STATE_VALID;
-    }
-    return m_worldToObjectMatrix;
+        std::size_t length = 0;
+        for (const P_BaseObject* object = this; object && !object->isObjectToWorldMatrixValid();
+             object = object->getParent())
+        {
+            chain[length++ % room] = object;
+        }
+        for (const std::size_t below = length > room ? length - room : 0; length > below; --length)
+        {
+            chain[(length - 1) % room]->computeWorldMatrix();
+        }
+    } while (!isObjectToWorldMatrixValid());
 }

@@ -25,6 +25,7 @@ protected:
     P_Buffer(const P_Buffer&) noexcept = default;
     P_Buffer& operator=(const P_Buffer&) noexcept = default;
 
+    /// Room for so many elements, all in use afterwards.
     void setCapacity(unsigned int capacity) noexcept;
     /// Throws P_SceneException unless element `index` may be written.
     void checkWrite(unsigned int index) const

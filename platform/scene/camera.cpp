@@ -81,7 +81,7 @@ void P_Camera::lookAt(const Vector& eye, const Vector& target, const Vector& up)
 
 void P_Camera::setPerspective(float verticalAngle, float aspect, float nearDistance, float farDistance)
 {
-    if (!(verticalAngle > 0.0f && verticalAngle < 180.0f && aspect > 0.0f && nearDistance > 0.0f &&
+    if (!(verticalAngle > 0.0F && verticalAngle < 180.0F && aspect > 0.0F && nearDistance > 0.0F &&
           farDistance > nearDistance))
     {
         throw P_SceneException("A perspective needs 0 < angle < 180, aspect > 0 and 0 < near < far");
@@ -90,6 +90,7 @@ void P_Camera::setPerspective(float verticalAngle, float aspect, float nearDista
     m_fAspect = aspect;
     m_fNear = nearDistance;
     m_fFar = farDistance;
+    m_bViewVolumeKnown = false;
 }
 
 M_Matrix4Template<float> P_Camera::getProjectionMatrix() const noexcept
@@ -102,28 +103,41 @@ M_Matrix4Template<float> P_Camera::getProjectionMatrix() const noexcept
     result.m[0][0] = static_cast<float>(height / static_cast<double>(m_fAspect));
     result.m[1][1] = static_cast<float>(height);
     result.m[2][2] = static_cast<float>(depth);
-    result.m[2][3] = 1.0f;
+    result.m[2][3] = 1.0F;
     result.m[3][2] = static_cast<float>(-nearDistance * depth);
-    result.m[3][3] = 0.0f;
+    result.m[3][3] = 0.0F;
     return result;
 }
 
-P_Camera::ViewVolume P_Camera::getViewVolume() const noexcept
+/// An object that is out of date is not marked again when it moves: only with a valid world matrix do equal change
+/// counts mean that it has not moved.
+const P_Camera::ViewVolume& P_Camera::getViewVolume() const noexcept
+{
+    if (!m_bViewVolumeKnown || !isObjectToWorldMatrixValid() || getMatrixChangeCount() != m_uiViewChange)
+    {
+        m_viewVolume = computeViewVolume();
+        m_uiViewChange = getMatrixChangeCount();
+        m_bViewVolumeKnown = true;
+    }
+    return m_viewVolume;
+}
+
+P_Camera::ViewVolume P_Camera::computeViewVolume() const noexcept
 {
     const double top = std::tan(getHalfAngle(m_fVerticalAngle));
     const double side = top * static_cast<double>(m_fAspect);
     const auto plane = [](double x, double y, double z, float distance) {
         return Plane{toFloat(M_Vector3Template<double>{x, y, z}.normalized()), distance};
     };
-    ViewVolume planes{plane(1.0, 0.0, side, 0.0f), plane(-1.0, 0.0, side, 0.0f),   plane(0.0, 1.0, top, 0.0f),
-                      plane(0.0, -1.0, top, 0.0f), plane(0.0, 0.0, 1.0, -m_fNear), plane(0.0, 0.0, -1.0, m_fFar)};
+    ViewVolume planes{plane(1.0, 0.0, side, 0.0F), plane(-1.0, 0.0, side, 0.0F),   plane(0.0, 1.0, top, 0.0F),
+                      plane(0.0, -1.0, top, 0.0F), plane(0.0, 0.0, 1.0, -m_fNear), plane(0.0, 0.0, -1.0, m_fFar)};
     const M_Matrix4x3Template<float>& view = getViewMatrix();
     for (Plane& p : planes)
     {
         const Vector normal = pullBack(view, p.m_vNormal);
         const float distance = view.getTranslation().dot(p.m_vNormal) + p.m_fDistance;
         const float length = normal.length();
-        const float scale = length > 0.0f ? 1.0f / length : 1.0f;
+        const float scale = length > 0.0F ? 1.0F / length : 1.0F;
         p = {normal * scale, distance * scale};
     }
     return planes;
@@ -131,7 +145,7 @@ P_Camera::ViewVolume P_Camera::getViewVolume() const noexcept
 
 bool P_Camera::isSphereInView(const Vector& center, float radius) const noexcept
 {
-    const ViewVolume planes = getViewVolume();
+    const ViewVolume& planes = getViewVolume();
     return std::none_of(planes.begin(), planes.end(),
                         [&](const Plane& p) { return p.m_vNormal.dot(center) + p.m_fDistance < -radius; });
 }
@@ -139,7 +153,7 @@ bool P_Camera::isSphereInView(const Vector& center, float radius) const noexcept
 bool P_Camera::isBoxInView(const Vector& minimum, const Vector& maximum,
                            const M_Matrix4x3Template<float>& toWorld) const noexcept
 {
-    const ViewVolume planes = getViewVolume();
+    const ViewVolume& planes = getViewVolume();
     return std::none_of(planes.begin(), planes.end(),
                         [&](const Plane& p)
                         {
@@ -148,6 +162,6 @@ bool P_Camera::isBoxInView(const Vector& minimum, const Vector& maximum,
                             const float inside = std::max(n.x * minimum.x, n.x * maximum.x) +
                                                  std::max(n.y * minimum.y, n.y * maximum.y) +
                                                  std::max(n.z * minimum.z, n.z * maximum.z);
-                            return inside + toWorld.getTranslation().dot(p.m_vNormal) + p.m_fDistance < 0.0f;
+                            return inside + toWorld.getTranslation().dot(p.m_vNormal) + p.m_fDistance < 0.0F;
                         });
 }

@@ -15,9 +15,10 @@ public:
     /// A plane in world space; a point p lies inside when normal·p + distance is not negative.
     struct Plane
     {
-        M_Vector3Template<float> m_vNormal;
-        float m_fDistance = 0.0f;
+        M_Vector3Template<float> m_vNormal;  ///< points inwards, length 1
+        float m_fDistance = 0.0F;            ///< a point p is inside where normal x p + distance is not below 0
     };
+    /// The six planes around what the camera sees.
     using ViewVolume = std::array<Plane, 6>;
 
     /// At the origin, 60 degrees high, square, from 0.1 to 10000.
@@ -36,7 +37,7 @@ public:
     void lookAt(const M_Vector3Template<float>& eye, const M_Vector3Template<float>& target,
                 const M_Vector3Template<float>& up);
     /// World space to camera space.
-    [[nodiscard]] const M_Matrix4x3Template<float>& getViewMatrix() const noexcept { return getWorldToObjectMatrix(); }
+    [[nodiscard]] M_Matrix4x3Template<float> getViewMatrix() const noexcept { return getWorldToObjectMatrix(); }
     /// @}
 
     /// @name Projection
@@ -46,10 +47,12 @@ public:
     /// `farDistance`: the visible depths. Throws P_SceneException unless 0 < angle < 180, aspect > 0 and 0 < near <
     /// far.
     void setPerspective(float verticalAngle, float aspect, float nearDistance, float farDistance);
+    /// In degrees.
     [[nodiscard]] float getVerticalAngle() const noexcept { return m_fVerticalAngle; }
+    /// Width divided by height.
     [[nodiscard]] float getAspect() const noexcept { return m_fAspect; }
+    /// In scene units.
     [[nodiscard]] float getNearDistance() const noexcept { return m_fNear; }
-    [[nodiscard]] float getFarDistance() const noexcept { return m_fFar; }
     /// Camera space to clip space, for row vectors: x and y from -w to w, z from 0 (near) to w (far).
     [[nodiscard]] M_Matrix4Template<float> getProjectionMatrix() const noexcept;
     /// @}
@@ -57,8 +60,9 @@ public:
     /// @name View volume
     /// @{
 
-    /// Left, right, bottom, top, near and far plane, in world space.
-    [[nodiscard]] ViewVolume getViewVolume() const noexcept;
+    /// Left, right, bottom, top, near and far plane, in world space. Computed when it is asked for and kept until the
+    /// camera moves.
+    [[nodiscard]] const ViewVolume& getViewVolume() const noexcept;
     /// Whether a sphere in world space touches the view volume. Here and below, what lies just outside of an edge or a
     /// corner of the volume may be reported as well.
     [[nodiscard]] bool isSphereInView(const M_Vector3Template<float>& center, float radius) const noexcept;
@@ -68,8 +72,14 @@ public:
     /// @}
 
 private:
-    float m_fVerticalAngle = 60.0f;
-    float m_fAspect = 1.0f;
-    float m_fNear = 0.1f;
-    float m_fFar = 10000.0f;
+    [[nodiscard]] ViewVolume computeViewVolume() const noexcept;
+
+    float m_fVerticalAngle = 60.0F;
+    float m_fAspect = 1.0F;
+    float m_fNear = 0.1F;
+    float m_fFar = 10000.0F;
+    /// The view volume that was asked for last, and the camera's change count then.
+    mutable ViewVolume m_viewVolume;
+    mutable unsigned long long m_uiViewChange = 0;
+    mutable bool m_bViewVolumeKnown = false;
 };

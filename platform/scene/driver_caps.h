@@ -8,6 +8,7 @@ struct P_DriverCaps
     unsigned int m_uiPixelShaderVersion = 0x0100;
     /// Size of the smallest texture that every mode takes, in pixels.
     unsigned int m_uiMinimumTextureWidth = 8;
+    /// The same of its height.
     unsigned int m_uiMinimumTextureHeight = 8;
     /// Largest side of a texture, in pixels.
     unsigned int m_uiMaximumTextureSize = 8192;

@@ -8,8 +8,8 @@ P_DriverException::~P_DriverException() = default;
 
 const CRuntimeClass* P_DriverException::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"P_DriverException"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"P_DriverException"};
+    return &runtimeClass;
 }
 
 P_DriverException_TooManyBonesPerVertex::P_DriverException_TooManyBonesPerVertex()
@@ -20,6 +20,6 @@ P_DriverException_TooManyBonesPerVertex::~P_DriverException_TooManyBonesPerVerte
 
 const CRuntimeClass* P_DriverException_TooManyBonesPerVertex::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"P_DriverException_TooManyBonesPerVertex"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"P_DriverException_TooManyBonesPerVertex"};
+    return &runtimeClass;
 }

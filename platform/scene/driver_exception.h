@@ -7,6 +7,7 @@
 class TW2_PLATFORM_API P_DriverException : public S_Exception
 {
 public:
+    /// `message`: what the driver cannot do.
     explicit P_DriverException(const char* message);
     ~P_DriverException() override;
     [[nodiscard]] const CRuntimeClass* GetRuntimeClass() const override;

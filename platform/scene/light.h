@@ -18,6 +18,7 @@ public:
 
     ~P_Light() override;
 
+    /// Which of the derived classes it is.
     [[nodiscard]] virtual Kind getLightKind() const = 0;
     [[nodiscard]] P_Context* getContext() const override;
     [[nodiscard]] ObjectType getType() const override;
@@ -30,5 +31,5 @@ protected:
     P_Light();
 
 private:
-    G_FColor m_color{255.0f, 255.0f, 255.0f, 255.0f};
+    G_FColor m_color{255.0F, 255.0F, 255.0F, 255.0F};
 };

@@ -89,21 +89,32 @@ float P_LODObject::getRange(int level) const
 
 void P_LODObject::calculateLOD()
 {
-    P_Context* context = getContext();
+    m_iUsedLevel = findLevel();
+}
+
+P_BaseObject* P_LODObject::getNextLODObject() const noexcept
+{
+    const int level = findLevel();
+    return level >= 0 ? m_vecLevels[static_cast<std::size_t>(level)].m_pObject : nullptr;
+}
+
+int P_LODObject::findLevel() const noexcept
+{
+    const P_Context* context = getContext();
     const P_Camera* camera = context ? context->getCurrentCamera() : nullptr;
     const float distance =
         camera
             ? (camera->getObjectToWorldMatrix().getTranslation() - getObjectToWorldMatrix().getTranslation()).length()
-            : 0.0f;
-    m_iUsedLevel = -1;
-    for (int level = 0; level < getLevelCount() && m_iUsedLevel < 0; ++level)
+            : 0.0F;
+    for (int level = 0; level < getLevelCount(); ++level)
     {
         const Level& entry = m_vecLevels[static_cast<std::size_t>(level)];
         if (entry.m_pObject && (!camera || distance <= entry.m_fRange))
         {
-            m_iUsedLevel = level;
+            return level;
         }
     }
+    return -1;
 }
 
 P_BaseObject* P_LODObject::getUsedLODObject() const noexcept

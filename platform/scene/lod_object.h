@@ -23,6 +23,8 @@ public:
     /// @name Levels
     /// An index that is not a level throws P_SceneException.
     /// @{
+
+    /// Levels, each with an object or without.
     [[nodiscard]] int getLevelCount() const noexcept { return static_cast<int>(m_vecLevels.size()); }
     /// Enters an object for a level and hangs it below this object; an object that was there is taken out. `range`: the
     /// largest distance at which the level is shown. A null object empties the level and sets its range. An object
@@ -45,6 +47,8 @@ public:
     void calculateLOD();
     /// The object in use; null before the first `calculateLOD` and when no level is in use.
     [[nodiscard]] P_BaseObject* getUsedLODObject() const noexcept;
+    /// The object that `calculateLOD` would put in use now.
+    [[nodiscard]] P_BaseObject* getNextLODObject() const noexcept;
     /// The level in use; -1 for none.
     [[nodiscard]] int getUsedLevel() const noexcept { return m_iUsedLevel; }
     /// @}
@@ -57,10 +61,11 @@ private:
     struct Level
     {
         P_BaseObject* m_pObject = nullptr;
-        float m_fRange = 0.0f;
+        float m_fRange = 0.0F;
     };
     [[nodiscard]] Level& access(int level);
     [[nodiscard]] const Level& access(int level) const;
+    [[nodiscard]] int findLevel() const noexcept;
     void forgetChild(const P_BaseObject* child) noexcept;
 
     S_Vector<Level> m_vecLevels;

@@ -9,12 +9,12 @@
 
 namespace
 {
-constexpr unsigned int s_alphaByte = 3;
-constexpr unsigned char s_opaque = 255;
+constexpr unsigned int alphaOffset = 3;
+constexpr unsigned char opaqueAlpha = 255;
 
 unsigned long long createId() noexcept
 {
-    static unsigned long long s_uiLastId = 0;
+    static constinit S_Counter<unsigned long long> s_uiLastId;
     return ++s_uiLastId;
 }
 
@@ -30,9 +30,9 @@ void requireSize(const G_Image& image, const char* name)
 
 bool isOpaque(const G_Image& image) noexcept
 {
-    for (std::size_t alpha = s_alphaByte; alpha < image.getSize(); alpha += G_Image::bytesPerPixel)
+    for (std::size_t alpha = alphaOffset; alpha < image.getSize(); alpha += G_Image::bytesPerPixel)
     {
-        if (image.getPixels()[alpha] != s_opaque)
+        if (image.getPixels()[alpha] != opaqueAlpha)
         {
             return false;
         }
@@ -69,8 +69,8 @@ private:
     static Place locate(float position, unsigned int count) noexcept
     {
         const float last = static_cast<float>(count - 1);
-        const float pixel = std::clamp(position * static_cast<float>(count) - 0.5f, 0.0f, last);
-        const auto first = std::min(static_cast<unsigned int>(pixel), count - 1);
+        const float pixel = std::clamp(position * static_cast<float>(count) - 0.5F, 0.0F, last);
+        const auto first = static_cast<unsigned int>(pixel);
         return {first, std::min(first + 1, count - 1), pixel - static_cast<float>(first)};
     }
     static float mix(float a, float b, float weight) noexcept { return a + (b - a) * weight; }
@@ -80,12 +80,12 @@ private:
         const unsigned char* pixel = m_image.getPixel(x, y);
         if (!m_bBrightness)
         {
-            return static_cast<float>(pixel[s_alphaByte]);
+            return static_cast<float>(pixel[alphaOffset]);
         }
         // Luma of ITU-R BT.601.
-        return (299.0f * static_cast<float>(pixel[0]) + 587.0f * static_cast<float>(pixel[1]) +
-                114.0f * static_cast<float>(pixel[2])) /
-               1000.0f;
+        return (299.0F * static_cast<float>(pixel[0]) + 587.0F * static_cast<float>(pixel[1]) +
+                114.0F * static_cast<float>(pixel[2])) /
+               1000.0F;
     }
 
     const G_Image& m_image;
@@ -101,8 +101,8 @@ void setAlpha(G_Image& image, const G_Image& alpha) noexcept
     {
         for (unsigned int x = 0; x < image.getWidth(); ++x)
         {
-            image.accessPixel(x, y)[s_alphaByte] =
-                source.sample((static_cast<float>(x) + 0.5f) / width, (static_cast<float>(y) + 0.5f) / height);
+            image.accessPixel(x, y)[alphaOffset] =
+                source.sample((static_cast<float>(x) + 0.5F) / width, (static_cast<float>(y) + 0.5F) / height);
         }
     }
 }
@@ -145,7 +145,7 @@ void P_Map::validate()
 
 int P_Map::getUsedMipLevelCount() const noexcept
 {
-    const unsigned int side = std::max({m_image.getWidth(), m_image.getHeight(), 1u});
+    const unsigned int side = std::max({m_image.getWidth(), m_image.getHeight(), 1U});
     const auto possible = static_cast<int>(std::bit_width(side));
     return m_iMipLevels <= 0 ? possible : std::min(m_iMipLevels, possible);
 }

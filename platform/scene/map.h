@@ -19,6 +19,7 @@ public:
     P_Map(const char* fileName, const char* alphaFileName);
     /// From images, of which `alpha` may be null. They stay the caller's and are copied by `validate`.
     P_Map(const G_Image* color, const G_Image* alpha);
+    /// Renderers forget their copies by themselves.
     ~P_Map();
     P_Map(const P_Map&) = delete;
     P_Map& operator=(const P_Map&) = delete;
@@ -26,11 +27,14 @@ public:
     /// Decodes the picture; does nothing once done. Throws S_FileException or G_ImageException with the file's name,
     /// also for a picture with a side longer than the driver takes; the map is then still without picture.
     void validate();
+    /// Whether the picture is decoded.
     [[nodiscard]] bool isValid() const noexcept { return !m_image.isEmpty(); }
     /// @}
 
     /// @name Description: a text for people
     /// @{
+
+    /// Any text; null is not allowed.
     void setDescription(const char* text) { m_strDescription = text; }
     [[nodiscard]] const S_String& getDescription() const noexcept { return m_strDescription; }
     /// @}
@@ -50,7 +54,9 @@ public:
 
     /// Asks for the map to be in texture memory before it is first drawn; validates it first.
     void addToTextureMemory();
+    /// Gives the memory back until the map is drawn again.
     void removeFromTextureMemory() noexcept { m_bInTextureMemory = false; }
+    /// Whether it was asked for and not given back since.
     [[nodiscard]] bool isInTextureMemory() const noexcept { return m_bInTextureMemory; }
     /// @}
 
@@ -64,8 +70,9 @@ public:
     /// Whether all pixels are the same, as in the map of a plain colour.
     [[nodiscard]] bool isUniform() const noexcept { return m_bUniform; }
     /// File names as given; empty for a map from images.
-    [[nodiscard]] const S_String& getFileName() const noexcept { return m_strFileName; }
-    [[nodiscard]] const S_String& getAlphaFileName() const noexcept { return m_strAlphaFileName; }
+    [[nodiscard]] const S_String& getFilename() const noexcept { return m_strFileName; }
+    /// Empty without a picture for the alpha.
+    [[nodiscard]] const S_String& getAlphaFilename() const noexcept { return m_strAlphaFileName; }
     /// A number no other map of the process has; a renderer finds its copy by it.
     [[nodiscard]] unsigned long long getId() const noexcept { return m_uiId; }
     /// @}

@@ -90,35 +90,38 @@ public:
         TextureTransparent   ///< texture layer 0 x gouraud, 2x, with alpha test and perhaps blending by the map's alpha
     };
 
+    /// A picture on the surface.
     struct TextureLayer
     {
-        unsigned int m_uiCoordinateSet = 0;
-        BLENDING_MODE m_eBlending = BLENDING_MODE::Opaque;
-        FILTER_MODE m_eFilter = FILTER_MODE::Point;
-        TEXTURE_ADDRESS_MODE m_eAddress = TEXTURE_ADDRESS_MODE::Wrap;
-        P_Map* m_pMap = nullptr;
-        bool m_bUsed = false;  ///< `addTextureLayer` was called for it
+        unsigned int m_uiCoordinateSet = 0;                            ///< which coordinates it lies on
+        BLENDING_MODE m_eBlending = BLENDING_MODE::Opaque;             ///< how it joins the layers before it
+        FILTER_MODE m_eFilter = FILTER_MODE::Point;                    ///< between and beyond its pixels
+        TEXTURE_ADDRESS_MODE m_eAddress = TEXTURE_ADDRESS_MODE::Wrap;  ///< outside of 0 to 1
+        P_Map* m_pMap = nullptr;                                       ///< not owned; null: no picture
+        bool m_bUsed = false;                                          ///< `addTextureLayer` was called for it
         friend bool operator==(const TextureLayer&, const TextureLayer&) noexcept = default;
     };
 
+    /// Light on the surface.
     struct ShadingLayer
     {
-        SHADING_MODE m_eMode = SHADING_MODE::Gouraud;
-        bool m_bCombine = false;  ///< joins the layers before it; false: the first layer
+        SHADING_MODE m_eMode = SHADING_MODE::Gouraud;  ///< which part of the light
+        bool m_bCombine = false;                       ///< joins the layers before it; false: the first layer
         friend bool operator==(const ShadingLayer&, const ShadingLayer&) noexcept = default;
     };
 
     /// One layer in the order of adding: `m_uiIndex` counts texture layers by their number, shading layers as added.
     struct Layer
     {
-        bool m_bShading = false;
-        unsigned int m_uiIndex = 0;
+        bool m_bShading = false;     ///< shading layer, else texture layer
+        unsigned int m_uiIndex = 0;  ///< its number among those of its kind
         friend bool operator==(const Layer&, const Layer&) noexcept = default;
     };
 
+    /// Where texture coordinates come from and what is done to them.
     struct CoordinateSet
     {
-        TextureCoordinateSource m_eSource = TextureCoordinateSource::Mesh;
+        TextureCoordinateSource m_eSource = TextureCoordinateSource::Mesh;  ///< before they are transformed
         bool m_bTransformed = false;  ///< multiplied by the primitive's texture matrix of this set
         bool m_bProjected = false;    ///< divided by its last component afterwards
         friend bool operator==(const CoordinateSet&, const CoordinateSet&) noexcept = default;
@@ -133,14 +136,15 @@ public:
         STATE_PREPARED = 3      ///< checked and ready
     };
 
+    /// What the library asks about a material.
     struct InfoBlock
     {
-        int m_iState = STATE_CREATED;
+        int m_iState = STATE_CREATED;         ///< a State
         unsigned int m_uiTextureLayers = 0;   ///< as `init` was told
         unsigned int m_uiCoordinateSets = 0;  ///< as `init` was told
     };
 
-    static constexpr unsigned int maximumTextureLayers = 16;
+    static constexpr unsigned int maximumTextureLayers = 16;  ///< layers and coordinate sets have numbers below this
 
     P_Material();
     /// An independent copy with the same layers, maps, colours and states.
@@ -151,6 +155,7 @@ public:
     /// Makes the material ready to be drawn. Throws P_DriverException when it has more texture layers than the driver
     /// takes; materials with a pixel shader count what the shader samples.
     virtual void prepare();
+    /// How far the material is, and how much room `init` made.
     [[nodiscard]] const InfoBlock& getInfoBlock() const noexcept { return m_infoBlock; }
 
     /// @name Layers
@@ -167,6 +172,7 @@ public:
     /// Adds a shading layer after the layers added so far; `combine` is false for the first layer.
     void addShadingLayer(SHADING_MODE mode, bool combine);
 
+    /// Layers of both kinds.
     [[nodiscard]] unsigned int getLayerCount() const noexcept { return static_cast<unsigned int>(m_vecLayers.size()); }
     /// Layers of both kinds in the order of adding.
     [[nodiscard]] const Layer& getLayer(unsigned int index) const { return m_vecLayers.at(index); }
@@ -175,14 +181,13 @@ public:
     {
         return static_cast<unsigned int>(m_vecTextureLayers.size());
     }
+    /// One of `getTextureLayerCount()` layers; another number throws std::out_of_range.
     [[nodiscard]] const TextureLayer& getTextureLayer(unsigned int layer) const { return m_vecTextureLayers.at(layer); }
     /// The map bound to a layer; null for none and for a number that is no layer.
     [[nodiscard]] P_Map* getTexture(unsigned int layer) const noexcept;
-    [[nodiscard]] unsigned int getShadingLayerCount() const noexcept
-    {
-        return static_cast<unsigned int>(m_vecShadingLayers.size());
-    }
+    /// A shading layer in the order of adding; another number throws std::out_of_range.
     [[nodiscard]] const ShadingLayer& getShadingLayer(unsigned int index) const { return m_vecShadingLayers.at(index); }
+    /// Whether a shading layer of that kind was added.
     [[nodiscard]] bool hasShadingLayer(SHADING_MODE mode) const noexcept;
     /// Who put the layers together.
     [[nodiscard]] SetUp getSetUp() const noexcept { return m_eSetUp; }
@@ -192,10 +197,16 @@ public:
     /// @name Texture coordinate sets, by number; one that was never touched takes the mesh's coordinates
     /// A negative number, or one from `maximumTextureLayers` on, throws P_DriverException.
     /// @{
+
+    /// Where the coordinates of a set come from.
     void setTextureCoordinateSource(int set, TextureCoordinateSource source);
+    /// Whether they are multiplied by the primitive's texture matrix of that set.
     void enableTextureTransformation(int set, bool on);
+    /// Whether they are divided by their last component afterwards.
     void enableTextureProjection(int set, bool on);
+    /// What is set of a set, or what holds for one that was never touched.
     [[nodiscard]] CoordinateSet getCoordinateSet(unsigned int set) const noexcept;
+    /// Sets with numbers below this were touched, or made by `init`.
     [[nodiscard]] unsigned int getCoordinateSetCount() const noexcept
     {
         return static_cast<unsigned int>(m_vecCoordinateSets.size());
@@ -204,21 +215,32 @@ public:
 
     /// @name Colours: ambient and diffuse are white, emissive and specular black until set
     /// @{
+
+    /// Multiplies the light from everywhere; components 0 to 255.
     void setAmbientColor(const G_FColor& color) noexcept { m_ambientColor = color; }
+    /// Multiplies the light of lamps; components 0 to 255.
     void setDiffuseColor(const G_FColor& color) noexcept { m_diffuseColor = color; }
+    /// Is added, also without any light; components 0 to 255.
     void setEmissiveColor(const G_FColor& color) noexcept
     {
         m_emissiveColor = color;
         m_bEmissive = true;
     }
+    /// Multiplies the highlights; components 0 to 255.
     void setSpecularColor(const G_FColor& color) noexcept { m_specularColor = color; }
+    /// The larger, the smaller the highlights.
     void setSpecularExponent(float exponent) noexcept { m_fSpecularExponent = exponent; }
+    /// Components 0 to 255.
     [[nodiscard]] const G_FColor& getAmbientColor() const noexcept { return m_ambientColor; }
+    /// Components 0 to 255.
     [[nodiscard]] const G_FColor& getDiffuseColor() const noexcept { return m_diffuseColor; }
+    /// Components 0 to 255.
     [[nodiscard]] const G_FColor& getEmissiveColor() const noexcept { return m_emissiveColor; }
     /// Whether an emissive colour was set.
     [[nodiscard]] bool hasEmissiveColor() const noexcept { return m_bEmissive; }
+    /// Components 0 to 255.
     [[nodiscard]] const G_FColor& getSpecularColor() const noexcept { return m_specularColor; }
+    /// The larger, the smaller the highlights; 0 until set.
     [[nodiscard]] float getSpecularExponent() const noexcept { return m_fSpecularExponent; }
     /// @}
 
@@ -241,17 +263,25 @@ public:
     void forceBlendingOff() noexcept { m_bBlendingForcedOff = true; }
     /// Materials with a lower priority are drawn first; `defaultSortPriority` until set.
     void setSortPriority(unsigned int priority) noexcept { m_uiSortPriority = priority; }
+    /// Whether highlights are computed.
     [[nodiscard]] bool isSpecularEnabled() const noexcept { return m_bSpecular; }
+    /// Whether lights count.
     [[nodiscard]] bool isLightingEnabled() const noexcept { return m_bLighting; }
+    /// Whether fog covers it.
     [[nodiscard]] bool isFoggingEnabled() const noexcept { return m_bFogging; }
+    /// Which side is left out.
     [[nodiscard]] CullingMode getBackfaceCullingMode() const noexcept { return m_eCulling; }
+    /// Whether pixels below the reference are left out.
     [[nodiscard]] bool isAlphaTestEnabled() const noexcept { return m_bAlphaTest; }
+    /// 0 to 255.
     [[nodiscard]] unsigned char getAlphaReference() const noexcept { return m_alphaReference; }
+    /// Whether `forceBlendingOff` was called.
     [[nodiscard]] bool isBlendingForcedOff() const noexcept { return m_bBlendingForcedOff; }
+    /// Lower ones are drawn first.
     [[nodiscard]] unsigned int getSortPriority() const noexcept { return m_uiSortPriority; }
     /// Whether the material is blended with the picture behind it: layer 0 has an alpha mode, nothing forbids it.
     [[nodiscard]] bool isBlended() const noexcept;
-    static constexpr unsigned int defaultSortPriority = 3;
+    static constexpr unsigned int defaultSortPriority = 3;  ///< of materials that were given none
     /// @}
 
     /// @name Pixel shader and switch object
@@ -261,6 +291,7 @@ public:
     void setPixelShader(const S_String& name, const S_String& code);
     /// Empty for none.
     [[nodiscard]] const S_String& getPixelShaderName() const noexcept { return m_strPixelShaderName; }
+    /// Assembler text of shader version 1.0; empty for none.
     [[nodiscard]] const S_String& getPixelShaderCode() const noexcept { return m_strPixelShaderCode; }
     /// Called before the material is drawn with; null for none. Not owned.
     void setMaterialSwitchObjectBefore(P_MaterialSwitchObject* object) noexcept { m_pSwitchBefore = object; }
@@ -269,6 +300,8 @@ public:
 
     /// @name The filter of layers that ask for the default; trilinear until set
     /// @{
+
+    /// For all materials of the process.
     [[nodiscard]] static FILTER_MODE getDefaultFilter() noexcept;
     static void setDefaultFilter(FILTER_MODE filter) noexcept;
     /// @}
@@ -282,11 +315,11 @@ private:
     S_Vector<TextureLayer> m_vecTextureLayers;
     S_Vector<ShadingLayer> m_vecShadingLayers;
     S_Vector<CoordinateSet> m_vecCoordinateSets;
-    G_FColor m_ambientColor{255.0f, 255.0f, 255.0f};
-    G_FColor m_diffuseColor{255.0f, 255.0f, 255.0f};
+    G_FColor m_ambientColor{255.0F, 255.0F, 255.0F};
+    G_FColor m_diffuseColor{255.0F, 255.0F, 255.0F};
     G_FColor m_emissiveColor;
     G_FColor m_specularColor;
-    float m_fSpecularExponent = 0.0f;
+    float m_fSpecularExponent = 0.0F;
     unsigned int m_uiSortPriority = defaultSortPriority;
     CullingMode m_eCulling = CullingMode::BackFaces;
     unsigned char m_alphaReference = 0;

@@ -5,7 +5,7 @@ namespace
 {
 using Blending = P_Material::BLENDING_MODE;
 
-constexpr P_Material::TEXTURE_ADDRESS_MODE s_eAddress = P_Material::TEXTURE_ADDRESS_MODE::Wrap;
+constexpr P_Material::TEXTURE_ADDRESS_MODE addressMode = P_Material::TEXTURE_ADDRESS_MODE::Wrap;
 
 const P_DriverCaps& getCaps() noexcept
 {
@@ -20,7 +20,7 @@ bool P_MaterialHelpers::makeTexture(P_Material* material, P_Material::FILTER_MOD
         return false;
     }
     material->init(1, 1);
-    material->addTextureLayer(0, 0, Blending::Opaque, filter, s_eAddress);
+    material->addTextureLayer(0, 0, Blending::Opaque, filter, addressMode);
     material->addShadingLayer(P_Material::SHADING_MODE::Gouraud, true);
     material->setSetUp(P_Material::SetUp::Texture);
     return true;
@@ -34,9 +34,9 @@ bool P_MaterialHelpers::makeTextureEnv(P_Material* material, P_Material::FILTER_
         return false;
     }
     material->init(2, 2);
-    material->addTextureLayer(0, 0, Blending::Opaque, filter, s_eAddress);
+    material->addTextureLayer(0, 0, Blending::Opaque, filter, addressMode);
     material->addShadingLayer(P_Material::SHADING_MODE::Gouraud, true);
-    material->addTextureLayer(1, environmentSet, Blending::Add, filter, s_eAddress);
+    material->addTextureLayer(1, environmentSet, Blending::Add, filter, addressMode);
     material->setTextureCoordinateSource(environmentSet, P_Material::TextureCoordinateSource::CameraSpaceReflection);
     material->enableTextureTransformation(environmentSet, true);
     material->enableTextureProjection(environmentSet, true);
@@ -52,7 +52,7 @@ bool P_MaterialHelpers::makeTextureTransparent(P_Material* material, P_Material:
         return false;
     }
     material->init(1, 1);
-    material->addTextureLayer(0, 0, blend ? Blending::TextureAlpha : Blending::Opaque, filter, s_eAddress);
+    material->addTextureLayer(0, 0, blend ? Blending::TextureAlpha : Blending::Opaque, filter, addressMode);
     if (gouraud)
     {
         material->addShadingLayer(P_Material::SHADING_MODE::Gouraud, true);

@@ -9,6 +9,17 @@ P_ObjectContainer::ChildIterator& P_ObjectContainer::ChildIterator::operator++()
 
 P_ObjectContainer::~P_ObjectContainer() = default;
 
+P_BaseObject* P_ObjectContainer::getLastChild() const noexcept
+{
+    return m_pFirstChild ? m_pFirstChild->m_pPreviousSibling : nullptr;
+}
+
+unsigned int P_ObjectContainer::getChildCount() const noexcept
+{
+    const Children children = getChildren();
+    return static_cast<unsigned int>(std::distance(children.begin(), children.end()));
+}
+
 void P_ObjectContainer::detachChildren() noexcept
 {
     while (m_pFirstChild)

@@ -55,6 +55,11 @@ const M_Matrix4Template<float>* P_PrimitiveInstance::getTextureMatrix(int layer)
 void P_PrimitiveInstance::setGeometry(P_TriangleMesh* geometry) noexcept
 {
     P_TriangleMesh* before = std::exchange(m_pGeometry, geometry);
+    if ((!before || before->getVertexBuffer().getCapacity() == 0) && geometry &&
+        geometry->getVertexBuffer().getCapacity() > 0)
+    {
+        P_TriangleMeshBase::countFill();
+    }
     if (before)
     {
         before->releaseReference();

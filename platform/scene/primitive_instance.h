@@ -15,13 +15,17 @@ class TW2_PLATFORM_API P_PrimitiveInstance
 {
 public:
     P_PrimitiveInstance() noexcept = default;
+    /// Shares the geometry; material, texture matrices and visibility are copied.
     P_PrimitiveInstance(const P_PrimitiveInstance& other);
+    /// Takes everything over.
     P_PrimitiveInstance(P_PrimitiveInstance&& other) noexcept;
     P_PrimitiveInstance& operator=(const P_PrimitiveInstance&) = delete;
     ~P_PrimitiveInstance();
 
     /// @name Material
     /// @{
+
+    /// Not owned; it must live as long as the primitive shows it. Null: none.
     void setMaterial(P_Material* material) noexcept { m_pMaterial = material; }
     /// Null when none is set.
     [[nodiscard]] P_Material* getMaterial() const noexcept { return m_pMaterial; }
@@ -29,6 +33,8 @@ public:
 
     /// @name Texture matrices by texture coordinate layer
     /// @{
+
+    /// Replaces the one that is set for the layer. Throws S_MemoryException_Allocation.
     void setTextureMatrix(int layer, const M_Matrix4Template<float>& matrix);
     /// Null when none is set for the layer.
     [[nodiscard]] const M_Matrix4Template<float>* getTextureMatrix(int layer) const noexcept;
@@ -36,6 +42,8 @@ public:
 
     /// @name Visibility
     /// @{
+
+    /// Visible until switched off; a mesh that is not enabled draws none of its primitives.
     void setVisible(bool visible) noexcept { m_bVisible = visible; }
     [[nodiscard]] bool isVisible() const noexcept { return m_bVisible; }
     /// @}

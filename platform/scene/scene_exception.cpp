@@ -8,6 +8,6 @@ P_SceneException::~P_SceneException() = default;
 
 const CRuntimeClass* P_SceneException::GetRuntimeClass() const
 {
-    static constexpr CRuntimeClass s_class{"P_SceneException"};
-    return &s_class;
+    static constexpr CRuntimeClass runtimeClass{"P_SceneException"};
+    return &runtimeClass;
 }

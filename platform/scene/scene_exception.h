@@ -8,6 +8,7 @@
 class TW2_PLATFORM_API P_SceneException : public S_Exception
 {
 public:
+    /// `message`: what was asked for that cannot be.
     explicit P_SceneException(const char* message);
     ~P_SceneException() override;
     [[nodiscard]] const CRuntimeClass* GetRuntimeClass() const override;

@@ -13,7 +13,7 @@ const char* P_SpotLight::getObjectType() const
 void P_SpotLight::setFalloffAngle(float angle, float hotspotAngle) noexcept
 {
     m_fFalloffAngle = angle;
-    if (hotspotAngle >= 0.0f)
+    if (hotspotAngle >= 0.0F)
     {
         m_fHotspotAngle = hotspotAngle;
     }

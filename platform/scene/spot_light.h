@@ -26,7 +26,7 @@ public:
 
     /// The cone outside of which there is no light (45 until set). `hotspotAngle` sets the inner cone as well; a
     /// negative one leaves it.
-    void setFalloffAngle(float angle, float hotspotAngle = -1.0f) noexcept;
+    void setFalloffAngle(float angle, float hotspotAngle = -1.0F) noexcept;
     [[nodiscard]] float getFalloffAngle() const noexcept { return m_fFalloffAngle; }
     /// The cone inside of which the light has its full strength (43 until set); it fades from there to the fall-off
     /// cone.
@@ -36,6 +36,6 @@ public:
 
 private:
     float m_fFalloffRange;
-    float m_fFalloffAngle = 45.0f;
-    float m_fHotspotAngle = 43.0f;
+    float m_fFalloffAngle = 45.0F;
+    float m_fHotspotAngle = 43.0F;
 };

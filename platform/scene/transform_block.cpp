@@ -1,47 +1,21 @@
-#include <platform/math/matrix4x3_product.h>
-#include <platform/runtime/prefetch.h>
 #include <platform/scene/base_object.h>
 #include <platform/scene/scene_exception.h>
 #include <platform/scene/transform_block.h>
+#include <platform/scene/transform_storage.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
-#include <new>
 
 namespace
 {
-using Matrix = M_Matrix4x3Template<float>;
-
-constexpr std::size_t s_uiStorageAlignment = S_CACHE_LINE;
-// Matrices that are on their way into the near cache while one is worked on.
-constexpr std::size_t s_uiMatricesAhead = 10;
-constexpr unsigned int s_uiFewTops = 4;
-}  // namespace
-
-/// All arrays of a block in one piece of memory, the widest elements first.
-struct P_TransformBlock::Storage
+void checkCount(std::size_t count)
 {
-    explicit Storage(std::size_t count)
+    if (count > static_cast<std::size_t>(std::numeric_limits<int>::max()))
     {
-        constexpr std::size_t place =
-            2 * sizeof(Matrix) + sizeof(P_BaseObject*) + sizeof(int) + sizeof(unsigned int) + 1;
-        m_pMemory = S_Memory::allocate(count * place, s_uiStorageAlignment);
-        m_pLocal = new (m_pMemory) Matrix[2 * count];
-        m_ppObjects = new (m_pLocal + 2 * count) P_BaseObject* [count] {};
-        m_piParents = new (m_ppObjects + count) int[count];
-        m_puiOutsideChildren = new (m_piParents + count) unsigned int[count]{};
-        m_pStates = new (m_puiOutsideChildren + count) unsigned char[count]{};
-        std::fill_n(m_piParents, count, static_cast<int>(PARENT_NONE));
+        throw P_SceneException("A transform block cannot hold so many objects");
     }
-
-    void* m_pMemory;
-    Matrix* m_pLocal;
-    P_BaseObject** m_ppObjects;
-    int* m_piParents;
-    unsigned int* m_puiOutsideChildren;
-    unsigned char* m_pStates;
-};
+}
+}  // namespace
 
 P_TransformBlock::~P_TransformBlock()
 {
@@ -50,17 +24,13 @@ P_TransformBlock::~P_TransformBlock()
 
 void P_TransformBlock::adopt(P_BaseObject* const* objects, std::size_t count)
 {
-    if (count > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-    {
-        throw P_SceneException("A transform block cannot hold so many objects");
-    }
-    // An object's way down is only in use while world matrices are computed: meanwhile it tells who was met already.
+    checkCount(count);
     std::size_t met = 0;
-    while (met < count && !(objects[met] && objects[met]->m_pWayDown == objects[met]))
+    while (met < count && !(objects[met] && objects[met]->m_bMet))
     {
         if (objects[met])
         {
-            objects[met]->m_pWayDown = objects[met];
+            objects[met]->m_bMet = true;
         }
         ++met;
     }
@@ -68,7 +38,7 @@ void P_TransformBlock::adopt(P_BaseObject* const* objects, std::size_t count)
     {
         if (objects[i])
         {
-            objects[i]->m_pWayDown = nullptr;
+            objects[i]->m_bMet = false;
         }
     }
     if (met < count)
@@ -81,76 +51,196 @@ void P_TransformBlock::adopt(P_BaseObject* const* objects, std::size_t count)
         release();
         return;
     }
-    const Storage storage(count);
+    P_TransformStorage* const storage = P_TransformStorage::create(count, this);
     release();
-    m_pStorage = storage.m_pMemory;
-    m_pLocalMatrices = storage.m_pLocal;
-    m_pWorldMatrices = storage.m_pLocal + count;
-    m_ppObjects = storage.m_ppObjects;
-    m_piParents = storage.m_piParents;
-    m_puiOutsideChildren = storage.m_puiOutsideChildren;
-    m_pStates = storage.m_pStates;
+    useStorage(storage);
     m_uiCount = static_cast<unsigned int>(count);
-    takeIn(objects);
+    for (unsigned int i = 0; i < m_uiCount; ++i)
+    {
+        if (objects[i])
+        {
+            takeIn(*objects[i], i);
+        }
+    }
+    for (unsigned int i = 0; i < m_uiCount; ++i)
+    {
+        if (m_ppObjects[i])
+        {
+            join(i);
+        }
+    }
     changed();
 }
 
-/// Moves the objects' matrices here, then finds out who hangs under whom.
-void P_TransformBlock::takeIn(P_BaseObject* const* objects) noexcept
+void P_TransformBlock::append(P_BaseObject& object)
 {
-    for (unsigned int i = 0; i < m_uiCount; ++i)
+    if (object.getTransformBlock() == this)
     {
-        P_BaseObject* object = objects[i];
-        if (!object)
-        {
-            continue;
-        }
-        if (object->m_pBlock)
-        {
-            object->m_pBlock->release(*object);
-        }
-        m_ppObjects[i] = object;
-        ++m_uiMemberCount;
-        m_pLocalMatrices[i] = object->m_ownLocalMatrix;
-        m_pWorldMatrices[i] = object->m_ownWorldMatrix;
-        m_pStates[i] = object->m_ownState;
-        object->m_pLocalMatrix = &m_pLocalMatrices[i];
-        object->m_pWorldMatrix = &m_pWorldMatrices[i];
-        object->m_pState = &m_pStates[i];
-        object->m_pBlock = this;
-        object->m_uiBlockIndex = i;
+        throw P_SceneException("A transform block was given the same object twice");
     }
-    for (unsigned int i = 0; i < m_uiCount; ++i)
+    makeRoom(object);
+    const unsigned int index = m_uiCount++;
+    takeIn(object, index);
+    join(index);
+    if (m_piParents[index] >= 0)
     {
-        if (!m_ppObjects[i])
+        countOutsideChild(static_cast<unsigned int>(m_piParents[index]), false);  // it was one until now
+    }
+    for (const P_BaseObject* child : object.getChildren())
+    {
+        if (child->getTransformBlock() == this)
         {
-            continue;
+            setParent(child->m_uiPlace, static_cast<int>(index));
         }
-        const P_BaseObject* parent = m_ppObjects[i]->getParent();
-        setParent(i, parent && parent->m_pBlock == this ? static_cast<int>(parent->m_uiBlockIndex) : PARENT_OUTSIDE);
-        for (const P_BaseObject* child : m_ppObjects[i]->getChildren())
-        {
-            if (child->m_pBlock != this)
-            {
-                countOutsideChild(i, true);
-            }
-        }
+    }
+    changed();
+}
+
+void P_TransformBlock::takeNew(P_BaseObject& object)
+{
+    makeRoom(object);
+    const unsigned int index = m_uiCount++;
+    setObject(index, &object);
+    ++m_uiMemberCount;
+    m_pStates[index] = STATE_OUT_OF_DATE;
+    object.m_pStorage = m_pStorage;
+    object.m_uiPlace = index;
+    object.m_bMember = true;
+    setParent(index, PARENT_OUTSIDE);
+    changed();
+}
+
+/// For `object` at the next index. One that does not lie in the row needs pointers.
+void P_TransformBlock::makeRoom(const P_BaseObject& object)
+{
+    constexpr std::size_t least = 4;
+    const std::size_t capacity = m_pStorage ? m_pStorage->m_uiCapacity : 0;
+    if (m_uiCount == capacity)
+    {
+        reserve(std::max(least, 2 * capacity));
+    }
+    else if (!m_ppObjects && getRowPlace(m_uiCount) != &object)
+    {
+        move(capacity);
     }
 }
 
-void P_TransformBlock::giveBack(P_BaseObject& object) noexcept
+void P_TransformBlock::reserve(std::size_t count)
 {
-    const unsigned int i = object.m_uiBlockIndex;
-    object.m_ownLocalMatrix = m_pLocalMatrices[i];
-    object.m_ownWorldMatrix = m_pWorldMatrices[i];
-    object.m_ownState = m_pStates[i];
-    object.m_pLocalMatrix = &object.m_ownLocalMatrix;
-    object.m_pWorldMatrix = &object.m_ownWorldMatrix;
-    object.m_pState = &object.m_ownState;
-    object.m_uiChangeCount = m_uiChangeCount;
-    object.m_pBlock = nullptr;
-    object.m_uiBlockIndex = 0;
-    m_ppObjects[i] = nullptr;
+    checkCount(count);
+    if (!m_pStorage || count > m_pStorage->m_uiCapacity)
+    {
+        move(count);
+    }
+}
+
+void P_TransformBlock::reserveRow(void* first, std::size_t distance, std::size_t count)
+{
+    if (m_uiCount != 0)
+    {
+        throw P_SceneException("Only an empty transform block can be told where its objects will be");
+    }
+    checkCount(count);
+    useStorage(P_TransformStorage::create(count, this, P_TransformStorage::Pointers::No));
+    m_pRow = static_cast<unsigned char*>(first);
+    m_uiRowDistance = distance;
+}
+
+void P_TransformBlock::shrinkToFit()
+{
+    if (m_pStorage && m_uiCount > 0 && m_uiCount < m_pStorage->m_uiCapacity)
+    {
+        move(m_uiCount);
+    }
+}
+
+/// Moves the members to a storage of another size.
+void P_TransformBlock::move(std::size_t capacity)
+{
+    P_TransformStorage* const storage = P_TransformStorage::create(capacity, this);
+    std::copy_n(m_pLocalMatrices, m_uiCount, storage->m_pLocal);
+    std::copy_n(m_pWorldMatrices, m_uiCount, storage->m_pWorld);
+    std::copy_n(m_piParents, m_uiCount, storage->m_piParents);
+    std::copy_n(m_puiOutsideChildren, m_uiCount, storage->getOutsideChildren());
+    std::copy_n(m_pStates, m_uiCount, storage->m_pStates);
+    for (unsigned int i = 0; i < m_uiCount; ++i)
+    {
+        storage->m_ppObjects[i] = getObject(i);
+        if (storage->m_ppObjects[i])
+        {
+            storage->m_ppObjects[i]->m_pStorage = storage;
+        }
+    }
+    useStorage(storage);
+}
+
+/// Lets go of the present storage; objects that have left the block may still use it.
+void P_TransformBlock::useStorage(P_TransformStorage* storage) noexcept
+{
+    if (m_pStorage)
+    {
+        m_pStorage->m_pBlock = nullptr;
+        P_TransformStorage::release(m_pStorage);
+    }
+    m_pStorage = storage;
+    m_pLocalMatrices = storage ? storage->m_pLocal : nullptr;
+    m_pWorldMatrices = storage ? storage->m_pWorld : nullptr;
+    m_ppObjects = storage ? storage->m_ppObjects : nullptr;
+    m_piParents = storage ? storage->m_piParents : nullptr;
+    m_puiOutsideChildren = storage ? storage->getOutsideChildren() : nullptr;
+    m_pStates = storage ? storage->m_pStates : nullptr;
+}
+
+void P_TransformBlock::setObject(unsigned int index, P_BaseObject* object) noexcept
+{
+    if (m_ppObjects)
+    {
+        m_ppObjects[index] = object;
+    }
+}
+
+/// Moves the object's matrices here; who hangs under whom is found out when all are here.
+void P_TransformBlock::takeIn(P_BaseObject& object, unsigned int index) noexcept
+{
+    if (P_TransformBlock* const before = object.getTransformBlock())
+    {
+        before->release(object);
+    }
+    setObject(index, &object);
+    ++m_uiMemberCount;
+    m_pLocalMatrices[index] = object.getMatrix();
+    m_pWorldMatrices[index] = object.m_pStorage->m_pWorld[object.m_uiPlace];
+    m_pStates[index] = object.getState();
+    P_TransformStorage::release(object.m_pStorage);
+    object.m_pStorage = m_pStorage;
+    object.m_uiPlace = index;
+    object.m_bMember = true;
+    object.updateIdle();
+}
+
+/// Finds out whom a new member hangs under, and what hangs below it.
+void P_TransformBlock::join(unsigned int index) noexcept
+{
+    const P_BaseObject& object = *locate(index);
+    const P_BaseObject* const parent = object.getParent();
+    const bool inside = parent && parent->getTransformBlock() == this;
+    setParent(index, inside ? static_cast<int>(parent->m_uiPlace) : PARENT_OUTSIDE);
+    for (unsigned int left = countOutsideChildren(object); left > 0; --left)
+    {
+        countOutsideChild(index, true);
+    }
+}
+
+/// The object keeps its matrices where they are.
+void P_TransformBlock::letGo(P_BaseObject& object) noexcept
+{
+    const unsigned int i = object.m_uiPlace;
+    object.m_bMember = false;
+    object.setState(m_pStates[i]);
+    ++m_pStorage->m_iHolders;
+    m_pStorage->m_uiChangeCount = m_uiChangeCount;
+    object.updateIdle();
+    setObject(i, nullptr);
     --m_uiMemberCount;
 }
 
@@ -158,19 +248,12 @@ void P_TransformBlock::release() noexcept
 {
     for (unsigned int i = 0; i < m_uiCount; ++i)
     {
-        if (m_ppObjects[i])
+        if (P_BaseObject* const object = getObject(i))
         {
-            giveBack(*m_ppObjects[i]);
+            letGo(*object);
         }
     }
-    S_Memory::release(m_pStorage, s_uiStorageAlignment);
-    m_pStorage = nullptr;
-    m_pLocalMatrices = nullptr;
-    m_pWorldMatrices = nullptr;
-    m_piParents = nullptr;
-    m_pStates = nullptr;
-    m_ppObjects = nullptr;
-    m_puiOutsideChildren = nullptr;
+    useStorage(nullptr);
     m_uiCount = 0;
     m_uiOutsideChildTotal = 0;
     m_uiOutOfOrder = 0;
@@ -179,25 +262,26 @@ void P_TransformBlock::release() noexcept
 
 void P_TransformBlock::release(P_BaseObject& object) noexcept
 {
-    if (object.m_pBlock != this)
+    if (object.getTransformBlock() != this)
     {
         return;
     }
-    const unsigned int i = object.m_uiBlockIndex;
+    const unsigned int i = object.m_uiPlace;
     const int parent = m_piParents[i];
-    giveBack(object);
+    const unsigned int outsideChildren = countOutsideChildren(object);
+    letGo(object);
     if (parent >= 0)
     {
         countOutsideChild(static_cast<unsigned int>(parent), true);
     }
     for (const P_BaseObject* child : object.getChildren())
     {
-        if (child->m_pBlock == this)
+        if (child->getTransformBlock() == this)
         {
-            setParent(child->m_uiBlockIndex, PARENT_OUTSIDE);
+            setParent(child->m_uiPlace, PARENT_OUTSIDE);
         }
     }
-    m_uiOutsideChildTotal -= m_puiOutsideChildren[i];
+    m_uiOutsideChildTotal -= outsideChildren;
     m_puiOutsideChildren[i] = 0;
     setParent(i, PARENT_NONE);
     m_pStates[i] = STATE_VALID;
@@ -215,259 +299,60 @@ void P_TransformBlock::setParent(unsigned int index, int parent) noexcept
     {
         ++m_uiOutOfOrder;
     }
-    m_uiTops -= m_piParents[index] == PARENT_OUTSIDE ? 1u : 0u;
-    m_uiTops += parent == PARENT_OUTSIDE ? 1u : 0u;
+    m_uiTops -= m_piParents[index] == PARENT_OUTSIDE ? 1U : 0U;
+    m_uiTops += parent == PARENT_OUTSIDE ? 1U : 0U;
     m_piParents[index] = parent;
 }
 
 void P_TransformBlock::countOutsideChild(unsigned int index, bool comes) noexcept
 {
-    const unsigned int step = comes ? 1u : ~0u;
-    m_puiOutsideChildren[index] += step;
+    const unsigned int step = comes ? 1U : ~0U;
     m_uiOutsideChildTotal += step;
+    unsigned char& counted = m_puiOutsideChildren[index];
+    if (counted != std::numeric_limits<unsigned char>::max())
+    {
+        counted = static_cast<unsigned char>(counted + step);
+    }
+}
+
+unsigned int P_TransformBlock::countOutsideChildren(const P_BaseObject& object) const noexcept
+{
+    const auto children = object.getChildren();
+    return static_cast<unsigned int>(std::count_if(children.begin(), children.end(),
+                                                   [this](const P_BaseObject* child)
+                                                   { return child->getTransformBlock() != this; }));
 }
 
 void P_TransformBlock::childCame(const P_BaseObject& parent, P_BaseObject& child) noexcept
 {
-    P_TransformBlock* block = parent.m_pBlock;
+    P_TransformBlock* const block = parent.getTransformBlock();
     if (!block)
     {
         return;
     }
-    if (child.m_pBlock == block)
+    if (child.getTransformBlock() == block)
     {
-        block->setParent(child.m_uiBlockIndex, static_cast<int>(parent.m_uiBlockIndex));
+        block->setParent(child.m_uiPlace, static_cast<int>(parent.m_uiPlace));
     }
     else
     {
-        block->countOutsideChild(parent.m_uiBlockIndex, true);
+        block->countOutsideChild(parent.m_uiPlace, true);
     }
 }
 
 void P_TransformBlock::childLeft(const P_BaseObject& parent, P_BaseObject& child) noexcept
 {
-    P_TransformBlock* block = parent.m_pBlock;
+    P_TransformBlock* const block = parent.getTransformBlock();
     if (!block)
     {
         return;
     }
-    if (child.m_pBlock == block)
+    if (child.getTransformBlock() == block)
     {
-        block->setParent(child.m_uiBlockIndex, PARENT_OUTSIDE);
+        block->setParent(child.m_uiPlace, PARENT_OUTSIDE);
     }
     else
     {
-        block->countOutsideChild(parent.m_uiBlockIndex, false);
-    }
-}
-
-/// Marks a member whose parent is outside and everything below it in one pass over the block, without touching an
-/// object. Returns false and does nothing where that cannot be, or would not pay: the member's parent is inside, the
-/// order is not parents first, something outside hangs below, or there are many such members.
-bool P_TransformBlock::markBelowTop(unsigned int index, unsigned long long change) noexcept
-{
-    if (m_piParents[index] != PARENT_OUTSIDE || m_uiOutOfOrder != 0 || m_uiOutsideChildTotal != 0 ||
-        m_uiTops > s_uiFewTops)
-    {
-        return false;
-    }
-    m_uiChangeCount = change;
-    m_pStates[index] = STATE_OUT_OF_DATE;
-    markChildren(index + 1);
-    return true;
-}
-
-/// Marks the members from `first` on whose parent is marked.
-void P_TransformBlock::markChildren(unsigned int first) noexcept
-{
-    for (unsigned int i = first; i < m_uiCount; ++i)
-    {
-        const int parent = m_piParents[i];
-        if (parent >= 0 && (m_pStates[parent] & STATE_WORLD_OUT_OF_DATE))
-        {
-            m_pStates[i] = STATE_OUT_OF_DATE;
-        }
-    }
-}
-
-void P_TransformBlock::changed() noexcept
-{
-    m_uiChangeCount = ++P_BaseObject::sm_uiChanges;
-}
-
-void P_TransformBlock::prefetch() const noexcept
-{
-    const std::size_t bytes = std::min<std::size_t>(m_uiCount, s_uiMatricesAhead) * sizeof(Matrix);
-    for (std::size_t offset = 0; offset < bytes; offset += S_CACHE_LINE)
-    {
-        S_prefetchForWriting(m_pLocalMatrices, offset);
-    }
-    S_prefetchForWriting(m_ppObjects);
-    S_prefetchForWriting(m_pStates);
-}
-
-void P_TransformBlock::invalidateAll() noexcept
-{
-    if (m_uiCount == 0)
-    {
-        return;
-    }
-    // What new world matrices ask for first.
-    S_prefetch(m_piParents);
-    if (m_ppObjects[0])
-    {
-        S_prefetch(&m_ppObjects[0]->m_pContainer);
-    }
-    std::memset(m_pStates, STATE_OUT_OF_DATE, m_uiCount);
-    changed();
-    invalidateOutsideChildren();
-}
-
-void P_TransformBlock::invalidate(const unsigned int* indices, std::size_t count) noexcept
-{
-    if (m_uiOutOfOrder != 0)
-    {
-        for (std::size_t i = 0; i < count; ++i)
-        {
-            invalidateMember(indices[i]);
-        }
-        return;
-    }
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        m_pStates[indices[i]] = STATE_OUT_OF_DATE;
-    }
-    spreadMarks();
-}
-
-void P_TransformBlock::invalidateMasked(const unsigned char* mask) noexcept
-{
-    if (m_uiOutOfOrder != 0)
-    {
-        for (unsigned int i = 0; i < m_uiCount; ++i)
-        {
-            if (mask[i])
-            {
-                invalidateMember(i);
-            }
-        }
-        return;
-    }
-    for (unsigned int i = 0; i < m_uiCount; ++i)
-    {
-        m_pStates[i] = static_cast<unsigned char>(m_pStates[i] | (mask[i] ? STATE_OUT_OF_DATE : STATE_VALID));
-    }
-    spreadMarks();
-}
-
-void P_TransformBlock::invalidateMember(unsigned int index) noexcept
-{
-    if (m_ppObjects[index])
-    {
-        m_ppObjects[index]->invalidateMatrices();
-    }
-}
-
-/// After some states were set to out of date, parents standing first: sets those of everything below, first in the
-/// block, then outside of it.
-void P_TransformBlock::spreadMarks() noexcept
-{
-    changed();
-    markChildren(0);
-    invalidateOutsideChildren();
-}
-
-void P_TransformBlock::invalidateOutsideChildren() noexcept
-{
-    if (m_uiOutsideChildTotal == 0)
-    {
-        return;
-    }
-    for (unsigned int i = 0; i < m_uiCount; ++i)
-    {
-        if (m_puiOutsideChildren[i] == 0 || !(m_pStates[i] & STATE_WORLD_OUT_OF_DATE))
-        {
-            continue;
-        }
-        for (P_BaseObject* child : m_ppObjects[i]->getChildren())
-        {
-            if (child->m_pBlock != this)
-            {
-                child->invalidateMatrices();
-            }
-        }
-    }
-}
-
-void P_TransformBlock::updateWorldMatrices() noexcept
-{
-    if (m_uiUpdatedCount == m_uiChangeCount)
-    {
-        return;
-    }
-    m_uiUpdatedCount = m_uiChangeCount;
-    if (m_uiOutOfOrder != 0)
-    {
-        updateOutOfOrder();
-        return;
-    }
-    // The parent of a bone is mostly the bone before it, or the one that was the parent just now: it stays in
-    // registers.
-    M_RightFactor parentWorld{Matrix()};
-    int held = PARENT_NONE;
-    for (unsigned int i = 0; i < m_uiCount; ++i)
-    {
-        if (!(m_pStates[i] & STATE_WORLD_OUT_OF_DATE))
-        {
-            continue;
-        }
-        const int parent = m_piParents[i];
-        S_prefetch(m_piParents + i, S_CACHE_LINE);
-        S_prefetchForWriting(m_pWorldMatrices + i, s_uiMatricesAhead * sizeof(Matrix));
-        if (parent >= 0)
-        {
-            if (parent != held)
-            {
-                parentWorld = M_RightFactor(m_pWorldMatrices[parent]);
-                held = parent;
-            }
-            const M_RightFactor world = parentWorld.multiply(m_pLocalMatrices[i], m_pWorldMatrices[i]);
-            if (i + 1 < m_uiCount && m_piParents[i + 1] == static_cast<int>(i))
-            {
-                parentWorld = world;
-                held = static_cast<int>(i);
-            }
-            m_pStates[i] = STATE_INVERSE_OUT_OF_DATE;
-        }
-        else if (parent == PARENT_OUTSIDE)
-        {
-            updateBelowOutside(i);
-        }
-    }
-}
-
-/// The member's parent is not in the block; nearly always its world matrix is valid, or there is none.
-void P_TransformBlock::updateBelowOutside(unsigned int index) noexcept
-{
-    const P_BaseObject* const parent = m_ppObjects[index]->getParent();
-    if (parent && parent->isObjectToWorldMatrixValid())
-    {
-        M_multiply(m_pLocalMatrices[index], *parent->m_pWorldMatrix, m_pWorldMatrices[index]);
-        m_pStates[index] = STATE_INVERSE_OUT_OF_DATE;
-    }
-    else
-    {
-        m_ppObjects[index]->calculateObjectToWorldMatrix();
-    }
-}
-
-void P_TransformBlock::updateOutOfOrder() noexcept
-{
-    for (unsigned int i = 0; i < m_uiCount; ++i)
-    {
-        if (m_ppObjects[i])
-        {
-            m_ppObjects[i]->calculateObjectToWorldMatrix();
-        }
+        block->countOutsideChild(parent.m_uiPlace, false);
     }
 }

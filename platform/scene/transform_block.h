@@ -7,6 +7,7 @@
 #include <cstddef>
 
 class P_BaseObject;
+class P_TransformStorage;
 
 /// Contiguous store for the matrices of many scene objects that move together, such as the bones of one character.
 ///
@@ -24,17 +25,15 @@ class P_BaseObject;
 ///
 /// The block does not own the objects. An object leaves when it is destroyed, when another block adopts it or when it
 /// is released; its place then stays empty and the other objects keep their indices. Destroying the block releases all.
+/// An object that has left keeps its matrices where they are; that memory goes with the last of them.
 class TW2_PLATFORM_API P_TransformBlock : public S_Allocated
 {
 public:
-    /// Bits of a state byte.
+    /// Values of a state byte.
     enum State : unsigned char
     {
         STATE_VALID = 0,
-        STATE_WORLD_OUT_OF_DATE = 1,  ///< the world matrix does not follow from the local matrices any more
-        STATE_INVERSE_OUT_OF_DATE =
-            2,  ///< the inverse world matrix does not belong to the world matrix; set with bit 0
-        STATE_OUT_OF_DATE = 3
+        STATE_OUT_OF_DATE = 1  ///< the world matrix does not follow from the local matrices any more
     };
 
     /// Parents of a block's objects that are not places in the block.
@@ -47,6 +46,7 @@ public:
     /// @name Members
     /// @{
     P_TransformBlock() noexcept = default;
+    /// Lets all members go with the matrices that they have.
     ~P_TransformBlock();
     P_TransformBlock(const P_TransformBlock&) = delete;
     P_TransformBlock& operator=(const P_TransformBlock&) = delete;
@@ -56,9 +56,20 @@ public:
     /// object that stands in the list twice throws P_SceneException. After an exception the block and the objects are
     /// as before.
     void adopt(P_BaseObject* const* objects, std::size_t count);
-    /// Gives every member its matrices back.
+    /// Takes in one more object, at the next index, with the matrices it has; a member already throws P_SceneException.
+    /// Constant time on average: like a vector the block makes room for more than it needs, and its matrices move when
+    /// there is none left. After an exception all is as before.
+    void append(P_BaseObject& object);
+    /// Makes room for `count` places, so that appending up to that many needs no memory and moves nothing.
+    void reserve(std::size_t count);
+    /// The same, for an empty block and objects that will be made in it side by side: each `distance` bytes behind the
+    /// one before, the first at `first`. As long as its objects lie like that, the block needs no pointers to them.
+    void reserveRow(void* first, std::size_t distance, std::size_t count);
+    /// Gives back room that no place uses. When there is no memory to do that with, nothing has changed.
+    void shrinkToFit();
+    /// Lets every member go.
     void release() noexcept;
-    /// Gives one member its matrices back and leaves its place empty; an object that is not a member is left alone.
+    /// Lets one member go and leaves its place empty; an object that is not a member is left alone.
     void release(P_BaseObject& object) noexcept;
 
     /// Number of places, empty ones included.
@@ -66,7 +77,10 @@ public:
     /// Number of places that are not empty.
     [[nodiscard]] unsigned int getMemberCount() const noexcept { return m_uiMemberCount; }
     /// The member at an index below the count; null for an empty place.
-    [[nodiscard]] P_BaseObject* getObject(unsigned int index) const noexcept { return m_ppObjects[index]; }
+    [[nodiscard]] P_BaseObject* getObject(unsigned int index) const noexcept
+    {
+        return m_piParents[index] == PARENT_NONE ? nullptr : locate(index);
+    }
     /// Index of each member's parent, or a value of `Parent`.
     [[nodiscard]] const int* getParents() const noexcept { return m_piParents; }
     /// Whether every parent that is in the block stands before its children.
@@ -75,6 +89,8 @@ public:
 
     /// @name Local matrices
     /// @{
+
+    /// `getCount()` matrices, each relative to the member's parent; null for an empty block.
     [[nodiscard]] const M_Matrix4x3Template<float>* getLocalMatrices() const noexcept { return m_pLocalMatrices; }
     /// For writing; call one of the `invalidate` operations afterwards for what was written.
     [[nodiscard]] M_Matrix4x3Template<float>* accessLocalMatrices() noexcept { return m_pLocalMatrices; }
@@ -99,21 +115,34 @@ public:
     /// Computes the world matrices that are out of date, one product each, in one pass. The bits are those that the
     /// objects would have computed one by one. Does nothing when nothing has changed since the last call.
     void updateWorldMatrices() noexcept;
-    /// The world matrices; entry i is valid when its state byte says so, all are after `updateWorldMatrices`.
+    /// The world matrices; all are valid after `updateWorldMatrices`.
     [[nodiscard]] const M_Matrix4x3Template<float>* getWorldMatrices() const noexcept { return m_pWorldMatrices; }
-    /// The state bytes.
-    [[nodiscard]] const unsigned char* getStates() const noexcept { return m_pStates; }
     /// @}
 
 private:
     friend class P_BaseObject;
 
-    struct Storage;
-
-    void takeIn(P_BaseObject* const* objects) noexcept;
-    void giveBack(P_BaseObject& object) noexcept;
+    /// Where a member is, or, where the place is empty, perhaps was.
+    [[nodiscard]] P_BaseObject* locate(unsigned int index) const noexcept
+    {
+        return m_ppObjects ? m_ppObjects[index] : static_cast<P_BaseObject*>(getRowPlace(index));
+    }
+    [[nodiscard]] void* getRowPlace(unsigned int index) const noexcept
+    {
+        return m_pRow + std::size_t(index) * m_uiRowDistance;
+    }
+    void setObject(unsigned int index, P_BaseObject* object) noexcept;
+    void useStorage(P_TransformStorage* storage) noexcept;
+    void makeRoom(const P_BaseObject& object);
+    void move(std::size_t capacity);
+    /// Takes in an object that is being constructed and has no matrices yet; the local matrix is the identity.
+    void takeNew(P_BaseObject& object);
+    void takeIn(P_BaseObject& object, unsigned int index) noexcept;
+    void join(unsigned int index) noexcept;
+    void letGo(P_BaseObject& object) noexcept;
     void setParent(unsigned int index, int parent) noexcept;
     void countOutsideChild(unsigned int index, bool comes) noexcept;
+    [[nodiscard]] unsigned int countOutsideChildren(const P_BaseObject& object) const noexcept;
     void changed() noexcept;
     void invalidateMember(unsigned int index) noexcept;
     void spreadMarks() noexcept;
@@ -130,10 +159,14 @@ private:
     M_Matrix4x3Template<float>* m_pWorldMatrices = nullptr;
     int* m_piParents = nullptr;
     unsigned char* m_pStates = nullptr;
+    /// Null while the members lie in a row.
     P_BaseObject** m_ppObjects = nullptr;
-    /// Per place: how many children of the member are not in the block.
-    unsigned int* m_puiOutsideChildren = nullptr;
-    void* m_pStorage = nullptr;
+    unsigned char* m_pRow = nullptr;
+    std::size_t m_uiRowDistance = 0;
+    /// Per place: how many children of the member are not in the block, as far as that can be counted in a byte: at its
+    /// limit it stays until the place is empty.
+    unsigned char* m_puiOutsideChildren = nullptr;
+    P_TransformStorage* m_pStorage = nullptr;
     unsigned int m_uiCount = 0;
     unsigned int m_uiMemberCount = 0;
     unsigned int m_uiOutsideChildTotal = 0;

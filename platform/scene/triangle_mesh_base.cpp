@@ -4,13 +4,14 @@
 #include <algorithm>
 #include <utility>
 
+std::atomic<unsigned int> P_TriangleMeshBase::sm_uiFills = 0;
+
 P_TriangleMeshBase::P_TriangleMeshBase(const P_TriangleMeshBase& other)
     : m_format(other.m_format),
       m_vertexBuffer(other.m_vertexBuffer),
       m_indexBuffer(other.m_indexBuffer),
       m_uiFirstDrawn(other.m_uiFirstDrawn),
-      m_uiDrawnCount(other.m_uiDrawnCount),
-      m_bDynamic(other.m_bDynamic)
+      m_uiDrawnCount(other.m_uiDrawnCount)
 {
     m_vertexBuffer.m_bLocked = false;
     m_indexBuffer.m_bLocked = false;
@@ -24,6 +25,16 @@ void P_TriangleMeshBase::releaseReference() noexcept
     {
         delete this;
     }
+}
+
+bool P_TriangleMeshBase::isTakenForEmpty() const noexcept
+{
+    const bool empty = m_vertexBuffer.getCapacity() == 0;
+    if (empty)
+    {
+        m_bTakenForEmpty.store(true, std::memory_order_relaxed);
+    }
+    return empty;
 }
 
 void P_TriangleMeshBase::lock() noexcept
@@ -42,6 +53,7 @@ void P_TriangleMeshBase::unlock() noexcept
     m_vertexBuffer.m_bLocked = false;
     m_indexBuffer.m_bLocked = false;
     ++m_uiRevision;
+    verticesChanged();
 }
 
 void P_TriangleMeshBase::setDrawnRange(unsigned int first, unsigned int count) noexcept
@@ -61,7 +73,7 @@ unsigned int P_TriangleMeshBase::getDrawnCount() const noexcept
     return m_uiDrawnCount == 0 ? rest : std::min(m_uiDrawnCount, rest);
 }
 
-void P_TriangleMeshBase::allocateBuffers(unsigned int triangles, unsigned int vertices, bool dynamic)
+void P_TriangleMeshBase::allocateBuffers(unsigned int triangles, unsigned int vertices)
 {
     P_VertexBuffer vertexBuffer;
     vertexBuffer.allocate(m_format, vertices);
@@ -74,8 +86,11 @@ void P_TriangleMeshBase::allocateBuffers(unsigned int triangles, unsigned int ve
     m_indexBuffer.m_bLocked = isLocked();
     m_uiFirstDrawn = 0;
     m_uiDrawnCount = 0;
-    m_bDynamic = dynamic;
     ++m_uiRevision;
+    if (vertices > 0 && m_bTakenForEmpty.exchange(false, std::memory_order_relaxed))
+    {
+        countFill();
+    }
 }
 
 void P_TriangleMeshBase::checkLocked() const

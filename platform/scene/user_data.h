@@ -2,8 +2,10 @@
 
 #include <platform/export.h>
 #include <platform/runtime/allocator.h>
+#include <platform/runtime/counter.h>
+#include <platform/runtime/handle.h>
 
-/// The part of a scene object that belongs to its user: the name.
+/// The part of a scene object that belongs to its user: the name. Copies share it until one is renamed.
 class TW2_PLATFORM_API P_UserData
 {
 public:
@@ -19,12 +21,34 @@ public:
 
     /// @name Name
     /// @{
+
+    /// The text is copied; null is taken as empty.
     void setName(const char* name);
     void setName(const S_String& name);
+    /// Names a copy of `source`. Copies that get the same name one after the other share it as long as one of them has
+    /// it.
+    void setNameOfCopy(const S_String& name, const P_UserData& source);
     /// Empty until one is set.
-    [[nodiscard]] const S_String& getName() const noexcept { return m_strName; }
+    [[nodiscard]] const S_String& getName() const noexcept { return m_pName ? m_pName->m_strText : sm_strEmpty; }
     /// @}
 
 private:
-    S_String m_strName;
+    struct Name : S_Allocated
+    {
+        Name() = default;
+        Name(const Name&) = delete;
+        Name& operator=(const Name&) = delete;
+        ~Name();
+
+        S_String m_strText;
+        /// The name that the last copy got, for the next one, and the name of which this is that. Neither is held.
+        Name* m_pOfCopies = nullptr;
+        Name* m_pOfSource = nullptr;
+        S_Counter<int> m_iReferenceCount{1};
+    };
+
+    static const S_String sm_strEmpty;
+
+    /// Null for the empty name.
+    S_Handle<Name> m_pName;
 };

@@ -7,9 +7,9 @@
 
 namespace
 {
-constexpr float s_fFullColor = 255.0f;
-constexpr unsigned int s_uiColorComponents = 4;
-constexpr unsigned int s_uiAlpha = 3;
+constexpr float fullColor = 255.0F;
+constexpr unsigned int colorComponents = 4;
+constexpr unsigned int alphaByte = 3;
 
 void write(float* place, const M_Vector3Template<float>& v) noexcept
 {
@@ -51,12 +51,12 @@ void P_VertexBuffer::setColor(unsigned int vertex, float red, float green, float
 {
     float* place = access(vertex, m_format.hasColor(), m_format.getColorOffset());
     write(place, {red, green, blue});
-    place[s_uiAlpha] = alpha;
+    place[alphaByte] = alpha;
 }
 
 void P_VertexBuffer::setColorAlpha(unsigned int vertex, float alpha)
 {
-    access(vertex, m_format.hasColor(), m_format.getColorOffset())[s_uiAlpha] = alpha;
+    access(vertex, m_format.hasColor(), m_format.getColorOffset())[alphaByte] = alpha;
 }
 
 M_Vector3Template<float> P_VertexBuffer::getPosition(unsigned int vertex) const noexcept
@@ -81,17 +81,17 @@ M_Vector3Template<float> P_VertexBuffer::getNormal(unsigned int vertex) const no
 
 float P_VertexBuffer::getTextureU(unsigned int vertex, unsigned int layer) const noexcept
 {
-    return layer < m_format.getTextureLayerCount() ? at(vertex, m_format.getTextureOffset(layer))[0] : 0.0f;
+    return layer < m_format.getTextureLayerCount() ? at(vertex, m_format.getTextureOffset(layer))[0] : 0.0F;
 }
 
 float P_VertexBuffer::getTextureV(unsigned int vertex, unsigned int layer) const noexcept
 {
-    return layer < m_format.getTextureLayerCount() ? at(vertex, m_format.getTextureOffset(layer))[1] : 0.0f;
+    return layer < m_format.getTextureLayerCount() ? at(vertex, m_format.getTextureOffset(layer))[1] : 0.0F;
 }
 
 float P_VertexBuffer::getColorAlpha(unsigned int vertex) const noexcept
 {
-    return m_format.hasColor() ? at(vertex, m_format.getColorOffset())[s_uiAlpha] : s_fFullColor;
+    return m_format.hasColor() ? at(vertex, m_format.getColorOffset())[alphaByte] : fullColor;
 }
 
 void P_VertexBuffer::allocate(const P_VertexFormat& format, unsigned int vertices)
@@ -102,7 +102,7 @@ void P_VertexBuffer::allocate(const P_VertexFormat& format, unsigned int vertice
     {
         for (std::size_t color = format.getColorOffset(); color < data.size(); color += stride)
         {
-            std::fill_n(data.begin() + static_cast<std::ptrdiff_t>(color), s_uiColorComponents, s_fFullColor);
+            std::fill_n(data.begin() + static_cast<std::ptrdiff_t>(color), colorComponents, fullColor);
         }
     }
     m_vecData = std::move(data);

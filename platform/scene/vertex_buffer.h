@@ -15,12 +15,17 @@
 class TW2_PLATFORM_API P_VertexBuffer : public P_Buffer
 {
 public:
+    /// What each vertex carries.
     [[nodiscard]] const P_VertexFormat& getFormat() const noexcept { return m_format; }
 
     /// @name Writing vertex `vertex`
     /// @{
+
+    /// In the mesh's own space.
     void setPosition(unsigned int vertex, const M_Vector3Template<float>& position);
+    /// Of length 1, for light to be right.
     void setNormal(unsigned int vertex, const M_Vector3Template<float>& normal);
+    /// U from left to right, v from top to bottom, 0 to 1 across the picture.
     void setTextureCoordinate(unsigned int vertex, unsigned int layer, float u, float v);
     /// Components 0 to 255.
     void setColor(unsigned int vertex, float red, float green, float blue, float alpha);
@@ -30,10 +35,16 @@ public:
 
     /// @name Reading vertex `vertex`, below the capacity; what the format does not carry reads as its start value
     /// @{
+
+    /// In the mesh's own space.
     [[nodiscard]] M_Vector3Template<float> getPosition(unsigned int vertex) const noexcept;
+    /// As it was set.
     [[nodiscard]] M_Vector3Template<float> getNormal(unsigned int vertex) const noexcept;
+    /// Texture coordinate from left to right.
     [[nodiscard]] float getTextureU(unsigned int vertex, unsigned int layer) const noexcept;
+    /// Texture coordinate from top to bottom.
     [[nodiscard]] float getTextureV(unsigned int vertex, unsigned int layer) const noexcept;
+    /// 0 to 255.
     [[nodiscard]] float getColorAlpha(unsigned int vertex) const noexcept;
     /// All vertices: `getFormat().getStride()` floats each.
     [[nodiscard]] const float* getData() const noexcept { return m_vecData.data(); }

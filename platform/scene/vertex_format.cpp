@@ -4,7 +4,7 @@
 void P_VertexFormat::constructFromOldVertexFormat(unsigned int flags)
 {
     const unsigned int layers = flags & TEXTURE_LAYER_MASK;
-    const unsigned int bones = flags >> BONE_COUNT_SHIFT;
+    const unsigned int bones = flags >> boneCountShift;
     if (layers > maximumTextureLayers)
     {
         throw P_DriverException("A vertex carries at most 4 texture coordinate layers");
@@ -22,6 +22,6 @@ void P_VertexFormat::constructFromOldVertexFormat(unsigned int flags)
 
 unsigned int P_VertexFormat::getOldVertexFormat() const noexcept
 {
-    return (m_bPosition ? POSITION : 0u) | (m_bNormal ? NORMAL : 0u) | (m_bColor ? DIFFUSE_COLOR : 0u) |
-           m_uiTextureLayers | m_uiBones << BONE_COUNT_SHIFT;
+    return (m_bPosition ? POSITION : 0U) | (m_bNormal ? NORMAL : 0U) | (m_bColor ? DIFFUSE_COLOR : 0U) |
+           m_uiTextureLayers | m_uiBones << boneCountShift;
 }

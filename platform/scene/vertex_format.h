@@ -11,7 +11,7 @@ class TW2_PLATFORM_API P_VertexFormat
 {
 public:
     /// Bits of the flags that `constructFromOldVertexFormat` takes. The low three bits are the number of texture
-    /// coordinate layers, the bits from `BONE_COUNT_SHIFT` upwards the number of bones per vertex.
+    /// coordinate layers, the bits from `boneCountShift` upwards the number of bones per vertex.
     enum OldFlag : unsigned int
     {
         TEXTURE_LAYER_MASK = 0x7,
@@ -19,9 +19,9 @@ public:
         NORMAL = 0x20,
         DIFFUSE_COLOR = 0x40
     };
-    static constexpr unsigned int BONE_COUNT_SHIFT = 8;
-    static constexpr unsigned int maximumTextureLayers = 4;
-    static constexpr unsigned int maximumBonesPerVertex = 4;
+    static constexpr unsigned int boneCountShift = 8;         ///< of the bone count in the old flags
+    static constexpr unsigned int maximumTextureLayers = 4;   ///< more are an exception
+    static constexpr unsigned int maximumBonesPerVertex = 4;  ///< more are an exception
 
     /// Carries nothing.
     P_VertexFormat() noexcept = default;
@@ -34,9 +34,14 @@ public:
 
     /// @name What a vertex carries
     /// @{
+
+    /// Three floats.
     [[nodiscard]] bool hasPosition() const noexcept { return m_bPosition; }
+    /// Three floats.
     [[nodiscard]] bool hasNormal() const noexcept { return m_bNormal; }
+    /// Four floats, of which the set-ups use alpha.
     [[nodiscard]] bool hasColor() const noexcept { return m_bColor; }
+    /// Coordinate sets of two floats each, 0 to 4.
     [[nodiscard]] unsigned int getTextureLayerCount() const noexcept { return m_uiTextureLayers; }
     /// Bones per vertex, 0 for a mesh without bones.
     [[nodiscard]] unsigned int getBonesPerVertex() const noexcept { return m_uiBones; }
@@ -47,9 +52,13 @@ public:
 
     /// Floats per vertex.
     [[nodiscard]] unsigned int getStride() const noexcept { return getTextureOffset(m_uiTextureLayers); }
+    /// Floats before the position.
     [[nodiscard]] unsigned int getPositionOffset() const noexcept { return 0; }
+    /// Floats before the normal.
     [[nodiscard]] unsigned int getNormalOffset() const noexcept { return m_bPosition ? 3 : 0; }
+    /// Floats before the colour.
     [[nodiscard]] unsigned int getColorOffset() const noexcept { return getNormalOffset() + (m_bNormal ? 3 : 0); }
+    /// Floats before the coordinates of a layer.
     [[nodiscard]] unsigned int getTextureOffset(unsigned int layer) const noexcept
     {
         return getColorOffset() + (m_bColor ? 4 : 0) + 2 * layer;

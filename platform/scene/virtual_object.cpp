@@ -5,11 +5,12 @@
 #include <platform/scene/scene_exception.h>
 #include <platform/scene/virtual_object.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace
 {
-constexpr G_FColor s_normalColor{0.0f, 255.0f, 255.0f};
+constexpr G_FColor normalColor{0.0F, 255.0F, 255.0F};
 
 std::size_t checkPrimitiveCount(int count)
 {
@@ -19,17 +20,32 @@ std::size_t checkPrimitiveCount(int count)
     }
     return static_cast<std::size_t>(count);
 }
+
+bool areSideBySide(const S_Vector<const M_Matrix4x3Template<float>*>& matrices)
+{
+    return matrices.front() &&
+           std::adjacent_find(matrices.begin(), matrices.end(),
+                              [](const M_Matrix4x3Template<float>* a, const M_Matrix4x3Template<float>* b)
+                              { return a + 1 != b; }) == matrices.end();
+}
 }  // namespace
 
 P_VirtualObject::P_VirtualObject() : P_VirtualObject(0) {}
 
-P_VirtualObject::P_VirtualObject(int primitiveCount)
-    : P_BaseObject(Kind::Mesh), m_vecPrimitives(checkPrimitiveCount(primitiveCount))
+P_VirtualObject::P_VirtualObject(int primitiveCount) : P_BaseObject(Kind::Mesh)
+{
+    if (const std::size_t count = checkPrimitiveCount(primitiveCount))
+    {
+        accessShown().m_vecPrimitives.resize(count);
+    }
+}
+
+P_VirtualObject::P_VirtualObject(const P_VirtualObject& other) : P_BaseObject(other, Kind::Mesh), m_pShown(share(other))
 {
 }
 
-P_VirtualObject::P_VirtualObject(const P_VirtualObject& other)
-    : P_BaseObject(other, Kind::Mesh), m_vecPrimitives(other.m_vecPrimitives)
+P_VirtualObject::P_VirtualObject(const P_VirtualObject& other, P_TransformBlock& block)
+    : P_BaseObject(other, Kind::Mesh, block), m_pShown(share(other))
 {
 }
 
@@ -62,17 +78,22 @@ void P_VirtualObject::duplicate(const P_BaseObject& other)
         P_BaseObject::duplicate(other);
         return;
     }
-    S_Vector<P_PrimitiveInstance> primitives(mesh->m_vecPrimitives);
-    for (P_PrimitiveInstance& primitive : primitives)
+    S_Handle<Shown> shown;
+    if (mesh->getPrimitiveCount() > 0)
     {
-        if (primitive.getGeometry())
+        shown = S_Handle<Shown>(new Shown);
+        shown->m_vecPrimitives = S_Vector<P_PrimitiveInstance>(mesh->m_pShown->m_vecPrimitives);
+        for (P_PrimitiveInstance& primitive : shown->m_vecPrimitives)
         {
-            primitive.setGeometry(primitive.getGeometry()->clone());
+            if (primitive.getGeometry())
+            {
+                primitive.setGeometry(primitive.getGeometry()->clone());
+            }
         }
     }
     P_BaseObject::duplicate(other);
-    m_vecPrimitives = std::move(primitives);
-    m_vecBoneMatrices.clear();
+    m_pShown.swap(shown);
+    updateIdle();
 }
 
 void P_VirtualObject::dump(bool details) const
@@ -82,9 +103,9 @@ void P_VirtualObject::dump(bool details) const
     {
         const P_TriangleMesh* mesh = getPrimitive(i);
         Sys.verbose("  primitive %d: %u triangles, %u vertices, format 0x%X\n", i,
-                    mesh ? mesh->getIndexBuffer().getUsedCount() : 0u,
-                    mesh ? mesh->getVertexBuffer().getUsedCount() : 0u,
-                    mesh ? mesh->getFormat().getOldVertexFormat() : 0u);
+                    mesh ? mesh->getIndexBuffer().getUsedCount() : 0U,
+                    mesh ? mesh->getVertexBuffer().getUsedCount() : 0U,
+                    mesh ? mesh->getFormat().getOldVertexFormat() : 0U);
     }
 }
 
@@ -98,63 +119,113 @@ std::size_t P_VirtualObject::checkPrimitive(int primitive) const
     return static_cast<std::size_t>(primitive);
 }
 
+S_Handle<P_VirtualObject::Shown> P_VirtualObject::share(const P_VirtualObject& other)
+{
+    if (other.getBoneMatrixCount() == 0)
+    {
+        return other.m_pShown;
+    }
+    S_Handle<Shown> shown(new Shown);
+    shown->m_vecPrimitives = S_Vector<P_PrimitiveInstance>(other.m_pShown->m_vecPrimitives);
+    return shown;
+}
+
+/// What may be changed, since nobody shares it.
+P_VirtualObject::Shown& P_VirtualObject::accessShown()
+{
+    if (!m_pShown.isOnlyHolder())
+    {
+        S_Handle<Shown> own(new Shown);
+        if (m_pShown)
+        {
+            own->m_vecPrimitives = S_Vector<P_PrimitiveInstance>(m_pShown->m_vecPrimitives);
+        }
+        m_pShown.swap(own);
+    }
+    return *m_pShown;
+}
+
 P_TriangleMesh* P_VirtualObject::getPrimitive(int primitive) const noexcept
 {
     const P_PrimitiveInstance* instance = getPrimitiveInstance(primitive);
     return instance ? instance->getGeometry() : nullptr;
 }
 
-const P_PrimitiveInstance* P_VirtualObject::getPrimitiveInstance(int primitive) const noexcept
+bool P_VirtualObject::isTakenForEmpty() const noexcept
 {
-    return primitive >= 0 && primitive < getPrimitiveCount() ? &m_vecPrimitives[static_cast<std::size_t>(primitive)]
-                                                             : nullptr;
+    return !m_pShown || std::all_of(m_pShown->m_vecPrimitives.begin(), m_pShown->m_vecPrimitives.end(),
+                                    [](const P_PrimitiveInstance& primitive)
+                                    { return !primitive.getGeometry() || primitive.getGeometry()->isTakenForEmpty(); });
 }
 
-P_PrimitiveInstance* P_VirtualObject::getPrimitiveInstance(int primitive) noexcept
+const P_PrimitiveInstance* P_VirtualObject::getPrimitiveInstance(int primitive) const noexcept
 {
-    return const_cast<P_PrimitiveInstance*>(static_cast<const P_VirtualObject*>(this)->getPrimitiveInstance(primitive));
+    return primitive >= 0 && primitive < getPrimitiveCount()
+               ? &m_pShown->m_vecPrimitives[static_cast<std::size_t>(primitive)]
+               : nullptr;
+}
+
+P_PrimitiveInstance* P_VirtualObject::getPrimitiveInstance(int primitive)
+{
+    return primitive >= 0 && primitive < getPrimitiveCount()
+               ? &accessShown().m_vecPrimitives[static_cast<std::size_t>(primitive)]
+               : nullptr;
 }
 
 P_TriangleMesh* P_VirtualObject::createTriangleMesh(int primitive, P_Material* material, const P_VertexFormat& format)
 {
-    P_PrimitiveInstance& instance = m_vecPrimitives[checkPrimitive(primitive)];
+    const std::size_t place = checkPrimitive(primitive);
+    P_PrimitiveInstance& instance = accessShown().m_vecPrimitives[place];
     auto* mesh = new P_TriangleMesh(format);
     instance.setGeometry(mesh);
     instance.setMaterial(material);
+    updateIdle();
     return mesh;
 }
 
 P_SkinMesh* P_VirtualObject::createSkinMesh(int primitive, P_Material* material, const P_VertexFormat& format)
 {
-    P_PrimitiveInstance& instance = m_vecPrimitives[checkPrimitive(primitive)];
+    const std::size_t place = checkPrimitive(primitive);
+    P_PrimitiveInstance& instance = accessShown().m_vecPrimitives[place];
     auto* mesh = new P_SkinMesh(format);
     instance.setGeometry(mesh);
     instance.setMaterial(material);
+    updateIdle();
     return mesh;
 }
 
 void P_VirtualObject::setBoneMatrices(const S_Vector<const M_Matrix4x3Template<float>*>& matrices)
 {
-    m_vecBoneMatrices = matrices;
+    if (matrices.empty() && getBoneMatrixCount() == 0)
+    {
+        return;
+    }
+    Shown& shown = accessShown();
+    if (!matrices.empty() && areSideBySide(matrices))
+    {
+        shown.m_boneMatrices = P_BoneMatrices(matrices.front(), matrices.size());
+        S_Vector<const M_Matrix4x3Template<float>*>().swap(shown.m_vecBonePointers);
+        return;
+    }
+    shown.m_vecBonePointers = matrices;
+    shown.m_boneMatrices = P_BoneMatrices(shown.m_vecBonePointers.data(), shown.m_vecBonePointers.size());
 }
 
 M_Vector3Template<float> P_VirtualObject::getVertexPosition(int primitive, unsigned int vertex) const noexcept
 {
     const P_TriangleMesh* mesh = getPrimitive(primitive);
     const P_SkinMesh* skin = mesh->asSkinMesh();
-    return skin ? skin->getSkinnedPosition(vertex, m_vecBoneMatrices.data(), m_vecBoneMatrices.size())
-                : mesh->getVertexBuffer().getPosition(vertex);
+    return skin ? skin->getSkinnedPosition(vertex, getBoneMatrices()) : mesh->getVertexBuffer().getPosition(vertex);
 }
 
 void P_VirtualObject::addToBounds(P_Bounds& bounds, const M_Matrix4x3Template<float>& transform) const noexcept
 {
+    const P_BoneMatrices bones = getBoneMatrices();
     for (int primitive = 0; primitive < getPrimitiveCount(); ++primitive)
     {
-        const P_TriangleMesh* mesh = getPrimitive(primitive);
-        const unsigned int vertices = mesh ? mesh->getVertexBuffer().getUsedCount() : 0;
-        for (unsigned int vertex = 0; vertex < vertices; ++vertex)
+        if (const P_TriangleMesh* mesh = getPrimitive(primitive))
         {
-            bounds.add(transform.transformPoint(getVertexPosition(primitive, vertex)));
+            mesh->addToBounds(bounds, transform, bones);
         }
     }
 }
@@ -179,9 +250,8 @@ void P_VirtualObject::vertexNormalVisualization()
         {
             const M_Vector3Template<float> from = getVertexPosition(primitive, vertex);
             const M_Vector3Template<float> normal =
-                skin ? skin->getSkinnedNormal(vertex, m_vecBoneMatrices.data(), m_vecBoneMatrices.size())
-                     : mesh->getVertexBuffer().getNormal(vertex);
-            context->addDebugLine(world.transformPoint(from), world.transformPoint(from + normal), s_normalColor);
+                skin ? skin->getSkinnedNormal(vertex, getBoneMatrices()) : mesh->getVertexBuffer().getNormal(vertex);
+            context->addDebugLine(world.transformPoint(from), world.transformPoint(from + normal), normalColor);
         }
     }
 }

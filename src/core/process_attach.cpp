@@ -1,6 +1,7 @@
 // What happens when the library is loaded, beside its static data. It starts no thread and needs to know of none.
 
-#if defined(_WIN32)
+// A static library is attached by nobody.
+#if defined(_WIN32) && !defined(TW2_STATIC_DEFINE)
 #include <windows.h>
 
 // NOLINTNEXTLINE(readability-identifier-naming): the system looks for this name

@@ -21,24 +21,25 @@ namespace TW2
 // Materials: callback, map and image of materials without texture, templates.
 TW_MaterialCallback* TW_Material::sm_pMaterialCallback = nullptr;
 P_Map* TW_Material::sm_pSolidMap = nullptr;
-int TW_Material::sm_iSolidMapReferenceCnt = 0;
+S_Counter<int> TW_Material::sm_iSolidMapReferenceCnt;
 G_Image* TW_Material::sm_pSolidImage = nullptr;
-int TW_Material::sm_iTemplateMaterial = 0;
+S_Counter<int> TW_Material::sm_iTemplateMaterial;
 S_Vector<TWMaterialChunk> TW_Material::sm_vecCreatedMaterials;
 S_Vector<P_Material*> TW_Material::sm_vecTemplateMaterials;
 
 // Textures: callback, search path, maps in use.
 TW_TextureCallback* TW_Texture::sm_pTextureCallback = nullptr;
+bool TW_Texture::sm_bMissingFilesAllowed = false;
 S_Vector<S_String> TW_Texture::s_vecTexturePathList;
 S_List<TW_Texture::SharedMap*> TW_Texture::s_lstTextureList;
 
 // Object animations: records filled so far, callbacks.
-int TW_ObjectAnimation::ObjectAnimation::s_instanceCnt = 0;
+S_Counter<int> TW_ObjectAnimation::ObjectAnimation::s_instanceCnt;
 TW_LoadMeshCallback* TW_ObjectAnimation::sm_pLoadMeshCallback = nullptr;
 TW_MeshLoadedCallback* TW_ObjectAnimation::sm_pMeshLoadedCallback = nullptr;
 TW_MeshParentNotFoundCallback* TW_ObjectAnimation::sm_pMeshParentNotFoundCallback = nullptr;
 TW_ObjectKeyframeAnimationCallback* TW_ObjectAnimation::sm_pKeyframeAnimationCallback = nullptr;
-int TW_VirtualObject::sm_iLiveCount = 0;
+S_Counter<int> TW_VirtualObject::sm_iLiveCount;
 
 // Loader: callbacks, saved callbacks, the file in memory, which goes first.
 TW_HelperCallback* TW_Loader::sm_pHelperCallback = nullptr;
@@ -62,10 +63,11 @@ S_Vector<TW_KeyframeAnimationCallback*> TW_Loader::sm_vecKeyframeAnimationCallba
 namespace
 {
 /// What the first file that is held in memory is expected to take.
-constexpr unsigned int s_firstFileBytes = 8192;
+constexpr unsigned int firstFileBytes = 8192;
 }  // namespace
-S_MemoryFile TW_Loader::sm_cachedMemoryFile(s_firstFileBytes);
+S_MemoryFile TW_Loader::sm_cachedMemoryFile(firstFileBytes);
 S_String TW_Loader::sm_strCachedMemoryFile;
+TW_Loader::Walk* TW_Loader::sm_pWalk = nullptr;
 
 void deleteStaticData() noexcept
 {

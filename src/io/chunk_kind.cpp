@@ -1,42 +1,38 @@
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/chunk_kind.h>
 
+#include <utility>
+
 namespace TW2
 {
+namespace
+{
+constexpr std::pair<unsigned int, const char*> kinds[] = {
+    {CHUNK_NODE, "Node"},
+    {CHUNK_CAMERA, "Camera"},
+    {CHUNK_POINT_LIGHT, "Point light"},
+    {CHUNK_DIRECTIONAL_LIGHT, "Directional light"},
+    {CHUNK_SPOT_LIGHT, "Spot light"},
+    {CHUNK_MESH, "Mesh"},
+    {CHUNK_MATERIAL_LIST, "Material list"},
+    {CHUNK_KEYFRAME_ANIMATION, "Keyframe animation"},
+    {CHUNK_SKIN, "Skin"},
+    {CHUNK_ENVIRONMENT, "Environment"},
+    {CHUNK_HELPER, "Helper"},
+    {CHUNK_POINT_LIGHT_ANIMATION, "Point light animation"},
+    {CHUNK_DIRECTIONAL_LIGHT_ANIMATION, "Directional light animation"},
+    {CHUNK_SPOT_LIGHT_ANIMATION, "Spot light animation"}};
+}  // namespace
+
 const char* getChunkKind(unsigned int id) noexcept
 {
-    switch (id)
+    for (const auto& [kind, name] : kinds)
     {
-        case CHUNK_NODE:
-            return "Node";
-        case CHUNK_CAMERA:
-            return "Camera";
-        case CHUNK_POINT_LIGHT:
-            return "Point light";
-        case CHUNK_DIRECTIONAL_LIGHT:
-            return "Directional light";
-        case CHUNK_SPOT_LIGHT:
-            return "Spot light";
-        case CHUNK_MESH:
-            return "Mesh";
-        case CHUNK_MATERIAL_LIST:
-            return "Material list";
-        case CHUNK_KEYFRAME_ANIMATION:
-            return "Keyframe animation";
-        case CHUNK_SKIN:
-            return "Skin";
-        case CHUNK_ENVIRONMENT:
-            return "Environment";
-        case CHUNK_HELPER:
-            return "Helper";
-        case CHUNK_POINT_LIGHT_ANIMATION:
-            return "Point light animation";
-        case CHUNK_DIRECTIONAL_LIGHT_ANIMATION:
-            return "Directional light animation";
-        case CHUNK_SPOT_LIGHT_ANIMATION:
-            return "Spot light animation";
-        default:
-            return "Unknown";
+        if (kind == id)
+        {
+            return name;
+        }
     }
+    return "Unknown";
 }
 }  // namespace TW2

@@ -1,5 +1,7 @@
-#include <io/legacy_mesh_conversion.h>
-#include <io/legacy_mesh_work_lists.h>
+#include "io/legacy_mesh_conversion.h"
+
+#include "io/group_offsets.h"
+#include "io/legacy_mesh_work_lists.h"
 
 #include <algorithm>
 
@@ -58,15 +60,8 @@ void gather(S_Vector<T>& target, const S_Vector<T>& values, const S_Vector<unsig
 template <typename T>
 void setGroups(S_Vector<T>& offsets, S_Vector<T>& counts, const S_Vector<unsigned int>& groups, unsigned int step)
 {
-    offsets.clear();
-    counts.clear();
-    unsigned int offset = 0;
-    for (const unsigned int count : groups)
-    {
-        offsets.push_back(static_cast<T>(offset));
-        counts.push_back(static_cast<T>(count));
-        offset += step * count;
-    }
+    counts.assign(groups.begin(), groups.end());
+    makeOffsets(offsets, counts, step);
 }
 
 void writeVertices(const LegacyMeshLists& lists, MeshVertexChunk& vertices)

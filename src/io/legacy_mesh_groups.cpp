@@ -1,8 +1,12 @@
+#include "core/unit_init.h"
+#include "io/group_offsets.h"
+#include "io/legacy_mesh_conversion.h"
+#include "io/legacy_mesh_work_lists.h"
+
 #include <platform/runtime/str.h>
+#include <platform/runtime/system.h>
 
-#include <io/legacy_mesh_conversion.h>
-#include <io/legacy_mesh_work_lists.h>
-
+#include <algorithm>
 #include <numeric>
 
 namespace TW2
@@ -11,32 +15,22 @@ namespace
 {
 S_String findSizeFault(const MeshChunk& mesh, std::size_t group, std::size_t vertices)
 {
-    if (vertices <= MeshChunk::sm_maxGroupVertices)
+    if (vertices <= MeshChunk::maxGroupVertices)
     {
         return {};
     }
-    return S_STR("at most %zu vertices in each group of mesh \"%s\", group %zu needs %zu",
-                 MeshChunk::sm_maxGroupVertices, mesh.name.c_str(), group, vertices)
+    return S_STR("at most %zu vertices in each group of mesh \"%s\", group %zu needs %zu", MeshChunk::maxGroupVertices,
+                 mesh.name.c_str(), group, vertices)
         .str();
 }
 
-/// Lists the polygons of each material in order.
+/// Lists the polygons of each material in order; those of none of them come after the last.
 void sortPolygons(const S_Vector<int>& faceMaterials, std::size_t materials, LegacyMeshLists& lists)
 {
-    // Counted one place late: filling the list moves each start to where it belongs.
-    S_Vector<unsigned int>& starts = lists.materialStarts;
-    starts.assign(materials + 2, 0);
-    for (const int material : faceMaterials)
-    {
-        ++starts[static_cast<std::size_t>(material) + 2];
-    }
-    std::partial_sum(starts.begin(), starts.end(), starts.begin());
-    lists.materialPolygons.resize(faceMaterials.size());
-    for (std::size_t polygon = 0; polygon < faceMaterials.size(); ++polygon)
-    {
-        const std::size_t material = static_cast<std::size_t>(faceMaterials[polygon]);
-        lists.materialPolygons[starts[material + 1]++] = static_cast<unsigned int>(polygon);
-    }
+    const auto getPlace = [materials](int material)
+    { return material < 0 ? materials : std::min(static_cast<std::size_t>(material), materials); };
+    listByBucket(lists.materialStarts, lists.materialPolygons, materials + 1, faceMaterials.size(), 1,
+                 [&](std::size_t polygon) { return getPlace(faceMaterials[polygon]); });
 }
 
 /// Appends the group of one material: its vertices are numbered in the order in which its corners name them.
@@ -67,10 +61,16 @@ void appendGroup(std::size_t group, LegacyMeshLists& lists)
 
 S_String makeGroups(const MeshChunk& mesh, LegacyMeshLists& lists)
 {
-    sortPolygons(mesh.materials.faceMaterials, mesh.materials.names.size(), lists);
+    const std::size_t materials = mesh.materials.names.size();
+    sortPolygons(mesh.materials.faceMaterials, materials, lists);
+    if (const unsigned int left = lists.materialStarts[materials + 1] - lists.materialStarts[materials]; left > 0)
+    {
+        Sys.verbose("Mesh \"%s\": %u polygons name none of the %zu materials and are left out\n", mesh.name.c_str(),
+                    left, materials);
+    }
     lists.groupOfVertex.assign(lists.positions.size(), 0);
     lists.numberInGroup.resize(lists.positions.size());
-    for (std::size_t group = 0; group < mesh.materials.names.size(); ++group)
+    for (std::size_t group = 0; group < materials; ++group)
     {
         appendGroup(group, lists);
         if (S_String fault = findSizeFault(mesh, group, lists.groupVertexCounts[group]); !fault.empty())
@@ -89,7 +89,7 @@ S_String makeOneGroup(const MeshChunk& mesh, LegacyMeshLists& lists)
         return fault;
     }
     lists.groupVertices.resize(lists.positions.size());
-    std::iota(lists.groupVertices.begin(), lists.groupVertices.end(), 0u);
+    std::iota(lists.groupVertices.begin(), lists.groupVertices.end(), 0U);
     for (const unsigned int vertex : lists.corners)
     {
         lists.groupIndices.push_back(static_cast<std::uint16_t>(vertex));

@@ -1,5 +1,6 @@
-#include <io/legacy_mesh_conversion.h>
-#include <io/legacy_mesh_work_lists.h>
+#include "io/group_offsets.h"
+#include "io/legacy_mesh_conversion.h"
+#include "io/legacy_mesh_work_lists.h"
 
 #include <algorithm>
 #include <span>
@@ -27,32 +28,10 @@ void computeTriangleNormals(const LegacyMeshLists& lists, LegacyMeshSmoothingLis
     }
 }
 
-/// Lists the triangles around each vertex in the order of their corners.
-void listTrianglesAroundVertices(const LegacyMeshLists& lists, LegacyMeshSmoothingLists& work)
-{
-    // Counted one place late: filling the list moves each start to where it belongs.
-    S_Vector<unsigned int>& starts = work.triangleStarts;
-    starts.assign(lists.fileVertices + 2, 0);
-    for (const unsigned int vertex : lists.corners)
-    {
-        ++starts[vertex + 2];
-    }
-    for (std::size_t i = 2; i < starts.size(); ++i)
-    {
-        starts[i] += starts[i - 1];
-    }
-    work.triangles.resize(lists.corners.size());
-    for (std::size_t corner = 0; corner < lists.corners.size(); ++corner)
-    {
-        work.triangles[starts[lists.corners[corner] + 1]++] = static_cast<unsigned int>(corner / 3);
-    }
-}
-
 /// Splits one vertex after the other along the borders of smoothing groups.
 ///
 /// Every split takes all triangles that share a bit with some mask, so the masks that splits are made for have no bit
-/// in common and there are at most 32 splits before only flat triangles are left. Who shares a bit with whom is counted
-/// once and corrected after each split by those that have moved.
+/// in common and there are at most 32 splits before only flat triangles are left.
 class Smoother
 {
 public:
@@ -77,7 +56,7 @@ private:
 
     [[nodiscard]] bool haveCommonBit(std::span<const unsigned int> triangles) const
     {
-        unsigned int common = ~0u;
+        unsigned int common = ~0U;
         for (const unsigned int triangle : triangles)
         {
             common &= getMask(m_masks, triangle);
@@ -98,61 +77,51 @@ private:
     /// Splits off copies until all triangles left around the vertex share a bit with one of them; returns those.
     std::span<unsigned int> split(unsigned int vertex, std::span<unsigned int> around)
     {
-        countSharing(around);
+        listMasks(around);
         while (!around.empty())
         {
-            const unsigned int best = findBestMask(around.size());
-            const unsigned int highest = m_work.counts[best];
-            if (highest == around.size())
+            const SharedBitCounter::Mask best = m_work.counter.findBest(m_work.masks, m_work.around);
+            if (best.m_uiMissed == 0)
             {
                 break;
             }
-            if (highest == 0)
+            if (best.m_uiMissed == around.size())
             {
                 splitOffEach(vertex, around);
                 return {};
             }
-            around = splitOff(vertex, around, m_work.masks[best]);
-            m_work.counter.subtract(m_work.masks, m_work.moved, m_work.counts);
+            around = splitOff(vertex, around, best.m_uiBits);
+            dropMasks(best.m_uiBits);
         }
         return around;
     }
 
-    /// Counts, for each different mask around a vertex, the triangles that share a bit with it.
-    void countSharing(std::span<const unsigned int> triangles)
+    /// Lists the masks of the triangles around a vertex, and the different ones with the place of the first of each.
+    void listMasks(std::span<const unsigned int> triangles)
     {
+        using Mask = SharedBitCounter::Mask;
         m_work.around.clear();
+        m_work.masks.clear();
         for (const unsigned int triangle : triangles)
         {
-            m_work.around.push_back(getMask(m_masks, triangle));
+            const unsigned int mask = getMask(m_masks, triangle);
+            m_work.masks.push_back({mask, static_cast<unsigned int>(m_work.around.size()), 0});
+            m_work.around.push_back(mask);
         }
-        S_Vector<unsigned int>& masks = m_work.masks;
-        masks = m_work.around;
-        std::sort(masks.begin(), masks.end());
-        masks.erase(std::unique(masks.begin(), masks.end()), masks.end());
-        m_work.maskOfTriangle.clear();
-        for (const unsigned int mask : m_work.around)
-        {
-            const auto place = std::lower_bound(masks.begin(), masks.end(), mask);
-            m_work.maskOfTriangle.push_back(static_cast<unsigned int>(place - masks.begin()));
-        }
-        m_work.counts.assign(masks.size(), 0);
-        m_work.counter.add(masks, m_work.around, m_work.counts);
+        S_Vector<Mask>& masks = m_work.masks;
+        std::sort(masks.begin(), masks.end(),
+                  [](const Mask& a, const Mask& b)
+                  { return a.m_uiBits != b.m_uiBits ? a.m_uiBits < b.m_uiBits : a.m_uiPlace < b.m_uiPlace; });
+        masks.erase(std::unique(masks.begin(), masks.end(),
+                                [](const Mask& a, const Mask& b) { return a.m_uiBits == b.m_uiBits; }),
+                    masks.end());
     }
 
-    /// The mask of the first triangle left whose mask has the highest count.
-    [[nodiscard]] unsigned int findBestMask(std::size_t triangles) const
+    /// Those that share a bit with `bits` have moved away.
+    void dropMasks(unsigned int bits)
     {
-        unsigned int best = m_work.maskOfTriangle[0];
-        for (std::size_t i = 1; i < triangles; ++i)
-        {
-            const unsigned int mask = m_work.maskOfTriangle[i];
-            if (m_work.counts[mask] > m_work.counts[best])
-            {
-                best = mask;
-            }
-        }
-        return best;
+        std::erase_if(m_work.around, [bits](unsigned int mask) { return (mask & bits) != 0; });
+        std::erase_if(m_work.masks, [bits](const SharedBitCounter::Mask& mask) { return (mask.m_uiBits & bits) != 0; });
     }
 
     void moveCorners(unsigned int triangle, unsigned int from, unsigned int to)
@@ -172,20 +141,15 @@ private:
         const unsigned int copy = m_lists.appendCopy(vertex);
         Vector sum;
         std::size_t stayed = 0;
-        m_work.moved.clear();
-        for (std::size_t i = 0; i < around.size(); ++i)
+        for (const unsigned int triangle : around)
         {
-            const unsigned int mask = m_work.maskOfTriangle[i];
-            if ((m_work.masks[mask] & bits) != 0)
+            if ((getMask(m_masks, triangle) & bits) != 0)
             {
-                moveCorners(around[i], vertex, copy);
-                sum += m_work.triangleNormals[around[i]];
-                m_work.moved.push_back(m_work.masks[mask]);
+                moveCorners(triangle, vertex, copy);
+                sum += m_work.triangleNormals[triangle];
                 continue;
             }
-            around[stayed] = around[i];
-            m_work.maskOfTriangle[stayed] = mask;
-            ++stayed;
+            around[stayed++] = triangle;
         }
         m_lists.normals.push_back(sum.normalized());
         return around.first(stayed);
@@ -215,7 +179,9 @@ private:
 void smoothLegacyMesh(const S_Vector<unsigned int>& masks, LegacyMeshLists& lists, LegacyMeshSmoothingLists& work)
 {
     computeTriangleNormals(lists, work);
-    listTrianglesAroundVertices(lists, work);
+    // The triangles around each vertex in the order of their corners.
+    listByBucket(work.triangleStarts, work.triangles, lists.fileVertices, lists.corners.size(), 3,
+                 [&lists](std::size_t corner) { return lists.corners[corner]; });
     lists.normals.assign(lists.fileVertices, {});
     Smoother smoother(masks, lists, work);
     for (std::size_t vertex = 0; vertex < lists.fileVertices; ++vertex)

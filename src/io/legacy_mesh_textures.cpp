@@ -1,7 +1,7 @@
-#include <io/legacy_mesh_conversion.h>
-#include <io/legacy_mesh_work_lists.h>
+#include "io/legacy_mesh_conversion.h"
+#include "io/legacy_mesh_work_lists.h"
 
-#include <bit>
+#include <platform/bit_cast.h>
 
 namespace TW2
 {
@@ -23,7 +23,7 @@ public:
     {
         m_coordinates.assign(m_uFirstCopy, {});
         lists.hasCoordinate.assign(m_uFirstCopy, 0);
-        lists.copyTable.assign(s_smallestTable, 0);
+        lists.copyTable.assign(smallestTable, 0);
     }
 
     /// The vertex for a corner that names `vertex` and has `coordinate`.
@@ -54,16 +54,16 @@ public:
     }
 
 private:
-    static constexpr std::size_t s_smallestTable = 64;
+    static constexpr std::size_t smallestTable = 64;
 
     static std::uint64_t hash(unsigned int vertex, const Vector& coordinate)
     {
         // Zeros of either sign are equal; adding a positive one makes them the same.
-        const std::uint64_t u = std::bit_cast<unsigned int>(coordinate.x + 0.0f);
-        const std::uint64_t v = std::bit_cast<unsigned int>(coordinate.y + 0.0f);
-        std::uint64_t h = (u << 32 | v) ^ vertex * 0x9E3779B97F4A7C15u;
-        h = (h ^ h >> 30) * 0xBF58476D1CE4E5B9u;
-        h = (h ^ h >> 27) * 0x94D049BB133111EBu;
+        const std::uint64_t u = S_bitCast<unsigned int>(coordinate.x + 0.0F);
+        const std::uint64_t v = S_bitCast<unsigned int>(coordinate.y + 0.0F);
+        std::uint64_t h = (u << 32 | v) ^ vertex * 0x9E3779B97F4A7C15U;
+        h = (h ^ h >> 30) * 0xBF58476D1CE4E5B9U;
+        h = (h ^ h >> 27) * 0x94D049BB133111EBU;
         return h ^ h >> 31;
     }
 
@@ -142,7 +142,7 @@ void splitByTexture(const TextureChannelChunk& channel, LegacyMeshLists& lists)
     for (std::size_t i = 0; i < lists.corners.size(); ++i)
     {
         const Vector& coordinate = channel.coordinates[lists.textureCorners[i]];
-        lists.corners[i] = splitter.place(lists.corners[i], {coordinate.x, coordinate.y, 0.0f});
+        lists.corners[i] = splitter.place(lists.corners[i], {coordinate.x, coordinate.y, 0.0F});
     }
     resolveSources(lists, firstSource);
     ++lists.channelCount;

@@ -1,4 +1,4 @@
-#include <io/legacy_mesh_work_lists.h>
+#include "io/legacy_mesh_work_lists.h"
 
 #include <memory>
 
@@ -7,9 +7,9 @@ namespace TW2
 namespace
 {
 // Room for a mesh of usual size, so that small ones never grow a list.
-constexpr std::size_t s_usualVertices = 1000;
-constexpr std::size_t s_usualTextureCorners = 3000;
-constexpr std::size_t s_usualTriangles = 200;
+constexpr std::size_t usualVertices = 1000;
+constexpr std::size_t usualTextureCorners = 3000;
+constexpr std::size_t usualTriangles = 200;
 
 std::unique_ptr<LegacyMeshLists> s_pLists;
 std::unique_ptr<LegacyMeshSmoothingLists> s_pSmoothingLists;
@@ -17,11 +17,11 @@ std::unique_ptr<LegacyMeshSmoothingLists> s_pSmoothingLists;
 
 LegacyMeshLists::LegacyMeshLists()
 {
-    positions.reserve(s_usualVertices);
-    normals.reserve(s_usualVertices);
-    corners.reserve(s_usualVertices);
-    sources.reserve(s_usualVertices);
-    textureCorners.reserve(s_usualTextureCorners);
+    positions.reserve(usualVertices);
+    normals.reserve(usualVertices);
+    corners.reserve(usualVertices);
+    sources.reserve(usualVertices);
+    textureCorners.reserve(usualTextureCorners);
 }
 
 unsigned int LegacyMeshLists::appendCopy(unsigned int vertex)
@@ -35,11 +35,11 @@ unsigned int LegacyMeshLists::appendCopy(unsigned int vertex)
 
 LegacyMeshSmoothingLists::LegacyMeshSmoothingLists()
 {
-    triangleNormals.reserve(s_usualTriangles);
-    triangles.reserve(3 * s_usualTriangles);
-    triangleStarts.reserve(s_usualVertices);
-    around.reserve(s_usualVertices);
-    maskOfTriangle.reserve(s_usualVertices);
+    triangleNormals.reserve(usualTriangles);
+    triangles.reserve(3 * usualTriangles);
+    triangleStarts.reserve(usualVertices);
+    around.reserve(usualVertices);
+    masks.reserve(usualVertices);
 }
 
 void buildLegacyMeshLists()

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "io/shared_bits.h"
+
 #include <platform/math/vector3.h>
 #include <platform/runtime/allocator.h>
-
-#include <io/shared_bits.h>
 
 #include <array>
 #include <cstdint>
@@ -61,11 +61,8 @@ struct LegacyMeshSmoothingLists : S_Allocated
     S_Vector<unsigned int> triangleStarts;  ///< per vertex its first entry in `triangles`, and the end
 
     // Of the vertex that is being split.
-    S_Vector<unsigned int> around;          ///< masks of the triangles around it
-    S_Vector<unsigned int> masks;           ///< the different ones, in rising order
-    S_Vector<unsigned int> counts;          ///< per mask the triangles left that share a bit with it
-    S_Vector<unsigned int> moved;           ///< masks of the triangles that moved to the last copy
-    S_Vector<unsigned int> maskOfTriangle;  ///< index into `masks` for each triangle left
+    S_Vector<unsigned int> around;           ///< masks of the triangles left around it
+    S_Vector<SharedBitCounter::Mask> masks;  ///< the different ones
     SharedBitCounter counter;
 };
 

@@ -12,29 +12,16 @@
 #include <tw2/light/light_animation_chunks.h>
 #include <tw2/material/material_list_chunk.h>
 
+#include <platform/runtime/exception.h>
+#include <platform/runtime/file.h>
 #include <platform/runtime/hash_map.h>
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/system.h>
 
 namespace TW2
 {
 namespace
 {
-template <typename Callback>
-void push(S_Vector<Callback*>& stack, Callback* callback) noexcept
-{
-    stack.push_back(callback);  // room was made before
-}
-
-template <typename Callback>
-void pop(S_Vector<Callback*>& stack, Callback*& callback) noexcept
-{
-    if (!stack.empty())
-    {
-        callback = stack.back();
-        stack.pop_back();
-    }
-}
-
 /// Makes room for one more without giving up the doubling that keeps many pushes cheap.
 template <typename T>
 void makeRoom(S_Vector<T>& stack)
@@ -53,21 +40,27 @@ void hand(S_MemoryFile& file, Callback* callback)
     {
         Record record;
         file >> record;
-        (*callback)(static_cast<const Record&>(record));
+        (*callback)(record);
     }
 }
 
-/// A large record is made once and refilled, so that its lists keep their storage from chunk to chunk.
+/// A large record is made once and refilled, so that its lists keep their storage from chunk to chunk. What is loaded
+/// while a callback has it in hand gets another one.
 template <typename Record, typename Callback>
 void handKept(S_MemoryFile& file, Callback* callback)
 {
-    if (callback)
+    static bool s_bInHand = false;
+    if (!callback || s_bInHand)
     {
-        static Record record;
-        record.reset();
-        file >> record;
-        (*callback)(record);
+        hand<Record>(file, callback);
+        return;
     }
+    static Record s_record;
+    s_bInHand = true;
+    const S_Rollback putDown([]() noexcept { s_bInHand = false; });
+    s_record.reset();
+    file >> s_record;
+    (*callback)(s_record);
 }
 
 void handCamera(S_MemoryFile& file, TW_CameraCallback* callback)
@@ -89,55 +82,96 @@ void handUnread(S_MemoryFile& file, TW_UnknownChunkCallback* callback)
 }
 }  // namespace
 
+/// A walk over the file in memory. Before a callback of it loads, the walk's file is put aside; it comes back when the
+/// callback returns.
+class TW_Loader::Walk
+{
+public:
+    Walk() noexcept : m_pOuter(sm_pWalk) { sm_pWalk = this; }
+    ~Walk()
+    {
+        takeBack();
+        sm_pWalk = m_pOuter;
+    }
+    Walk(const Walk&) = delete;
+    Walk& operator=(const Walk&) = delete;
+
+    /// Comes before everything that replaces the file in memory.
+    static void putAside() noexcept
+    {
+        if (sm_pWalk && !sm_pWalk->m_bAside)
+        {
+            sm_pWalk->exchange();
+        }
+    }
+    void takeBack() noexcept
+    {
+        if (m_bAside)
+        {
+            exchange();
+            m_file.destruct();
+            m_strName.clear();
+        }
+    }
+
+private:
+    void exchange() noexcept
+    {
+        sm_cachedMemoryFile.swap(m_file);
+        sm_strCachedMemoryFile.swap(m_strName);
+        m_bAside = !m_bAside;
+    }
+
+    Walk* m_pOuter;
+    S_MemoryFile m_file;
+    S_String m_strName;
+    bool m_bAside = false;
+};
+
+/// Calls `visit` with the stack of every kind of callback and the callback itself.
+template <typename Visit>
+void TW_Loader::forEachCallback(const Visit& visit)
+{
+    visit(sm_vecHelperCallback, sm_pHelperCallback);
+    visit(sm_vecEnvironmentCallback, sm_pEnvironmentCallback);
+    visit(sm_vecLightCallback, sm_pLightCallback);
+    visit(sm_vecCameraCallback, sm_pCameraCallback);
+    visit(sm_vecUnknownChunkCallback, sm_pUnknownChunkCallback);
+    visit(sm_vecMaterialListCallback, sm_pMaterialListCallback);
+    visit(sm_vecMeshCallback, sm_pMeshCallback);
+    visit(sm_vecKeyframeAnimationCallback, sm_pKeyframeAnimationCallback);
+}
+
 void TW_Loader::clearAll() noexcept
 {
-    sm_pHelperCallback = nullptr;
-    sm_pEnvironmentCallback = nullptr;
-    sm_pLightCallback = nullptr;
-    sm_pCameraCallback = nullptr;
-    sm_pUnknownChunkCallback = nullptr;
-    sm_pMaterialListCallback = nullptr;
-    sm_pMeshCallback = nullptr;
-    sm_pKeyframeAnimationCallback = nullptr;
+    forEachCallback([](auto&, auto*& callback) { callback = nullptr; });
 }
 
 void TW_Loader::pushState()
 {
     // All that can fail comes first: the stacks grow together or not at all.
-    makeRoom(sm_vecHelperCallback);
-    makeRoom(sm_vecEnvironmentCallback);
-    makeRoom(sm_vecLightCallback);
-    makeRoom(sm_vecCameraCallback);
-    makeRoom(sm_vecUnknownChunkCallback);
-    makeRoom(sm_vecMaterialListCallback);
-    makeRoom(sm_vecMeshCallback);
-    makeRoom(sm_vecKeyframeAnimationCallback);
-
-    push(sm_vecHelperCallback, sm_pHelperCallback);
-    push(sm_vecEnvironmentCallback, sm_pEnvironmentCallback);
-    push(sm_vecLightCallback, sm_pLightCallback);
-    push(sm_vecCameraCallback, sm_pCameraCallback);
-    push(sm_vecUnknownChunkCallback, sm_pUnknownChunkCallback);
-    push(sm_vecMaterialListCallback, sm_pMaterialListCallback);
-    push(sm_vecMeshCallback, sm_pMeshCallback);
-    push(sm_vecKeyframeAnimationCallback, sm_pKeyframeAnimationCallback);
+    forEachCallback([](auto& stack, auto*) { makeRoom(stack); });
+    forEachCallback([](auto& stack, auto* callback) { stack.push_back(callback); });
 }
 
 void TW_Loader::popState() noexcept
 {
-    pop(sm_vecHelperCallback, sm_pHelperCallback);
-    pop(sm_vecEnvironmentCallback, sm_pEnvironmentCallback);
-    pop(sm_vecLightCallback, sm_pLightCallback);
-    pop(sm_vecCameraCallback, sm_pCameraCallback);
-    pop(sm_vecUnknownChunkCallback, sm_pUnknownChunkCallback);
-    pop(sm_vecMaterialListCallback, sm_pMaterialListCallback);
-    pop(sm_vecMeshCallback, sm_pMeshCallback);
-    pop(sm_vecKeyframeAnimationCallback, sm_pKeyframeAnimationCallback);
+    if (sm_vecHelperCallback.empty())
+    {
+        return;
+    }
+    forEachCallback(
+        [](auto& stack, auto*& callback)
+        {
+            callback = stack.back();
+            stack.pop_back();
+        });
 }
 
 void TW_Loader::cacheFileForLoading(std::string_view fileName)
 {
     S_String name(fileName);
+    Walk::putAside();
     // Until the file is open no name stands for it, so that a file that cannot be opened is tried again next time.
     sm_strCachedMemoryFile.clear();
     sm_cachedMemoryFile.construct(name, S_MemoryFile::accessRead);
@@ -146,12 +180,14 @@ void TW_Loader::cacheFileForLoading(std::string_view fileName)
 
 void TW_Loader::freeCachedFile() noexcept
 {
+    Walk::putAside();
     sm_cachedMemoryFile.destruct();
     sm_strCachedMemoryFile.clear();
 }
 
 void TW_Loader::load(std::string_view fileName, bool freeAfterLoading)
 {
+    Walk::putAside();
     if (!sm_strCachedMemoryFile.empty() && S_CaselessNameEqual()(fileName, sm_strCachedMemoryFile))
     {
         sm_cachedMemoryFile.seek(0, S_MemoryFile::seekBegin);
@@ -160,15 +196,31 @@ void TW_Loader::load(std::string_view fileName, bool freeAfterLoading)
     {
         cacheFileForLoading(fileName);
     }
-    S_MemoryFile::Chunk chunk;
-    for (sm_cachedMemoryFile.peekChunk(chunk); chunk.isValid(); sm_cachedMemoryFile.peekChunk(chunk))
-    {
-        dispatch(chunk.getID());
-        sm_cachedMemoryFile.skipChunk();
-    }
+    const S_DirectoryListings listings;  // materials look for many textures in the same folders
+    walk();
     if (freeAfterLoading)
     {
         freeCachedFile();
+    }
+}
+
+void TW_Loader::walk()
+{
+    Walk walk;
+    S_MemoryFile::Chunk chunk;
+    for (sm_cachedMemoryFile.peekChunk(chunk); chunk.isValid(); sm_cachedMemoryFile.peekChunk(chunk))
+    {
+        const unsigned int id = chunk.getID();
+        const std::size_t begin = chunk.getBodyOffset();
+        dispatch(id);
+        walk.takeBack();
+        if (!chunk.isValid())
+        {
+            S_String name;  // what is in memory is not the file of this name any more
+            name.swap(sm_strCachedMemoryFile);
+            throw S_MemoryFileException(name.c_str(), id, begin, "the rest of the file, which a callback has let go");
+        }
+        sm_cachedMemoryFile.skipChunk(chunk);
     }
 }
 

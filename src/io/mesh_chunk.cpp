@@ -1,14 +1,13 @@
+#include "io/chunk_values.h"
+#include "io/legacy_mesh_conversion.h"
+#include "io/legacy_mesh_work_lists.h"
+#include "io/mesh_faults.h"
+
 #include <tw2/core/exceptions.h>
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/mesh_chunk.h>
 
-#include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
 #include <platform/runtime/str.h>
-
-#include <io/legacy_mesh_conversion.h>
-#include <io/legacy_mesh_work_lists.h>
-#include <io/mesh_faults.h>
 
 #include <algorithm>
 
@@ -17,14 +16,9 @@ namespace TW2
 namespace
 {
 /// From this version on a mesh is in groups; before, it was polygons that are converted on reading.
-constexpr unsigned int s_versionGroups = 2;
+constexpr unsigned int versionGroups = 2;
 
-void readInstance(S_MemoryFile& file, S_String& name)
-{
-    S_MemoryFile::Chunk chunk;
-    file.openChunk(chunk, CHUNK_MESH_INSTANCE);
-    chunk.getMemoryFile() >> name;
-}
+constexpr auto describeInstance = [](auto& chunk, auto& name) { chunk.values(name); };
 
 /// Channels past the last slot are left out.
 void readChannel(S_MemoryFile& file, MeshChunk& mesh)
@@ -59,7 +53,7 @@ void readPart(S_MemoryFile& file, unsigned int id, MeshChunk& mesh)
             readChannel(file, mesh);
             break;
         case CHUNK_MESH_INSTANCE:
-            readInstance(file, mesh.editInstanceName());
+            readRecord(file, CHUNK_MESH_INSTANCE, mesh.editInstanceName(), describeInstance);
             break;
         default:
             break;
@@ -79,14 +73,6 @@ void addEmptyGroup(MeshChunk& mesh)
     mesh.vertices.groupCounts.assign(1, 0);
     mesh.faces.groupOffsets.assign(1, 0);
     mesh.faces.groupCounts.assign(1, 0);
-}
-
-void requireFit(const S_MemoryFile& file, const S_String& fault)
-{
-    if (!fault.empty())
-    {
-        file.fail(fault.c_str());
-    }
 }
 
 /// Slots are filled in the order of the file, so a record with a gap would come back as another one.
@@ -129,7 +115,7 @@ void requireWritable(const MeshChunk& mesh)
 }
 }  // namespace
 
-MeshChunk::MeshChunk() : channelUsed(sm_channelSlots, false), channels(sm_channelSlots)
+MeshChunk::MeshChunk() : channelUsed(channelSlots, false), channels(channelSlots)
 {
     buildLegacyMeshLists();
 }
@@ -146,8 +132,8 @@ void MeshChunk::reset()
     hasMaterials = false;
     materials.reset();
     // Also after someone has moved the slots out.
-    channelUsed.assign(sm_channelSlots, false);
-    channels.resize(sm_channelSlots);
+    channelUsed.assign(channelSlots, false);
+    channels.resize(channelSlots);
     for (TextureChannelChunk& channel : channels)
     {
         channel.reset();
@@ -167,7 +153,7 @@ S_MemoryFile& operator>>(S_MemoryFile& file, MeshChunk& mesh)
         readPart(body, part.getID(), mesh);
         chunk.skipChunk();
     }
-    if (chunk.getVersion() < s_versionGroups && mesh.hasVertices && mesh.hasFaces)
+    if (chunk.getVersion() < versionGroups && mesh.hasVertices && mesh.hasFaces)
     {
         requireFit(body, findLegacyFault(mesh));
         requireFit(body, convertLegacyMesh(mesh));
@@ -180,7 +166,7 @@ S_MemoryFile& operator>>(S_MemoryFile& file, MeshChunk& mesh)
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const MeshChunk& mesh)
 {
     requireWritable(mesh);
-    const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_MESH, s_versionGroups);
+    const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_MESH, versionGroups);
     writer << static_cast<const NodeChunk&>(mesh);
     if (mesh.hasMaterials)
     {
@@ -204,8 +190,7 @@ S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const MeshChunk& mesh
     }
     if (mesh.hasInstance)
     {
-        const S_MemoryFileWriter::Chunk instance(writer, CHUNK_MESH_INSTANCE, 0);
-        writer << mesh.instanceOf;
+        writeRecord(writer, CHUNK_MESH_INSTANCE, 0, mesh.instanceOf, describeInstance);
     }
     return writer;
 }

@@ -1,6 +1,7 @@
-#include <platform/runtime/str.h>
+#include "io/mesh_faults.h"
 
-#include <io/mesh_faults.h>
+#include <platform/runtime/memory_file.h>
+#include <platform/runtime/str.h>
 
 #include <algorithm>
 
@@ -155,16 +156,6 @@ S_String findLegacyMaterialFault(const MeshChunk& mesh)
                      faceMaterials.size())
             .str();
     }
-    // Without names there is nothing to choose from, and nothing is chosen.
-    for (std::size_t polygon = 0; materials > 0 && polygon < faceMaterials.size(); ++polygon)
-    {
-        const int material = faceMaterials[polygon];
-        if (material < 0 || static_cast<std::size_t>(material) >= materials)
-        {
-            return S_STR("polygon %zu to name a material from 0 to below %zu, found %i", polygon, materials, material)
-                .str();
-        }
-    }
     return {};
 }
 }  // namespace
@@ -227,5 +218,13 @@ S_String findLegacyFault(const MeshChunk& mesh)
         fault = findLegacyMaterialFault(mesh);
     }
     return fault;
+}
+
+void requireFit(const S_MemoryFile& file, const S_String& fault)
+{
+    if (!fault.empty())
+    {
+        file.fail(fault.c_str());
+    }
 }
 }  // namespace TW2

@@ -18,4 +18,7 @@ S_String findFault(const MeshChunk& mesh);
 /// Between the parts of a mesh in the old layout, before its conversion.
 S_String findLegacyFault(const MeshChunk& mesh);
 /// @}
+
+/// A fault in what a file holds is an error at the place where the file stands.
+void requireFit(const S_MemoryFile& file, const S_String& fault);
 }  // namespace TW2

@@ -7,38 +7,41 @@
 
 namespace TW2
 {
-/// Counts, for each of many masks, how many of many others share a bit with it.
+/// Finds, among many masks, the one that shares a bit with the most of many others.
 ///
 /// A block of the others becomes one row of bits per value of each of a mask's four bytes: who shares a bit with that
-/// byte. The four rows of a mask, united, are those who share a bit with it, 64 to a word. Small tasks are counted pair
-/// by pair.
+/// byte. The four rows of a mask, united, are those who share a bit with it, 64 to a word. A mask is given up as soon
+/// as it has missed more of the others than a good one misses in all, so most are compared with few of them.
 class SharedBitCounter
 {
 public:
-    /// Adds the number of `others` that share a bit with `masks[i]` to `counts[i]`. The sum may wrap around, so that
-    /// counts can also be taken back.
-    void add(std::span<const unsigned int> masks, std::span<const unsigned int> others, std::span<unsigned int> counts);
-    /// Takes the same number back.
-    void subtract(std::span<const unsigned int> masks, std::span<const unsigned int> others,
-                  std::span<unsigned int> counts);
+    struct Mask
+    {
+        unsigned int m_uiBits;
+        unsigned int m_uiPlace;   ///< of several masks that are equally good the one of the lowest place is the best
+        unsigned int m_uiMissed;  ///< while the best is looked for: others found that share no bit with it
+    };
+
+    /// The best of `masks`, which come out in another order. There must be one.
+    [[nodiscard]] Mask findBest(std::span<Mask> masks, std::span<const unsigned int> others);
+    /// With how many of `others` a mask shares no bit.
+    [[nodiscard]] static unsigned int countMissed(unsigned int mask, std::span<const unsigned int> others);
 
 private:
-    static constexpr std::size_t s_words = 16;  // of a row
-    static constexpr std::size_t s_blockSize = 64 * s_words;
-    static constexpr std::size_t s_rowsPerByte = 256;
-    static constexpr std::size_t s_bytes = sizeof(unsigned int);
+    static constexpr std::size_t rowWords = 16;  // of a row
+    static constexpr std::size_t blockSize = 64 * rowWords;
+    static constexpr std::size_t rowsPerByte = 256;
+    static constexpr std::size_t maskBytes = sizeof(unsigned int);
 
-    void count(std::span<const unsigned int> masks, std::span<const unsigned int> others,
-               std::span<unsigned int> counts, unsigned int sign);
     void makeRows(std::span<const unsigned int> block);
     [[nodiscard]] unsigned int countRows(unsigned int mask) const;
     [[nodiscard]] std::uint64_t* getRow(std::size_t byte, std::size_t value)
     {
-        return m_vecRows.data() + (byte * s_rowsPerByte + value) * s_words;
+        return m_vecRows.data() + (byte * rowsPerByte + value) * rowWords;
     }
     [[nodiscard]] const std::uint64_t* getRow(std::size_t byte, std::size_t value) const
     {
-        return m_vecRows.data() + (byte * s_rowsPerByte + value) * s_words;
+        return m_vecRows.data() + (byte * rowsPerByte + value) * rowWords;
     }
 
     S_Vector<std::uint64_t> m_vecRows;

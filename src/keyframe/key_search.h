@@ -1,5 +1,7 @@
 #pragma once
 
+#include <platform/compiler.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -62,7 +64,7 @@ inline float positiveModulo(float x, float period) noexcept
 inline int getEndFrame(const TrackLoop& loop) noexcept
 {
     const bool hasLoopFrame = loop.m_bLooping && loop.m_bLoopInterpolation;
-    return static_cast<int>(hasLoopFrame ? loop.m_uTotalFrameCount : loop.m_uTotalFrameCount - 1u);
+    return static_cast<int>(hasLoopFrame ? loop.m_uTotalFrameCount : loop.m_uTotalFrameCount - 1U);
 }
 
 inline float wrapFrame(const TrackLoop& loop, float frame) noexcept
@@ -91,7 +93,7 @@ inline int toInt(float whole) noexcept
 inline TrackPosition locateFrame(const TrackLoop& loop, float frame) noexcept
 {
     TrackPosition position;
-    const int lastFrame = static_cast<int>(loop.m_uTotalFrameCount - 1u);
+    const int lastFrame = static_cast<int>(loop.m_uTotalFrameCount - 1U);
     position.m_fFrame = wrapFrame(loop, frame);
     const float whole = std::floor(position.m_fFrame);
     position.m_iWhole = toInt(whole);
@@ -112,10 +114,23 @@ inline TrackPosition locateFrame(const TrackLoop& loop, float frame) noexcept
     return position;
 }
 
+/// How many of the first `count` keys have a frame up to `whole`. Without a branch that depends on the frames: which
+/// way a search goes cannot be foreseen.
+inline int countKeysUpTo(const std::int16_t* frames, int count, int whole) noexcept
+{
+    const std::int16_t* first = frames;
+    while (count > 1)
+    {
+        const int half = count / 2;
+        first += first[half - 1] <= whole ? half : 0;
+        count -= half;
+    }
+    return static_cast<int>(first - frames) + static_cast<int>(count == 1 && *first <= whole);
+}
+
 /// The keys around a position of a track with at least one key, by searching all of them. Never reads outside the keys,
 /// whatever the frames are.
-[[gnu::noinline]] inline KeyPair searchKeys(const TrackPosition& position, const std::int16_t* frames,
-                                            int keyCount) noexcept
+S_NO_INLINE inline KeyPair searchKeys(const TrackPosition& position, const std::int16_t* frames, int keyCount) noexcept
 {
     const int last = keyCount - 1;
     if (position.m_place == TrackPosition::Place::LastKey)
@@ -130,7 +145,7 @@ inline TrackPosition locateFrame(const TrackLoop& loop, float frame) noexcept
         return {last, static_cast<int>(loopToKey - frames), position.m_fPart, 1.0F};
     }
     // The first key behind the whole frame, or the last key.
-    const int upper = static_cast<int>(std::upper_bound(frames, frames + last, position.m_iWhole) - frames);
+    const int upper = countKeysUpTo(frames, last, position.m_iWhole);
     const int lower = std::max(upper - 1, 0);
     const int lowerFrame = frames[lower];
     const int span = frames[upper] - lowerFrame;
@@ -145,15 +160,16 @@ inline TrackPosition locateFrame(const TrackLoop& loop, float frame) noexcept
     return {lower, upper, position.m_fFrame - static_cast<float>(lowerFrame), static_cast<float>(span)};
 }
 
-/// The same, at once when `hint` (any number) is the upper key or, as in playing forward, the key before it.
+/// The same, at once when `hint` (any number) is the upper key or, as in playing forward or backward, a key beside it.
 inline KeyPair findKeys(const TrackPosition& position, const std::int16_t* frames, int keyCount, int hint) noexcept
 {
     if (position.m_place == TrackPosition::Place::Keys) [[likely]]
     {
         const int last = keyCount - 1;
         int upper = hint >= 0 && hint <= last ? hint : 0;
-        // Without a branch: when a track moves to its next key cannot be foreseen.
+        // Without branches: when a track moves to its next key cannot be foreseen.
         upper += static_cast<int>(frames[upper] <= position.m_iWhole && upper < last);
+        upper -= static_cast<int>(frames[std::max(upper - 1, 0)] > position.m_iWhole && upper > 1);
         const int lower = std::max(upper - 1, 0);
         const int lowerFrame = frames[lower];
         const int upperFrame = frames[upper];

@@ -1,6 +1,8 @@
 #include "core/unit_init.h"
 #include "keyframe/key_search.h"
-#include "keyframe/rigid_key.h"
+#include "keyframe/track_access.h"
+#include "keyframe/track_evaluation.h"
+#include "keyframe/track_value.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/io/chunk_id.h>
@@ -8,13 +10,12 @@
 #include <tw2/keyframe/keyframe_animation_chunk.h>
 
 #include <platform/math/inverse_sqrt.h>
-#include <platform/math/matrix_rows.h>
 #include <platform/runtime/memory_file.h>
 #include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/system.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace TW2
 {
@@ -46,103 +47,14 @@ bool hasScale(const KeyframeAnimationChunk& chunk)
     return std::any_of(chunk.keys.begin(), chunk.keys.end(), [](const MatrixKey& key) { return hasScale(key.matrix); });
 }
 
-// A track holds the low 16 bits of a frame.
-std::int16_t toTrackFrame(unsigned int frame)
+/// How the transform track runs that is in use; without any, like an animation without frames.
+TrackLoop findLoop(const TW_KeyframeAnimation::SharedData* data) noexcept
 {
-    return static_cast<std::int16_t>(static_cast<std::uint16_t>(frame));
-}
-
-// Makes `track` that of `keys`, which have a frame and whatever `getValue` takes out of them.
-template <typename T, typename Key, typename GetValue>
-void fill(LinearlyOptimizedContainer<T>& track, const KeyframeAnimationChunk& chunk, const S_Vector<Key>& keys,
-          GetValue getValue)
-{
-    track.construct(static_cast<unsigned int>(keys.size()));
-    track.m_bLooping = chunk.header.looping;
-    track.m_bLoopInterpolation = chunk.loopInterpolation;
-    track.m_uTotalFrameCount = chunk.totalFrameCount;
-    const bool endsAtFrameCount = !chunk.header.looping && chunk.totalFrameCount != 0;
-    track.m_uLoopToFrame = endsAtFrameCount ? chunk.totalFrameCount : chunk.loopToFrame;
-    for (std::size_t i = 0; i < keys.size(); ++i)
+    if (!data)
     {
-        track.m_vecFrames[i] = toTrackFrame(keys[i].frame);
-        track.m_vecValues[i] = getValue(keys[i]);
+        return {};
     }
-}
-
-void applyMode(Matrix& matrix, InterpolationMode mode)
-{
-    if (mode == InterpolationMode::Linear)
-    {
-        return;
-    }
-    M_Rows<float> rows{{matrix.getRow(0), matrix.getRow(1), matrix.getRow(2)}};
-    if (mode == InterpolationMode::Normalized)
-    {
-        rows.normalize();
-    }
-    else
-    {
-        rows.orthonormalize();
-    }
-    for (int r = 0; r < 3; ++r)
-    {
-        matrix.setRow(r, rows.m_rows[r]);
-    }
-}
-
-// Multiplies each basis row by the length that the keys of the last lookup give it at `frame`. A length that is not
-// finite leaves its row alone.
-void restoreScale(Matrix& matrix, const LinearlyOptimizedContainer<Matrix>& track, float frame)
-{
-    const auto a = static_cast<std::size_t>(track.m_fLastLowerKey);
-    const auto b = static_cast<std::size_t>(track.m_fLastUpperKey);
-    if (std::max(a, b) >= track.m_vecValues.size())
-    {
-        return;
-    }
-    const auto frameA = static_cast<float>(track.m_vecFrames[a]);
-    const auto frameB = static_cast<float>(track.m_vecFrames[b]);
-    const float wrapped = track.wrapFrame(frame);
-    for (int r = 0; r < 3; ++r)
-    {
-        float length = M_fastLength(track.m_vecValues[a].getRow(r));
-        if (frameA != frameB)
-        {
-            const float lengthB = M_fastLength(track.m_vecValues[b].getRow(r));
-            length = (lengthB * (wrapped - frameA) + length * (frameB - wrapped)) / (frameB - frameA);
-        }
-        if (std::isfinite(length))
-        {
-            matrix.setRow(r, matrix.getRow(r) * length);
-        }
-    }
-}
-
-int evaluateCompact(Matrix& matrix, const LinearlyOptimizedContainer<TW_KeyframeMatrix>& track, InterpolationMode mode,
-                    float frame, int hint)
-{
-    if (track.m_vecFrames.empty())
-    {
-        matrix = Matrix();
-        return 0;
-    }
-    const KeyPair keys = findKeys(track, locateFrame(getLoop(track), frame), hint);
-    const TW_KeyframeMatrix* const lower = &track.m_vecValues[static_cast<std::size_t>(keys.m_iLower)];
-    const TW_KeyframeMatrix* const upper = &track.m_vecValues[static_cast<std::size_t>(keys.m_iUpper)];
-    // Both keys become matrices at once, side by side.
-    const TW_KeyframeMatrix* const pair[LANES] = {lower, upper, lower, upper};
-    const RigidKeys rigid = loadKeys(pair);
-    const M_FourMatrices matrices = toMatrices(rigid.getRows(), rigid.m_translation);
-    const M_Float4 fraction(keys.getFraction());
-    for (std::size_t e = 0; e < 12; e += LANES)
-    {
-        M_Float4 run[LANES];
-        matrices.getRun(e, run);
-        between(run[0], run[1], fraction).store(matrix.data() + e);
-    }
-    applyMode(matrix, mode);
-    return keys.m_iUpper;
+    return data->m_pMatrices ? getLoop(*data->m_pMatrices) : getLoop(data->m_keyframes);
 }
 }  // namespace
 
@@ -150,28 +62,6 @@ TW_KeyframeAnimation::SharedData::~SharedData()
 {
     delete m_pVisibility;
     delete m_pMatrices;
-}
-
-TW_KeyframeAnimation::TW_KeyframeAnimation()
-{
-    initializeMembers();
-}
-
-// The others delegate, so that the destructor cleans up when their construction fails.
-TW_KeyframeAnimation::TW_KeyframeAnimation(const KeyframeAnimationChunk& chunk, bool withVisibility)
-    : TW_KeyframeAnimation()
-{
-    construct(chunk, withVisibility);
-}
-
-TW_KeyframeAnimation::TW_KeyframeAnimation(const S_String& fileName) : TW_KeyframeAnimation()
-{
-    construct(fileName);
-}
-
-TW_KeyframeAnimation::TW_KeyframeAnimation(const TW_KeyframeAnimation& other) : TW_KeyframeAnimation()
-{
-    construct(other);
 }
 
 TW_KeyframeAnimation& TW_KeyframeAnimation::operator=(const TW_KeyframeAnimation& other)
@@ -183,6 +73,12 @@ TW_KeyframeAnimation& TW_KeyframeAnimation::operator=(const TW_KeyframeAnimation
 TW_KeyframeAnimation::~TW_KeyframeAnimation()
 {
     destruct();
+    TrackTable::animationDestroyed(m_pUses);
+}
+
+void TW_KeyframeAnimation::tracksChanged() noexcept
+{
+    TrackTable::tracksChanged(m_pUses);
 }
 
 void TW_KeyframeAnimation::initializeMembers() noexcept
@@ -202,59 +98,51 @@ void TW_KeyframeAnimation::construct()
 {
     const S_MemoryScope scope(memoryScopeName);
     destruct();
+    S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
-    try
-    {
-        m_pSharedData = new SharedData;
-        m_pSharedData->m_keyframes.construct(0);
-        m_pSharedData->m_pVisibility = new LinearlyOptimizedContainer<float>;
-        m_pSharedData->m_pVisibility->construct(0);
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    m_pSharedData = new SharedData;
+    m_pSharedData->m_keyframes.construct(0);
+    m_pSharedData->m_pVisibility = new LinearlyOptimizedContainer<float>;
+    m_pSharedData->m_pVisibility->construct(0);
+    tracksChanged();
+    rollback.keep();
 }
 
 void TW_KeyframeAnimation::construct(const KeyframeAnimationChunk& chunk, bool withVisibility)
 {
     const S_MemoryScope scope(memoryScopeName);
     destruct();
+    S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
-    try
+    m_pSharedData = new SharedData;
+    m_strAnimationTargetName = chunk.header.targetName;
+    m_iFrameRate = chunk.header.frameRate;
+    m_bKeepScale = chunk.keepScale;
+    if (chunk.interpolationMode >= static_cast<int>(InterpolationMode::Linear) &&
+        chunk.interpolationMode <= static_cast<int>(InterpolationMode::Orthonormalized))
     {
-        m_pSharedData = new SharedData;
-        m_strAnimationTargetName = chunk.header.targetName;
-        m_iFrameRate = chunk.header.frameRate;
-        m_bKeepScale = chunk.keepScale;
-        if (chunk.interpolationMode >= static_cast<int>(InterpolationMode::Linear) &&
-            chunk.interpolationMode <= static_cast<int>(InterpolationMode::Orthonormalized))
-        {
-            m_eInterpolationMode = static_cast<InterpolationMode>(chunk.interpolationMode);
-        }
-        if (m_bKeepScale || hasScale(chunk))
-        {
-            m_pSharedData->m_pMatrices = new LinearlyOptimizedContainer<Matrix>;
-            fill(*m_pSharedData->m_pMatrices, chunk, chunk.keys, [](const MatrixKey& key) { return key.matrix; });
-        }
-        else
-        {
-            fill(m_pSharedData->m_keyframes, chunk, chunk.keys,
-                 [](const MatrixKey& key) { return TW_KeyframeMatrix(key.matrix); });
-        }
-        if (withVisibility)
-        {
-            m_pSharedData->m_pVisibility = new LinearlyOptimizedContainer<float>;
-            fill(*m_pSharedData->m_pVisibility, chunk, chunk.visibilityKeys,
-                 [](const VisibilityKey& key) { return key.visibility; });
-        }
+        m_eInterpolationMode = static_cast<InterpolationMode>(chunk.interpolationMode);
     }
-    catch (...)
+    const unsigned int endFrame = chunk.totalFrameCount;
+    if (m_bKeepScale || hasScale(chunk))
     {
-        destruct();
-        throw;
+        auto* const matrices = new LinearlyOptimizedContainer<Matrix>;
+        m_pSharedData->m_pMatrices = matrices;
+        fillTrack(*matrices, chunk, endFrame, chunk.keys, [](const MatrixKey& key) { return key.matrix; });
     }
+    else
+    {
+        fillTrack(m_pSharedData->m_keyframes, chunk, endFrame, chunk.keys,
+                  [](const MatrixKey& key) { return TW_KeyframeMatrix(key.matrix); });
+    }
+    if (withVisibility)
+    {
+        m_pSharedData->m_pVisibility = new LinearlyOptimizedContainer<float>;
+        fillTrack(*m_pSharedData->m_pVisibility, chunk, endFrame, chunk.visibilityKeys,
+                  [](const VisibilityKey& key) { return key.visibility; });
+    }
+    tracksChanged();
+    rollback.keep();
 }
 
 void TW_KeyframeAnimation::construct(const S_String& fileName)
@@ -293,21 +181,18 @@ void TW_KeyframeAnimation::construct(const TW_KeyframeAnimation& other)
     }
     const S_MemoryScope scope(memoryScopeName);
     destruct();
+    if (!other.m_bConstructed)
+    {
+        return;
+    }
+    m_strAnimationTargetName = other.m_strAnimationTargetName;
     m_bConstructed = true;
-    try
-    {
-        m_strAnimationTargetName = other.m_strAnimationTargetName;
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
     m_iFrameRate = other.m_iFrameRate;
     m_eInterpolationMode = other.m_eInterpolationMode;
     m_bKeepScale = other.m_bKeepScale;
     m_pSharedData = other.m_pSharedData;
     increaseDataReferenceCount();
+    tracksChanged();
 }
 
 void TW_KeyframeAnimation::destruct() noexcept
@@ -321,6 +206,7 @@ void TW_KeyframeAnimation::destruct() noexcept
         delete m_pSharedData;
     }
     initializeMembers();
+    tracksChanged();
 }
 
 void TW_KeyframeAnimation::animate(Matrix& matrix, float time) const
@@ -340,22 +226,11 @@ int TW_KeyframeAnimation::animateWithLastFrame(Matrix& matrix, float time, int l
 
 int TW_KeyframeAnimation::animateFrameWithLastFrame(Matrix& matrix, float frame, int lastFrame) const
 {
-    if (!m_pSharedData)
-    {
-        matrix = Matrix();
-        return 0;
-    }
-    if (!m_pSharedData->m_pMatrices)
-    {
-        return evaluateCompact(matrix, m_pSharedData->m_keyframes, m_eInterpolationMode, frame, lastFrame);
-    }
-    const int key = m_pSharedData->m_pMatrices->getValue(matrix, frame, lastFrame);
-    applyMode(matrix, m_eInterpolationMode);
-    if (m_bKeepScale)
-    {
-        restoreScale(matrix, *m_pSharedData->m_pMatrices, frame);
-    }
-    return key;
+    const TrackEntry track = TrackAccess::describe(*this);
+    const TrackPosition position = locateFrame(track.m_loop, frame);
+    const KeyPair keys = findKeys(position, track.m_pFrames, track.m_iKeyCount, lastFrame);
+    evaluateTrack(matrix, track, keys, position.m_fFrame);
+    return keys.m_iUpper;
 }
 
 float TW_KeyframeAnimation::getVisibility(float time) const
@@ -377,31 +252,34 @@ float TW_KeyframeAnimation::getVisibilityFrame(float frame) const
 
 bool TW_KeyframeAnimation::isLooping() const noexcept
 {
-    if (!m_pSharedData)
-    {
-        return false;
-    }
-    return m_pSharedData->m_pMatrices ? m_pSharedData->m_pMatrices->m_bLooping : m_pSharedData->m_keyframes.m_bLooping;
+    return findLoop(m_pSharedData).m_bLooping;
+}
+
+bool TW_KeyframeAnimation::isLoopInterpolating() const noexcept
+{
+    const TrackLoop loop = findLoop(m_pSharedData);
+    return loop.m_bLooping && loop.m_bLoopInterpolation;
 }
 
 unsigned int TW_KeyframeAnimation::getLoopToFrame() const noexcept
 {
-    if (!m_pSharedData)
-    {
-        return 0;
-    }
-    return m_pSharedData->m_pMatrices ? m_pSharedData->m_pMatrices->m_uLoopToFrame
-                                      : m_pSharedData->m_keyframes.m_uLoopToFrame;
+    return findLoop(m_pSharedData).m_uLoopToFrame;
 }
 
 unsigned int TW_KeyframeAnimation::getTotalFrameCount() const noexcept
 {
+    return findLoop(m_pSharedData).m_uTotalFrameCount;
+}
+
+S_Vector<int> TW_KeyframeAnimation::getKeyFrames() const
+{
     if (!m_pSharedData)
     {
-        return 0;
+        return {};
     }
-    return m_pSharedData->m_pMatrices ? m_pSharedData->m_pMatrices->m_uTotalFrameCount
-                                      : m_pSharedData->m_keyframes.m_uTotalFrameCount;
+    const S_Vector<std::int16_t>& frames =
+        m_pSharedData->m_pMatrices ? m_pSharedData->m_pMatrices->m_vecFrames : m_pSharedData->m_keyframes.m_vecFrames;
+    return {frames.begin(), frames.end()};
 }
 
 LinearlyOptimizedContainer<float>* TW_KeyframeAnimation::getVisibilityContainer() const noexcept

@@ -1,13 +1,16 @@
-#include <tw2/io/chunk_id.h>
-#include <tw2/keyframe/keyframe_animation_chunk.h>
+#include "io/chunk_values.h"
 
-#include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
+#include <tw2/io/chunk_id.h>
+#include <tw2/keyframe/animation_header.h>
+#include <tw2/keyframe/keyframe_animation_chunk.h>
 
 namespace TW2
 {
 namespace
 {
+constexpr auto describeHeader = [](auto& chunk, auto& header)
+{ chunk.values(header.targetName, header.frameRate, header.looping); };
+
 /// What each version of the chunk added.
 enum Version : unsigned int
 {
@@ -22,7 +25,40 @@ constexpr unsigned int newestVersion = VERSION_FRAME_COUNT;
 // Keys are read and written as blocks: in memory they are what they are in the file.
 static_assert(sizeof(MatrixKey) == sizeof(unsigned int) + sizeof(M_Matrix4x3Template<float>));
 static_assert(sizeof(VisibilityKey) == sizeof(unsigned int) + sizeof(float));
+
+constexpr auto describe = [](auto& chunk, auto& record)
+{
+    chunk.record(record.header);
+    chunk.values(record.objectName, record.loopInterpolation, record.totalFrameCount);
+    chunk.unsignedBlocks(record.keys);
+    if (chunk.has(VERSION_VISIBILITY))
+    {
+        chunk.unsignedBlocks(record.visibilityKeys);
+    }
+    if (chunk.has(VERSION_LOOP_TO_FRAME))
+    {
+        chunk.values(record.loopToFrame);
+    }
+    if (chunk.has(VERSION_INTERPOLATION_MODE))
+    {
+        chunk.values(record.interpolationMode);
+    }
+    if (chunk.has(VERSION_KEEP_SCALE))
+    {
+        chunk.values(record.keepScale);
+    }
+};
 }  // namespace
+
+S_MemoryFile& operator>>(S_MemoryFile& file, AnimationHeader& header)
+{
+    return readRecord(file, CHUNK_ANIMATION_HEADER, header, describeHeader);
+}
+
+S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const AnimationHeader& header)
+{
+    return writeRecord(writer, CHUNK_ANIMATION_HEADER, 0, header, describeHeader);
+}
 
 void KeyframeAnimationChunk::clear() noexcept
 {
@@ -39,47 +75,16 @@ void KeyframeAnimationChunk::clear() noexcept
 
 S_MemoryFile& operator>>(S_MemoryFile& file, KeyframeAnimationChunk& record)
 {
-    S_MemoryFile::Chunk chunk;
-    file.openChunk(chunk, CHUNK_KEYFRAME_ANIMATION);
-    const unsigned int version = chunk.getVersion();
-    S_MemoryFile& body = chunk.getMemoryFile();
-
-    body >> record.header;
-    chunk.skipChunk();
-    body >> record.objectName >> record.loopInterpolation >> record.totalFrameCount;
-
-    body.readBlock(record.keys, body.readUnsignedCount(sizeof(MatrixKey)));
-    if (version >= VERSION_VISIBILITY)
-    {
-        body.readBlock(record.visibilityKeys, body.readUnsignedCount(sizeof(VisibilityKey)));
-    }
-    if (version >= VERSION_LOOP_TO_FRAME)
-    {
-        body >> record.loopToFrame;
-    }
-    if (version >= VERSION_INTERPOLATION_MODE)
-    {
-        body >> record.interpolationMode;
-    }
-    if (version >= VERSION_KEEP_SCALE)
-    {
-        body >> record.keepScale;
-    }
-    if (version < VERSION_FRAME_COUNT)
-    {
-        ++record.totalFrameCount;
-    }
-    return file;
+    return readRecord(file, CHUNK_KEYFRAME_ANIMATION, record,
+                      [](ChunkReader& chunk, KeyframeAnimationChunk& read)
+                      {
+                          describe(chunk, read);
+                          read.totalFrameCount += chunk.has(VERSION_FRAME_COUNT) ? 0 : 1;
+                      });
 }
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const KeyframeAnimationChunk& record)
 {
-    const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_KEYFRAME_ANIMATION, newestVersion);
-    writer << record.header << record.objectName << record.loopInterpolation << record.totalFrameCount;
-    writer.writeCount(record.keys.size());
-    writer.writeBlock(record.keys);
-    writer.writeCount(record.visibilityKeys.size());
-    writer.writeBlock(record.visibilityKeys);
-    return writer << record.loopToFrame << record.interpolationMode << record.keepScale;
+    return writeRecord(writer, CHUNK_KEYFRAME_ANIMATION, newestVersion, record, describe);
 }
 }  // namespace TW2

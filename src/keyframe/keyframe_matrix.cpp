@@ -1,4 +1,4 @@
-#include "keyframe/rigid_key.h"
+#include "keyframe/quaternion_rows.h"
 
 #include <tw2/keyframe/keyframe_matrix.h>
 

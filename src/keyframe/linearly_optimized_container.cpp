@@ -1,43 +1,29 @@
-#include "keyframe/key_search.h"
+#include "keyframe/track_value.h"
 
 #include <tw2/keyframe/linearly_optimized_container.h>
 
+#include <platform/runtime/rollback.h>
+
 namespace TW2
 {
-namespace
-{
-// (b - a) * fraction + a
-template <typename T>
-T interpolate(const T& a, const T& b, float fraction)
-{
-    T result = b;
-    result -= a;
-    result *= fraction;
-    result += a;
-    return result;
-}
-}  // namespace
-
 template <typename T>
 void LinearlyOptimizedContainer<T>::construct(unsigned int keyCount)
 {
     destruct();
     m_bConstructed = true;
-    try
-    {
-        m_vecFrames.resize(keyCount);
-        m_vecValues.resize(keyCount);
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    m_vecFrames.resize(keyCount);
+    m_vecValues.resize(keyCount);
+    rollback.keep();
 }
 
 template <typename T>
 void LinearlyOptimizedContainer<T>::destruct() noexcept
 {
+    if (!m_bConstructed)
+    {
+        return;
+    }
     m_bConstructed = false;
     m_bLooping = false;
     m_bLoopInterpolation = false;
@@ -46,7 +32,7 @@ void LinearlyOptimizedContainer<T>::destruct() noexcept
     m_fLastUpperKey = 0.0F;
     m_uTotalFrameCount = 0;
     S_Vector<std::int16_t>().swap(m_vecFrames);
-    S_Vector<T>().swap(m_vecValues);
+    Values().swap(m_vecValues);
 }
 
 template <typename T>
@@ -82,7 +68,7 @@ int LinearlyOptimizedContainer<T>::getValue(T& out, float frame, int hint) const
     T upper;
     float fraction;
     const int key = getKeys(lower, fraction, upper, frame, hint);
-    out = fraction == 0.0F ? lower : interpolate(lower, upper, fraction);
+    out = interpolate(lower, upper, fraction);
     return key;
 }
 

@@ -1,27 +1,24 @@
 #include "core/unit_init.h"
+#include "keyframe/track_value.h"
 
+#include <tw2/light/directional_light_animation.h>
 #include <tw2/light/light_animation.h>
 #include <tw2/light/light_animation_chunks.h>
+#include <tw2/light/point_light_animation.h>
+#include <tw2/light/spot_light_animation.h>
 
 #include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/system.h>
+#include <platform/scene/directional_light.h>
 #include <platform/scene/light.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <iterator>
-#include <memory>
+#include <platform/scene/point_light.h>
+#include <platform/scene/spot_light.h>
 
 namespace TW2
 {
 namespace
 {
-/// Containers hold the low 16 bits of a key's frame.
-std::int16_t toKeyFrame(unsigned int frame)
-{
-    return static_cast<std::int16_t>(static_cast<std::uint16_t>(frame));
-}
-
 const G_FColor& valueOf(const ColorKey& key)
 {
     return key.color;
@@ -32,30 +29,15 @@ float valueOf(const FloatKey& key)
     return key.value;
 }
 
+/// A new track of a record's keys.
 template <typename T, typename Key, typename Record>
-void fill(LinearlyOptimizedContainer<T>& track, const S_Vector<Key>& keys, const Record& record)
+void create(LinearlyOptimizedContainer<T>*& track, const S_Vector<Key>& keys, const Record& record)
 {
-    track.construct(static_cast<unsigned int>(keys.size()));
-    track.m_bLooping = record.header.looping;
-    track.m_bLoopInterpolation = record.loopInterpolation;
-    track.m_uTotalFrameCount = static_cast<unsigned int>(record.totalFrameCount);
-    track.m_uLoopToFrame =
-        record.header.looping || record.totalFrameCount == 0 ? record.loopToFrame : track.m_uTotalFrameCount - 1u;
-    for (std::size_t i = 0; i < keys.size(); ++i)
-    {
-        track.m_vecFrames[i] = toKeyFrame(keys[i].frame);
-        track.m_vecValues[i] = valueOf(keys[i]);
-    }
+    track = new LinearlyOptimizedContainer<T>;
+    fillTrack(*track, record, static_cast<unsigned int>(record.totalFrameCount) - 1U, keys,
+              [](const Key& key) { return valueOf(key); });
 }
 }  // namespace
-
-/// What copies share.
-struct TW_LightAnimation::Tracks : S_Allocated
-{
-    LinearlyOptimizedContainer<G_FColor> m_color;
-    LinearlyOptimizedContainer<float> m_numbers[TRACK_COUNT];
-    int m_iReferenceCount = 1;
-};
 
 TW_LightAnimation::TW_LightAnimation(const TW_LightAnimation& other)
 {
@@ -74,9 +56,11 @@ void TW_LightAnimation::initializeMembers() noexcept
     m_bConstructed = false;
     m_strAnimationTargetName.clear();
     m_iFrameRate = 0;
-    m_pTracks = nullptr;
-    m_iColorFrame = 0;
-    std::fill(std::begin(m_aiFrames), std::end(m_aiFrames), 0);
+    m_pColor = nullptr;
+    m_pBrightness = m_pFallOff = m_pHotSpot = m_pFallOffAngle = m_pHotSpotAngle = nullptr;
+    m_iColorFrame = m_iBrightnessFrame = m_iFallOffFrame = 0;
+    m_iHotSpotFrame = m_iFallOffAngleFrame = m_iHotSpotAngleFrame = 0;
+    m_piReferenceCount = nullptr;
 }
 
 template <typename Record>
@@ -84,28 +68,25 @@ void TW_LightAnimation::constructFromRecord(const Record& record)
 {
     const S_MemoryScope scope("TW Memory Container");
     destruct();
-    auto tracks = std::make_unique<Tracks>();
-    fill(tracks->m_color, record.colorKeys, record);
-    fill(tracks->m_numbers[TRACK_BRIGHTNESS], record.brightnessKeys, record);
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    m_bConstructed = true;
+    m_piReferenceCount = new S_OwnCounter(1);
+    create(m_pColor, record.colorKeys, record);
+    create(m_pBrightness, record.brightnessKeys, record);
     if constexpr (requires { record.fallOffKeys; })
     {
-        fill(tracks->m_numbers[TRACK_FALL_OFF], record.fallOffKeys, record);
-        fill(tracks->m_numbers[TRACK_HOT_SPOT], record.hotSpotKeys, record);
+        create(m_pFallOff, record.fallOffKeys, record);
+        create(m_pHotSpot, record.hotSpotKeys, record);
     }
     if constexpr (requires { record.fallOffAngleKeys; })
     {
-        fill(tracks->m_numbers[TRACK_FALL_OFF_ANGLE], record.fallOffAngleKeys, record);
-        fill(tracks->m_numbers[TRACK_HOT_SPOT_ANGLE], record.hotSpotAngleKeys, record);
+        create(m_pFallOffAngle, record.fallOffAngleKeys, record);
+        create(m_pHotSpotAngle, record.hotSpotAngleKeys, record);
     }
     m_strAnimationTargetName = record.header.targetName;
     m_iFrameRate = record.header.frameRate;
-    m_pTracks = tracks.release();
-    m_bConstructed = true;
+    rollback.keep();
 }
-
-template void TW_LightAnimation::constructFromRecord(const PointLightAnimationChunk&);
-template void TW_LightAnimation::constructFromRecord(const DirectionalLightAnimationChunk&);
-template void TW_LightAnimation::constructFromRecord(const SpotLightAnimationChunk&);
 
 void TW_LightAnimation::constructFromCopy(const TW_LightAnimation& other)
 {
@@ -113,74 +94,153 @@ void TW_LightAnimation::constructFromCopy(const TW_LightAnimation& other)
     {
         return;
     }
+    const S_MemoryScope scope("TW Memory Container");
     destruct();
     m_strAnimationTargetName = other.m_strAnimationTargetName;
     m_iFrameRate = other.m_iFrameRate;
-    if (other.m_bConstructed)
+    if (!other.m_bConstructed)
     {
-        m_pTracks = other.m_pTracks;
-        increaseReferenceCount();
-        m_bConstructed = true;
+        return;
     }
+    m_pColor = other.m_pColor;
+    m_pBrightness = other.m_pBrightness;
+    m_pFallOff = other.m_pFallOff;
+    m_pHotSpot = other.m_pHotSpot;
+    m_pFallOffAngle = other.m_pFallOffAngle;
+    m_pHotSpotAngle = other.m_pHotSpotAngle;
+    m_piReferenceCount = other.m_piReferenceCount;
+    increaseReferenceCount();
+    m_bConstructed = true;
 }
 
 void TW_LightAnimation::destruct() noexcept
 {
-    if (m_bConstructed && decreaseReferenceCount() == 0)
+    if (m_piReferenceCount && decreaseReferenceCount() == 0)
     {
-        delete m_pTracks;
+        delete m_pColor;
+        for (const auto* track : {m_pBrightness, m_pFallOff, m_pHotSpot, m_pFallOffAngle, m_pHotSpotAngle})
+        {
+            delete track;
+        }
+        delete m_piReferenceCount;
     }
     initializeMembers();
 }
 
-int TW_LightAnimation::increaseReferenceCount() const noexcept
+/// The value of a track at `frame`; false when it has no keys.
+bool TW_LightAnimation::evaluate(const LinearlyOptimizedContainer<float>* track, int& hint, float& value, float frame)
 {
-    return ++m_pTracks->m_iReferenceCount;
-}
-
-int TW_LightAnimation::decreaseReferenceCount() const noexcept
-{
-    return --m_pTracks->m_iReferenceCount;
-}
-
-LinearlyOptimizedContainer<G_FColor>* TW_LightAnimation::getColorContainer() const noexcept
-{
-    return m_pTracks ? &m_pTracks->m_color : nullptr;
-}
-
-LinearlyOptimizedContainer<float>* TW_LightAnimation::getTrack(Track track) const noexcept
-{
-    return m_pTracks ? &m_pTracks->m_numbers[track] : nullptr;
+    return readValue(track, value, frame, hint);
 }
 
 void TW_LightAnimation::applyColor(P_Light& light, float frame) const
 {
-    const LinearlyOptimizedContainer<G_FColor>* track = getColorContainer();
-    if (!track || track->m_vecValues.empty())
-    {
-        return;
-    }
     G_FColor color;
-    float brightness = 1.0f;
-    m_iColorFrame = track->getValue(color, frame, m_iColorFrame);
-    evaluate(TRACK_BRIGHTNESS, brightness, frame);
-    light.setColor(color * brightness);
-}
-
-bool TW_LightAnimation::evaluate(Track track, float& value, float frame) const
-{
-    const LinearlyOptimizedContainer<float>* container = getTrack(track);
-    if (!container || container->m_vecValues.empty())
+    if (readValue(m_pColor, color, frame, m_iColorFrame))
     {
-        return false;
+        float brightness = 1.0F;
+        evaluate(m_pBrightness, m_iBrightnessFrame, brightness, frame);
+        light.setColor(color * brightness);
     }
-    m_aiFrames[track] = container->getValue(value, frame, m_aiFrames[track]);
-    return true;
 }
 
 void TW_LightAnimation::dumpAs(const char* kind) const
 {
     Sys.verbose("%s light animation for object: \"%s\"\n", kind, m_strAnimationTargetName.c_str());
     Sys.verbose("Frame rate: %i\n", m_iFrameRate);
+}
+
+TW_PointLightAnimation::TW_PointLightAnimation(const TW_PointLightAnimation& other) = default;
+TW_PointLightAnimation& TW_PointLightAnimation::operator=(const TW_PointLightAnimation& other) = default;
+TW_PointLightAnimation::~TW_PointLightAnimation() = default;
+
+void TW_PointLightAnimation::construct(const PointLightAnimationChunk& chunk)
+{
+    constructFromRecord(chunk);
+}
+
+void TW_PointLightAnimation::construct(const TW_PointLightAnimation& other)
+{
+    constructFromCopy(other);
+}
+
+void TW_PointLightAnimation::animate(P_PointLight* light, float time) const
+{
+    animateFrame(light, toFrame(time));
+}
+
+void TW_PointLightAnimation::animateFrame(P_PointLight* light, float frame) const
+{
+    applyColor(*light, frame);
+    applyTrack(m_pFallOff, m_iFallOffFrame, frame, [light](float range) { light->setFalloffRange(range); });
+}
+
+void TW_PointLightAnimation::dump() const
+{
+    dumpAs("Point");
+}
+
+TW_DirectionalLightAnimation::TW_DirectionalLightAnimation(const TW_DirectionalLightAnimation& other) = default;
+TW_DirectionalLightAnimation& TW_DirectionalLightAnimation::operator=(const TW_DirectionalLightAnimation& other) =
+    default;
+TW_DirectionalLightAnimation::~TW_DirectionalLightAnimation() = default;
+
+void TW_DirectionalLightAnimation::construct(const DirectionalLightAnimationChunk& chunk)
+{
+    constructFromRecord(chunk);
+}
+
+void TW_DirectionalLightAnimation::construct(const TW_DirectionalLightAnimation& other)
+{
+    constructFromCopy(other);
+}
+
+void TW_DirectionalLightAnimation::animate(P_DirectionalLight* light, float time) const
+{
+    animateFrame(light, toFrame(time));
+}
+
+void TW_DirectionalLightAnimation::animateFrame(P_DirectionalLight* light, float frame) const
+{
+    applyColor(*light, frame);
+}
+
+void TW_DirectionalLightAnimation::dump() const
+{
+    // The log knows lights with and without a cone only.
+    dumpAs("Point");
+}
+
+TW_SpotLightAnimation::TW_SpotLightAnimation(const TW_SpotLightAnimation& other) = default;
+TW_SpotLightAnimation& TW_SpotLightAnimation::operator=(const TW_SpotLightAnimation& other) = default;
+TW_SpotLightAnimation::~TW_SpotLightAnimation() = default;
+
+void TW_SpotLightAnimation::construct(const SpotLightAnimationChunk& chunk)
+{
+    constructFromRecord(chunk);
+}
+
+void TW_SpotLightAnimation::construct(const TW_SpotLightAnimation& other)
+{
+    constructFromCopy(other);
+}
+
+void TW_SpotLightAnimation::animate(P_SpotLight* light, float time) const
+{
+    animateFrame(light, toFrame(time));
+}
+
+void TW_SpotLightAnimation::animateFrame(P_SpotLight* light, float frame) const
+{
+    applyColor(*light, frame);
+    applyTrack(m_pFallOff, m_iFallOffFrame, frame, [light](float range) { light->setFalloffRange(range); });
+    applyTrack(m_pFallOffAngle, m_iFallOffAngleFrame, frame,
+               [light](float angle) { light->setFalloffAngle(angle, -1.0F); });
+    applyTrack(m_pHotSpotAngle, m_iHotSpotAngleFrame, frame, [light](float angle) { light->setHotspotAngle(angle); });
+}
+
+void TW_SpotLightAnimation::dump() const
+{
+    dumpAs("Spot");
 }
 }  // namespace TW2

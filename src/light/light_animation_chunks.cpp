@@ -1,8 +1,7 @@
+#include "io/chunk_values.h"
+
 #include <tw2/io/chunk_id.h>
 #include <tw2/light/light_animation_chunks.h>
-
-#include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
 
 namespace TW2
 {
@@ -20,105 +19,65 @@ constexpr unsigned int newestVersion = VERSION_FRAME_COUNT;
 static_assert(sizeof(ColorKey) == sizeof(unsigned int) + sizeof(G_FColor));
 static_assert(sizeof(FloatKey) == sizeof(unsigned int) + sizeof(float));
 
-/// Calls `visit` with the key lists that the kind of light has, in the order in which files store them.
-template <typename Chunk, typename Visit>
-void forEachKeyList(Chunk& chunk, const Visit& visit)
+constexpr auto describe = [](auto& chunk, auto& record)
 {
-    visit(chunk.colorKeys);
-    visit(chunk.brightnessKeys);
-    if constexpr (requires { chunk.hotSpotKeys; })
+    chunk.record(record.header);
+    chunk.values(record.totalFrameCount, record.loopInterpolation);
+    chunk.block(record.colorKeys);
+    chunk.block(record.brightnessKeys);
+    if constexpr (requires { record.hotSpotKeys; })
     {
-        visit(chunk.hotSpotKeys);
-        visit(chunk.fallOffKeys);
+        chunk.block(record.hotSpotKeys);
+        chunk.block(record.fallOffKeys);
     }
-    if constexpr (requires { chunk.hotSpotAngleKeys; })
+    if constexpr (requires { record.hotSpotAngleKeys; })
     {
-        visit(chunk.hotSpotAngleKeys);
-        visit(chunk.fallOffAngleKeys);
+        chunk.block(record.hotSpotAngleKeys);
+        chunk.block(record.fallOffAngleKeys);
     }
-}
+    if (chunk.has(VERSION_LOOP_TO_FRAME))
+    {
+        chunk.values(record.loopToFrame);
+    }
+};
 
-template <typename Record>
-S_MemoryFile& readChunk(S_MemoryFile& file, Record& record, ChunkId id)
+constexpr auto describeAnyVersion = [](ChunkReader& chunk, auto& record)
 {
-    S_MemoryFile::Chunk chunk;
-    file.openChunk(chunk, id);
-    const unsigned int version = chunk.getVersion();
-    S_MemoryFile& body = chunk.getMemoryFile();
-
-    body >> record.header;
-    chunk.skipChunk();
-    body >> record.totalFrameCount >> record.loopInterpolation;
-    forEachKeyList(record,
-                   [&body]<typename Key>(S_Vector<Key>& keys) { body.readBlock(keys, body.readCount(sizeof(Key))); });
-    if (version >= VERSION_LOOP_TO_FRAME)
+    describe(chunk, record);
+    if (!chunk.has(VERSION_FRAME_COUNT))
     {
-        body >> record.loopToFrame;
+        record.totalFrameCount = static_cast<int>(static_cast<unsigned int>(record.totalFrameCount) + 1U);
     }
-    if (version < VERSION_FRAME_COUNT)
-    {
-        record.totalFrameCount = static_cast<int>(static_cast<unsigned int>(record.totalFrameCount) + 1u);
-    }
-    return file;
-}
-
-template <typename Record>
-S_MemoryFileWriter& writeChunk(S_MemoryFileWriter& writer, const Record& record, ChunkId id)
-{
-    const S_MemoryFileWriter::Chunk chunk(writer, id, newestVersion);
-    writer << record.header << record.totalFrameCount << record.loopInterpolation;
-    forEachKeyList(record,
-                   [&writer](const auto& keys)
-                   {
-                       writer.writeCount(keys.size());
-                       writer.writeBlock(keys);
-                   });
-    return writer << record.loopToFrame;
-}
+};
 }  // namespace
-
-void PointLightAnimationChunk::reset()
-{
-    *this = PointLightAnimationChunk();
-}
-
-void DirectionalLightAnimationChunk::reset()
-{
-    *this = DirectionalLightAnimationChunk();
-}
-
-void SpotLightAnimationChunk::reset()
-{
-    *this = SpotLightAnimationChunk();
-}
 
 S_MemoryFile& operator>>(S_MemoryFile& file, PointLightAnimationChunk& chunk)
 {
-    return readChunk(file, chunk, CHUNK_POINT_LIGHT_ANIMATION);
+    return readRecord(file, CHUNK_POINT_LIGHT_ANIMATION, chunk, describeAnyVersion);
 }
 
 S_MemoryFile& operator>>(S_MemoryFile& file, DirectionalLightAnimationChunk& chunk)
 {
-    return readChunk(file, chunk, CHUNK_DIRECTIONAL_LIGHT_ANIMATION);
+    return readRecord(file, CHUNK_DIRECTIONAL_LIGHT_ANIMATION, chunk, describeAnyVersion);
 }
 
 S_MemoryFile& operator>>(S_MemoryFile& file, SpotLightAnimationChunk& chunk)
 {
-    return readChunk(file, chunk, CHUNK_SPOT_LIGHT_ANIMATION);
+    return readRecord(file, CHUNK_SPOT_LIGHT_ANIMATION, chunk, describeAnyVersion);
 }
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const PointLightAnimationChunk& chunk)
 {
-    return writeChunk(writer, chunk, CHUNK_POINT_LIGHT_ANIMATION);
+    return writeRecord(writer, CHUNK_POINT_LIGHT_ANIMATION, newestVersion, chunk, describe);
 }
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const DirectionalLightAnimationChunk& chunk)
 {
-    return writeChunk(writer, chunk, CHUNK_DIRECTIONAL_LIGHT_ANIMATION);
+    return writeRecord(writer, CHUNK_DIRECTIONAL_LIGHT_ANIMATION, newestVersion, chunk, describe);
 }
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const SpotLightAnimationChunk& chunk)
 {
-    return writeChunk(writer, chunk, CHUNK_SPOT_LIGHT_ANIMATION);
+    return writeRecord(writer, CHUNK_SPOT_LIGHT_ANIMATION, newestVersion, chunk, describe);
 }
 }  // namespace TW2

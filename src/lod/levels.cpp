@@ -12,13 +12,19 @@
 
 namespace TW2
 {
-void checkLevelCount(const S_Script& script, int levelCount)
+S_Script& checkLevels(S_Script* script, int levelCount, const int* blockIndices)
 {
+    S_Script& checked = requireScript(script);
     if (levelCount < 1)
     {
-        throw TW_Exception_InvalidScriptParameter(script.staticNesting(),
+        throw TW_Exception_InvalidScriptParameter(checked.staticNesting(),
                                                   S_STR("%d levels of detail; at least 1 is needed", levelCount));
     }
+    if (!blockIndices)
+    {
+        throw TW_Exception_InvalidScriptParameter(checked.staticNesting(), "no blocks for the levels of detail");
+    }
+    return checked;
 }
 
 S_Vector<float> readDistances(S_Script& script, int levelCount, const int* blockIndices)
@@ -29,7 +35,7 @@ S_Vector<float> readDistances(S_Script& script, int levelCount, const int* block
         const S_ScriptLockGuard guard(script);
         script.lock(static_cast<unsigned int>(blockIndices[i]));
         const float distance = parseGeometry(script).m_fDistance;
-        distances[i] = distance == 0.0f ? std::numeric_limits<float>::max() : distance;
+        distances[i] = distance == 0.0F ? std::numeric_limits<float>::max() : distance;
     }
     return distances;
 }

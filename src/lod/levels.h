@@ -3,12 +3,15 @@
 #include <platform/runtime/allocator.h>
 #include <platform/scene/lod_object.h>
 
+#include <algorithm>
+#include <string_view>
+
 class S_Script;
 
 namespace TW2
 {
-/// Throws TW_Exception_InvalidScriptParameter, naming the script, unless there is at least one level.
-void checkLevelCount(const S_Script& script, int levelCount);
+/// The script; throws TW_Exception_InvalidScriptParameter, naming it, unless it is there with at least one level.
+S_Script& checkLevels(S_Script* script, int levelCount, const int* blockIndices);
 
 /// The distances up to which the levels of `levelCount` blocks are shown, from the blocks' "geometry" blocks.
 [[nodiscard]] S_Vector<float> readDistances(S_Script& script, int levelCount, const int* blockIndices);
@@ -28,6 +31,27 @@ void deleteLevels(S_Vector<Level*>& levels, P_LODObject* engineObject) noexcept
     }
     levels.clear();
     delete engineObject;
+}
+
+/// What the engine shows as one of these levels, which it is, or as another object of their class, which a host has
+/// given it; null for anything else.
+template <typename Level>
+Level* findLevel(const S_Vector<Level*>& levels, P_BaseObject* shown, std::string_view className)
+{
+    const auto found = std::find(levels.begin(), levels.end(), shown);
+    if (found != levels.end())
+    {
+        return *found;
+    }
+    return shown && shown->getObjectType() == className ? static_cast<Level*>(shown) : nullptr;
+}
+
+/// The level in use; the last one when none is.
+template <typename Object, typename Level>
+Level* getUsedOrLast(const Object& object, const S_Vector<Level*>& levels)
+{
+    Level* const used = object.getUsedLODObject();
+    return used ? used : levels.back();
 }
 
 /// Calls `call` on every level, in order; whether any call returned true.

@@ -4,38 +4,15 @@
 #include <tw2/object/object_animation.h>
 
 #include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/script.h>
 #include <platform/runtime/str.h>
 
+#include <algorithm>
 #include <cstddef>
 
 namespace TW2
 {
-TW_ObjectAnimationLODs::TW_ObjectAnimationLODs()
-{
-    initializeMembers();
-}
-
-TW_ObjectAnimationLODs::TW_ObjectAnimationLODs(S_Script* script, int levelCount, const int* blockIndices,
-                                               const float* distances, bool keyframeFlag)
-{
-    initializeMembers();
-    construct(script, levelCount, blockIndices, distances, keyframeFlag);
-}
-
-TW_ObjectAnimationLODs::TW_ObjectAnimationLODs(S_Script* script, int levelCount, const int* blockIndices,
-                                               bool keyframeFlag)
-{
-    initializeMembers();
-    construct(script, levelCount, blockIndices, keyframeFlag);
-}
-
-TW_ObjectAnimationLODs::TW_ObjectAnimationLODs(const TW_ObjectAnimationLODs& other)
-{
-    initializeMembers();
-    construct(other);
-}
-
 TW_ObjectAnimationLODs& TW_ObjectAnimationLODs::operator=(const TW_ObjectAnimationLODs& other)
 {
     construct(other);
@@ -61,18 +38,15 @@ void TW_ObjectAnimationLODs::build(const Steps& steps)
 {
     const S_MemoryScope scope("TW Memory Container");
     destruct();
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    const LoadScope load(*this);
+    load.requireObject();
     m_bConstructed = true;
-    try
-    {
-        steps();
-        m_pEngineLODObject->addTo(this);
-        m_iLevelCount = getLevelCount();
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    steps();
+    load.requireObject();
+    m_pEngineLODObject->addTo(this);
+    m_iLevelCount = getLevelCount();
+    rollback.keep();
 }
 
 void TW_ObjectAnimationLODs::construct(S_Script* script, int levelCount, const int* blockIndices,
@@ -81,25 +55,27 @@ void TW_ObjectAnimationLODs::construct(S_Script* script, int levelCount, const i
     build(
         [&]
         {
-            checkLevelCount(*script, levelCount);
-            setName(S_STR("TW_ObjectAnimationLODs %s %s", script->staticNesting(),
-                          script->getBlockName(static_cast<unsigned int>(blockIndices[0]))));
+            const S_Script& checked = checkLevels(script, levelCount, blockIndices);
+            S_Vector<float> fromScript;
+            if (!distances)
+            {
+                fromScript = readDistances(*script, levelCount, blockIndices);
+            }
+            setName(S_STR("TW_ObjectAnimationLODs %s %s", checked.staticNesting(),
+                          checked.getBlockName(static_cast<unsigned int>(blockIndices[0]))));
             setEngineFlag(FLAG_BOUNDING_SPHERE, false);
             m_pEngineLODObject = new P_LODObject(levelCount);
             for (int i = 0; i < levelCount; ++i)
             {
                 addLevel().construct(script, blockIndices[i], nullptr, keyframeFlag);
-                enterLevel(i, distances[i]);
+                enterLevel(i, distances ? distances[i] : fromScript[static_cast<std::size_t>(i)]);
             }
         });
 }
 
 void TW_ObjectAnimationLODs::construct(S_Script* script, int levelCount, const int* blockIndices, bool keyframeFlag)
 {
-    destruct();
-    const S_MemoryScope scope("TW Memory Container");
-    checkLevelCount(*script, levelCount);
-    construct(script, levelCount, blockIndices, readDistances(*script, levelCount, blockIndices).data(), keyframeFlag);
+    construct(script, levelCount, blockIndices, nullptr, keyframeFlag);
 }
 
 void TW_ObjectAnimationLODs::construct(const TW_ObjectAnimationLODs& other)
@@ -108,7 +84,7 @@ void TW_ObjectAnimationLODs::construct(const TW_ObjectAnimationLODs& other)
     {
         return;
     }
-    if (!other.m_bConstructed)
+    if (!other.m_bConstructed || other.isLoading())
     {
         destruct();
         return;
@@ -116,7 +92,7 @@ void TW_ObjectAnimationLODs::construct(const TW_ObjectAnimationLODs& other)
     build(
         [&]
         {
-            setName(S_STR("%s (clone)", other.getName().c_str()));
+            setNameOfCopy(S_STR("%s (clone)", other.getName().c_str()).str(), other);
             copyEngineFlags(other);
             m_pEngineLODObject = new P_LODObject(other.m_iLevelCount);
             for (int i = 0; i < other.m_iLevelCount; ++i)
@@ -141,6 +117,11 @@ void TW_ObjectAnimationLODs::enterLevel(int level, float range)
 
 void TW_ObjectAnimationLODs::destruct() noexcept
 {
+    giveUp();
+}
+
+void TW_ObjectAnimationLODs::takeApart() noexcept
+{
     if (m_bConstructed)
     {
         deleteLevels(m_vecLevels, m_pEngineLODObject);
@@ -150,36 +131,57 @@ void TW_ObjectAnimationLODs::destruct() noexcept
 
 void TW_ObjectAnimationLODs::calculateLOD()
 {
-    m_pEngineLODObject->calculateLOD();
+    if (m_pEngineLODObject)
+    {
+        m_pEngineLODObject->calculateLOD();
+    }
 }
 
 int TW_ObjectAnimationLODs::getLevelCount() const
 {
-    return m_pEngineLODObject->getLevelCount();
+    return m_pEngineLODObject ? m_pEngineLODObject->getLevelCount() : 0;
 }
 
 TW_ObjectAnimation* TW_ObjectAnimationLODs::getLODObject(int level) const
 {
-    return dynamic_cast<TW_ObjectAnimation*>(m_pEngineLODObject->getLODObject(level));
+    return m_pEngineLODObject ? findLevel(m_vecLevels, m_pEngineLODObject->getLODObject(level), "TW_ObjectAnimation")
+                              : nullptr;
 }
 
 TW_ObjectAnimation* TW_ObjectAnimationLODs::getUsedLODObject() const
 {
-    return dynamic_cast<TW_ObjectAnimation*>(m_pEngineLODObject->getUsedLODObject());
+    return m_pEngineLODObject ? findLevel(m_vecLevels, m_pEngineLODObject->getUsedLODObject(), "TW_ObjectAnimation")
+                              : nullptr;
 }
 
-TW_ObjectAnimation& TW_ObjectAnimationLODs::getUsedOrLast() const
+/// What moves moves on every level, what is asked is asked of the level in use.
+TW_ObjectAnimation* TW_ObjectAnimationLODs::getPart(Operations operations, unsigned int i) const
 {
-    TW_ObjectAnimation* const used = getUsedLODObject();
-    return used ? *used : *m_vecLevels.back();
+    const bool goesToAll = operations == Operations::Move || operations == Operations::Texture;
+    if (i >= (goesToAll ? m_vecLevels.size() : std::min<std::size_t>(m_vecLevels.size(), 1)))
+    {
+        return nullptr;
+    }
+    switch (operations)
+    {
+        case Operations::Freeze:
+            return getUsedLODObject();
+        case Operations::Ask:
+        case Operations::AskTexture:
+            return getUsedOrLast(*this, m_vecLevels);
+        default:
+            return m_vecLevels[i];
+    }
 }
 
 void TW_ObjectAnimationLODs::loadMaterials(const char* fileName)
 {
+    const LoadScope load(*this);
     for (TW_ObjectAnimation* level : m_vecLevels)
     {
         level->loadMaterials(fileName);
     }
+    load.requireObject();
 }
 
 bool TW_ObjectAnimationLODs::updateVisibility(int animation, float time)
@@ -200,27 +202,6 @@ P_BaseObject::ObjectType TW_ObjectAnimationLODs::getType() const
 const char* TW_ObjectAnimationLODs::getObjectType() const
 {
     return "TW_ObjectAnimationLODs";
-}
-
-float TW_ObjectAnimationLODs::getBoundingRadius()
-{
-    return m_bConstructed && m_vecLevels.front()->getUseManualBoundingSphere()
-               ? m_vecLevels.front()->getManualBoundingSphereRadius()
-               : P_BaseObject::getBoundingRadius();
-}
-
-M_Vector3Template<float> TW_ObjectAnimationLODs::getBoundingBoxMin()
-{
-    return m_bConstructed && m_vecLevels.front()->getUseManualBoundingBox()
-               ? m_vecLevels.front()->getManualBoundingBoxMin()
-               : P_BaseObject::getBoundingBoxMin();
-}
-
-M_Vector3Template<float> TW_ObjectAnimationLODs::getBoundingBoxMax()
-{
-    return m_bConstructed && m_vecLevels.front()->getUseManualBoundingBox()
-               ? m_vecLevels.front()->getManualBoundingBoxMax()
-               : P_BaseObject::getBoundingBoxMax();
 }
 
 bool TW_ObjectAnimationLODs::executeAlways()

@@ -1,78 +1,21 @@
+#include "core/release_guard.h"
 #include "lod/levels.h"
+#include "object/object_animation_script.h"
 
 #include <tw2/lod/vertex_animation_lods.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/skin/vertex_animation.h>
 
 #include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/script.h>
 #include <platform/runtime/str.h>
 
+#include <algorithm>
 #include <cstddef>
-#include <utility>
 
 namespace TW2
 {
-namespace
-{
-/// An object's levels, when what it is to be built from is a part of them: they live until it is built.
-class PreviousLevels
-{
-public:
-    PreviousLevels() = default;
-    ~PreviousLevels() { deleteLevels(m_vecLevels, m_pEngineLODObject); }
-    PreviousLevels(const PreviousLevels&) = delete;
-    PreviousLevels& operator=(const PreviousLevels&) = delete;
-
-    /// Takes the levels over if `isSource` is true for any.
-    template <typename Test>
-    void takeIf(S_Vector<TW_VertexAnimation*>& levels, P_LODObject*& engineObject, const Test& isSource) noexcept
-    {
-        if (anyOf(levels, isSource))
-        {
-            m_vecLevels.swap(levels);
-            m_pEngineLODObject = std::exchange(engineObject, nullptr);
-        }
-    }
-
-private:
-    S_Vector<TW_VertexAnimation*> m_vecLevels;
-    P_LODObject* m_pEngineLODObject = nullptr;
-};
-}  // namespace
-
-TW_VertexAnimationLODs::TW_VertexAnimationLODs()
-{
-    initializeMembers();
-}
-
-TW_VertexAnimationLODs::TW_VertexAnimationLODs(S_Script* skeletonScript, int skeletonBlock, int levelCount,
-                                               S_Script* skinScript, const int* blockIndices, const float* distances)
-{
-    initializeMembers();
-    construct(skeletonScript, skeletonBlock, levelCount, skinScript, blockIndices, distances);
-}
-
-TW_VertexAnimationLODs::TW_VertexAnimationLODs(S_Script* skeletonScript, int skeletonBlock, int levelCount,
-                                               S_Script* skinScript, const int* blockIndices)
-{
-    initializeMembers();
-    construct(skeletonScript, skeletonBlock, levelCount, skinScript, blockIndices);
-}
-
-TW_VertexAnimationLODs::TW_VertexAnimationLODs(const TW_ObjectAnimation& skeleton, int levelCount, S_Script* skinScript,
-                                               const int* blockIndices)
-{
-    initializeMembers();
-    construct(skeleton, levelCount, skinScript, blockIndices);
-}
-
-TW_VertexAnimationLODs::TW_VertexAnimationLODs(const TW_VertexAnimationLODs& other)
-{
-    initializeMembers();
-    construct(other, nullptr);
-}
-
 TW_VertexAnimationLODs& TW_VertexAnimationLODs::operator=(const TW_VertexAnimationLODs& other)
 {
     construct(other, nullptr);
@@ -98,31 +41,30 @@ void TW_VertexAnimationLODs::build(const Steps& steps)
 {
     const S_MemoryScope scope("TW Memory Container");
     destruct();
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    const LoadScope load(*this);
+    load.requireObject();
     m_bConstructed = true;
     setEngineFlag(FLAG_BOUNDING_SPHERE, false);
-    try
-    {
-        steps();
-        m_pEngineLODObject->addTo(this);
-        getSkeleton()->addTo(this);
-        m_iLevelCount = getLevelCount();
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    steps();
+    load.requireObject();
+    requireObject(getSkeleton());
+    m_pEngineLODObject->addTo(this);
+    getSkeleton()->addTo(this);
+    m_iLevelCount = getLevelCount();
+    rollback.keep();
 }
 
 /// Builds all levels; `constructFirst` constructs level 0, which brings the skeleton.
 template <typename ConstructFirst>
-void TW_VertexAnimationLODs::buildFromScript(int levelCount, S_Script& skinScript, const int* blockIndices,
-                                             const float* distances, const ConstructFirst& constructFirst)
+void TW_VertexAnimationLODs::buildFromScript(int levelCount, S_Script* script, const int* blockIndices,
+                                             const float* distances, bool withVisibility,
+                                             const ConstructFirst& constructFirst)
 {
     build(
         [&]
         {
-            checkLevelCount(skinScript, levelCount);
+            S_Script& skinScript = checkLevels(script, levelCount, blockIndices);
             S_Vector<float> fromScript;
             if (!distances)
             {
@@ -140,35 +82,34 @@ void TW_VertexAnimationLODs::buildFromScript(int levelCount, S_Script& skinScrip
             enterLevel(0, ranges[0]);
             for (int i = 1; i < levelCount; ++i)
             {
-                addLevel().construct(&first, &skinScript, blockIndices[i]);
+                addLevel().construct(&first, &skinScript, blockIndices[i], withVisibility);
                 enterLevel(i, ranges[i]);
             }
         });
 }
 
 void TW_VertexAnimationLODs::construct(S_Script* skeletonScript, int skeletonBlock, int levelCount,
-                                       S_Script* skinScript, const int* blockIndices, const float* distances)
+                                       S_Script* skinScript, const int* blockIndices, const float* distances,
+                                       bool withVisibility)
 {
-    buildFromScript(levelCount, *skinScript, blockIndices, distances,
+    buildFromScript(levelCount, skinScript, blockIndices, distances, withVisibility,
                     [&](TW_VertexAnimation& level)
-                    { level.construct(skeletonScript, skeletonBlock, skinScript, blockIndices[0]); });
+                    { level.construct(skeletonScript, skeletonBlock, skinScript, blockIndices[0], withVisibility); });
 }
 
 void TW_VertexAnimationLODs::construct(S_Script* skeletonScript, int skeletonBlock, int levelCount,
-                                       S_Script* skinScript, const int* blockIndices)
+                                       S_Script* skinScript, const int* blockIndices, bool withVisibility)
 {
-    construct(skeletonScript, skeletonBlock, levelCount, skinScript, blockIndices, nullptr);
+    construct(skeletonScript, skeletonBlock, levelCount, skinScript, blockIndices, nullptr, withVisibility);
 }
 
 void TW_VertexAnimationLODs::construct(const TW_ObjectAnimation& skeleton, int levelCount, S_Script* skinScript,
-                                       const int* blockIndices)
+                                       const int* blockIndices, bool withVisibility)
 {
-    PreviousLevels previous;
-    previous.takeIf(m_vecLevels, m_pEngineLODObject,
-                    [&](const TW_VertexAnimation& level)
-                    { return &skeleton == level.getSkeleton() || &skeleton == level.getSkin(); });
-    buildFromScript(levelCount, *skinScript, blockIndices, nullptr,
-                    [&](TW_VertexAnimation& level) { level.construct(skeleton, skinScript, blockIndices[0]); });
+    const ReleaseGuard passed(&skeleton);
+    buildFromScript(levelCount, skinScript, blockIndices, nullptr, withVisibility,
+                    [&](TW_VertexAnimation& level)
+                    { level.construct(skeleton, skinScript, blockIndices[0], withVisibility); });
 }
 
 void TW_VertexAnimationLODs::construct(const TW_VertexAnimationLODs& source, TW_MaterialManager* materials)
@@ -177,20 +118,17 @@ void TW_VertexAnimationLODs::construct(const TW_VertexAnimationLODs& source, TW_
     {
         return;
     }
-    if (!source.m_bConstructed)
+    if (!source.m_bConstructed || source.isLoading())
     {
         destruct();
         return;
     }
-    PreviousLevels previous;
-    previous.takeIf(m_vecLevels, m_pEngineLODObject,
-                    [&](const TW_VertexAnimation& level)
-                    { return materials && materials == level.getSkin()->getMaterialManager(); });
+    const ReleaseGuard passed(materials);
     build(
         [&]
         {
             copyEngineFlags(source);
-            setName(S_STR("%s (clone)", source.getName().c_str()));
+            setNameOfCopy(S_STR("%s (clone)", source.getName().c_str()).str(), source);
             m_pEngineLODObject = new P_LODObject(source.m_iLevelCount);
             TW_VertexAnimation& first = addLevel();
             first.construct(*source.m_vecLevels.front(), materials);
@@ -217,6 +155,11 @@ void TW_VertexAnimationLODs::enterLevel(int level, float range)
 
 void TW_VertexAnimationLODs::destruct() noexcept
 {
+    giveUp();
+}
+
+void TW_VertexAnimationLODs::takeApart() noexcept
+{
     if (m_bConstructed)
     {
         deleteLevels(m_vecLevels, m_pEngineLODObject);
@@ -226,45 +169,65 @@ void TW_VertexAnimationLODs::destruct() noexcept
 
 void TW_VertexAnimationLODs::calculateLOD()
 {
-    m_pEngineLODObject->calculateLOD();
+    if (m_pEngineLODObject)
+    {
+        m_pEngineLODObject->calculateLOD();
+    }
 }
 
 int TW_VertexAnimationLODs::getLevelCount() const
 {
-    return m_pEngineLODObject->getLevelCount();
+    return m_pEngineLODObject ? m_pEngineLODObject->getLevelCount() : 0;
 }
 
 TW_VertexAnimation* TW_VertexAnimationLODs::getLODObject(int level) const
 {
-    return dynamic_cast<TW_VertexAnimation*>(m_pEngineLODObject->getLODObject(level));
+    return m_pEngineLODObject ? findLevel(m_vecLevels, m_pEngineLODObject->getLODObject(level), "TW_VertexAnimation")
+                              : nullptr;
 }
 
 TW_VertexAnimation* TW_VertexAnimationLODs::getUsedLODObject() const
 {
-    return dynamic_cast<TW_VertexAnimation*>(m_pEngineLODObject->getUsedLODObject());
+    return m_pEngineLODObject ? findLevel(m_vecLevels, m_pEngineLODObject->getUsedLODObject(), "TW_VertexAnimation")
+                              : nullptr;
 }
 
-TW_VertexAnimation& TW_VertexAnimationLODs::getUsedOrLast() const
+/// Animation belongs to the skeleton that all levels share, textures to the skin of each.
+TW_ObjectAnimation* TW_VertexAnimationLODs::getPart(Operations operations, unsigned int i) const
 {
-    TW_VertexAnimation* const used = getUsedLODObject();
-    return used ? *used : *m_vecLevels.back();
+    if (i >= (operations == Operations::Texture ? m_vecLevels.size() : std::min<std::size_t>(m_vecLevels.size(), 1)))
+    {
+        return nullptr;
+    }
+    switch (operations)
+    {
+        case Operations::Texture:
+            return m_vecLevels[i]->getSkin();
+        case Operations::AskTexture:
+            return getUsedOrLast(*this, m_vecLevels)->getSkin();
+        default:
+            return getSkeleton();
+    }
 }
 
 TW_ObjectAnimation* TW_VertexAnimationLODs::getSkeleton() const
 {
-    return m_vecLevels.front()->getSkeleton();
+    return m_vecLevels.empty() ? nullptr : m_vecLevels.front()->getSkeleton();
 }
 
 void TW_VertexAnimationLODs::loadMaterials(const char* fileName)
 {
+    const LoadScope load(*this);
     for (TW_VertexAnimation* level : m_vecLevels)
     {
         level->loadMaterials(fileName);
     }
+    load.requireObject();
 }
 
 void TW_VertexAnimationLODs::remapMaterials(TW_MaterialManager* manager)
 {
+    const ReleaseGuard passed(manager);
     for (TW_VertexAnimation* level : m_vecLevels)
     {
         level->remapMaterials(manager);
@@ -273,12 +236,12 @@ void TW_VertexAnimationLODs::remapMaterials(TW_MaterialManager* manager)
 
 bool TW_VertexAnimationLODs::updateVisibility(int animation, float time)
 {
-    return m_vecLevels.front()->updateVisibility(animation, time);
+    return !m_vecLevels.empty() && m_vecLevels.front()->updateVisibility(animation, time);
 }
 
 bool TW_VertexAnimationLODs::updateVisibilityFrame(int animation, float frame)
 {
-    return m_vecLevels.front()->updateVisibilityFrame(animation, frame);
+    return !m_vecLevels.empty() && m_vecLevels.front()->updateVisibilityFrame(animation, frame);
 }
 
 P_BaseObject::ObjectType TW_VertexAnimationLODs::getType() const
@@ -289,25 +252,6 @@ P_BaseObject::ObjectType TW_VertexAnimationLODs::getType() const
 const char* TW_VertexAnimationLODs::getObjectType() const
 {
     return "TW_VertexAnimationLODs";
-}
-
-float TW_VertexAnimationLODs::getBoundingRadius()
-{
-    return m_bConstructed && getSkeleton()->getUseManualBoundingSphere()
-               ? getSkeleton()->getManualBoundingSphereRadius()
-               : P_BaseObject::getBoundingRadius();
-}
-
-M_Vector3Template<float> TW_VertexAnimationLODs::getBoundingBoxMin()
-{
-    return m_bConstructed && getSkeleton()->getUseManualBoundingBox() ? getSkeleton()->getManualBoundingBoxMin()
-                                                                      : P_BaseObject::getBoundingBoxMin();
-}
-
-M_Vector3Template<float> TW_VertexAnimationLODs::getBoundingBoxMax()
-{
-    return m_bConstructed && getSkeleton()->getUseManualBoundingBox() ? getSkeleton()->getManualBoundingBoxMax()
-                                                                      : P_BaseObject::getBoundingBoxMax();
 }
 
 bool TW_VertexAnimationLODs::executeAlways()

@@ -1,19 +1,18 @@
 #include "material/material_builder.h"
 
 #include <tw2/material/material.h>
+#include <tw2/material/material_callback.h>
 #include <tw2/material/material_chunk.h>
 #include <tw2/material/texture.h>
 #include <tw2/material/texture_animation.h>
 
-#include <platform/scene/map.h>
+#include <platform/runtime/rollback.h>
 #include <platform/scene/material.h>
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
-#include <memory>
-#include <new>
-#include <utility>
 
 namespace TW2
 {
@@ -23,37 +22,31 @@ namespace
 unsigned int toFrame(float position) noexcept
 {
     constexpr unsigned int lastFrame = std::numeric_limits<int>::max();
-    if (!(position > 0.0f))
+    if (!(position > 0.0F))
     {
         return 0;
     }
     return position < static_cast<float>(lastFrame) ? static_cast<unsigned int>(position) : lastFrame;
 }
-
-TextureAnimation* copyAnimation(const TextureAnimation* animation)
-{
-    return animation ? new TextureAnimation(*animation) : nullptr;
-}
 }  // namespace
 
-TW_Material::TW_Material(const TWMaterialChunk& chunk)
-{
-    initializeMembers();
-    construct(chunk);
-}
+const TW_Material::TextureSlot TW_Material::sm_aTextureSlots[] = {
+    {&TW_Material::m_iDiffuseLayer, &TW_Material::m_pDiffuseAnimation},
+    {&TW_Material::m_iReflectionLayer, &TW_Material::m_pReflectionAnimation},
+    {&TW_Material::m_iGlossLayer, &TW_Material::m_pGlossAnimation},
+    {&TW_Material::m_iSpecularLayer, &TW_Material::m_pSpecularAnimation}};
 
-TW_Material::TW_Material(const TW_Material& other) : S_Allocated(other)
-{
-    initializeMembers();
-    construct(other);
-}
+TW_MaterialCallback::TW_MaterialCallback() noexcept = default;
+TW_MaterialCallback::TW_MaterialCallback(const TW_MaterialCallback&) noexcept = default;
+TW_MaterialCallback& TW_MaterialCallback::operator=(const TW_MaterialCallback&) noexcept = default;
+TW_MaterialCallback::~TW_MaterialCallback() = default;
+
+void TW_MaterialCallback::operator()(P_Material*, const TWMaterialChunk&) {}
+void TW_MaterialCallback::operator()(int&, int&, const TWMaterialChunk&) {}
 
 TW_Material& TW_Material::operator=(const TW_Material& other)
 {
-    if (this != &other)
-    {
-        construct(other);
-    }
+    construct(other);
     return *this;
 }
 
@@ -72,12 +65,16 @@ void TW_Material::initializeMembers() noexcept
     m_mapTextureMatrices.clear();
     S_Vector<int>().swap(m_vecTextureMatrixLayers);
     S_Vector<M_Matrix4Template<float>>().swap(m_vecTextureMatrices);
-    m_diffuse = m_reflection = m_gloss = m_specular = TextureSlot();
+    for (const TextureSlot& slot : sm_aTextureSlots)
+    {
+        this->*slot.m_pLayer = -1;
+        this->*slot.m_pAnimation = nullptr;
+    }
     m_iSolidLayer = -1;
     m_bSolidLayer = false;
     m_solidColor = G_FColor();
     m_bVertexAlpha = false;
-    m_fVertexAlpha = 0.0f;
+    m_fVertexAlpha = 0.0F;
     m_uTextureCoordinateLayerCount = 0;
 }
 
@@ -86,18 +83,12 @@ void TW_Material::construct(const TWMaterialChunk& chunk)
     destruct();
     m_bConstructed = true;
     ++sm_iTemplateMaterial;
-    try
-    {
-        m_piReferenceCount = new (S_Memory::allocate(sizeof(int))) int(1);
-        m_strName = chunk.name;
-        m_bInvisibleGeometry = chunk.invisibleGeometry;
-        Builder(*this, chunk).build();
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    m_piReferenceCount = new S_OwnCounter(1);
+    m_strName = chunk.name;
+    m_bInvisibleGeometry = chunk.invisibleGeometry;
+    Builder(*this, chunk).build();
+    rollback.keep();
 }
 
 void TW_Material::construct(const TW_Material& other)
@@ -107,25 +98,23 @@ void TW_Material::construct(const TW_Material& other)
         return;
     }
     destruct();
+    if (!other.m_bConstructed)
+    {
+        return;
+    }
     m_bConstructed = true;
     ++sm_iTemplateMaterial;
-    try
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    copyValues(other);
+    if (other.canBeShared())
     {
-        copyValues(other);
-        if (other.canBeShared())
-        {
-            shareEngineMaterial(other);
-        }
-        else
-        {
-            copyEngineMaterial(other);
-        }
+        shareEngineMaterial(other);
     }
-    catch (...)
+    else
     {
-        destruct();
-        throw;
+        copyEngineMaterial(other);
     }
+    rollback.keep();
 }
 
 void TW_Material::copyValues(const TW_Material& other)
@@ -136,48 +125,48 @@ void TW_Material::copyValues(const TW_Material& other)
     m_mapTextureMatrices = other.m_mapTextureMatrices;
     m_vecTextureMatrixLayers = other.m_vecTextureMatrixLayers;
     m_vecTextureMatrices = other.m_vecTextureMatrices;
-    m_diffuse.m_iLayer = other.m_diffuse.m_iLayer;
-    m_reflection.m_iLayer = other.m_reflection.m_iLayer;
-    m_gloss.m_iLayer = other.m_gloss.m_iLayer;
-    m_specular.m_iLayer = other.m_specular.m_iLayer;
+    for (const TextureSlot& slot : sm_aTextureSlots)
+    {
+        this->*slot.m_pLayer = other.*slot.m_pLayer;
+    }
     m_iSolidLayer = other.m_iSolidLayer;
-    m_bSolidLayer = other.m_bSolidLayer;
     m_solidColor = other.m_solidColor;
     m_bVertexAlpha = other.m_bVertexAlpha;
     m_fVertexAlpha = other.m_fVertexAlpha;
     m_uTextureCoordinateLayerCount = other.m_uTextureCoordinateLayerCount;
-    if (m_bSolidLayer)
+    if (other.m_bSolidLayer)
     {
-        ++sm_iSolidMapReferenceCnt;
+        acquireSolidMap();
     }
 }
 
 /// Whether no texture is animated: then every copy may bind the same maps.
 bool TW_Material::canBeShared() const noexcept
 {
-    const auto isStill = [](const TextureSlot& slot)
-    { return !slot.m_pAnimation || slot.m_pAnimation->getFrameCount() == 1; };
-    return m_pMaterial && m_piReferenceCount && isStill(m_diffuse) && isStill(m_reflection) && isStill(m_gloss) &&
-           isStill(m_specular);
+    const auto isStill = [this](const TextureSlot& slot)
+    { return !(this->*slot.m_pAnimation) || (this->*slot.m_pAnimation)->getFrameCount() == 1; };
+    return m_pMaterial && m_piReferenceCount &&
+           std::all_of(std::begin(sm_aTextureSlots), std::end(sm_aTextureSlots), isStill);
 }
 
 void TW_Material::shareEngineMaterial(const TW_Material& other) noexcept
 {
     m_pMaterial = other.m_pMaterial;
-    m_diffuse.m_pAnimation = other.m_diffuse.m_pAnimation;
-    m_reflection.m_pAnimation = other.m_reflection.m_pAnimation;
-    m_gloss.m_pAnimation = other.m_gloss.m_pAnimation;
-    m_specular.m_pAnimation = other.m_specular.m_pAnimation;
+    for (const TextureSlot& slot : sm_aTextureSlots)
+    {
+        this->*slot.m_pAnimation = other.*slot.m_pAnimation;
+    }
     m_piReferenceCount = other.m_piReferenceCount;
     ++*m_piReferenceCount;
 }
 
 void TW_Material::copyEngineMaterial(const TW_Material& other)
 {
-    m_diffuse.m_pAnimation = copyAnimation(other.m_diffuse.m_pAnimation);
-    m_reflection.m_pAnimation = copyAnimation(other.m_reflection.m_pAnimation);
-    m_gloss.m_pAnimation = copyAnimation(other.m_gloss.m_pAnimation);
-    m_specular.m_pAnimation = copyAnimation(other.m_specular.m_pAnimation);
+    for (const TextureSlot& slot : sm_aTextureSlots)
+    {
+        const TextureAnimation* const animation = other.*slot.m_pAnimation;
+        this->*slot.m_pAnimation = animation ? new TextureAnimation(*animation) : nullptr;
+    }
     m_pMaterial = other.m_pMaterial ? new P_Material(*other.m_pMaterial) : nullptr;
 }
 
@@ -190,16 +179,13 @@ void TW_Material::destruct() noexcept
     if (!m_piReferenceCount || --*m_piReferenceCount == 0)
     {
         delete m_pMaterial;
-        S_Memory::release(m_piReferenceCount);
-        delete m_diffuse.m_pAnimation;
-        delete m_reflection.m_pAnimation;
-        delete m_gloss.m_pAnimation;
-        delete m_specular.m_pAnimation;
+        delete m_piReferenceCount;
+        for (const TextureSlot& slot : sm_aTextureSlots)
+        {
+            delete (this->*slot.m_pAnimation);
+        }
     }
-    if (m_bSolidLayer)
-    {
-        releaseSolidMap();
-    }
+    releaseSolidMap();
     if (--sm_iTemplateMaterial == 0)
     {
         freeStaticData();
@@ -216,31 +202,6 @@ void TW_Material::freeStaticData() noexcept
     S_Vector<P_Material*>().swap(sm_vecTemplateMaterials);
     S_Vector<TWMaterialChunk>().swap(sm_vecCreatedMaterials);
     sm_iTemplateMaterial = 0;
-}
-
-/// The white map of solid layers; it is made for the first one.
-P_Map* TW_Material::acquireSolidMap()
-{
-    if (sm_iSolidMapReferenceCnt == 0)
-    {
-        std::unique_ptr<G_Image> image = Builder::createWhiteImage();
-        auto map = std::make_unique<P_Map>(image.get(), nullptr);
-        map->setMipLevelCount(1);
-        map->validate();
-        sm_pSolidImage = image.release();
-        sm_pSolidMap = map.release();
-    }
-    ++sm_iSolidMapReferenceCnt;
-    return sm_pSolidMap;
-}
-
-void TW_Material::releaseSolidMap() noexcept
-{
-    if (--sm_iSolidMapReferenceCnt == 0)
-    {
-        delete std::exchange(sm_pSolidMap, nullptr);
-        delete std::exchange(sm_pSolidImage, nullptr);
-    }
 }
 
 void TW_Material::setTextureMatrix(int layer, const M_Matrix4Template<float>& matrix)
@@ -271,31 +232,18 @@ const M_Matrix4Template<float>& TW_Material::getTextureMatrix(int index) const n
 /// The slot of a type; null for one without animation and for no type.
 const TW_Material::TextureSlot* TW_Material::selectSlot(TextureType type) const noexcept
 {
-    const TextureSlot* slot = nullptr;
-    switch (type)
-    {
-        case TEXTURE_DIFFUSE:
-            slot = &m_diffuse;
-            break;
-        case TEXTURE_REFLECTION:
-            slot = &m_reflection;
-            break;
-        case TEXTURE_GLOSS:
-            slot = &m_gloss;
-            break;
-        case TEXTURE_SPECULAR:
-            slot = &m_specular;
-            break;
-    }
-    return slot && slot->m_pAnimation ? slot : nullptr;
+    const auto index = static_cast<unsigned int>(type);
+    const bool exists = index < std::size(sm_aTextureSlots) && this->*sm_aTextureSlots[index].m_pAnimation;
+    return exists ? &sm_aTextureSlots[index] : nullptr;
 }
 
 /// A slot without a layer has nothing to be bound to.
 void TW_Material::bindFrame(const TextureSlot& slot, unsigned int frame) noexcept
 {
-    if (slot.m_iLayer >= 0)
+    if (const int layer = this->*slot.m_pLayer; layer >= 0)
     {
-        m_pMaterial->setTexture(static_cast<unsigned int>(slot.m_iLayer), slot.m_pAnimation->getFrame(frame)->getMap());
+        m_pMaterial->setTexture(static_cast<unsigned int>(layer),
+                                (this->*slot.m_pAnimation)->getFrame(frame)->getMap());
     }
 }
 
@@ -306,7 +254,7 @@ bool TW_Material::animateTexture(TextureType type, float seconds)
     {
         return false;
     }
-    bindFrame(*slot, toFrame(static_cast<float>(slot->m_pAnimation->getFramesPerSecond()) * seconds));
+    bindFrame(*slot, toFrame(static_cast<float>((this->*slot->m_pAnimation)->getFramesPerSecond()) * seconds));
     return true;
 }
 
@@ -324,13 +272,13 @@ bool TW_Material::animateTextureFrame(TextureType type, float frame)
 unsigned int TW_Material::getTextureAnimationFrames(TextureType type) const noexcept
 {
     const TextureSlot* slot = selectSlot(type);
-    return slot ? slot->m_pAnimation->getFrameCount() : 0;
+    return slot ? (this->*slot->m_pAnimation)->getFrameCount() : 0;
 }
 
 float TW_Material::getTextureAnimationFPS(TextureType type) const noexcept
 {
     const TextureSlot* slot = selectSlot(type);
-    return slot ? static_cast<float>(slot->m_pAnimation->getFramesPerSecond()) : 0.0f;
+    return slot ? static_cast<float>((this->*slot->m_pAnimation)->getFramesPerSecond()) : 0.0F;
 }
 
 void TW_Material::setTextureAnimationFPS(TextureType type, float rate) noexcept
@@ -341,42 +289,42 @@ void TW_Material::setTextureAnimationFPS(TextureType type, float rate) noexcept
     if (slot && !std::isnan(rate))
     {
         const double rounded = std::clamp(std::nearbyint(static_cast<double>(rate)), lowest, highest);
-        slot->m_pAnimation->setFramesPerSecond(static_cast<int>(rounded));
+        (this->*slot->m_pAnimation)->setFramesPerSecond(static_cast<int>(rounded));
     }
 }
 
 float TW_Material::getTextureAnimationLength(TextureType type) const noexcept
 {
     const TextureSlot* slot = selectSlot(type);
-    return slot ? static_cast<float>(slot->m_pAnimation->getFrameCount()) /
-                      static_cast<float>(slot->m_pAnimation->getFramesPerSecond())
-                : 0.0f;
+    return slot ? static_cast<float>((this->*slot->m_pAnimation)->getFrameCount()) /
+                      static_cast<float>((this->*slot->m_pAnimation)->getFramesPerSecond())
+                : 0.0F;
 }
 
 S_String TW_Material::getTextureName(TextureType type, int frame) const
 {
     const TextureSlot* slot = selectSlot(type);
-    return slot ? slot->m_pAnimation->getFrame(static_cast<unsigned int>(frame))->getName() : S_String();
+    return slot ? (this->*slot->m_pAnimation)->getFrame(static_cast<unsigned int>(frame))->getName() : S_String();
 }
 
 void TW_Material::addToTextureMemory()
 {
-    for (const TextureSlot* slot : {&m_diffuse, &m_reflection, &m_gloss, &m_specular})
+    for (const TextureSlot& slot : sm_aTextureSlots)
     {
-        if (slot->m_pAnimation)
+        if (TextureAnimation* animation = this->*slot.m_pAnimation)
         {
-            slot->m_pAnimation->addToTextureMemory();
+            animation->addToTextureMemory();
         }
     }
 }
 
 void TW_Material::removeFromTextureMemory() noexcept
 {
-    for (const TextureSlot* slot : {&m_diffuse, &m_reflection, &m_gloss, &m_specular})
+    for (const TextureSlot& slot : sm_aTextureSlots)
     {
-        if (slot->m_pAnimation)
+        if (TextureAnimation* animation = this->*slot.m_pAnimation)
         {
-            slot->m_pAnimation->removeFromTextureMemory();
+            animation->removeFromTextureMemory();
         }
     }
 }

@@ -1,11 +1,14 @@
 #include "material/material_builder.h"
 
+#include "material/material_set_up.h"
+
 #include <tw2/core/exceptions.h>
 #include <tw2/material/material_callback.h>
 #include <tw2/material/material_chunk.h>
 #include <tw2/material/texture.h>
 #include <tw2/material/texture_animation.h>
 
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/str.h>
 #include <platform/scene/driver.h>
 #include <platform/scene/material_helpers.h>
@@ -39,15 +42,9 @@ public:
     explicit TemplateEntry(const TWMaterialChunk& chunk) : m_uIndex(sm_vecCreatedMaterials.size())
     {
         sm_vecTemplateMaterials.resize(m_uIndex + 1);
-        try
-        {
-            sm_vecCreatedMaterials.push_back(chunk);
-        }
-        catch (...)
-        {
-            sm_vecTemplateMaterials.pop_back();
-            throw;
-        }
+        S_Rollback rollback([]() noexcept { sm_vecTemplateMaterials.pop_back(); });
+        sm_vecCreatedMaterials.push_back(chunk);
+        rollback.keep();
     }
     ~TemplateEntry()
     {
@@ -117,41 +114,41 @@ void TW_Material::Builder::buildEngineMaterial()
 /// Creates the textures of the slots that the material uses, and counts layers and coordinate sets.
 void TW_Material::Builder::createTextures()
 {
-    if (const MaterialTextureChunk* texture = m_chunk.getDiffuseTexture())
+    if (m_chunk.hasDiffuseTexture() && m_chunk.hasOpacityTexture())
     {
-        const MaterialTextureChunk* alpha = m_chunk.getOpacityTexture();
-        if (alpha)
+        requireFiles(*m_chunk.getOpacityTexture(), "opacity");
+    }
+    const struct
+    {
+        const char* m_szName;
+        const MaterialTextureChunk* m_pTexture;
+        const MaterialTextureChunk* m_pAlpha;
+        TextureAnimation*& m_pAnimation;
+        int m_iCoordinateSets;
+    } slots[] = {
+        {"diffuse", m_chunk.getDiffuseTexture(), m_chunk.getOpacityTexture(), m_material.m_pDiffuseAnimation, 1},
+        {"reflection", m_chunk.getReflectionTexture(), nullptr, m_material.m_pReflectionAnimation, 1},
+        {"gloss", m_chunk.getGlossTexture(), nullptr, m_material.m_pGlossAnimation, m_chunk.glossChannel == 1 ? 1 : 0},
+        {"specular", usesSpecularTexture() ? m_chunk.getSpecularTexture() : nullptr, nullptr,
+         m_material.m_pSpecularAnimation, 0}};
+    for (const auto& slot : slots)
+    {
+        if (slot.m_pTexture)
         {
-            requireFiles(*alpha, "opacity");
+            requireFiles(*slot.m_pTexture, slot.m_szName);
+            try
+            {
+                slot.m_pAnimation = new TextureAnimation(*slot.m_pTexture, slot.m_pAlpha);
+            }
+            catch (TW_Exception_TextureNotFound& exception)
+            {
+                exception.addHint("%s texture of material \"%s\"", slot.m_szName, m_chunk.name.c_str());
+                throw;
+            }
+            ++m_iLayers;
+            m_iCoordinateSets += slot.m_iCoordinateSets;
         }
-        createTexture(m_material.m_diffuse, *texture, "diffuse", alpha);
-        ++m_iLayers;
-        ++m_iCoordinateSets;
     }
-    if (const MaterialTextureChunk* texture = m_chunk.getReflectionTexture())
-    {
-        createTexture(m_material.m_reflection, *texture, "reflection");
-        ++m_iLayers;
-        ++m_iCoordinateSets;
-    }
-    if (const MaterialTextureChunk* texture = m_chunk.getGlossTexture())
-    {
-        createTexture(m_material.m_gloss, *texture, "gloss");
-        ++m_iLayers;
-        m_iCoordinateSets += m_chunk.glossChannel == 1 ? 1 : 0;
-    }
-    if (usesSpecularTexture())
-    {
-        createTexture(m_material.m_specular, *m_chunk.getSpecularTexture(), "specular");
-        ++m_iLayers;
-    }
-}
-
-void TW_Material::Builder::createTexture(TextureSlot& slot, const MaterialTextureChunk& texture, const char* slotName,
-                                         const MaterialTextureChunk* alpha)
-{
-    requireFiles(texture, slotName);
-    slot.m_pAnimation = new TextureAnimation(texture, alpha);
 }
 
 void TW_Material::Builder::requireFiles(const MaterialTextureChunk& texture, const char* slotName) const
@@ -165,32 +162,20 @@ void TW_Material::Builder::requireFiles(const MaterialTextureChunk& texture, con
 
 void TW_Material::Builder::buildLayers()
 {
-    if (isReadyMade())
+    switch (selectSetUp(m_chunk, runsPixelShaders()))
     {
-        if (m_chunk.hasReflectionTexture())
-        {
-            buildEnvironment();
-        }
-        else if (m_chunk.alphaTest)
-        {
-            buildTransparent();
-        }
-        else
-        {
-            buildTextured();
-        }
-    }
-    else if (usesSpecularTexture())
-    {
-        buildSpecular();
-    }
-    else if (m_chunk.hasGlossTexture())
-    {
-        buildGloss();
-    }
-    else
-    {
-        buildGeneral();
+        case MaterialSetUp::Transparent:
+            return buildTransparent();
+        case MaterialSetUp::Textured:
+            return buildTextured();
+        case MaterialSetUp::Environment:
+            return buildEnvironment();
+        case MaterialSetUp::Specular:
+            return buildSpecular();
+        case MaterialSetUp::Gloss:
+            return buildGloss();
+        case MaterialSetUp::General:
+            return buildGeneral();
     }
 }
 
@@ -230,12 +215,6 @@ bool TW_Material::Builder::usesSpecularTexture() const noexcept
     return m_chunk.hasSpecularTexture() && runsPixelShaders();
 }
 
-/// Whether the engine has a set-up for the material: a shaded diffuse texture, perhaps with an environment.
-bool TW_Material::Builder::isReadyMade() const noexcept
-{
-    return m_chunk.hasDiffuseTexture() && m_chunk.shading == TWMaterialChunk::SHADING_GOURAUD && !m_chunk.vertexAlpha;
-}
-
 void TW_Material::Builder::buildTransparent()
 {
     constexpr unsigned int sortPriority = 6;
@@ -269,14 +248,14 @@ void TW_Material::Builder::buildEnvironment()
     }
     m_material.setTextureMatrix(layer, getEnvironmentMatrix());
     bindReadyMadeDiffuse();
-    m_pEngine->setTexture(layer, getFirstMap(m_material.m_reflection.m_pAnimation));
-    m_material.m_reflection.m_iLayer = layer;
+    m_pEngine->setTexture(layer, getFirstMap(m_material.m_pReflectionAnimation));
+    m_material.m_iReflectionLayer = layer;
 }
 
 void TW_Material::Builder::bindReadyMadeDiffuse() noexcept
 {
-    m_pEngine->setTexture(0, getFirstMap(m_material.m_diffuse.m_pAnimation));
-    m_material.m_diffuse.m_iLayer = 0;
+    m_pEngine->setTexture(0, getFirstMap(m_material.m_pDiffuseAnimation));
+    m_material.m_iDiffuseLayer = 0;
     m_material.m_uTextureCoordinateLayerCount = 1;
 }
 
@@ -292,10 +271,10 @@ void TW_Material::Builder::initLayers()
 void TW_Material::Builder::buildSpecular()
 {
     initLayers();
-    specularTextureLayers(getFirstMap(m_material.m_diffuse.m_pAnimation),
-                          getFirstMap(m_material.m_specular.m_pAnimation));
-    m_material.m_diffuse.m_iLayer = 0;
-    m_material.m_specular.m_iLayer = 1;
+    addOrSet(&Builder::addSpecularTextureLayer, &Builder::setSpecularTextureLayer,
+             getFirstMap(m_material.m_pDiffuseAnimation), getFirstMap(m_material.m_pSpecularAnimation));
+    m_material.m_iDiffuseLayer = 0;
+    m_material.m_iSpecularLayer = 1;
 }
 
 TW_Material::Builder::GlossCoordinateSets TW_Material::Builder::getGlossCoordinateSets() const noexcept
@@ -318,28 +297,32 @@ void TW_Material::Builder::buildGloss()
     unsigned int layer = 0;
     if (m_chunk.hasReflectionTexture())
     {
-        reflectionTextureLayer(layer, sets.m_uReflection, getFirstMap(m_material.m_reflection.m_pAnimation));
-        m_material.m_reflection.m_iLayer = 0;
+        addOrSet(&Builder::addReflectionTextureLayer, &Builder::setReflectionTextureLayer, layer, sets.m_uReflection,
+                 getFirstMap(m_material.m_pReflectionAnimation));
+        m_material.m_iReflectionLayer = 0;
         ++layer;
         if (m_chunk.shadeReflection)
         {
-            shadingLayers(layer);
+            addOrSet(&Builder::addShadingLayers, &Builder::setShadingLayers, layer);
         }
     }
-    glossTextureLayer(layer, sets.m_uGloss, getFirstMap(m_material.m_gloss.m_pAnimation));
-    m_material.m_gloss.m_iLayer = static_cast<int>(layer++);
+    addOrSet(&Builder::addGlossTextureLayer, &Builder::setGlossTextureLayer, layer, sets.m_uGloss,
+             getFirstMap(m_material.m_pGlossAnimation));
+    m_material.m_iGlossLayer = static_cast<int>(layer++);
     if (m_chunk.hasDiffuseTexture())
     {
-        diffuseTextureLayer(layer, 0, getFirstMap(m_material.m_diffuse.m_pAnimation));
-        m_material.m_diffuse.m_iLayer = static_cast<int>(layer++);
+        addOrSet(&Builder::addDiffuseTextureLayer, &Builder::setDiffuseTextureLayer, layer, 0,
+                 getFirstMap(m_material.m_pDiffuseAnimation));
+        m_material.m_iDiffuseLayer = static_cast<int>(layer++);
     }
     if (needsSolidLayer())
     {
-        diffuseSolidLayer(layer, sets.m_uSolid, m_chunk.diffuseColor);
+        addOrSet(&Builder::addDiffuseSolidLayer, &Builder::setDiffuseSolidLayer, layer, sets.m_uSolid,
+                 m_chunk.diffuseColor);
         m_material.m_iSolidLayer = static_cast<int>(sets.m_uSolid);
         ++layer;
     }
-    shadingLayers(layer);
+    addOrSet(&Builder::addShadingLayers, &Builder::setShadingLayers, layer);
 }
 
 void TW_Material::Builder::buildGeneral()
@@ -349,14 +332,15 @@ void TW_Material::Builder::buildGeneral()
     bool shadingPending = false;
     if (m_chunk.hasDiffuseTexture())
     {
-        diffuseTextureLayer(layer, layer, getFirstMap(m_material.m_diffuse.m_pAnimation));
-        m_material.m_diffuse.m_iLayer = 0;
+        addOrSet(&Builder::addDiffuseTextureLayer, &Builder::setDiffuseTextureLayer, layer, layer,
+                 getFirstMap(m_material.m_pDiffuseAnimation));
+        m_material.m_iDiffuseLayer = 0;
         ++layer;
         shadingPending = true;
     }
     if (needsSolidLayer())
     {
-        diffuseSolidLayer(layer, layer, m_chunk.diffuseColor);
+        addOrSet(&Builder::addDiffuseSolidLayer, &Builder::setDiffuseSolidLayer, layer, layer, m_chunk.diffuseColor);
         m_material.m_iSolidLayer = static_cast<int>(layer);
         ++layer;
         shadingPending = shadingPending || m_chunk.shading == TWMaterialChunk::SHADING_GOURAUD;
@@ -364,17 +348,18 @@ void TW_Material::Builder::buildGeneral()
     const bool shadeBeforeReflection = shadingPending && !m_chunk.shadeReflection;
     if (shadeBeforeReflection)
     {
-        shadingLayers(layer);
+        addOrSet(&Builder::addShadingLayers, &Builder::setShadingLayers, layer);
     }
     if (m_chunk.hasReflectionTexture())
     {
-        reflectionTextureLayer(layer, layer, getFirstMap(m_material.m_reflection.m_pAnimation));
-        m_material.m_reflection.m_iLayer = static_cast<int>(layer);
+        addOrSet(&Builder::addReflectionTextureLayer, &Builder::setReflectionTextureLayer, layer, layer,
+                 getFirstMap(m_material.m_pReflectionAnimation));
+        m_material.m_iReflectionLayer = static_cast<int>(layer);
         ++layer;
     }
     if (!shadeBeforeReflection)
     {
-        shadingLayers(layer);
+        addOrSet(&Builder::addShadingLayers, &Builder::setShadingLayers, layer);
     }
     if (m_bNew && m_chunk.alphaTest)
     {

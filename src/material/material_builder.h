@@ -4,15 +4,13 @@
 
 #include <platform/scene/material.h>
 
-#include <memory>
-
 namespace TW2
 {
 /// One construction of a material from its record.
 ///
 /// A record equal to one that a material was built from before gives a copy of that engine material, on which only the
-/// material's own values are set; the layer operations therefore come in pairs, one that adds the layer and one that
-/// sets the values.
+/// material's own values are set. The layer operations therefore come in pairs: one adds the layer to a new engine
+/// material, with the values, the other sets the values alone.
 class TW_Material::Builder
 {
 public:
@@ -20,9 +18,6 @@ public:
 
     /// Leaves the template caches as they were when an exception passes.
     void build();
-
-    /// The picture of the map of solid layers, as large as the driver's smallest texture.
-    [[nodiscard]] static std::unique_ptr<G_Image> createWhiteImage();
 
 private:
     class TemplateEntry;
@@ -37,15 +32,12 @@ private:
 
     void buildEngineMaterial();
     void createTextures();
-    void createTexture(TextureSlot& slot, const MaterialTextureChunk& texture, const char* slotName,
-                       const MaterialTextureChunk* alpha = nullptr);
     void requireFiles(const MaterialTextureChunk& texture, const char* slotName) const;
     void buildLayers();
     void finish();
 
     [[nodiscard]] bool needsSolidLayer() const noexcept;
     [[nodiscard]] bool usesSpecularTexture() const noexcept;
-    [[nodiscard]] bool isReadyMade() const noexcept;
     [[nodiscard]] P_Material::BLENDING_MODE getDiffuseLayerBlending() const noexcept;
     [[nodiscard]] P_Material::BLENDING_MODE getSolidLayerBlending() const noexcept;
     [[nodiscard]] static P_Material::FILTER_MODE selectFilter(int selector) noexcept;
@@ -64,14 +56,30 @@ private:
     void initLayers();
     /// @}
 
-    /// @name The layers: each function adds or sets, as the material is new or a copy of a template
+    /// @name The layers
     /// @{
-    void diffuseTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
-    void glossTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
-    void reflectionTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
-    void specularTextureLayers(P_Map* diffuse, P_Map* specular);
-    void diffuseSolidLayer(unsigned int layer, unsigned int set, const G_FColor& color);
-    void shadingLayers(unsigned int layer);
+
+    /// Calls the first operation of a pair for a new engine material, the second for a copy of a template.
+    template <typename... Parameters, typename... Arguments>
+    void addOrSet(void (Builder::*add)(Parameters...), void (Builder::*set)(Parameters...),
+                  const Arguments&... arguments)
+    {
+        (this->*(m_bNew ? add : set))(static_cast<Parameters>(arguments)...);
+    }
+    void addDiffuseTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
+    void setDiffuseTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
+    void addGlossTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
+    void setGlossTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
+    void addReflectionTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
+    void setReflectionTextureLayer(unsigned int layer, unsigned int set, P_Map* map);
+    void addSpecularTextureLayer(P_Map* diffuse, P_Map* specular);
+    void setSpecularTextureLayer(P_Map* diffuse, P_Map* specular);
+    void addDiffuseSolidLayer(unsigned int layer, unsigned int set, const G_FColor& color);
+    void setDiffuseSolidLayer(unsigned int layer, unsigned int set, const G_FColor& color);
+    void addShadingLayers(unsigned int layer);
+    void setShadingLayers(unsigned int layer);
+    [[nodiscard]] bool isReflectionGenerated() const noexcept;
+    [[nodiscard]] bool hasHighlights() const noexcept;
     /// @}
 
     TW_Material& m_material;

@@ -5,8 +5,6 @@
 #include <platform/scene/driver.h>
 #include <platform/scene/material_switch_object.h>
 
-#include <cstddef>
-
 namespace TW2
 {
 namespace
@@ -14,7 +12,7 @@ namespace
 using Blending = P_Material::BLENDING_MODE;
 using Filter = P_Material::FILTER_MODE;
 
-constexpr P_Material::TEXTURE_ADDRESS_MODE s_eAddress = P_Material::TEXTURE_ADDRESS_MODE::Wrap;
+constexpr P_Material::TEXTURE_ADDRESS_MODE addressMode = P_Material::TEXTURE_ADDRESS_MODE::Wrap;
 
 /// Values of TWMaterialChunk::reflectionMapping; 0 is the same as `REFLECTION_GENERATED`.
 enum ReflectionMapping : int
@@ -35,9 +33,9 @@ public:
 
 SpecularMaterialSwitch s_specularMaterialSwitch;
 
-constexpr const char* s_szSpecularShaderName = "specular";
+constexpr const char* specularShaderName = "specular";
 /// Diffuse vertex colour x diffuse texture + specular vertex colour x specular texture.
-constexpr const char* s_szSpecularShaderCode =
+constexpr const char* specularShaderCode =
     "ps.1.0\n"
     "tex t0\n"
     "tex t1\n"
@@ -97,12 +95,12 @@ P_Material::FILTER_MODE TW_Material::Builder::selectFilter(int selector) noexcep
 M_Matrix4Template<float> TW_Material::Builder::getEnvironmentMatrix() noexcept
 {
     M_Matrix4Template<float> matrix;
-    matrix.m[0][0] = 0.5f;
-    matrix.m[1][1] = -0.5f;
-    matrix.m[2][2] = 0.0f;
-    matrix.m[3][0] = 0.5f;
-    matrix.m[3][1] = 0.5f;
-    matrix.m[3][2] = 1.0f;
+    matrix.m[0][0] = 0.5F;
+    matrix.m[1][1] = -0.5F;
+    matrix.m[2][2] = 0.0F;
+    matrix.m[3][0] = 0.5F;
+    matrix.m[3][1] = 0.5F;
+    matrix.m[3][2] = 1.0F;
     return matrix;
 }
 
@@ -124,51 +122,55 @@ P_Material::BLENDING_MODE TW_Material::Builder::getSolidLayerBlending() const no
     return m_chunk.hasDiffuseTexture() ? Blending::Add : selectBlending(m_chunk.diffuseBlend);
 }
 
-void TW_Material::Builder::diffuseTextureLayer(unsigned int layer, unsigned int set, P_Map* map)
+void TW_Material::Builder::addDiffuseTextureLayer(unsigned int layer, unsigned int set, P_Map* map)
 {
-    if (m_bNew)
-    {
-        const MaterialTextureChunk& texture = *m_chunk.getDiffuseTexture();
-        m_pEngine->addTextureLayer(layer, set, getDiffuseLayerBlending(),
-                                   withMipLevels(selectFilter(texture.filter), texture), s_eAddress);
-    }
+    const MaterialTextureChunk& texture = *m_chunk.getDiffuseTexture();
+    m_pEngine->addTextureLayer(layer, set, getDiffuseLayerBlending(),
+                               withMipLevels(selectFilter(texture.filter), texture), addressMode);
+    setDiffuseTextureLayer(layer, set, map);
+}
+
+void TW_Material::Builder::setDiffuseTextureLayer(unsigned int layer, unsigned int, P_Map* map)
+{
     m_pEngine->setTexture(layer, map);
     ++m_material.m_uTextureCoordinateLayerCount;
 }
 
-void TW_Material::Builder::glossTextureLayer(unsigned int layer, unsigned int set, P_Map* map)
+void TW_Material::Builder::addGlossTextureLayer(unsigned int layer, unsigned int set, P_Map* map)
 {
-    if (m_bNew)
-    {
-        const MaterialTextureChunk& texture = *m_chunk.getGlossTexture();
-        m_pEngine->addTextureLayer(layer, set, Blending::Modulate, withMipLevels(selectFilter(texture.filter), texture),
-                                   s_eAddress);
-    }
+    const MaterialTextureChunk& texture = *m_chunk.getGlossTexture();
+    m_pEngine->addTextureLayer(layer, set, Blending::Modulate, withMipLevels(selectFilter(texture.filter), texture),
+                               addressMode);
+    setGlossTextureLayer(layer, set, map);
+}
+
+void TW_Material::Builder::setGlossTextureLayer(unsigned int layer, unsigned int, P_Map* map)
+{
     m_pEngine->setTexture(layer, map);
 }
 
-void TW_Material::Builder::reflectionTextureLayer(unsigned int layer, unsigned int set, P_Map* map)
+void TW_Material::Builder::addReflectionTextureLayer(unsigned int layer, unsigned int set, P_Map* map)
 {
-    const int coordinateSet = static_cast<int>(set);
-    const bool isGenerated = m_chunk.reflectionMapping == 0 || m_chunk.reflectionMapping == REFLECTION_GENERATED;
-    if (m_bNew)
+    const Blending selected = selectBlending(m_chunk.reflectionBlend);
+    const Blending blending = selected == Blending::Opaque && layer > 0 ? Blending::Modulate : selected;
+    m_pEngine->addTextureLayer(layer, set, blending, selectFilter(m_chunk.getReflectionTexture()->filter), addressMode);
+    if (isReflectionGenerated())
     {
-        const Blending selected = selectBlending(m_chunk.reflectionBlend);
-        const Blending blending = selected == Blending::Opaque && layer > 0 ? Blending::Modulate : selected;
-        m_pEngine->addTextureLayer(layer, set, blending, selectFilter(m_chunk.getReflectionTexture()->filter),
-                                   s_eAddress);
-        if (isGenerated)
-        {
-            m_pEngine->setTextureCoordinateSource(coordinateSet,
-                                                  P_Material::TextureCoordinateSource::CameraSpaceReflection);
-            m_pEngine->enableTextureTransformation(coordinateSet, true);
-            m_pEngine->enableTextureProjection(coordinateSet, true);
-        }
+        const int coordinateSet = static_cast<int>(set);
+        m_pEngine->setTextureCoordinateSource(coordinateSet,
+                                              P_Material::TextureCoordinateSource::CameraSpaceReflection);
+        m_pEngine->enableTextureTransformation(coordinateSet, true);
+        m_pEngine->enableTextureProjection(coordinateSet, true);
     }
+    setReflectionTextureLayer(layer, set, map);
+}
+
+void TW_Material::Builder::setReflectionTextureLayer(unsigned int layer, unsigned int set, P_Map* map)
+{
     m_pEngine->setTexture(layer, map);
-    if (isGenerated)
+    if (isReflectionGenerated())
     {
-        m_material.setTextureMatrix(coordinateSet, getEnvironmentMatrix());
+        m_material.setTextureMatrix(static_cast<int>(set), getEnvironmentMatrix());
     }
     else if (m_chunk.reflectionMapping == REFLECTION_OF_MESH)
     {
@@ -176,16 +178,23 @@ void TW_Material::Builder::reflectionTextureLayer(unsigned int layer, unsigned i
     }
 }
 
-void TW_Material::Builder::specularTextureLayers(P_Map* diffuse, P_Map* specular)
+bool TW_Material::Builder::isReflectionGenerated() const noexcept
 {
-    if (m_bNew)
-    {
-        const MaterialTextureChunk& texture = *m_chunk.getSpecularTexture();
-        const Filter filter = withMipLevels(selectFilter(texture.filter), texture);
-        m_pEngine->addTextureLayer(0, 0, Blending::Opaque, filter, s_eAddress);
-        m_pEngine->addTextureLayer(1, 0, Blending::Add, filter, s_eAddress);
-        m_pEngine->setPixelShader(s_szSpecularShaderName, s_szSpecularShaderCode);
-    }
+    return m_chunk.reflectionMapping == 0 || m_chunk.reflectionMapping == REFLECTION_GENERATED;
+}
+
+void TW_Material::Builder::addSpecularTextureLayer(P_Map* diffuse, P_Map* specular)
+{
+    const MaterialTextureChunk& texture = *m_chunk.getSpecularTexture();
+    const Filter filter = withMipLevels(selectFilter(texture.filter), texture);
+    m_pEngine->addTextureLayer(0, 0, Blending::Opaque, filter, addressMode);
+    m_pEngine->addTextureLayer(1, 0, Blending::Add, filter, addressMode);
+    m_pEngine->setPixelShader(specularShaderName, specularShaderCode);
+    setSpecularTextureLayer(diffuse, specular);
+}
+
+void TW_Material::Builder::setSpecularTextureLayer(P_Map* diffuse, P_Map* specular)
+{
     m_pEngine->setMaterialSwitchObjectBefore(&s_specularMaterialSwitch);
     m_pEngine->setTexture(0, diffuse);
     m_pEngine->setTexture(1, specular);
@@ -194,10 +203,15 @@ void TW_Material::Builder::specularTextureLayers(P_Map* diffuse, P_Map* specular
     ++m_material.m_uTextureCoordinateLayerCount;
 }
 
-void TW_Material::Builder::diffuseSolidLayer(unsigned int layer, unsigned int set, const G_FColor& color)
+void TW_Material::Builder::addDiffuseSolidLayer(unsigned int layer, unsigned int set, const G_FColor& color)
 {
-    P_Map* map = acquireSolidMap();
-    m_material.m_bSolidLayer = true;
+    m_pEngine->addTextureLayer(layer, set, getSolidLayerBlending(), Filter::Point, addressMode);
+    setDiffuseSolidLayer(layer, set, color);
+}
+
+void TW_Material::Builder::setDiffuseSolidLayer(unsigned int layer, unsigned int, const G_FColor& color)
+{
+    P_Map* map = m_material.acquireSolidMap();
     m_material.m_solidColor = color;
     if (m_chunk.shading == TWMaterialChunk::SHADING_CONSTANT)
     {
@@ -207,49 +221,38 @@ void TW_Material::Builder::diffuseSolidLayer(unsigned int layer, unsigned int se
     {
         m_pEngine->setDiffuseColor(color);
     }
-    if (m_bNew)
-    {
-        m_pEngine->addTextureLayer(layer, set, getSolidLayerBlending(), Filter::Point, s_eAddress);
-    }
     m_pEngine->setTexture(layer, map);
     ++m_material.m_uTextureCoordinateLayerCount;
 }
 
-/// Adds the layers to a new material; a copy of a template has them and only gets its own highlights.
-void TW_Material::Builder::shadingLayers(unsigned int layer)
+void TW_Material::Builder::addShadingLayers(unsigned int layer)
 {
-    if (m_bNew && m_chunk.shading == TWMaterialChunk::SHADING_GOURAUD)
+    if (m_chunk.shading == TWMaterialChunk::SHADING_GOURAUD)
     {
         m_pEngine->addShadingLayer(P_Material::SHADING_MODE::Gouraud, layer != 0);
         ++layer;
     }
-    if (m_chunk.specular != 1 || m_chunk.hasSpecularTexture())
-    {
-        return;
-    }
-    if (m_bNew)
+    if (hasHighlights())
     {
         m_pEngine->addShadingLayer(P_Material::SHADING_MODE::Specular, layer != 0);
         m_pEngine->enableSpecular(true);
     }
-    m_pEngine->setSpecularColor(m_chunk.specularColor);
-    m_pEngine->setSpecularExponent(m_chunk.specularExponent);
-    m_material.m_bSpecularEnabled = true;
+    setShadingLayers(layer);
 }
 
-std::unique_ptr<G_Image> TW_Material::Builder::createWhiteImage()
+/// A copy of a template gets its own highlights.
+void TW_Material::Builder::setShadingLayers(unsigned int)
 {
-    constexpr unsigned int alphaByte = 3;
-    const P_DriverCaps& caps = P_Driver::m_initializedDriver->getDriverCaps();
-    auto image = std::make_unique<G_Image>(caps.m_uiMinimumTextureWidth, caps.m_uiMinimumTextureHeight);
-    unsigned char* pixels = image->accessPixels();
-    for (std::size_t byte = 0; byte < image->getSize(); ++byte)
+    if (hasHighlights())
     {
-        if (byte % G_Image::bytesPerPixel != alphaByte)
-        {
-            pixels[byte] = 255;
-        }
+        m_pEngine->setSpecularColor(m_chunk.specularColor);
+        m_pEngine->setSpecularExponent(m_chunk.specularExponent);
+        m_material.m_bSpecularEnabled = true;
     }
-    return image;
+}
+
+bool TW_Material::Builder::hasHighlights() const noexcept
+{
+    return m_chunk.specular == 1 && !m_chunk.hasSpecularTexture();
 }
 }  // namespace TW2

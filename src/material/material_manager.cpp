@@ -3,32 +3,23 @@
 #include <tw2/material/material_manager.h>
 
 #include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
 #include <platform/scene/material.h>
 #include <platform/scene/primitive_instance.h>
 #include <platform/scene/virtual_object.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace TW2
 {
 namespace
 {
-constexpr const char* s_szMemoryScope = "TW Memory Container";
-constexpr int s_iNoSet = -1;
+constexpr const char* memoryScopeName = "TW Memory Container";
+constexpr int noSet = -1;
 }  // namespace
-
-TW_MaterialManager::TW_MaterialManager() noexcept
-{
-    initializeMembers();
-    construct();
-}
-
-TW_MaterialManager::TW_MaterialManager(const TW_MaterialManager& other) : S_Allocated(other)
-{
-    initializeMembers();
-    construct(other);
-}
 
 TW_MaterialManager::~TW_MaterialManager()
 {
@@ -56,20 +47,15 @@ void TW_MaterialManager::construct(const TW_MaterialManager& other)
     {
         return;
     }
-    const S_MemoryScope scope(s_szMemoryScope);
-    construct();
-    try
+    const S_MemoryScope scope(memoryScopeName);
+    destruct();
+    m_bConstructed = other.m_bConstructed;
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    for (const TW_Material* material : other.m_vecMaterials)
     {
-        for (const TW_Material* material : other.m_vecMaterials)
-        {
-            add(std::make_unique<TW_Material>(*material));
-        }
+        add(std::make_unique<TW_Material>(*material));
     }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    rollback.keep();
 }
 
 void TW_MaterialManager::destruct() noexcept
@@ -94,7 +80,7 @@ void TW_MaterialManager::destruct() noexcept
 
 void TW_MaterialManager::addMaterial(const TWMaterialChunk& chunk)
 {
-    const S_MemoryScope scope(s_szMemoryScope);
+    const S_MemoryScope scope(memoryScopeName);
     add(std::make_unique<TW_Material>(chunk));
 }
 
@@ -103,23 +89,17 @@ void TW_MaterialManager::add(std::unique_ptr<TW_Material> added)
 {
     m_vecMaterials.push_back(added.get());
     TW_Material* material = added.release();
-    try
+    S_Rollback rollback([this]() noexcept { removeLast(); });
+    m_mapMaterials.try_emplace(material->getName(), material);
+    for (const auto type : {TW_Material::TEXTURE_DIFFUSE, TW_Material::TEXTURE_REFLECTION, TW_Material::TEXTURE_GLOSS,
+                            TW_Material::TEXTURE_SPECULAR})
     {
-        m_mapMaterials.try_emplace(material->getName(), material);
-        for (const auto type : {TW_Material::TEXTURE_DIFFUSE, TW_Material::TEXTURE_REFLECTION,
-                                TW_Material::TEXTURE_GLOSS, TW_Material::TEXTURE_SPECULAR})
+        if (material->getTextureAnimationFrames(type) > 1)
         {
-            if (material->getTextureAnimationFrames(type) > 1)
-            {
-                addTextureAnimation(material, type);
-            }
+            addTextureAnimation(material, type);
         }
     }
-    catch (...)
-    {
-        removeLast();
-        throw;
-    }
+    rollback.keep();
     m_bConstructed = true;  // what it holds is freed with it
 }
 
@@ -128,7 +108,7 @@ void TW_MaterialManager::addTextureAnimation(TW_Material* material, TW_Material:
     const S_String name = material->getTextureName(type, 0);
     auto entry = std::make_unique<TextureAnimationEntry>(material, type);
     int index = findSet(name);
-    if (index == s_iNoSet)
+    if (index == noSet)
     {
         index = static_cast<int>(m_vecTextureAnimationSets.size());
         m_vecTextureAnimationSets.emplace_back();
@@ -146,7 +126,7 @@ void TW_MaterialManager::removeLast() noexcept
     std::erase_if(m_mapMaterials, [&](const auto& entry) { return entry.second == material.get(); });
     for (TextureAnimationSet& set : m_vecTextureAnimationSets)
     {
-        while (!set.empty() && set.back()->m_pMaterial == material.get())
+        while (!set.empty() && set.back()->material == material.get())
         {
             delete set.back();
             set.pop_back();
@@ -161,7 +141,12 @@ void TW_MaterialManager::removeLast() noexcept
 
 TW_Material* TW_MaterialManager::findMaterial(const S_String& name) const
 {
-    const S_MemoryScope scope(s_szMemoryScope);
+    return find(name);
+}
+
+TW_Material* TW_MaterialManager::find(std::string_view name) const
+{
+    const S_MemoryScope scope(memoryScopeName);
     const auto found = m_mapMaterials.find(name);
     return found != m_mapMaterials.end() ? found->second : nullptr;
 }
@@ -173,7 +158,7 @@ TW_Material* TW_MaterialManager::getMaterial(int index) const noexcept
 
 void TW_MaterialManager::remapMaterials(P_VirtualObject* object, TW_MaterialManager* source)
 {
-    const S_MemoryScope scope(s_szMemoryScope);
+    const S_MemoryScope scope(memoryScopeName);
     S_Map<const P_Material*, const S_String*> names;
     for (const TW_Material* material : source->m_vecMaterials)
     {
@@ -185,12 +170,11 @@ void TW_MaterialManager::remapMaterials(P_VirtualObject* object, TW_MaterialMana
     }
     for (int i = 0; i < object->getPrimitiveCount(); ++i)
     {
-        P_PrimitiveInstance* instance = object->getPrimitiveInstance(i);
-        const auto name = names.find(instance->getMaterial());
+        const auto name = names.find(std::as_const(*object).getPrimitiveInstance(i)->getMaterial());
         const TW_Material* material = name != names.end() ? findMaterial(*name->second) : nullptr;
         if (material)
         {
-            instance->setMaterial(material->getMaterial());
+            object->getPrimitiveInstance(i)->setMaterial(material->getMaterial());
         }
     }
 }
@@ -211,11 +195,11 @@ void TW_MaterialManager::removeFromTextureMemory() noexcept
     }
 }
 
-/// The index of a set, or `s_iNoSet`, which no operation takes for a set.
-int TW_MaterialManager::findSet(const S_String& set) const
+/// The index of a set, or `noSet`, which no operation takes for a set.
+int TW_MaterialManager::findSet(std::string_view set) const noexcept
 {
     const auto found = m_mapTextureAnimationSets.find(set);
-    return found != m_mapTextureAnimationSets.end() ? found->second : s_iNoSet;
+    return found != m_mapTextureAnimationSets.end() ? found->second : noSet;
 }
 
 /// Null when set or animation is invalid.
@@ -226,29 +210,37 @@ const TW_MaterialManager::TextureAnimationEntry* TW_MaterialManager::findEntry(i
                : nullptr;
 }
 
+const S_String& TW_MaterialManager::getTextureAnimationSetName(int set) const noexcept
+{
+    static const S_String none;
+    const auto found = std::find_if(m_mapTextureAnimationSets.begin(), m_mapTextureAnimationSets.end(),
+                                    [set](const auto& entry) { return entry.second == set; });
+    return found == m_mapTextureAnimationSets.end() ? none : found->first;
+}
+
 int TW_MaterialManager::getTextureAnimationIndex(const S_String& set) const
 {
+    return requireSet(set);
+}
+
+int TW_MaterialManager::requireSet(std::string_view set) const
+{
     const int index = findSet(set);
-    if (index == s_iNoSet)
+    if (index == noSet)
     {
-        throw TW_Exception_TextureNotFound(set.c_str());
+        throw TW_Exception_TextureNotFound(S_String(set).c_str());
     }
     return index;
 }
 
 bool TW_MaterialManager::textureAnimationExists(const S_String& set) const
 {
-    return findSet(set) != s_iNoSet;
+    return findSet(set) != noSet;
 }
 
 bool TW_MaterialManager::isValidAnimationSet(int set) const noexcept
 {
     return set >= 0 && static_cast<std::size_t>(set) < m_vecTextureAnimationSets.size();
-}
-
-bool TW_MaterialManager::isValidAnimationSet(const S_String& set) const
-{
-    return textureAnimationExists(set);
 }
 
 bool TW_MaterialManager::isValidAnimation(int set, int animation) const noexcept
@@ -257,66 +249,41 @@ bool TW_MaterialManager::isValidAnimation(int set, int animation) const noexcept
            static_cast<unsigned int>(animation) < getTotalTextureAnimations(set);
 }
 
-bool TW_MaterialManager::isValidAnimation(const S_String& set, int animation) const
-{
-    return isValidAnimation(findSet(set), animation);
-}
-
 unsigned int TW_MaterialManager::getTotalTextureAnimations(int set) const noexcept
 {
     return static_cast<unsigned int>(m_vecTextureAnimationSets[static_cast<std::size_t>(set)].size());
 }
 
-unsigned int TW_MaterialManager::getTotalTextureAnimations(const S_String& set) const
+unsigned int TW_MaterialManager::countAnimations(std::string_view set) const noexcept
 {
     const int index = findSet(set);
-    return index != s_iNoSet ? getTotalTextureAnimations(index) : 0;
+    return index != noSet ? getTotalTextureAnimations(index) : 0;
 }
 
 unsigned int TW_MaterialManager::getTextureAnimationFrames(int set, int animation) const noexcept
 {
     const TextureAnimationEntry* entry = findEntry(set, animation);
-    return entry ? entry->m_pMaterial->getTextureAnimationFrames(entry->m_eType) : 0;
-}
-
-unsigned int TW_MaterialManager::getTextureAnimationFrames(const S_String& set, int animation) const
-{
-    return getTextureAnimationFrames(findSet(set), animation);
+    return entry ? entry->material->getTextureAnimationFrames(entry->type) : 0;
 }
 
 float TW_MaterialManager::getTextureAnimationLength(int set, int animation) const noexcept
 {
     const TextureAnimationEntry* entry = findEntry(set, animation);
-    return entry ? entry->m_pMaterial->getTextureAnimationLength(entry->m_eType) : 0.0f;
-}
-
-float TW_MaterialManager::getTextureAnimationLength(const S_String& set, int animation) const
-{
-    return getTextureAnimationLength(findSet(set), animation);
+    return entry ? entry->material->getTextureAnimationLength(entry->type) : 0.0F;
 }
 
 float TW_MaterialManager::getTextureAnimationFPS(int set, int animation) const noexcept
 {
     const TextureAnimationEntry* entry = findEntry(set, animation);
-    return entry ? entry->m_pMaterial->getTextureAnimationFPS(entry->m_eType) : 0.0f;
-}
-
-float TW_MaterialManager::getTextureAnimationFPS(const S_String& set, int animation) const
-{
-    return getTextureAnimationFPS(findSet(set), animation);
+    return entry ? entry->material->getTextureAnimationFPS(entry->type) : 0.0F;
 }
 
 void TW_MaterialManager::setTextureAnimationFPS(int set, int animation, float rate) noexcept
 {
     if (const TextureAnimationEntry* entry = findEntry(set, animation))
     {
-        entry->m_pMaterial->setTextureAnimationFPS(entry->m_eType, rate);
+        entry->material->setTextureAnimationFPS(entry->type, rate);
     }
-}
-
-void TW_MaterialManager::setTextureAnimationFPS(const S_String& set, int animation, float rate)
-{
-    setTextureAnimationFPS(findSet(set), animation, rate);
 }
 
 bool TW_MaterialManager::animateTexture(int set, float seconds)
@@ -325,20 +292,10 @@ bool TW_MaterialManager::animateTexture(int set, float seconds)
                       { return material.animateTexture(type, seconds); });
 }
 
-bool TW_MaterialManager::animateTexture(const S_String& set, float seconds)
-{
-    return animateTexture(findSet(set), seconds);
-}
-
 bool TW_MaterialManager::animateTextureFrame(int set, float frame)
 {
     return animateSet(set, [frame](TW_Material& material, TW_Material::TextureType type)
                       { return material.animateTextureFrame(type, frame); });
-}
-
-bool TW_MaterialManager::animateTextureFrame(const S_String& set, float frame)
-{
-    return animateTextureFrame(findSet(set), frame);
 }
 
 /// Animates every entry of a set; whether any was animated.
@@ -352,7 +309,7 @@ bool TW_MaterialManager::animateSet(int set, Animate animate)
     bool animated = false;
     for (const TextureAnimationEntry* entry : m_vecTextureAnimationSets[static_cast<std::size_t>(set)])
     {
-        animated = animate(*entry->m_pMaterial, entry->m_eType) || animated;
+        animated = animate(*entry->material, entry->type) || animated;
     }
     return animated;
 }

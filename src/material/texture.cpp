@@ -1,14 +1,16 @@
 #include "core/unit_init.h"
+#include "core/with_hint.h"
+#include "material/white_image.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/material/texture.h>
 
 #include <platform/runtime/file.h>
 #include <platform/runtime/str.h>
+#include <platform/runtime/system.h>
 #include <platform/scene/map.h>
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 #include <memory>
 #include <utility>
@@ -22,30 +24,37 @@ struct TW_Texture::SharedMap : S_Allocated
     S_String alphaFilename;
     S_String path;
     S_String alphaPath;
-    int referenceCount = 0;
+    S_Counter<int> referenceCount;
+    std::unique_ptr<G_Image> plainImage;  ///< of a map without a file
     std::unique_ptr<P_Map> map;
 };
 
+namespace
+{
+/// The search path, for messages.
+S_String describeSearchPath()
+{
+    S_String text;
+    for (int i = 0; i < TW_Texture::getTexturePathCount(); ++i)
+    {
+        text.append(text.empty() ? "\"" : ", \"").append(TW_Texture::getTexturePath(i)).append("\"");
+    }
+    return S_STR("looked for in %s from \"%s\"", text.empty() ? "no directory" : text.c_str(),
+                 File.getCurrentDirectory().c_str())
+        .str();
+}
+
+TW_Exception_TextureNotFound makeTextureNotFound(const S_String& filename)
+{
+    return withHint(TW_Exception_TextureNotFound(filename.c_str()), describeSearchPath().c_str());
+}
+}  // namespace
+
 TW_TextureCallback::~TW_TextureCallback() = default;
-
-TW_Texture::TW_Texture(const CreateInfo& info)
-{
-    initializeMembers();
-    construct(info);
-}
-
-TW_Texture::TW_Texture(const TW_Texture& other) : S_Allocated(other)
-{
-    initializeMembers();
-    construct(other);
-}
 
 TW_Texture& TW_Texture::operator=(const TW_Texture& other)
 {
-    if (this != &other)
-    {
-        construct(other);
-    }
+    construct(other);
     return *this;
 }
 
@@ -79,12 +88,13 @@ void TW_Texture::construct(const TW_Texture& other)
         return;
     }
     destruct();
+    if (!other.m_bConstructed)
+    {
+        return;
+    }
     m_strName = other.m_strName;
     m_pSharedMap = other.safeSharedMapPointer();
-    if (m_pSharedMap)
-    {
-        ++m_pSharedMap->referenceCount;
-    }
+    ++m_pSharedMap->referenceCount;
     m_bConstructed = true;
 }
 
@@ -140,23 +150,15 @@ void TW_Texture::removeFromTextureMemory() noexcept
 void TW_Texture::addTexturePath(const S_String& directories)
 {
     constexpr char divider = ';';
-    const auto isBlank = [](char character) { return std::isspace(static_cast<unsigned char>(character)) != 0; };
+    constexpr const char* blanks = " \t\n\v\f\r";
     S_Vector<S_String> added;  // the text may be an entry of the list
     for (std::size_t begin = 0; begin <= directories.size();)
     {
         const std::size_t next = std::min(directories.find(divider, begin), directories.size());
-        std::size_t end = next;
-        while (begin < end && isBlank(directories[begin]))
+        const S_String entry = directories.substr(begin, next - begin);
+        if (const std::size_t first = entry.find_first_not_of(blanks); first != S_String::npos)
         {
-            ++begin;
-        }
-        while (begin < end && isBlank(directories[end - 1]))
-        {
-            --end;
-        }
-        if (begin < end)
-        {
-            S_String directory = directories.substr(begin, end - begin);
+            S_String directory = entry.substr(first, entry.find_last_not_of(blanks) + 1 - first);
             if (directory.back() != '\\' && directory.back() != '/')
             {
                 directory += '\\';
@@ -210,32 +212,49 @@ bool TW_Texture::findFileFromGlobalPathList(S_String& directory, const S_String&
     return !directory.empty();
 }
 
-/// The absolute directory of a texture file; throws when no directory of the search path holds it.
+/// The absolute directory of a texture file that a directory of the search path holds. Without one it is empty where
+/// files may be missing, and an exception elsewhere.
 S_String TW_Texture::locateFile(const S_String& filename)
 {
     S_String entry;
-    if (!findFileFromGlobalPathList(entry, filename))
+    if (findFileFromGlobalPathList(entry, filename))
     {
-        throw TW_Exception_TextureNotFound(filename.c_str());
+        return File.isAbsolute(entry) ? entry : File.getCurrentDirectory() + entry;
     }
-    return File.isAbsolute(entry) ? entry : File.getCurrentDirectory() + entry;
+    if (!sm_bMissingFilesAllowed)
+    {
+        throw makeTextureNotFound(filename);
+    }
+    Sys.verbose("%s\n", makeTextureNotFound(filename).what());
+    return {};
+}
+
+/// Makes the map of the two files, as far as they are there.
+void TW_Texture::loadMap(SharedMap& shared)
+{
+    shared.path = locateFile(shared.filename);
+    if (!shared.alphaFilename.empty())
+    {
+        shared.alphaPath = locateFile(shared.alphaFilename);
+    }
+    if (shared.path.empty())
+    {
+        shared.plainImage = createWhiteImage();
+        shared.map = std::make_unique<P_Map>(shared.plainImage.get(), nullptr);
+        return;
+    }
+    const S_String alphaFullName = shared.alphaPath + shared.alphaFilename;
+    shared.map = std::make_unique<P_Map>((shared.path + shared.filename).c_str(),
+                                         shared.alphaPath.empty() ? nullptr : alphaFullName.c_str());
 }
 
 /// Loads a new map and enters it in the list.
 TW_Texture::SharedMap* TW_Texture::createMap(const CreateInfo& info)
 {
-    const bool hasAlphaFile = !info.alphaFilename.empty();
     auto shared = std::make_unique<SharedMap>();
-    shared->path = locateFile(info.filename);
-    if (hasAlphaFile)
-    {
-        shared->alphaPath = locateFile(info.alphaFilename);
-    }
     shared->filename = info.filename;
     shared->alphaFilename = info.alphaFilename;
-    const S_String fullName = shared->path + info.filename;
-    const S_String alphaFullName = shared->alphaPath + info.alphaFilename;
-    shared->map = std::make_unique<P_Map>(fullName.c_str(), hasAlphaFile ? alphaFullName.c_str() : nullptr);
+    loadMap(*shared);
     if (info.mipLevels != 0)
     {
         shared->map->setMipLevelCount(info.mipLevels);
@@ -248,7 +267,7 @@ TW_Texture::SharedMap* TW_Texture::createMap(const CreateInfo& info)
         (*sm_pTextureCallback)(shared->map.get(), completed);
     }
     shared->map->validate();
-    shared->map->setDescription(S_STR("TW: %s", fullName.c_str()));
+    shared->map->setDescription(S_STR("TW: %s%s", shared->path.c_str(), shared->filename.c_str()));
     s_lstTextureList.push_back(shared.get());
     return shared.release();
 }

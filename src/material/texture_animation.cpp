@@ -3,6 +3,8 @@
 #include <tw2/material/texture.h>
 #include <tw2/material/texture_animation.h>
 
+#include <platform/runtime/rollback.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
@@ -51,21 +53,14 @@ void TextureAnimation::construct(const MaterialTextureChunk& slot, const Materia
     {
         throw TW_Exception_TextureNotFound(slot.name.c_str());
     }
+    S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
-    try
+    createFrames(slot, alpha ? alpha->frameFiles : S_Vector<S_String>());
+    if (slot.playback == MaterialTextureChunk::PLAYBACK_PING_PONG)
     {
-        static const S_Vector<S_String> s_vecNoFiles;
-        createFrames(slot, alpha ? alpha->frameFiles : s_vecNoFiles);
-        if (slot.playback == MaterialTextureChunk::PLAYBACK_PING_PONG)
-        {
-            appendPlayedBackwards();
-        }
+        appendPlayedBackwards();
     }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    rollback.keep();
     m_iFramesPerSecond = slot.framesPerSecond;
     m_bLooping = slot.playback != MaterialTextureChunk::PLAYBACK_ONCE;
     m_iStartFrame = slot.randomStart ? std::rand() % static_cast<int>(m_vecFrames.size()) : slot.startFrame;
@@ -106,23 +101,21 @@ void TextureAnimation::construct(const TextureAnimation& other)
         return;
     }
     destruct();
+    if (!other.m_bConstructed)
+    {
+        return;
+    }
+    S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
     m_iFramesPerSecond = other.m_iFramesPerSecond;
     m_iStartFrame = other.m_iStartFrame;
     m_bLooping = other.m_bLooping;
-    try
+    m_vecFrames.reserve(other.m_vecFrames.size());
+    for (const TW_Texture* frame : other.m_vecFrames)
     {
-        m_vecFrames.reserve(other.m_vecFrames.size());
-        for (const TW_Texture* frame : other.m_vecFrames)
-        {
-            m_vecFrames.push_back(new TW_Texture(*frame));
-        }
+        m_vecFrames.push_back(new TW_Texture(*frame));
     }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    rollback.keep();
 }
 
 void TextureAnimation::destruct() noexcept

@@ -3,6 +3,8 @@
 
 #include <platform/scene/virtual_object.h>
 
+#include <cassert>
+
 namespace TW2
 {
 namespace
@@ -11,28 +13,11 @@ namespace
 // into it is ever seen.
 M_Matrix4x3Template<float>& noBoneMatrix() noexcept
 {
-    static M_Matrix4x3Template<float> s_matrix;
+    thread_local M_Matrix4x3Template<float> s_matrix;
     s_matrix = M_Matrix4x3Template<float>::identity();
     return s_matrix;
 }
 }  // namespace
-
-TW_BoneHandle::TW_BoneHandle() noexcept
-{
-    initializeMembers();
-}
-
-TW_BoneHandle::TW_BoneHandle(const S_String& name, int index)
-{
-    initializeMembers();
-    construct(name, index);
-}
-
-TW_BoneHandle::TW_BoneHandle(const TW_BoneHandle& other)
-{
-    initializeMembers();
-    construct(other);
-}
 
 TW_BoneHandle& TW_BoneHandle::operator=(const TW_BoneHandle& other)
 {
@@ -99,11 +84,13 @@ void TW_BoneHandle::detach() noexcept
 
 const M_Matrix4x3Template<float>& TW_BoneHandle::getMatrix() const noexcept
 {
+    assert(m_pParentObject && "attach the handle first");
     return m_pBoneObject ? m_pBoneObject->getMatrix() : noBoneMatrix();
 }
 
 M_Matrix4x3Template<float>& TW_BoneHandle::accessMatrix() noexcept
 {
+    assert(m_pParentObject && "attach the handle first");
     if (!m_pBoneObject)
     {
         return noBoneMatrix();
@@ -114,6 +101,7 @@ M_Matrix4x3Template<float>& TW_BoneHandle::accessMatrix() noexcept
 
 const M_Matrix4x3Template<float>& TW_BoneHandle::getWorldMatrix() const noexcept
 {
+    assert(m_pParentObject && "attach the handle first");
     return m_pBoneObject ? m_pBoneObject->getObjectToWorldMatrix() : noBoneMatrix();
 }
 }  // namespace TW2

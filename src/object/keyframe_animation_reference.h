@@ -11,29 +11,10 @@ inline void dropReference(TW_KeyframeAnimation* animation) noexcept
     {
         return;
     }
-    if (animation->getObjectReferenceCount() == 1)
+    if (animation->decreaseObjectReferenceCount() == 0)
     {
+        animation->increaseObjectReferenceCount();  // the hold under which it gives its tracks up
         delete animation;
     }
-    else
-    {
-        animation->decreaseObjectReferenceCount();
-    }
 }
-
-/// A hold on a keyframe animation that ends with the scope.
-class KeyframeAnimationReference
-{
-public:
-    /// Takes over the caller's hold.
-    explicit KeyframeAnimationReference(TW_KeyframeAnimation* animation) noexcept : m_pAnimation(animation) {}
-    ~KeyframeAnimationReference() { dropReference(m_pAnimation); }
-    KeyframeAnimationReference(const KeyframeAnimationReference&) = delete;
-    KeyframeAnimationReference& operator=(const KeyframeAnimationReference&) = delete;
-
-    [[nodiscard]] TW_KeyframeAnimation* get() const noexcept { return m_pAnimation; }
-
-private:
-    TW_KeyframeAnimation* m_pAnimation;
-};
 }  // namespace TW2

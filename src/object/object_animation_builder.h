@@ -19,7 +19,9 @@ class TW_ObjectAnimationKeyframeCallback;
 class TW_ObjectAnimation::Builder
 {
 public:
-    explicit Builder(TW_ObjectAnimation& object) noexcept : m_object(object) {}
+    explicit Builder(TW_ObjectAnimation& object) noexcept : m_object(object), m_uiDestructions(object.m_uiDestructions)
+    {
+    }
 
     /// Builds from the block that is locked: geometry, then animations.
     void build(S_Script& script, TW_MeshCallback* meshCallback, bool withVisibility);
@@ -41,9 +43,19 @@ private:
     void setBoundingVolumes(const GeometryParameters& parameters);
     void setFixedBoundingVolumes();
     void loadAnimationFile(const AnimationParameters& parameters, TW_ObjectAnimationKeyframeCallback& callback);
-    void copyMesh(const P_VirtualObject& source, bool deepCopy);
+    void describeAnimation(const AnimationParameters& parameters, const char* place);
+    void copyMeshNames(const TW_ObjectAnimation& source);
+    void copyMeshes(const TW_ObjectAnimation& source, bool deepCopy);
+    P_VirtualObject& copyMesh(const P_VirtualObject& source, bool deepCopy);
+    P_VirtualObject& copyDeeply(const P_VirtualObject& source);
     void copyAnimations(const TW_ObjectAnimation& source);
 
+    /// Whether the object has not been destructed since the builder was made, which a host's callback may do.
+    [[nodiscard]] bool hasObject() const noexcept { return m_object.m_uiDestructions == m_uiDestructions; }
+    /// Throws TW_Exception_InvalidGeometry when it has; what was loaded since then is nobody's.
+    void requireObject() const;
+
     TW_ObjectAnimation& m_object;
+    unsigned int m_uiDestructions;
 };
 }  // namespace TW2

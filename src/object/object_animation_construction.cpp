@@ -1,115 +1,83 @@
+#include "core/release_guard.h"
 #include "object/object_animation_builder.h"
+#include "object/object_animation_materials.h"
 
+#include <tw2/keyframe/keyframe_animation.h>
 #include <tw2/material/material_manager.h>
 
 #include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/script.h>
 #include <platform/runtime/str.h>
+#include <platform/scene/virtual_object.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
-#include <utility>
 
 namespace TW2
 {
 namespace
 {
 constexpr const char* memoryScopeName = "TW Memory Container";
-
-/// Leaves an object unconstructed when the scope ends before `keep`.
-class ConstructionGuard
-{
-public:
-    explicit ConstructionGuard(TW_ObjectAnimation& object) noexcept : m_pObject(&object) {}
-    ~ConstructionGuard()
-    {
-        if (m_pObject)
-        {
-            m_pObject->destruct();
-        }
-    }
-    ConstructionGuard(const ConstructionGuard&) = delete;
-    ConstructionGuard& operator=(const ConstructionGuard&) = delete;
-
-    void keep() noexcept { m_pObject = nullptr; }
-
-private:
-    TW_ObjectAnimation* m_pObject;
-};
 }  // namespace
-
-TW_ObjectAnimation::TW_ObjectAnimation()
-{
-    initializeMembers();
-}
-
-TW_ObjectAnimation::TW_ObjectAnimation(const char* scriptFileName, const char* blockName, TW_MeshCallback* meshCallback,
-                                       bool withVisibility)
-    : TW_ObjectAnimation()
-{
-    construct(scriptFileName, blockName, meshCallback, withVisibility);
-}
-
-TW_ObjectAnimation::TW_ObjectAnimation(S_Script* script, const char* blockName, TW_MeshCallback* meshCallback,
-                                       bool withVisibility)
-    : TW_ObjectAnimation()
-{
-    construct(script, blockName, meshCallback, withVisibility);
-}
-
-TW_ObjectAnimation::TW_ObjectAnimation(S_Script* script, int blockIndex, TW_MeshCallback* meshCallback,
-                                       bool withVisibility)
-    : TW_ObjectAnimation()
-{
-    construct(script, blockIndex, meshCallback, withVisibility);
-}
-
-TW_ObjectAnimation::TW_ObjectAnimation(const TW_ObjectAnimation& source) : TW_ObjectAnimation()
-{
-    construct(source, false, nullptr);
-}
 
 TW_ObjectAnimation& TW_ObjectAnimation::operator=(const TW_ObjectAnimation& source)
 {
-    if (this != &source)
-    {
-        construct(source, false, nullptr);
-    }
+    construct(source, false, nullptr);
     return *this;
+}
+
+/// Builds from scratch by `steps`; whatever throws leaves the object not constructed.
+template <typename Steps>
+void TW_ObjectAnimation::build(const Steps& steps)
+{
+    destruct();
+    const S_MemoryScope memory(memoryScopeName);
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    m_bConstructed = true;
+    steps();
+    rollback.keep();
 }
 
 void TW_ObjectAnimation::construct(const char* scriptFileName, const char* blockName, TW_MeshCallback* meshCallback,
                                    bool withVisibility)
 {
-    destruct();
-    S_Script script(scriptFileName);
+    const S_MemoryScope memory(memoryScopeName);
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    S_Script script(orEmpty(scriptFileName));
     construct(&script, blockName, meshCallback, withVisibility);
+    rollback.keep();
 }
 
 void TW_ObjectAnimation::construct(S_Script* script, const char* blockName, TW_MeshCallback* meshCallback,
                                    bool withVisibility)
 {
-    destruct();
     const S_MemoryScope memory(memoryScopeName);
-    ConstructionGuard guard(*this);
-    m_bConstructed = true;
-    setName(S_STR("%s, %s", script->staticNesting(), blockName));
-    const S_ScriptLockGuard lock(*script);
-    lockObjectBlock(*script, blockName);
-    Builder(*this).build(*script, meshCallback, withVisibility);
-    guard.keep();
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    const S_String name(orEmpty(blockName));  // it may be that of a part, which goes first
+    build(
+        [&]
+        {
+            setName(S_STR("%s, %s", requireScript(script).staticNesting(), name.c_str()));
+            const S_ScriptLockGuard lock(*script);
+            lockObjectBlock(*script, name.c_str());
+            Builder(*this).build(*script, meshCallback, withVisibility);
+        });
+    rollback.keep();
 }
 
 void TW_ObjectAnimation::construct(S_Script* script, int blockIndex, TW_MeshCallback* meshCallback, bool withVisibility)
 {
-    destruct();
-    const S_MemoryScope memory(memoryScopeName);
-    ConstructionGuard guard(*this);
-    m_bConstructed = true;
-    setName(S_STR("%s, %s", script->staticNesting(), script->getBlockName(static_cast<unsigned int>(blockIndex))));
-    const S_ScriptLockGuard lock(*script);
-    lockObjectBlock(*script, blockIndex);
-    Builder(*this).build(*script, meshCallback, withVisibility);
-    guard.keep();
+    build(
+        [&]
+        {
+            const char* const nesting = requireScript(script).staticNesting();
+            setName(S_STR("%s, %s", nesting, script->getBlockName(static_cast<unsigned int>(blockIndex))));
+            const S_ScriptLockGuard lock(*script);
+            lockObjectBlock(*script, blockIndex);
+            Builder(*this).build(*script, meshCallback, withVisibility);
+        });
 }
 
 void TW_ObjectAnimation::construct(const TW_ObjectAnimation& source, bool deepCopy, TW_MaterialManager* materials)
@@ -118,18 +86,13 @@ void TW_ObjectAnimation::construct(const TW_ObjectAnimation& source, bool deepCo
     {
         return;
     }
-    // The object's own manager may be the one to copy from: it lives until that is done.
-    const std::unique_ptr<TW_MaterialManager> previousManager(std::exchange(m_pMaterialManager, nullptr));
+    const ReleaseGuard passed(materials);
     destruct();
     if (!source.m_bConstructed && source.m_vecMeshes.empty())
     {
         return;
     }
-    const S_MemoryScope memory(memoryScopeName);
-    ConstructionGuard guard(*this);
-    m_bConstructed = true;
-    Builder(*this).copy(source, deepCopy, materials ? materials : source.m_pMaterialManager);
-    guard.keep();
+    build([&] { Builder(*this).copy(source, deepCopy, materials ? materials : source.m_pMaterialManager); });
 }
 
 void TW_ObjectAnimation::Builder::build(S_Script& script, TW_MeshCallback* meshCallback, bool withVisibility)
@@ -137,4 +100,129 @@ void TW_ObjectAnimation::Builder::build(S_Script& script, TW_MeshCallback* meshC
     loadGeometry(script, meshCallback);
     loadAnimations(script, withVisibility);
 }
+
+/// @name Copying
+/// @{
+void TW_ObjectAnimation::Builder::copy(const TW_ObjectAnimation& source, bool deepCopy,
+                                       const TW_MaterialManager* materials)
+{
+    m_object.m_pMaterialManager = materials ? new TW_MaterialManager(*materials) : new TW_MaterialManager();
+    const S_String& name = source.getName();
+    m_object.setNameOfCopy(
+        name.empty() ? S_String("TW_ObjectAnimation clone(no name)") : S_STR("%s (clone)", name.c_str()).str(), source);
+    m_object.copyEngineFlags(source);
+    if (source.hasEngineFlag(FLAG_FIXED_BOUNDING_VOLUME))
+    {
+        m_object.setBoundingRadius(source.getStoredBoundingRadius());
+        m_object.setBoundingBox(source.getStoredBoundingBoxMin(), source.getStoredBoundingBoxMax());
+    }
+    m_object.m_eCrossMode = source.m_eCrossMode;
+    m_object.m_bUseManualBoundingSphere = source.m_bUseManualBoundingSphere;
+    m_object.m_bUseManualBoundingBox = source.m_bUseManualBoundingBox;
+    m_object.m_fManualBoundingSphereRadius = source.m_fManualBoundingSphereRadius;
+    m_object.m_vManualBoundingBoxMin = source.m_vManualBoundingBoxMin;
+    m_object.m_vManualBoundingBoxMax = source.m_vManualBoundingBoxMax;
+    m_object.m_iMaximumAnimationIndex = source.m_iMaximumAnimationIndex;
+    m_object.m_pGeometryData = source.m_pGeometryData;
+
+    copyMeshNames(source);
+    copyMeshes(source, deepCopy);
+    copyAnimations(source);
+}
+
+/// The copies have the names that the meshes have now; unless one was renamed, that is what the source knows them by.
+void TW_ObjectAnimation::Builder::copyMeshNames(const TW_ObjectAnimation& source)
+{
+    if (source.m_vecMeshes.empty() || source.areMeshNamesCurrent())
+    {
+        m_object.m_pMeshNames = source.m_pMeshNames;
+        return;
+    }
+    for (const P_VirtualObject* mesh : source.m_vecMeshes)
+    {
+        m_object.accessMeshNames().add(mesh->getName());
+    }
+}
+
+/// All meshes in one piece of memory, their matrices in another. Deep copies have meshes of their own as they have
+/// geometry of their own.
+void TW_ObjectAnimation::Builder::copyMeshes(const TW_ObjectAnimation& source, bool deepCopy)
+{
+    const std::size_t count = source.m_vecMeshes.size();
+    if (count == 0)
+    {
+        return;
+    }
+    if (deepCopy)
+    {
+        m_object.m_meshTransforms.reserve(count);
+    }
+    else
+    {
+        m_object.m_vecMeshes.reserveRow(count, m_object.m_meshTransforms);
+    }
+    for (const P_VirtualObject* mesh : source.m_vecMeshes)
+    {
+        P_VirtualObject& copy = copyMesh(*mesh, deepCopy);
+        if (source.m_pMaterialManager && hasMaterials(*mesh))
+        {
+            remapMeshMaterials(copy, *m_object.m_pMaterialManager, *source.m_pMaterialManager);
+        }
+    }
+}
+
+P_VirtualObject& TW_ObjectAnimation::Builder::copyMesh(const P_VirtualObject& source, bool deepCopy)
+{
+    const std::size_t index = m_object.m_vecMeshes.size();
+    P_VirtualObject& copy =
+        deepCopy ? copyDeeply(source) : m_object.m_vecMeshes.addToRow(source, m_object.m_meshTransforms);
+    // Below the first mesh of the parent's name, where that one is copied already.
+    P_ObjectContainer* container = &m_object;
+    if (const P_BaseObject* const parent = source.getParent())
+    {
+        const auto& indices = m_object.m_pMeshNames->m_mapMeshesByName;
+        const auto found = indices.find(parent->getName());
+        if (found != indices.end() && found->second < index)
+        {
+            container = m_object.m_vecMeshes[found->second];
+        }
+    }
+    copy.addTo(container);
+    return copy;
+}
+
+P_VirtualObject& TW_ObjectAnimation::Builder::copyDeeply(const P_VirtualObject& source)
+{
+    auto made = std::make_unique<P_VirtualObject>();
+    made->duplicate(static_cast<const P_BaseObject&>(source));
+    m_object.m_vecMeshes.push_back(made.get());
+    P_VirtualObject& copy = *made.release();
+    m_object.m_meshTransforms.append(copy);
+    return copy;
+}
+
+/// The records hold the tracks only once they are all in place: until then nothing has to be let go of.
+void TW_ObjectAnimation::Builder::copyAnimations(const TW_ObjectAnimation& source)
+{
+    S_Vector<ObjectAnimation> records(source.m_vecAnimations);
+    for (ObjectAnimation& record : records)
+    {
+        std::fill(record.m_vecLastFrames.begin(), record.m_vecLastFrames.end(), 0U);
+    }
+    S_FlatMap<int, int> indices(source.m_mapAnimationIndices);
+
+    m_object.m_mapAnimationIndices.swap(indices);
+    m_object.m_vecAnimations.swap(records);
+    for (const ObjectAnimation& record : m_object.m_vecAnimations)
+    {
+        for (const TW_KeyframeAnimation* animation : record.m_vecKeyframeAnimations)
+        {
+            if (animation)
+            {
+                animation->increaseObjectReferenceCount();
+            }
+        }
+    }
+}
+/// @}
 }  // namespace TW2

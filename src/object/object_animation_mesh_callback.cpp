@@ -41,28 +41,14 @@ bool areGroupsInside(const S_Vector<T>& offsets, const S_Vector<T>& counts, std:
     return true;
 }
 
-/// Coordinates are written by the counts alone, also from a slot that is not marked as used.
-bool fitsVertices(const TextureChannelChunk& channel, const MeshVertexChunk& vertices)
-{
-    for (std::size_t group = 0; group < std::min(channel.groupCounts.size(), vertices.groupCounts.size()); ++group)
-    {
-        const auto count = static_cast<unsigned int>(channel.groupCounts[group]);
-        if (count != 0 && count != vertices.groupCounts[group])
-        {
-            return false;
-        }
-    }
-    return areGroupsInside(channel.groupOffsets, channel.groupCounts, 1, channel.coordinates.size());
-}
-
 /// What is so in every record that was read, but has to be kept up by who changes one.
 S_String findListFault(const MeshChunk& record)
 {
     const MeshVertexChunk& vertices = record.vertices;
     const std::size_t count = vertices.positions.size();
-    if (record.channels.size() != MeshChunk::sm_channelSlots || record.channelUsed.size() != MeshChunk::sm_channelSlots)
+    if (record.channels.size() != MeshChunk::channelSlots || record.channelUsed.size() != MeshChunk::channelSlots)
     {
-        return S_STR("%zu texture channel slots, found %zu", MeshChunk::sm_channelSlots, record.channels.size()).str();
+        return S_STR("%zu texture channel slots, found %zu", MeshChunk::channelSlots, record.channels.size()).str();
     }
     if (vertices.normals.size() != count || (record.hasVertexMap() && vertices.vertexMap.size() != count))
     {
@@ -78,9 +64,11 @@ S_String findListFault(const MeshChunk& record)
     }
     for (std::size_t slot = 0; slot < record.channels.size(); ++slot)
     {
-        if (!fitsVertices(record.channels[slot], vertices))
+        const TextureChannelChunk& channel = record.channels[slot];
+        if (!areGroupsInside(channel.groupOffsets, channel.groupCounts, 1, channel.coordinates.size()))
         {
-            return S_STR("groups of texture channel %zu with a coordinate for each vertex or none", slot).str();
+            return S_STR("groups of texture channel %zu among its %zu coordinates", slot, channel.coordinates.size())
+                .str();
         }
     }
     return {};
@@ -183,6 +171,11 @@ void buildPrimitives(P_VirtualObject& mesh, const MeshChunk& record, const TW_Ma
     }
 }
 }  // namespace
+
+TW_LoadMeshCallback::~TW_LoadMeshCallback() = default;
+TW_MeshLoadedCallback::~TW_MeshLoadedCallback() = default;
+TW_MeshParentNotFoundCallback::~TW_MeshParentNotFoundCallback() = default;
+TW_ObjectKeyframeAnimationCallback::~TW_ObjectKeyframeAnimationCallback() = default;
 
 TW_ObjectAnimationMeshCallback::TW_ObjectAnimationMeshCallback(TW_ObjectAnimation* object) noexcept : m_pObject(object)
 {

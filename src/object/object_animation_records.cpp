@@ -1,7 +1,9 @@
 #include "object/keyframe_animation_reference.h"
 
+#include <tw2/keyframe/keyframe_animation.h>
 #include <tw2/object/object_animation.h>
 
+#include <platform/runtime/rollback.h>
 #include <platform/scene/virtual_object.h>
 
 #include <algorithm>
@@ -10,22 +12,44 @@ namespace TW2
 {
 using ObjectAnimation = TW_ObjectAnimation::ObjectAnimation;
 
-ObjectAnimation::ObjectAnimation() noexcept = default;
-
 ObjectAnimation::ObjectAnimation(int meshCount)
     : m_vecKeyframeAnimations(static_cast<std::size_t>(std::max(meshCount, 0))),
       m_vecLastFrames(m_vecKeyframeAnimations.size())
 {
 }
 
-ObjectAnimation::ObjectAnimation(const ObjectAnimation&) = default;
-ObjectAnimation::ObjectAnimation(ObjectAnimation&&) noexcept = default;
-ObjectAnimation& ObjectAnimation::operator=(const ObjectAnimation&) = default;
-ObjectAnimation& ObjectAnimation::operator=(ObjectAnimation&&) noexcept = default;
-ObjectAnimation::~ObjectAnimation() = default;
+TW_AnimationCourse ObjectAnimation::getCourse() const noexcept
+{
+    const TW_KeyframeAnimation* longest = nullptr;
+    for (const TW_KeyframeAnimation* track : m_vecKeyframeAnimations)
+    {
+        if (track && (!longest || track->getTotalFrameCount() > longest->getTotalFrameCount()))
+        {
+            longest = track;
+        }
+    }
+    TW_AnimationCourse course;
+    if (!longest || longest->getTotalFrameCount() == 0)
+    {
+        return course;
+    }
+    course.m_dEndFrame = static_cast<double>(longest->getTotalFrameCount()) - (longest->isLoopInterpolating() ? 0 : 1);
+    if (longest->isLooping() && longest->getLoopToFrame() < course.m_dEndFrame)
+    {
+        course.m_bLooping = true;
+        course.m_dLoopToFrame = longest->getLoopToFrame();
+    }
+    return course;
+}
 
 const ObjectAnimation* TW_ObjectAnimation::getAnimation(int index) const noexcept
 {
+    // Mostly animations are numbered in the order in which they come; in a crowd the map is in far memory.
+    const auto guess = static_cast<std::size_t>(index);
+    if (guess < m_vecAnimations.size() && index >= 0 && m_vecAnimations[guess].m_iIndex == index)
+    {
+        return &m_vecAnimations[guess];
+    }
     const int* const position = m_mapAnimationIndices.find(index);
     return position ? &m_vecAnimations[static_cast<std::size_t>(*position)] : nullptr;
 }
@@ -59,6 +83,7 @@ bool TW_ObjectAnimation::insertAnimation(const char* meshName, int index, TW_Key
         record->m_vecLastFrames.resize(m_vecMeshes.size());
         record->m_vecKeyframeAnimations.resize(m_vecMeshes.size());
     }
+    record->m_vecKeyframeAnimations.makeOwn();
     animation->increaseObjectReferenceCount();  // before the slot lets go of what may be the same animation
     deleteAnimation(meshName, index);
     if (record->m_iKeyframeAnimationCount < 1)
@@ -67,7 +92,7 @@ bool TW_ObjectAnimation::insertAnimation(const char* meshName, int index, TW_Key
         record->m_uiLoopToFrame = animation->getLoopToFrame();
     }
     record->m_uiFrames = std::max(record->m_uiFrames, animation->getTotalFrameCount());
-    record->m_vecKeyframeAnimations[slot] = animation;
+    record->m_vecKeyframeAnimations.set(slot, animation);
     record->m_vecLastFrames[slot] = 0;
     ++record->m_iKeyframeAnimationCount;
     return true;
@@ -82,17 +107,18 @@ void TW_ObjectAnimation::deleteAnimation(const char* meshName, int index)
         return;
     }
     const auto slot = static_cast<std::size_t>(getMeshIndex(mesh));
-    S_Vector<TW_KeyframeAnimation*>& tracks = record->m_vecKeyframeAnimations;
+    TW_TrackList& tracks = record->m_vecKeyframeAnimations;
     if (slot >= tracks.size() || !tracks[slot])
     {
         return;
     }
+    TW_KeyframeAnimation* const animation = tracks[slot];
+    tracks.set(slot, nullptr);
     if (--record->m_iKeyframeAnimationCount == 0)
     {
         record->m_iFrameRate = 0;
     }
-    dropReference(tracks[slot]);
-    tracks[slot] = nullptr;
+    dropReference(animation);
     record->m_uiFrames = 0;
     for (const TW_KeyframeAnimation* track : tracks)
     {
@@ -107,21 +133,24 @@ void TW_ObjectAnimation::deleteAnimation(int index)
     {
         return;
     }
-    for (TW_KeyframeAnimation*& animation : record->m_vecKeyframeAnimations)
+    const TW_TrackList tracks = record->m_vecKeyframeAnimations;
+    record->m_vecKeyframeAnimations.reset();
+    for (TW_KeyframeAnimation* const animation : tracks)
     {
         dropReference(animation);
-        animation = nullptr;
     }
     record->m_iFrameRate = 0;
     record->m_uiFrames = 0;
     record->m_uiLoopToFrame = 0;
     record->m_iKeyframeAnimationCount = 0;
+    record->m_pDescription.reset();
+    record->m_iIndex = -1;
     m_mapAnimationIndices.erase(index);
 }
 
 void TW_ObjectAnimation::shareAnimation(int index, TW_ObjectAnimation* source)
 {
-    const ObjectAnimation* const original = source->getAnimation(index);
+    const ObjectAnimation* const original = source ? source->getAnimation(index) : nullptr;
     if (!original || source == this)
     {
         return;
@@ -133,19 +162,15 @@ void TW_ObjectAnimation::shareAnimation(int index, TW_ObjectAnimation* source)
     record.m_iInstance = original->m_iInstance;
     record.m_iKeyframeAnimationCount = 1;
     record.m_vecKeyframeAnimations = original->m_vecKeyframeAnimations;
+    record.m_pDescription = original->m_pDescription;
+    record.m_iIndex = index;
 
     m_vecAnimations.emplace_back();
     const int position = static_cast<int>(m_vecAnimations.size()) - 1;
+    S_Rollback rollback([this]() noexcept { m_vecAnimations.pop_back(); });
     deleteAnimation(index);
-    try
-    {
-        m_mapAnimationIndices.emplace(index, position);
-    }
-    catch (...)
-    {
-        m_vecAnimations.pop_back();
-        throw;
-    }
+    m_mapAnimationIndices.emplace(index, position);
+    rollback.keep();
     m_vecAnimations.back() = std::move(record);
     for (const TW_KeyframeAnimation* animation : m_vecAnimations.back().m_vecKeyframeAnimations)
     {

@@ -2,26 +2,73 @@
 
 #include <tw2/core/exceptions.h>
 
+#include <platform/runtime/file.h>
+#include <platform/runtime/str.h>
+
 namespace TW2
 {
 namespace
 {
 constexpr int unlimited = -1;
+const S_Script::Blocks s_eventBlocks[] = {{"event", 0, unlimited}, {nullptr, 0, 0}};
 
-void checkNamedBlock(const S_Script& script, const char* blockName, int minimum, int maximum)
+/// Makes a block the current one, by its name and how often that may stand there, and checks the blocks inside.
+void lockBlock(S_Script& script, const char* name, int minimum, int maximum, const S_Script::Blocks* inside)
 {
-    const S_Script::Blocks blocks[] = {{blockName, minimum, maximum}, {nullptr, 0, 0}};
+    const S_Script::Blocks blocks[] = {{name, minimum, maximum}, {nullptr, 0, 0}};
     script.blockCheck(blocks, false);
+    script.lock(name, 0);
+    script.blockCheck(inside, true);
+}
+
+void lockBlock(S_Script& script, int index, const S_Script::Blocks* inside)
+{
+    script.lock(static_cast<unsigned int>(index));
+    script.blockCheck(inside, true);
 }
 }  // namespace
 
 const S_Script::Blocks s_objectBlocks[] = {{"geometry", 1, 1}, {"animation", 0, unlimited}, {nullptr, 0, 0}};
 const S_Script::Blocks s_animationBlocks[] = {{"animation", 0, unlimited}, {nullptr, 0, 0}};
 
-bool GeometryParameters::isBoxAutomatic() const noexcept
+S_Script& requireScript(S_Script* script)
 {
-    const M_Vector3Template<float> automatic(-1.0f, -1.0f, -1.0f);
-    return m_vBoundingBoxMin == automatic && m_vBoundingBoxMax == automatic;
+    if (!script)
+    {
+        throw TW_Exception_InvalidScriptParameter("<script not available>", "no script is given");
+    }
+    return *script;
+}
+
+void requireObject(bool isThere)
+{
+    if (!isThere)
+    {
+        throw TW_Exception_InvalidGeometry("An object was destructed by a callback of its own load");
+    }
+}
+
+void findFile(const S_Script& script, const char* block, unsigned int occurrence, const char* key, S_String& fileName)
+{
+    if (fileName.empty() || File.exists(fileName.c_str()))
+    {
+        return;
+    }
+    const bool absolute = File.isAbsolute(fileName);
+    S_String beside = absolute ? S_String() : script.getFolder() + fileName;
+    if (!absolute && File.exists(beside.c_str()))
+    {
+        fileName.swap(beside);
+        return;
+    }
+    const S_String places = absolute
+                                ? S_String("there is no such file")
+                                : S_STR("is neither in the current directory \"%s\" nor beside the script in \"%s\"",
+                                        File.getCurrentDirectory().c_str(), script.getFolder())
+                                      .str();
+    throw S_FileException(fileName.c_str(),
+                          S_STR("%s; line %u of \"%s\" asks for it (key \"%s\")", places.c_str(),
+                                script.getKeyLine(block, occurrence, key), script.getScriptName(), key));
 }
 
 GeometryParameters parseGeometry(const S_Script& script)
@@ -41,13 +88,27 @@ GeometryParameters parseGeometry(const S_Script& script)
     return p;
 }
 
-AnimationParameters parseAnimation(const S_Script& script, unsigned int occurrence)
+AnimationParameters parseAnimation(S_Script& script, unsigned int occurrence)
 {
     AnimationParameters p;
     const S_Script::Variables keys[] = {{"index", S_Script::t_int, &p.m_iIndex, nullptr},
                                         {"filename", S_Script::t_string, &p.m_strFileName, nullptr},
+                                        {"name", S_Script::t_string, &p.m_strName, ""},
+                                        {"rootmotion", S_Script::t_string, &p.m_strRootMotion, ""},
                                         {nullptr, S_Script::t_string, nullptr, nullptr}};
-    script.parse(keys, "animation", occurrence, true);
+    script.parse(keys, "animation", occurrence, true, s_eventBlocks);
+
+    const S_ScriptLockGuard guard(script);
+    script.lock("animation", occurrence);
+    for (unsigned int i = 0; i < script.count("event"); ++i)
+    {
+        AnimationParameters::Event event;
+        const S_Script::Variables eventKeys[] = {{"time", S_Script::t_float, &event.m_fTime, nullptr},
+                                                 {"name", S_Script::t_string, &event.m_strName, nullptr},
+                                                 {nullptr, S_Script::t_string, nullptr, nullptr}};
+        script.parse(eventKeys, "event", i, true);
+        p.m_vecEvents.push_back(std::move(event));
+    }
     return p;
 }
 
@@ -72,27 +133,21 @@ InterpolationMode parseCrossMode(const S_Script& script, const S_String& crossMo
 
 void lockObjectBlock(S_Script& script, const char* blockName)
 {
-    checkNamedBlock(script, blockName, 1, 1);
-    script.lock(blockName, 0);
-    script.blockCheck(s_objectBlocks, true);
+    lockBlock(script, blockName, 1, 1, s_objectBlocks);
 }
 
 void lockObjectBlock(S_Script& script, int blockIndex)
 {
-    script.lock(static_cast<unsigned int>(blockIndex));
-    script.blockCheck(s_objectBlocks, true);
+    lockBlock(script, blockIndex, s_objectBlocks);
 }
 
 void lockAnimationBlock(S_Script& script, const char* blockName)
 {
-    checkNamedBlock(script, blockName, 0, unlimited);
-    script.lock(blockName, 0);
-    script.blockCheck(s_animationBlocks, true);
+    lockBlock(script, blockName, 0, unlimited, s_animationBlocks);
 }
 
 void lockAnimationBlock(S_Script& script, int blockIndex)
 {
-    script.lock(static_cast<unsigned int>(blockIndex));
-    script.blockCheck(s_animationBlocks, true);
+    lockBlock(script, blockIndex, s_animationBlocks);
 }
 }  // namespace TW2

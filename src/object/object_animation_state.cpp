@@ -1,55 +1,16 @@
 #include "object/pose_player.h"
 
+#include <tw2/core/exceptions.h>
 #include <tw2/lod/object_animation_lods.h>
 #include <tw2/lod/vertex_animation_lods.h>
 #include <tw2/object/object_animation_state.h>
 #include <tw2/skin/vertex_animation.h>
 
 #include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
 
 namespace TW2
 {
-TW_ObjectAnimationState::TW_ObjectAnimationState() noexcept
-{
-    initializeMembers();
-}
-
-TW_ObjectAnimationState::TW_ObjectAnimationState(unsigned int meshCount)
-{
-    initializeMembers();
-    construct(meshCount);
-}
-
-TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_ObjectAnimation& object)
-{
-    initializeMembers();
-    construct(object);
-}
-
-TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_VertexAnimation& object)
-{
-    initializeMembers();
-    construct(object);
-}
-
-TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_ObjectAnimationLODs& object)
-{
-    initializeMembers();
-    construct(object);
-}
-
-TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_VertexAnimationLODs& object)
-{
-    initializeMembers();
-    construct(object);
-}
-
-TW_ObjectAnimationState::TW_ObjectAnimationState(const TW_ObjectAnimationState& other)
-{
-    initializeMembers();
-    construct(other);
-}
-
 TW_ObjectAnimationState& TW_ObjectAnimationState::operator=(const TW_ObjectAnimationState& other)
 {
     construct(other);
@@ -69,17 +30,11 @@ void TW_ObjectAnimationState::construct(unsigned int meshCount)
 {
     const S_MemoryScope scope("TW Memory Container");
     destruct();
-    try
-    {
-        m_vecMatrices.resize(meshCount);
-        m_vecStateFrozen.resize(meshCount);
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    m_vecMatrices.resize(meshCount);
+    m_vecStateFrozen.resize(meshCount);
     m_bConstructed = true;
+    rollback.keep();
 }
 
 void TW_ObjectAnimationState::construct(const TW_ObjectAnimation& object)
@@ -104,6 +59,11 @@ void TW_ObjectAnimationState::construct(const TW_VertexAnimationLODs& object)
 
 void TW_ObjectAnimationState::construct(const TW_ObjectAnimation* object)
 {
+    if (!object)
+    {
+        destruct();
+        throw TW_Exception_InvalidGeometry("A state is built for an object, and none is given");
+    }
     construct(*object);
 }
 
@@ -114,17 +74,11 @@ void TW_ObjectAnimationState::construct(const TW_ObjectAnimationState& other)
         return;
     }
     destruct();
-    try
-    {
-        m_vecMatrices = other.m_vecMatrices;
-        m_vecStateFrozen = other.m_vecStateFrozen;
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
-    m_bConstructed = true;
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    m_vecMatrices = other.m_vecMatrices;
+    m_vecStateFrozen = other.m_vecStateFrozen;
+    m_bConstructed = other.m_bConstructed;
+    rollback.keep();
 }
 
 void TW_ObjectAnimationState::destruct() noexcept
@@ -134,9 +88,9 @@ void TW_ObjectAnimationState::destruct() noexcept
 
 const M_Matrix4x3Template<float>& TW_ObjectAnimationState::getMatrix(int meshIndex) const noexcept
 {
-    static constexpr M_Matrix4x3Template<float> IDENTITY;
+    static constexpr M_Matrix4x3Template<float> identityMatrix;
     const auto index = static_cast<std::size_t>(meshIndex);  // a negative index is past every end
-    return index < m_vecMatrices.size() ? m_vecMatrices[index] : IDENTITY;
+    return index < m_vecMatrices.size() ? m_vecMatrices[index] : identityMatrix;
 }
 
 void TW_ObjectAnimationState::freeze(TW_ObjectAnimation* object, TW_BoneGroupHandle* group)
@@ -147,7 +101,9 @@ void TW_ObjectAnimationState::freeze(TW_ObjectAnimation* object, TW_BoneGroupHan
 void TW_ObjectAnimationState::restore(TW_ObjectAnimation* object, TW_BoneGroupHandle* group, float weight,
                                       bool add) const
 {
-    PosePlayer(*object, group).restore(*this, weight, add);
+    PosePlayer player(*object, group);
+    player.restore(*this, weight, add);
+    player.play();
 }
 
 void TW_ObjectAnimationState::restore(TW_ObjectAnimation* object, float weight, bool add) const

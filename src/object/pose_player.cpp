@@ -1,63 +1,51 @@
 #include "object/pose_player.h"
 
+#include "keyframe/track_table.h"
+
 #include <tw2/object/bone_group_handle.h>
 #include <tw2/object/object_animation_state.h>
 
-#include <platform/math/float4.h>
-#include <platform/math/four_matrices.h>
+#include <platform/runtime/prefetch.h>
+#include <platform/runtime/system.h>
+#include <platform/scene/transform_block.h>
 #include <platform/scene/virtual_object.h>
 
 #include <algorithm>
+#include <atomic>
 
 namespace TW2
 {
 namespace
 {
-using Matrix = M_Matrix4x3Template<float>;
-
-// target = weight x pose (+ target). A weight of exactly 1 leaves the pose's bits alone.
-void writeWeighted(Matrix& target, const Matrix& pose, float weight, bool add) noexcept
+PoseWrite chooseWrite(float weight, bool add) noexcept
 {
-    const M_Float4 factor(weight);
-    for (std::size_t i = 0; i < 12; i += 4)
+    if (add)
     {
-        M_Float4 values = M_Float4::load(pose.data() + i);
-        if (weight != 1.0F)
-        {
-            values = values * factor;
-        }
-        if (add)
-        {
-            values = values + M_Float4::load(target.data() + i);
-        }
-        values.store(target.data() + i);
+        return PoseWrite::Add;
     }
+    return weight != 1.0F ? PoseWrite::Scale : PoseWrite::Replace;
 }
 
-// Corrects the first `count` of four matrices.
-void correctFour(InterpolationMode mode, float* const matrices[4], std::size_t count) noexcept
+/// In debug builds, once: a group that is not attached moves nothing, which is allowed, and hardly ever meant.
+void warnOfGroup([[maybe_unused]] bool attached) noexcept
 {
-    M_FourMatrices four;
-    four.load(matrices);
-    if (mode == InterpolationMode::Normalized)
+#ifndef NDEBUG
+    static std::atomic_flag s_warned;
+    if (!attached && !s_warned.test_and_set(std::memory_order_relaxed))
     {
-        four.normalizeRows();
+        Sys.verbose("TW2: a group of bones is used that is not attached to an object; it moves nothing\n");
     }
-    else
-    {
-        four.orthonormalizeRows();
-    }
-    four.store(matrices, count);
+#endif
 }
-
 }  // namespace
 
 PosePlayer::PosePlayer(TW_ObjectAnimation& object, const TW_BoneGroupHandle* group) noexcept
-    : m_object(object), m_pGroup(group), m_ppMeshes(object.m_vecMeshes.data()), m_uiCount(object.m_vecMeshes.size())
+    : m_object(object), m_pGroup(group), m_meshes(object.m_vecMeshes), m_uiCount(m_meshes.size())
 {
     if (group)
     {
-        m_puiMask = group->getMeshMask(object.m_uiMeshListNumber, m_ppMeshes, m_uiCount);
+        warnOfGroup(!group->m_setMeshes.empty() || group->getTotalHandles() == 0);
+        m_puiMask = group->getMeshMask(m_meshes);
     }
     P_TransformBlock& block = object.m_meshTransforms;
     if (block.getCount() == m_uiCount && block.getMemberCount() == m_uiCount)
@@ -67,126 +55,137 @@ PosePlayer::PosePlayer(TW_ObjectAnimation& object, const TW_BoneGroupHandle* gro
     }
 }
 
-PosePlayer::Slots PosePlayer::findSlots(int index) const noexcept
+bool PosePlayer::findSlots(int index, TrackSlots& slots) const noexcept
 {
     TW_ObjectAnimation::ObjectAnimation* const record = m_object.accessAnimation(index);
     if (!record)
     {
-        return {};
-    }
-    const std::size_t count =
-        std::min({record->m_vecKeyframeAnimations.size(), record->m_vecLastFrames.size(), m_uiCount});
-    // The sampler keeps its hints as int, the records as unsigned int: the same storage, which both may use.
-    return {record->m_vecKeyframeAnimations.data(), reinterpret_cast<int*>(record->m_vecLastFrames.data()), count,
-            true};
-}
-
-bool PosePlayer::evaluate(int index, float frame, float weight, bool add)
-{
-    const Slots slots = findSlots(index);
-    if (!slots.valid)
-    {
         return false;
     }
-    const Slots rest = index == 0 ? Slots{} : findSlots(0);
-    const Step step{add ? TrackWrite::Add : weight != 1.0F ? TrackWrite::Scale : TrackWrite::Replace, weight};
-    if (!m_pGroup)
+    const TW_TrackList& tracks = record->m_vecKeyframeAnimations;
+    const TrackTable* const table = tracks.getTable();
+    slots.m_uiReach = std::min({tracks.size(), record->m_vecLastFrames.size(), m_uiCount});
+    if (!table)
     {
-        sample(slots, frame, step, nullptr, slots.count);
-    }
-    bool allMoved = slots.count == m_uiCount;
-    Places moved;
-    Places rested;
-    for (unsigned int mesh = 0; mesh < slots.count; ++mesh)
-    {
-        if (!isSelected(mesh))
-        {
-            continue;
-        }
-        if (slots.has(mesh))
-        {
-            if (m_pGroup && moved.add(mesh))
-            {
-                sample(slots, frame, step, moved.data(), moved.take());
-            }
-        }
-        else if (!rest.has(mesh))
-        {
-            allMoved = false;
-        }
-        else if (rested.add(mesh))
-        {
-            sample(rest, 0.0F, step, rested.data(), rested.take());
-        }
-    }
-    sample(slots, frame, step, moved.data(), moved.take());
-    sample(rest, 0.0F, step, rested.data(), rested.take());
-    if (allMoved)
-    {
-        markSelected();
         return true;
     }
-    for (unsigned int mesh = 0; mesh < slots.count; ++mesh)
-    {
-        if (isSelected(mesh) && (slots.has(mesh) || rest.has(mesh)))
-        {
-            mark(mesh);
-        }
-    }
+    slots.m_uiCount = slots.m_uiReach;
+    slots.m_pTracks = table->getEntries();
+    slots.m_puiPackedGroups = table->getPackedGroups();
+    slots.m_puiHints = record->m_vecLastFrames.data();
+    slots.m_bIsComplete = slots.m_uiCount == m_uiCount && table->isComplete();
+    slots.m_bIsUniform = slots.m_bIsComplete && table->isUniform();
     return true;
 }
 
-bool PosePlayer::approach(int index, float frame, float weight)
+bool PosePlayer::evaluate(int index, float frame, float weight, bool add) noexcept
 {
-    const Slots slots = findSlots(index);
-    if (!slots.valid)
+    TrackSlots tracks;
+    if (!findSlots(index, tracks))
     {
         return false;
     }
-    sample(slots, frame, {weight < 1.0F ? TrackWrite::Blend : TrackWrite::Replace, weight}, nullptr, slots.count);
-    for (unsigned int mesh = 0; mesh < slots.count; ++mesh)
+    TrackSlots rest;
+    if (index != 0 && !tracks.m_bIsComplete)
     {
-        if (slots.has(mesh))
-        {
-            mark(mesh);
-        }
+        (void)findSlots(0, rest);
+        rest.m_uiCount = std::min(rest.m_uiCount, tracks.m_uiReach);
     }
+    m_steps[m_uiSteps++] = PoseSource(tracks, frame, rest, chooseWrite(weight, add), weight);
     return true;
 }
 
-void PosePlayer::sample(const Slots& slots, float frame, const Step& step, const unsigned int* places,
-                        std::size_t count) noexcept
+bool PosePlayer::approach(int index, float frame, float weight) noexcept
 {
-    if (m_pLocal)
+    TrackSlots tracks;
+    if (!findSlots(index, tracks))
     {
-        sampleTracks({slots.tracks, slots.hints, m_pLocal, count, places}, frame, step.write, step.weight);
-        return;
+        return false;
     }
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        const std::size_t mesh = places ? places[i] : i;
-        if (slots.tracks[mesh])
-        {
-            alignas(16) Matrix pose = m_ppMeshes[mesh]->getMatrix();
-            sampleTracks({slots.tracks + mesh, slots.hints + mesh, &pose, 1}, frame, step.write, step.weight);
-            m_ppMeshes[mesh]->accessMatrix() = pose;
-        }
-    }
+    const PoseWrite write = weight < 1.0F ? PoseWrite::Blend : PoseWrite::Replace;
+    m_steps[m_uiSteps++] = PoseSource(tracks, frame, TrackSlots(), write, weight);
+    return true;
 }
 
-void PosePlayer::restore(const TW_ObjectAnimationState& state, float weight, bool add)
+void PosePlayer::restore(const TW_ObjectAnimationState& state, float weight, bool add) noexcept
 {
-    const std::size_t count = std::min({m_uiCount, state.m_vecMatrices.size(), state.m_vecStateFrozen.size()});
-    for (std::size_t mesh = 0; mesh < count; ++mesh)
+    m_steps[m_uiSteps++] = PoseSource(state, m_uiCount, chooseWrite(weight, add), weight);
+}
+
+bool PosePlayer::blend(std::initializer_list<Part> parts) noexcept
+{
+    bool complete = true;
+    for (const Part* part = parts.begin(); part != parts.end() && complete; ++part)
     {
-        if (state.m_vecStateFrozen[mesh] && isSelected(mesh))
+        const bool add = part != parts.begin();
+        if (part->m_pState)
         {
-            Matrix& target = access(mesh);
-            // With `add` a weight of 1 multiplies as any other does: the bits are the same.
-            writeWeighted(target, state.m_vecMatrices[mesh], weight, add);
-            mark(mesh);
+            restore(*part->m_pState, part->m_fWeight, add);
+        }
+        else
+        {
+            complete = evaluate(part->m_iIndex, part->m_fFrame, part->m_fWeight, add);
         }
     }
+    correct();
+    play();
+    return complete;
+}
+
+void PosePlayer::play() noexcept
+{
+    const bool writesAll = m_correction != InterpolationMode::Linear || reachesAll();
+    for (std::size_t mesh = 0; mesh < m_uiCount;)
+    {
+        unsigned int meshes[poseBatchSize];
+        std::size_t count = 0;
+        for (; mesh < m_uiCount && count < poseBatchSize; ++mesh)
+        {
+            if (isSelected(mesh) && (writesAll || isReached(mesh)))
+            {
+                meshes[count++] = static_cast<unsigned int>(mesh);
+            }
+        }
+        if (count != 0)
+        {
+            playBatch({meshes, count, writesAll && !m_pGroup});
+        }
+        if (!writesAll)
+        {
+            mark(meshes, count);
+        }
+    }
+    if (writesAll)
+    {
+        markSelected();
+    }
+    m_correction = InterpolationMode::Linear;
+    m_uiSteps = 0;
+}
+
+void PosePlayer::playBatch(const PoseMeshes& meshes) noexcept
+{
+    PoseBatch batch;
+    PoseScratch scratch[PoseBatch::maximumSteps];
+    const std::size_t count = meshes.m_uiCount;
+    batch.m_uiCount = count;
+    batch.m_uiSteps = m_uiSteps;
+    batch.m_bReadsMatrices = m_uiSteps == 0 || !m_steps[0].replacesAll();
+    batch.m_correction = m_correction;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        batch.m_matrices[i] = access(meshes.m_puiMeshes[i]).data();
+        S_prefetchForWriting(batch.m_matrices[i]);
+    }
+    for (std::size_t i = count; i % poseLanes != 0; ++i)
+    {
+        batch.m_matrices[i] = batch.m_matrices[0];
+    }
+    for (std::size_t step = 0; step < m_uiSteps; ++step)
+    {
+        m_steps[step].fill(batch.m_steps[step], meshes, scratch[step]);
+    }
+    getPoseKernel()(batch);
 }
 
 void PosePlayer::freeze(TW_ObjectAnimationState& state) const
@@ -203,93 +202,60 @@ void PosePlayer::freeze(TW_ObjectAnimationState& state) const
     }
 }
 
-void PosePlayer::correct()
-{
-    const InterpolationMode mode = m_object.m_eCrossMode;
-    if (mode == InterpolationMode::Linear)
-    {
-        return;
-    }
-    float* batch[4];
-    std::size_t count = 0;
-    for (std::size_t mesh = 0; mesh < m_uiCount; ++mesh)
-    {
-        if (isSelected(mesh))
-        {
-            batch[count++] = access(mesh).data();
-        }
-        if (count == 4)
-        {
-            correctFour(mode, batch, count);
-            count = 0;
-        }
-    }
-    if (count > 0)
-    {
-        std::fill(batch + count, batch + 4, batch[0]);
-        correctFour(mode, batch, count);
-    }
-    markSelected();
-}
-
-bool PosePlayer::isSelected(std::size_t mesh) const
+bool PosePlayer::isSelected(std::size_t mesh) const noexcept
 {
     if (!m_pGroup)
     {
         return true;
     }
-    return m_puiMask ? m_puiMask[mesh] != 0 : m_pGroup->hasMesh(m_ppMeshes[mesh]);
+    return m_puiMask ? m_puiMask[mesh] != 0 : m_pGroup->hasMesh(m_meshes[mesh]);
 }
 
-Matrix& PosePlayer::access(std::size_t mesh) const noexcept
+bool PosePlayer::isReached(std::size_t mesh) const noexcept
 {
-    return m_pLocal ? m_pLocal[mesh] : m_ppMeshes[mesh]->accessMatrix();
+    return std::any_of(m_steps, m_steps + m_uiSteps, [mesh](const PoseSource& step) { return step.reaches(mesh); });
 }
 
-void PosePlayer::mark(std::size_t mesh)
+bool PosePlayer::reachesAll() const noexcept
 {
-    if (!m_pLocal)
+    return std::any_of(m_steps, m_steps + m_uiSteps, [](const PoseSource& step) { return step.reachesAll(); });
+}
+
+PosePlayer::Matrix& PosePlayer::access(std::size_t mesh) const noexcept
+{
+    return m_pLocal ? m_pLocal[mesh] : m_meshes[mesh]->accessMatrix();
+}
+
+void PosePlayer::mark(const unsigned int* meshes, std::size_t count) noexcept
+{
+    if (m_pLocal && count != 0)
     {
-        m_ppMeshes[mesh]->invalidateMatrices();
+        m_object.m_meshTransforms.invalidate(meshes, count);
+    }
+    else if (!m_pLocal)
+    {
+        std::for_each(meshes, meshes + count, [this](unsigned int mesh) { m_meshes[mesh]->invalidateMatrices(); });
+    }
+}
+
+void PosePlayer::markSelected() noexcept
+{
+    if (m_pLocal && !m_pGroup)
+    {
+        m_object.m_meshTransforms.invalidateAll();
         return;
     }
-    if (m_marks.add(static_cast<unsigned int>(mesh)))
+    if (m_pLocal && m_puiMask)
     {
-        m_object.m_meshTransforms.invalidate(m_marks.data(), m_marks.take());
-    }
-}
-
-void PosePlayer::markSelected()
-{
-    const bool allAtOnce = m_pLocal && (!m_pGroup || m_puiMask);
-    if (allAtOnce)
-    {
-        m_bSelectedMarked = true;
+        m_object.m_meshTransforms.invalidateMasked(m_puiMask);
         return;
     }
-    for (std::size_t mesh = 0; mesh < m_uiCount; ++mesh)
+    for (unsigned int mesh = 0; mesh < m_uiCount; ++mesh)
     {
         if (isSelected(mesh))
         {
-            mark(mesh);
+            m_meshes[mesh]->invalidateMatrices();
         }
-    }
-}
-
-void PosePlayer::flushMarks()
-{
-    P_TransformBlock& block = m_object.m_meshTransforms;
-    if (m_bSelectedMarked && m_puiMask)
-    {
-        block.invalidateMasked(m_puiMask);
-    }
-    else if (m_bSelectedMarked)
-    {
-        block.invalidateAll();
-    }
-    else if (!m_marks.isEmpty())
-    {
-        block.invalidate(m_marks.data(), m_marks.take());
     }
 }
 }  // namespace TW2

@@ -3,6 +3,7 @@
 #include <tw2/io/mesh_chunk.h>
 #include <tw2/material/material.h>
 
+#include <platform/runtime/rollback.h>
 #include <platform/scene/primitive_instance.h>
 #include <platform/scene/triangle_mesh.h>
 #include <platform/scene/vertex_format.h>
@@ -13,30 +14,7 @@ namespace TW2
 {
 namespace
 {
-constexpr float largestAlpha = 255.0f;
-
-/// What a texture coordinate layer is filled from.
-struct LayerSource
-{
-    static constexpr int solid = -1;  ///< (0, 0) everywhere
-    static constexpr int unwritten = -2;
-
-    int m_iSlot = unwritten;  ///< channel slot of the record, or one of the above
-};
-using LayerSources = LayerSource[P_VertexFormat::maximumTextureLayers];
-
-/// A geometry that is open for writing as long as the scope lasts.
-class GeometryLock
-{
-public:
-    explicit GeometryLock(P_TriangleMesh& geometry) noexcept : m_geometry(geometry) { geometry.lock(); }
-    ~GeometryLock() { m_geometry.unlock(); }
-    GeometryLock(const GeometryLock&) = delete;
-    GeometryLock& operator=(const GeometryLock&) = delete;
-
-private:
-    P_TriangleMesh& m_geometry;
-};
+constexpr float largestAlpha = 255.0F;
 
 /// The parts of a record have been checked against each other only when all are there.
 bool isGeometryComplete(const MeshChunk& record) noexcept
@@ -44,45 +22,27 @@ bool isGeometryComplete(const MeshChunk& record) noexcept
     return record.hasVertices && record.hasFaces;
 }
 
-/// The slots are used up in order; the solid layer takes none, and neither does a layer whose slot has no coordinates
-/// for the group.
-unsigned int chooseSources(LayerSources& sources, const P_VertexFormat& format, const MeshChunk& record,
-                           std::size_t group, const TW_Material& material)
-{
-    const unsigned int count = std::min(material.getTextureCoordinateLayerCount(), format.getTextureLayerCount());
-    std::size_t slot = 0;
-    for (unsigned int layer = 0; layer < count; ++layer)
-    {
-        if (material.hasSolidLayer() && static_cast<int>(layer) == material.getSolidLayerIndex())
-        {
-            sources[layer].m_iSlot = LayerSource::solid;
-        }
-        else if (slot < MeshChunk::sm_channelSlots && record.getCoordinateCount(slot, group) != 0)
-        {
-            sources[layer].m_iSlot = static_cast<int>(slot++);
-        }
-    }
-    return count;
-}
-
+/// The slots are used up in order. The solid layer takes none, and neither does a layer whose slot has no coordinates
+/// for the group, which stays as it is.
 void writeLayers(P_VertexBuffer& vertices, const MeshChunk& record, std::size_t group, const TW_Material& material)
 {
-    LayerSources sources;
-    const unsigned int layers = chooseSources(sources, vertices.getFormat(), record, group, material);
+    const unsigned int layers =
+        std::min(material.getTextureCoordinateLayerCount(), vertices.getFormat().getTextureLayerCount());
+    std::size_t slot = 0;
     for (unsigned int layer = 0; layer < layers; ++layer)
     {
-        const int slot = sources[layer].m_iSlot;
-        if (slot == LayerSource::unwritten)
+        const bool solid = material.hasSolidLayer() && static_cast<int>(layer) == material.getSolidLayerIndex();
+        if (!solid && (slot == MeshChunk::channelSlots || record.getCoordinateCount(slot, group) == 0))
         {
             continue;
         }
         for (unsigned int j = 0; j < vertices.getUsedCount(); ++j)
         {
             const M_Vector3Template<float> coordinate =
-                slot == LayerSource::solid ? M_Vector3Template<float>()
-                                           : record.getCoordinate(static_cast<std::size_t>(slot), group, j);
+                solid ? M_Vector3Template<float>() : record.getCoordinate(slot, group, j);
             vertices.setTextureCoordinate(j, layer, coordinate.x, coordinate.y);
         }
+        slot += solid ? 0 : 1;
     }
 }
 
@@ -155,7 +115,8 @@ void writeGroup(P_TriangleMesh& geometry, const MeshChunk& record, std::size_t g
     geometry.setDrawnRange(0, 0);
     geometry.getVertexBuffer().setUsedCount(getGroupVertexCount(record, group));
     geometry.setDrawnRange(0, 0);
-    const GeometryLock lock(geometry);
+    geometry.lock();
+    const S_Rollback unlock([&geometry]() noexcept { geometry.unlock(); });
     writeVertices(geometry.getVertexBuffer(), record, group, material);
     writeTriangles(geometry.getIndexBuffer(), record, group);
 }

@@ -1,3 +1,4 @@
+#include "skin/bone_kernel.h"
 #include "skin/transform_rows.h"
 
 #include <tw2/object/object_animation.h>
@@ -70,34 +71,77 @@ public:
     void forEach(const Take& take) const
     {
         const std::size_t count = m_skeleton.getTotalMeshes();
-        if (m_block.getCount() == count && m_block.areParentsFirst() && count <= maxBonesOnStack)
+        if (!canWalkHierarchy())
         {
-            walkHierarchy(count, take);
+            for (std::size_t i = 0; i < count; ++i)
+            {
+                take(i, getByWorld(i));
+            }
             return;
         }
-        for (std::size_t i = 0; i < count; ++i)
-        {
-            take(i, getByWorld(i));
-        }
-    }
-
-private:
-    template <typename Take>
-    void walkHierarchy(std::size_t count, const Take& take) const
-    {
-        alignas(16) float bones[maxBonesOnStack * TransformRows::floatCount];
-        const TransformRows skeletonRows(getSkeletonInSkinSpace(m_skeleton, m_skinSpace));
-        const Matrix* const local = m_block.getLocalMatrices();
+        Bones bones;
+        placeTops(bones);
         const int* const parents = m_block.getParents();
         for (std::size_t i = 0; i < count; ++i)
         {
-            float* const place = bones + i * TransformRows::floatCount;
-            const TransformRows bone =
-                parents[i] >= 0 ? local[i] * TransformRows::load(bones + static_cast<std::size_t>(parents[i]) *
-                                                                             TransformRows::floatCount)
-                                : (hangsBelowSkeleton(i) ? local[i] * skeletonRows : getByWorld(i));
-            bone.store(place);
-            take(i, bone);
+            float* const place = bones.at(i);
+            if (parents[i] >= 0)
+            {
+                const float* const parent = bones.at(static_cast<std::size_t>(parents[i]));
+                (m_block.getLocalMatrices()[i] * TransformRows::load(parent)).store(place);
+            }
+            take(i, TransformRows::load(place));
+        }
+    }
+
+    /// results[i] = references[i] x bone i, for `count` bones or as many as there are.
+    void multiply(const Matrix* references, Matrix* results, std::size_t count) const
+    {
+        if (!canWalkHierarchy())
+        {
+            forEach(
+                [=](std::size_t i, const TransformRows& bone)
+                {
+                    if (i < count)
+                    {
+                        (references[i] * bone).write(results[i]);
+                    }
+                });
+            return;
+        }
+        Bones bones;
+        placeTops(bones);
+        multiplyBones({m_block.getLocalMatrices(), m_block.getParents(), references, bones.m_floats, results,
+                       std::min<std::size_t>(m_block.getCount(), count)});
+    }
+
+private:
+    struct Bones
+    {
+        [[nodiscard]] float* at(std::size_t bone) noexcept { return m_floats + bone * BoneBatch::boneFloats; }
+
+        alignas(32) float m_floats[maxBonesOnStack * BoneBatch::boneFloats];
+    };
+
+    [[nodiscard]] bool canWalkHierarchy() const noexcept
+    {
+        const std::size_t count = m_skeleton.getTotalMeshes();
+        return m_block.getCount() == count && m_block.areParentsFirst() && count <= maxBonesOnStack;
+    }
+
+    /// The bones whose parent is no bone.
+    void placeTops(Bones& bones) const
+    {
+        const TransformRows skeletonRows(getSkeletonInSkinSpace(m_skeleton, m_skinSpace));
+        const int* const parents = m_block.getParents();
+        for (std::size_t i = 0; i < m_block.getCount(); ++i)
+        {
+            if (parents[i] < 0)
+            {
+                const TransformRows bone =
+                    hangsBelowSkeleton(i) ? m_block.getLocalMatrices()[i] * skeletonRows : getByWorld(i);
+                bone.store(bones.at(i));
+            }
         }
     }
 
@@ -120,7 +164,7 @@ private:
 
 void putInRestPose(TW_ObjectAnimation& object)
 {
-    object.animateObjectFrame(0, 0.0f, nullptr);
+    object.animateObjectFrame(0, 0.0F, nullptr);
     object.setMatrix(Matrix::identity());
 }
 
@@ -161,34 +205,18 @@ void TW_VertexAnimation::setUpBones()
     takeReferencePose();
 }
 
-/// The rest pose of a copy is its source's, unless something differs after all: `takeReferencePose` finds out.
-void TW_VertexAnimation::shareReferencePose(const TW_VertexAnimation& source) noexcept
-{
-    m_pReferencePose = source.m_pReferencePose;
-    ++m_pReferencePose->m_iReferenceCount;
-}
-
-/// The bone matrices hold the bones in skin space at rest: makes their inverses the references.
+/// The bone matrices hold the bones in skin space at rest: makes their inverses the references. Those of a copy are its
+/// source's, unless something differs after all.
 void TW_VertexAnimation::takeReferencePose()
 {
     S_Vector<Matrix> references(m_vecBoneMatrices.size());
     std::transform(m_vecBoneMatrices.begin(), m_vecBoneMatrices.end(), references.begin(), invert);
-    if (m_pReferencePose && m_pReferencePose->m_vecMatrices == references)
+    if (m_pReferencePose && m_pReferencePose->m_vecReferenceMatrices == references)
     {
         return;
     }
-    releaseReferencePose();
-    m_pReferencePose = new ReferencePose;
-    m_pReferencePose->m_vecMatrices.swap(references);
-}
-
-void TW_VertexAnimation::releaseReferencePose() noexcept
-{
-    if (m_pReferencePose && --m_pReferencePose->m_iReferenceCount == 0)
-    {
-        delete m_pReferencePose;
-    }
-    m_pReferencePose = nullptr;
+    m_pReferencePose = S_Handle(new ReferencePose);
+    m_pReferencePose->m_vecReferenceMatrices.swap(references);
 }
 
 /// The matrices are read in place from here on: their vector must not move any more.
@@ -215,13 +243,9 @@ bool TW_VertexAnimation::executeAlways()
         return false;
     }
     mesh->enable(false);
-    if (m_pSkin->getUseManualBoundingBox() || m_pSkin->getUseManualBoundingSphere())
+    if (!isSkinVisible())
     {
-        const P_Context* const context = getContext();
-        if (!m_pSkin->isInsideViewVolume(context ? context->getCurrentCamera() : nullptr))
-        {
-            return false;
-        }
+        return false;
     }
     if (hasMovedSinceUpdate())
     {
@@ -229,6 +253,36 @@ bool TW_VertexAnimation::executeAlways()
     }
     mesh->enable(true);
     return false;
+}
+
+void TW_VertexAnimation::updateBones()
+{
+    if (m_pSkinData && m_pSkin->getMesh(0) && hasMovedSinceUpdate())
+    {
+        updateBoneMatrices();
+    }
+}
+
+/// With all world matrices up to date behind it, `executeAlways` can tell that nothing has moved since.
+void TW_VertexAnimation::prepareFrame(unsigned long long frame) noexcept
+{
+    if (m_pSkinData && m_pSkin->getMesh(0) && m_pSharedSkeleton->takeFor(frame) && isSkinVisible() &&
+        hasMovedSinceUpdate())
+    {
+        updateBoneMatrices();
+        validateWorldMatrices();
+    }
+}
+
+/// Only a skin with manual bounding volumes can be out of view.
+bool TW_VertexAnimation::isSkinVisible() const
+{
+    if (!m_pSkin->getUseManualBoundingBox() && !m_pSkin->getUseManualBoundingSphere())
+    {
+        return true;
+    }
+    const P_Context* const context = getContext();
+    return m_pSkin->isInsideViewVolume(context ? context->getCurrentCamera() : nullptr);
 }
 
 /// Whether the bone matrices may be out of date; notes what is compared next time.
@@ -246,22 +300,33 @@ bool TW_VertexAnimation::hasMovedSinceUpdate()
     {
         return false;
     }
+    m_bWorldsWereValid = false;
     if (countsAreEqual)
     {
-        bones.updateWorldMatrices();
-        skinSpace.calculateObjectToWorldMatrix();
+        validateWorldMatrices();
     }
-    m_bWorldsWereValid = countsAreEqual && holdsAllBones(bones, *getSkeleton());
     m_uBoneChange = bones.getChangeCount();
     m_uSkinChange = skinSpace.getMatrixChangeCount();
     return true;
 }
 
+/// Brings all world matrices between the bones and the skin up to date.
+void TW_VertexAnimation::validateWorldMatrices()
+{
+    P_TransformBlock& bones = getSkeleton()->accessMeshTransforms();
+    bones.updateWorldMatrices();
+    getSkinSpace(*m_pSkin).calculateObjectToWorldMatrix();
+    m_bWorldsWereValid = holdsAllBones(bones, *getSkeleton());
+}
+
+/// The bones are those that the object was built with; a host may have changed the skeleton since then.
 void TW_VertexAnimation::updateBoneMatrices()
 {
-    const Matrix* const reference = m_pReferencePose->m_vecMatrices.data();
-    Matrix* const result = m_vecBoneMatrices.data();
-    BonesInSkinSpace(*getSkeleton(), getSkinSpace(*m_pSkin))
-        .forEach([=](std::size_t i, const TransformRows& bone) { (reference[i] * bone).write(result[i]); });
+    if (m_pReferencePose)  // else it is being built
+    {
+        BonesInSkinSpace(*getSkeleton(), getSkinSpace(*m_pSkin))
+            .multiply(m_pReferencePose->m_vecReferenceMatrices.data(), m_vecBoneMatrices.data(),
+                      m_vecBoneMatrices.size());
+    }
 }
 }  // namespace TW2

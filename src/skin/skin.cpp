@@ -19,13 +19,17 @@ namespace TW2
 struct TW_VertexAnimation::Skin::SharedChunk : S_Allocated
 {
     SkinChunk m_chunk;
-    int m_iReferenceCount = 1;
+    S_Counter<int> m_iReferenceCount{1};
 };
 
 namespace
 {
 /// What an object without a record answers from.
-constinit const SkinChunk s_emptyChunk;
+const SkinChunk& getEmptyChunk() noexcept
+{
+    static const SkinChunk s_emptyChunk;
+    return s_emptyChunk;
+}
 }  // namespace
 
 TW_VertexAnimation::Skin::Skin() noexcept
@@ -53,24 +57,17 @@ TW_VertexAnimation::Skin::Skin(const Skin& other)
 
 TW_VertexAnimation::Skin& TW_VertexAnimation::Skin::operator=(const Skin& other)
 {
-    if (&other != this)
-    {
-        share(other);
-        m_bConstructed = other.m_bConstructed;
-    }
+    construct(other);
     return *this;
 }
 
-TW_VertexAnimation::Skin::~Skin()
-{
-    release();
-}
+TW_VertexAnimation::Skin::~Skin() = default;
 
 void TW_VertexAnimation::Skin::initializeMembers() noexcept
 {
     m_bConstructed = false;
     m_pShared = nullptr;
-    m_pChunk = &s_emptyChunk;
+    m_pChunk = &getEmptyChunk();
 }
 
 void TW_VertexAnimation::Skin::construct(const SkinChunk& chunk)
@@ -95,43 +92,19 @@ void TW_VertexAnimation::Skin::construct(const S_String& fileName)
 
 void TW_VertexAnimation::Skin::construct(const Skin& other)
 {
-    if (&other != this)
-    {
-        share(other);
-        m_bConstructed = true;
-    }
+    m_pShared = other.m_pShared;
+    m_pChunk = other.m_pChunk;
+    m_bConstructed = other.m_bConstructed;
 }
 
 /// Makes a valid record the object's own.
 void TW_VertexAnimation::Skin::take(SkinChunk&& chunk)
 {
-    auto* const shared = new SharedChunk;
+    S_Handle shared(new SharedChunk);
     shared->m_chunk = std::move(chunk);
-    release();
-    m_pShared = shared;
-    m_pChunk = &shared->m_chunk;
+    m_pShared.swap(shared);
+    m_pChunk = &m_pShared->m_chunk;
     m_bConstructed = true;
-}
-
-void TW_VertexAnimation::Skin::share(const Skin& other) noexcept
-{
-    if (other.m_pShared)
-    {
-        ++other.m_pShared->m_iReferenceCount;
-    }
-    release();
-    m_pShared = other.m_pShared;
-    m_pChunk = other.m_pChunk;
-}
-
-void TW_VertexAnimation::Skin::release() noexcept
-{
-    if (m_pShared && --m_pShared->m_iReferenceCount == 0)
-    {
-        delete m_pShared;
-    }
-    m_pShared = nullptr;
-    m_pChunk = &s_emptyChunk;
 }
 
 bool TW_VertexAnimation::Skin::boneHasVerticesWeighted(const char* boneName) const

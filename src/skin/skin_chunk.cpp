@@ -1,9 +1,9 @@
+#include "io/chunk_values.h"
+
 #include <tw2/io/chunk_id.h>
 #include <tw2/skin/skin_chunk.h>
 
 #include <platform/math/vector3.h>
-#include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
 #include <platform/runtime/str.h>
 
 #include <algorithm>
@@ -15,9 +15,10 @@ namespace TW2
 {
 namespace
 {
-constexpr unsigned int newestVersion = 1;
+constexpr unsigned int versionWithPrimitives = 1;  // the newest
+constexpr std::size_t smallestString = 4;          // its length alone
 
-/// One influence of version 0 data, as the file stores it.
+/// One influence of the oldest version, as the file stores it.
 struct Triple
 {
     int vertex;
@@ -26,20 +27,20 @@ struct Triple
 };
 static_assert(sizeof(Triple) == 12);
 
-/// Version 0 stores no number of vertices: the largest index tells it. So many vertices more than there are influences
-/// may be without any, which keeps a damaged index from asking for gigabytes.
+/// The oldest version stores no number of vertices: the largest index tells it. So many vertices more than there are
+/// influences may be without any, which keeps a damaged index from asking for gigabytes.
 constexpr std::size_t maxFreeVertices = std::size_t{1} << 20;
 
 constexpr int influenceLists = 3;
 
 /// All influences in file order. Every vertex index is checked.
-S_Vector<Triple> readTriples(S_MemoryFile& file)
+S_Vector<Triple> readTriples(ChunkReader& chunk)
 {
     S_Vector<Triple> all;
     S_Vector<Triple> list;
     for (int i = 0; i < influenceLists; ++i)
     {
-        file.readBlock(list, file.readCount(sizeof(Triple)));
+        chunk.block(list);
         all.insert(all.end(), list.begin(), list.end());
     }
     const std::size_t limit = std::min<std::size_t>(all.size() + maxFreeVertices, INT32_MAX);
@@ -47,7 +48,7 @@ S_Vector<Triple> readTriples(S_MemoryFile& file)
     {
         if (triple.vertex < 0 || static_cast<std::size_t>(triple.vertex) >= limit)
         {
-            file.fail(S_STR("vertex indices from 0 to %zu, not %d", limit - 1, triple.vertex));
+            chunk.getBody().fail(S_STR("vertex indices from 0 to %zu, not %d", limit - 1, triple.vertex));
         }
     }
     return all;
@@ -83,37 +84,41 @@ void distribute(const S_Vector<Triple>& triples, SkinChunk& chunk)
         chunk.influenceWeights[place] = triple.weight;
     }
     chunk.primitiveVertexCounts.assign(1, static_cast<unsigned int>(vertices));
-    chunk.primitiveFirstVertices.assign(1, 0u);
+    chunk.primitiveFirstVertices.assign(1, 0U);
 }
 
-/// Version 0 lists: an int count and the elements.
-void readPlainList(S_MemoryFile& file, S_Vector<S_String>& list)
+constexpr auto describe = [](auto& chunk, auto& skin)
 {
-    list.clear();
-    list.resize(file.readCount(sizeof(unsigned int)));
-    for (S_String& text : list)
-    {
-        file >> text;
-    }
-}
+    chunk.arrays(skin.objectNames, skin.boneNames);
+    chunk.arrays(skin.vertexInfluenceStarts, skin.vertexBoneCounts);
+    chunk.arrays(skin.influenceBones, skin.influenceWeights);
+    chunk.arrays(skin.primitiveVertexCounts, skin.primitiveFirstVertices);
+};
 
-void readVersion0(S_MemoryFile& file, SkinChunk& chunk)
+void readOldVersion(ChunkReader& chunk, SkinChunk& skin)
 {
-    chunk.sortedByPrimitive = false;
-    distribute(readTriples(file), chunk);
-    readPlainList(file, chunk.objectNames);
-    readPlainList(file, chunk.boneNames);
+    distribute(readTriples(chunk), skin);
+    chunk.list(skin.objectNames, smallestString);
+    chunk.list(skin.boneNames, smallestString);
     S_Vector<M_Vector3Template<float>> unused;
-    file.readBlock(unused, file.readCount(sizeof(M_Vector3Template<float>)));
+    chunk.block(unused);
 }
 
-void readVersion1(S_MemoryFile& file, SkinChunk& chunk)
+void read(ChunkReader& chunk, SkinChunk& skin)
 {
-    chunk.sortedByPrimitive = true;
-    file >> chunk.objectNames >> chunk.boneNames;
-    file >> chunk.vertexInfluenceStarts >> chunk.vertexBoneCounts;
-    file >> chunk.influenceBones >> chunk.influenceWeights;
-    file >> chunk.primitiveVertexCounts >> chunk.primitiveFirstVertices;
+    skin.sortedByPrimitive = chunk.has(versionWithPrimitives);
+    if (skin.sortedByPrimitive)
+    {
+        describe(chunk, skin);
+    }
+    else
+    {
+        readOldVersion(chunk, skin);
+    }
+    if (const S_String invalid = skin.findInvalidValue(); !invalid.empty())
+    {
+        chunk.getBody().fail(S_STR("skin data without contradiction, not %s", invalid.c_str()));
+    }
 }
 }  // namespace
 
@@ -176,36 +181,11 @@ S_String SkinChunk::findInvalidValue() const
 
 S_MemoryFile& operator>>(S_MemoryFile& file, SkinChunk& chunk)
 {
-    S_MemoryFile::Chunk handle;
-    file.openChunk(handle, CHUNK_SKIN);
-    S_MemoryFile& body = handle.getMemoryFile();
-    if (handle.getVersion() == 0)
-    {
-        readVersion0(body, chunk);
-    }
-    else
-    {
-        readVersion1(body, chunk);
-    }
-    const S_String invalid = chunk.findInvalidValue();
-    if (!invalid.empty())
-    {
-        body.fail(S_STR("skin data without contradiction, not %s", invalid.c_str()));
-    }
-    return file;
+    return readRecord(file, CHUNK_SKIN, chunk, read);
 }
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const SkinChunk& chunk)
 {
-    const S_MemoryFileWriter::Chunk handle(writer, CHUNK_SKIN, newestVersion);
-    writer.writeList(chunk.objectNames);
-    writer.writeList(chunk.boneNames);
-    writer.writeList(chunk.vertexInfluenceStarts);
-    writer.writeList(chunk.vertexBoneCounts);
-    writer.writeList(chunk.influenceBones);
-    writer.writeList(chunk.influenceWeights);
-    writer.writeList(chunk.primitiveVertexCounts);
-    writer.writeList(chunk.primitiveFirstVertices);
-    return writer;
+    return writeRecord(writer, CHUNK_SKIN, versionWithPrimitives, chunk, describe);
 }
 }  // namespace TW2

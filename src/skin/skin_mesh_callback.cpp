@@ -5,6 +5,7 @@
 #include <tw2/skin/skin_mesh_callback.h>
 #include <tw2/skin/vertex_animation.h>
 
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/str.h>
 #include <platform/scene/driver_exception.h>
 #include <platform/scene/vertex_format.h>
@@ -18,19 +19,6 @@ namespace TW2
 namespace
 {
 constexpr int maximumBonesPerVertex = static_cast<int>(P_VertexFormat::maximumBonesPerVertex);
-
-/// Keeps a mesh locked while the scope lasts.
-class MeshLock
-{
-public:
-    explicit MeshLock(P_SkinMesh& mesh) noexcept : m_mesh(mesh) { m_mesh.lock(); }
-    ~MeshLock() { m_mesh.unlock(); }
-    MeshLock(const MeshLock&) = delete;
-    MeshLock& operator=(const MeshLock&) = delete;
-
-private:
-    P_SkinMesh& m_mesh;
-};
 
 /// Which vertices of the skin data the vertices of one mesh primitive take their influences from.
 class SkinVertices
@@ -104,7 +92,8 @@ void sortByWeight(Influence* first, int count)
 void writeInfluences(P_SkinMesh& skinMesh, const TW_VertexAnimation::Skin& skin, const SkinVertices& vertices,
                      int vertexCount, const S_Vector<unsigned int>& boneMap)
 {
-    const MeshLock lock(skinMesh);
+    skinMesh.lock();
+    const S_Rollback unlock([&skinMesh]() noexcept { skinMesh.unlock(); });
     for (int v = 0; v < vertexCount; ++v)
     {
         Influence influences[maximumBonesPerVertex];
@@ -170,7 +159,7 @@ P_TriangleMesh* TW_SkinMeshCallback::createTriangleMesh(P_VirtualObject* mesh, i
 
     P_VertexFormat format;
     format.constructFromOldVertexFormat(static_cast<unsigned int>(vertexFormatFlags) |
-                                        static_cast<unsigned int>(maxBones) << P_VertexFormat::BONE_COUNT_SHIFT);
+                                        static_cast<unsigned int>(maxBones) << P_VertexFormat::boneCountShift);
     P_SkinMesh* skinMesh = mesh->createSkinMesh(primitive, nullptr, format);
     skinMesh->allocate(static_cast<unsigned int>(triangleCount), static_cast<unsigned int>(vertexCount), false);
     skinMesh->setBoneCountList(getBoneCountList(skin, primitive, vertexCount));

@@ -20,7 +20,7 @@ public:
 
     explicit TransformRows(const Matrix& matrix) noexcept
         : m_rows{M_Float4::load(matrix.m[0]), M_Float4::load(matrix.m[1]), M_Float4::load(matrix.m[2]),
-                 M_Float4(matrix.m[3][0], matrix.m[3][1], matrix.m[3][2], 0.0f)}
+                 M_Float4(matrix.m[3][0], matrix.m[3][1], matrix.m[3][2], 0.0F)}
     {
     }
 

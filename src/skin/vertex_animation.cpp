@@ -1,3 +1,4 @@
+#include "core/release_guard.h"
 #include "core/unit_init.h"
 
 #include <tw2/object/object_animation.h>
@@ -8,6 +9,15 @@
 
 namespace TW2
 {
+TW_VertexAnimation::SharedSkeleton::~SharedSkeleton()
+{
+    if (m_pSkeleton)
+    {
+        m_pSkeleton->remove();
+    }
+    ReleaseGuard::release(m_pSkeleton);
+}
+
 TW_VertexAnimation::~TW_VertexAnimation()
 {
     destruct();
@@ -24,88 +34,80 @@ void TW_VertexAnimation::initializeMembers() noexcept
     m_uBoneChange = 0;
     m_uSkinChange = 0;
     m_bWorldsWereValid = false;
+    setFramePreparation(this);
 }
 
 void TW_VertexAnimation::destruct() noexcept
 {
-    if (m_bConstructed)
-    {
-        releaseSkeleton();
-        releaseSkin();
-        releaseReferencePose();
-        initializeMembers();
-    }
+    giveUp();
 }
 
-/// The last holder deletes the skeleton.
-void TW_VertexAnimation::releaseSkeleton() noexcept
+void TW_VertexAnimation::takeApart() noexcept
 {
-    if (m_pSharedSkeleton && --m_pSharedSkeleton->m_iReferenceCount == 0)
+    if (m_bConstructed)
     {
-        delete m_pSharedSkeleton->m_pSkeleton;
-        delete m_pSharedSkeleton;
+        m_pSharedSkeleton = nullptr;
+        releaseSkin();
+        initializeMembers();
     }
-    m_pSharedSkeleton = nullptr;
 }
 
 /// The skin data go last: an engine may read bone counts in place.
 void TW_VertexAnimation::releaseSkin() noexcept
 {
-    delete m_pSkin;
+    if (m_pSkin)
+    {
+        m_pSkin->remove();
+    }
+    ReleaseGuard::release(m_pSkin);
+    ReleaseGuard::release(m_pSkinData);
     m_pSkin = nullptr;
-    delete m_pSkinData;
     m_pSkinData = nullptr;
 }
 
 bool TW_VertexAnimation::updateVisibility(int index, float time)
 {
-    return m_pSkin->updateVisibility(index, time);
+    return m_pSkin && m_pSkin->updateVisibility(index, time);
 }
 
 bool TW_VertexAnimation::updateVisibilityFrame(int index, float frame)
 {
-    return m_pSkin->updateVisibilityFrame(index, frame);
+    return m_pSkin && m_pSkin->updateVisibilityFrame(index, frame);
 }
 
 void TW_VertexAnimation::loadMaterials(const char* fileName)
 {
-    m_pSkin->loadMaterials(fileName);
+    const LoadScope load(*this);
+    if (m_pSkin)
+    {
+        m_pSkin->loadMaterials(fileName);
+    }
+    load.requireObject();
 }
 
 void TW_VertexAnimation::remapMaterials(TW_MaterialManager* manager)
 {
     const S_MemoryScope scope("TW Memory Container");
-    m_pSkin->remapMaterials(manager);
-}
-
-TW_ObjectAnimation* TW_VertexAnimation::findManualVolume(bool (TW_ObjectAnimation::*isUsed)() const noexcept) const
-{
-    for (TW_ObjectAnimation* part : {m_pSkin, getSkeleton()})
+    if (m_pSkin)
     {
-        if (part && (part->*isUsed)())
-        {
-            return part;
-        }
+        m_pSkin->remapMaterials(manager);
     }
-    return nullptr;
 }
 
-float TW_VertexAnimation::getBoundingRadius()
+/// Animation belongs to the skeleton, textures to the skin.
+TW_ObjectAnimation* TW_VertexAnimation::getPart(Operations operations, unsigned int i) const
 {
-    TW_ObjectAnimation* const part = findManualVolume(&TW_ObjectAnimation::getUseManualBoundingSphere);
-    return part ? part->getBoundingRadius() : P_BaseObject::getBoundingRadius();
-}
-
-M_Vector3Template<float> TW_VertexAnimation::getBoundingBoxMin()
-{
-    TW_ObjectAnimation* const part = findManualVolume(&TW_ObjectAnimation::getUseManualBoundingBox);
-    return part ? part->getBoundingBoxMin() : P_BaseObject::getBoundingBoxMin();
-}
-
-M_Vector3Template<float> TW_VertexAnimation::getBoundingBoxMax()
-{
-    TW_ObjectAnimation* const part = findManualVolume(&TW_ObjectAnimation::getUseManualBoundingBox);
-    return part ? part->getBoundingBoxMax() : P_BaseObject::getBoundingBoxMax();
+    TW_ObjectAnimation* const skeleton = getSkeleton();
+    switch (operations)
+    {
+        case Operations::Texture:
+        case Operations::AskTexture:
+            return i == 0 ? m_pSkin : nullptr;
+        case Operations::Bounds:
+            return i == 0 ? m_pSkin : i == 1 ? skeleton : nullptr;
+        default:
+            return i == 0 ? skeleton : nullptr;
+    }
 }
 
 const char* TW_VertexAnimation::getObjectType() const

@@ -1,21 +1,27 @@
+#include "core/release_guard.h"
+#include "io/file_content.h"
 #include "object/object_animation_script.h"
 
 #include <tw2/core/exceptions.h>
+#include <tw2/io/chunk_id.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/skin/skin_mesh_callback.h>
 #include <tw2/skin/vertex_animation.h>
 
 #include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
 #include <platform/runtime/script.h>
 #include <platform/runtime/str.h>
 #include <platform/scene/virtual_object.h>
 
-#include <utility>
+#include <memory>
 
 namespace TW2
 {
 namespace
 {
+constexpr const char* memoryScopeName = "TW Memory Container";
+
 /// "nesting, block" of a script at its present position.
 S_String describe(const S_Script& script, const char* block)
 {
@@ -28,114 +34,25 @@ S_String describe(const S_Script& script, int block)
 }
 }  // namespace
 
-/// Leaves this object not constructed and its parts alive in `keeper`, which is not constructed before.
-void TW_VertexAnimation::handOverTo(TW_VertexAnimation& keeper) noexcept
-{
-    std::swap(m_bConstructed, keeper.m_bConstructed);
-    std::swap(m_pSharedSkeleton, keeper.m_pSharedSkeleton);
-    std::swap(m_pSkin, keeper.m_pSkin);
-    std::swap(m_pSkinData, keeper.m_pSkinData);
-    std::swap(m_pReferencePose, keeper.m_pReferencePose);
-    m_vecBoneMatrices.swap(keeper.m_vecBoneMatrices);
-    initializeMembers();
-}
-
 /// Builds from scratch by `steps`, which make skeleton and skin; whatever throws leaves the object not constructed.
 template <typename Steps>
 void TW_VertexAnimation::build(const Steps& steps)
 {
-    const S_MemoryScope scope("TW Memory Container");
+    const S_MemoryScope scope(memoryScopeName);
     destruct();
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    const LoadScope load(*this);
+    load.requireObject();
     m_bConstructed = true;
-    try
-    {
-        setEngineFlag(FLAG_BOUNDING_SPHERE, false);
-        steps();
-        setUpBones();
-    }
-    catch (...)
-    {
-        destruct();
-        throw;
-    }
+    setEngineFlag(FLAG_BOUNDING_SPHERE, false);
+    steps();
+    load.requireObject();
+    setUpBones();
+    rollback.keep();
 }
 
 /// @name Constructors
 /// @{
-TW_VertexAnimation::TW_VertexAnimation()
-{
-    initializeMembers();
-}
-
-TW_VertexAnimation::TW_VertexAnimation(const char* scriptFile, const char* skeletonBlock, const char* skinBlock)
-{
-    initializeMembers();
-    construct(scriptFile, skeletonBlock, skinBlock);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(S_Script* script, const char* skeletonBlock, const char* skinBlock)
-{
-    initializeMembers();
-    construct(script, skeletonBlock, skinBlock);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(S_Script* skeletonScript, const char* skeletonBlock, S_Script* skinScript,
-                                       const char* skinBlock)
-{
-    initializeMembers();
-    construct(skeletonScript, skeletonBlock, skinScript, skinBlock);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(const char* skeletonScriptFile, const char* skeletonBlock,
-                                       const char* skinScriptFile, const char* skinBlock)
-{
-    initializeMembers();
-    construct(skeletonScriptFile, skeletonBlock, skinScriptFile, skinBlock);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(S_Script* skeletonScript, int skeletonBlock, S_Script* skinScript, int skinBlock)
-{
-    initializeMembers();
-    construct(skeletonScript, skeletonBlock, skinScript, skinBlock);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(TW_ObjectAnimation* skeleton, TW_ObjectAnimation* skin)
-{
-    initializeMembers();
-    construct(skeleton, skin);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(TW_VertexAnimation* skeletonSource, S_Script* script, int skinBlock)
-{
-    initializeMembers();
-    construct(skeletonSource, script, skinBlock);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(TW_VertexAnimation* skeletonSource, const TW_VertexAnimation& skinSource,
-                                       TW_MaterialManager* materialManager)
-{
-    initializeMembers();
-    construct(skeletonSource, skinSource, materialManager);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock)
-{
-    initializeMembers();
-    construct(skeleton, script, skinBlock);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(const TW_VertexAnimation& other, TW_MaterialManager* materialManager)
-{
-    initializeMembers();
-    construct(other, materialManager);
-}
-
-TW_VertexAnimation::TW_VertexAnimation(const TW_VertexAnimation& other)
-{
-    initializeMembers();
-    construct(other, nullptr);
-}
-
 TW_VertexAnimation& TW_VertexAnimation::operator=(const TW_VertexAnimation& other)
 {
     construct(other, nullptr);
@@ -145,66 +62,87 @@ TW_VertexAnimation& TW_VertexAnimation::operator=(const TW_VertexAnimation& othe
 
 /// @name Forms
 /// @{
-void TW_VertexAnimation::construct(const char* scriptFile, const char* skeletonBlock, const char* skinBlock)
+void TW_VertexAnimation::construct(const char* scriptFile, const char* skeletonBlock, const char* skinBlock,
+                                   bool withVisibility)
 {
-    destruct();
-    S_Script script(scriptFile);
-    construct(&script, skeletonBlock, &script, skinBlock);
+    const S_MemoryScope scope(memoryScopeName);
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    S_Script script(orEmpty(scriptFile));
+    construct(&script, skeletonBlock, &script, skinBlock, withVisibility);
+    rollback.keep();
 }
 
-void TW_VertexAnimation::construct(S_Script* script, const char* skeletonBlock, const char* skinBlock)
+void TW_VertexAnimation::construct(S_Script* script, const char* skeletonBlock, const char* skinBlock,
+                                   bool withVisibility)
 {
-    construct(script, skeletonBlock, script, skinBlock);
+    construct(script, skeletonBlock, script, skinBlock, withVisibility);
 }
 
 void TW_VertexAnimation::construct(const char* skeletonScriptFile, const char* skeletonBlock,
-                                   const char* skinScriptFile, const char* skinBlock)
+                                   const char* skinScriptFile, const char* skinBlock, bool withVisibility)
 {
-    destruct();
-    S_Script skeletonScript(skeletonScriptFile);
-    S_Script skinScript(skinScriptFile);
-    construct(&skeletonScript, skeletonBlock, &skinScript, skinBlock);
+    const S_MemoryScope scope(memoryScopeName);
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    S_Script skeletonScript(orEmpty(skeletonScriptFile));
+    S_Script skinScript(orEmpty(skinScriptFile));
+    construct(&skeletonScript, skeletonBlock, &skinScript, skinBlock, withVisibility);
+    rollback.keep();
 }
 
 void TW_VertexAnimation::construct(S_Script* skeletonScript, const char* skeletonBlock, S_Script* skinScript,
-                                   const char* skinBlock)
+                                   const char* skinBlock, bool withVisibility)
 {
-    build([&] { buildByName(*skeletonScript, skeletonBlock, *skinScript, skinBlock); });
+    const S_MemoryScope scope(memoryScopeName);
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    const S_String skeletonName(orEmpty(skeletonBlock));  // they may be those of parts, which go first
+    const S_String skinName(orEmpty(skinBlock));
+    build(
+        [&]
+        {
+            buildByName(requireScript(skeletonScript), skeletonName.c_str(), requireScript(skinScript),
+                        skinName.c_str(), withVisibility);
+        });
+    rollback.keep();
 }
 
-void TW_VertexAnimation::construct(S_Script* skeletonScript, int skeletonBlock, S_Script* skinScript, int skinBlock)
+void TW_VertexAnimation::construct(S_Script* skeletonScript, int skeletonBlock, S_Script* skinScript, int skinBlock,
+                                   bool withVisibility)
 {
     build(
         [&]
         {
-            setName(S_STR("TW_VertexAnimation %s; %s", describe(*skeletonScript, skeletonBlock).c_str(),
-                          describe(*skinScript, skinBlock).c_str()));
+            setName(S_STR("TW_VertexAnimation %s; %s", describe(requireScript(skeletonScript), skeletonBlock).c_str(),
+                          describe(requireScript(skinScript), skinBlock).c_str()));
             addSkeleton(*skeletonScript, skeletonBlock);
-            addSkin(*skinScript, skinBlock);
+            addSkin(*skinScript, skinBlock, withVisibility);
         });
 }
 
 void TW_VertexAnimation::construct(TW_ObjectAnimation* skeleton, TW_ObjectAnimation* skin)
 {
-    TW_VertexAnimation previous;  // may hold what is copied
-    handOverTo(previous);
+    const ReleaseGuard passed(skeleton, skin);
     build(
         [&]
         {
+            if (!skeleton || !skin)
+            {
+                throw TW_Exception_InvalidGeometry("A vertex animation needs a skeleton and a skin to copy");
+            }
             copySkeleton(*skeleton);
             copySkin(*skin, nullptr, nullptr);
             setName(S_STR("TW_VertexAnimation %s %s", skeleton->getName().c_str(), skin->getName().c_str()));
         });
 }
 
-void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, S_Script* script, int skinBlock)
+void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, S_Script* script, int skinBlock,
+                                   bool withVisibility)
 {
-    SharedSkeleton* const shared = holdSkeleton(*skeletonSource);
+    const S_Handle shared = holdSkeleton(skeletonSource);
     build(
         [&]
         {
             m_pSharedSkeleton = shared;
-            addSkin(*script, skinBlock);
+            addSkin(requireScript(script), skinBlock, withVisibility);
             nameAfterParts();
         });
 }
@@ -212,35 +150,37 @@ void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, S_Script*
 void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, const TW_VertexAnimation& skinSource,
                                    TW_MaterialManager* materialManager)
 {
-    TW_VertexAnimation previous;
-    SharedSkeleton* const shared = holdSkeleton(*skeletonSource);
-    handOverTo(previous);
-    const TW_VertexAnimation& source = &skinSource == this ? previous : skinSource;
+    const TW_ObjectAnimation* const skin = skinSource.m_pSkin;  // either source may be this object
+    const Skin* const skinData = skinSource.m_pSkinData;
+    const S_Handle pose = skinSource.m_pReferencePose;
+    const S_Handle skeleton = holdSkeleton(skeletonSource);
+    const ReleaseGuard passed(skin, skinData, materialManager);
     build(
         [&]
         {
-            m_pSharedSkeleton = shared;
-            if (!source.m_pSkin)
+            if (!skin)
             {
                 throw TW_Exception_InvalidGeometry("The vertex animation whose skin is to be copied has none");
             }
-            copySkin(*source.m_pSkin, source.m_pSkinData, materialManager);
-            shareReferencePose(source);
+            m_pSharedSkeleton = skeleton;
+            copySkin(*skin, skinData, materialManager);
+            m_pReferencePose = pose;
             nameAfterParts();
         });
 }
 
-void TW_VertexAnimation::construct(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock)
+void TW_VertexAnimation::construct(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock,
+                                   bool withVisibility)
 {
-    TW_VertexAnimation previous;  // may hold what is copied
-    handOverTo(previous);
+    const ReleaseGuard passed(&skeleton);
     build(
         [&]
         {
+            requireScript(script);
             setName(S_STR("TW_VertexAnimation %s %s %s", skeleton.getName().c_str(), script->staticNesting(),
                           script->getBlockName(static_cast<unsigned int>(skinBlock))));
             copySkeleton(skeleton);
-            addSkin(*script, skinBlock);
+            addSkin(*script, skinBlock, withVisibility);
         });
 }
 
@@ -250,18 +190,19 @@ void TW_VertexAnimation::construct(const TW_VertexAnimation& other, TW_MaterialM
     {
         return;
     }
-    if (!other.m_bConstructed)
+    if (!other.m_bConstructed || other.isLoading())
     {
         destruct();
         return;
     }
+    const ReleaseGuard passed(materialManager);
     build(
         [&]
         {
-            setName(S_STR("%s (clone)", other.getName().c_str()));
+            setNameOfCopy(S_STR("%s (clone)", other.getName().c_str()).str(), other);
             copySkeleton(*other.getSkeleton());
             copySkin(*other.m_pSkin, other.m_pSkinData, materialManager);
-            shareReferencePose(other);
+            m_pReferencePose = other.m_pReferencePose;
             copyEngineFlags(other);
         });
 }
@@ -270,21 +211,20 @@ void TW_VertexAnimation::construct(const TW_VertexAnimation& other, TW_MaterialM
 /// @name Skeleton
 /// @{
 
-/// The source's record with a reference for this object, which may be the source and about to be destructed.
-TW_VertexAnimation::SharedSkeleton* TW_VertexAnimation::holdSkeleton(const TW_VertexAnimation& source)
+/// A hold on the source's skeleton for this object, which may be the source and about to be destructed.
+S_Handle<TW_VertexAnimation::SharedSkeleton> TW_VertexAnimation::holdSkeleton(const TW_VertexAnimation* source)
 {
-    if (!source.m_pSharedSkeleton)
+    if (!source || !source->m_pSharedSkeleton)
     {
         destruct();
         throw TW_Exception_InvalidGeometry("The vertex animation whose skeleton is to be shared has none");
     }
-    ++source.m_pSharedSkeleton->m_iReferenceCount;
-    return source.m_pSharedSkeleton;
+    return source->m_pSharedSkeleton;
 }
 
 TW_ObjectAnimation& TW_VertexAnimation::createSkeleton()
 {
-    m_pSharedSkeleton = new SharedSkeleton;
+    m_pSharedSkeleton = S_Handle(new SharedSkeleton);
     m_pSharedSkeleton->m_pSkeleton = new TW_ObjectAnimation;
     return *m_pSharedSkeleton->m_pSkeleton;
 }
@@ -317,16 +257,24 @@ void TW_VertexAnimation::hideSkeleton()
 
 /// @name Skin
 /// @{
-void TW_VertexAnimation::addSkin(S_Script& script, int block)
+/// Reads the skin data that the block of a skin names and builds the skin, which holds on to what its meshes read.
+template <typename Block>
+void TW_VertexAnimation::constructSkin(S_Script& script, Block block, bool withVisibility)
 {
-    m_pSkin = new TW_ObjectAnimation;
     {
         const S_ScriptLockGuard guard(script);
         lockObjectBlock(script, block);
         readSkinData(script);
     }
     TW_SkinMeshCallback callback(m_pSkin, this);
-    m_pSkin->construct(&script, block, &callback, false);
+    m_pSkin->construct(&script, block, &callback, withVisibility);
+    m_pSkin->m_pGeometryData = std::allocate_shared<const Skin>(S_Allocator<Skin>(), *m_pSkinData);
+}
+
+void TW_VertexAnimation::addSkin(S_Script& script, int block, bool withVisibility)
+{
+    m_pSkin = new TW_ObjectAnimation;
+    constructSkin(script, block, withVisibility);
     m_pSkin->addTo(this);
     m_pSkinData->checkDataValidity(this);
     takeBoundingVolumes();
@@ -352,13 +300,25 @@ void TW_VertexAnimation::copySkin(const TW_ObjectAnimation& source, const Skin* 
 /// Reads the file that the locked block of a skin names.
 void TW_VertexAnimation::readSkinData(S_Script& script)
 {
-    const GeometryParameters parameters = parseGeometry(script);
+    GeometryParameters parameters = parseGeometry(script);
     if (parameters.m_strSkinData.empty())
     {
         throw TW_Exception_InvalidGeometry(
             S_STR("The skin in %s names no SKD (key \"skindata\")", script.staticNesting()));
     }
-    m_pSkinData = new Skin(parameters.m_strSkinData);
+    findFile(script, "geometry", 0, "skindata", parameters.m_strSkinData);
+    try
+    {
+        m_pSkinData = new Skin(parameters.m_strSkinData);
+    }
+    catch (S_MemoryFileException& exception)
+    {
+        if (const S_String content = describeMistakenFile(parameters.m_strSkinData, CHUNK_SKIN); !content.empty())
+        {
+            exception.addHint("it is %s", content.c_str());
+        }
+        throw;
+    }
 }
 
 /// The manual volumes of skin or skeleton become the object's own; without any it keeps the ones that it has, fixed.
@@ -389,18 +349,12 @@ void TW_VertexAnimation::takeBoundingVolumes()
 
 /// Both parts from named blocks.
 void TW_VertexAnimation::buildByName(S_Script& skeletonScript, const char* skeletonBlock, S_Script& skinScript,
-                                     const char* skinBlock)
+                                     const char* skinBlock, bool withVisibility)
 {
     TW_ObjectAnimation& skeleton = createSkeleton();
     m_pSkin = new TW_ObjectAnimation;
     skeleton.construct(&skeletonScript, skeletonBlock, nullptr, false);
-    {
-        const S_ScriptLockGuard guard(skinScript);
-        lockObjectBlock(skinScript, skinBlock);
-        readSkinData(skinScript);
-    }
-    TW_SkinMeshCallback callback(m_pSkin, this);
-    m_pSkin->construct(&skinScript, skinBlock, &callback, false);
+    constructSkin(skinScript, skinBlock, withVisibility);
     setName(S_STR("TW_VertexAnimation %s; %s", describe(skeletonScript, skeletonBlock).c_str(),
                   describe(skinScript, skinBlock).c_str()));
     hideSkeleton();

@@ -1,4 +1,8 @@
 #include "tests/io/plain_conversion.h"
+#include "tests/support/chunk_files.h"
+#include "tests/support/expectations.h"
+#include "tests/support/mesh_builder.h"
+#include "tests/support/verbose_capture.h"
 
 #include <tw2/core/static_data.h>
 #include <tw2/io/chunk_id.h>
@@ -6,10 +10,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <tests/support/chunk_files.h>
-#include <tests/support/expectations.h>
-#include <tests/support/mesh_builder.h>
 
+#include <algorithm>
+#include <bit>
+#include <cstddef>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -249,7 +253,49 @@ TEST(LegacyMesh, ConvertsToTheBitAsThePlainWayDoes)
     expectAsConvertedPlainly(support::makeLegacyFan(300, [&](int) { return static_cast<unsigned int>(random()); }));
     expectAsConvertedPlainly(
         support::makeLegacyFan(300, [&](int) { return static_cast<unsigned int>(random() & random() & random()); }));
+    for (const unsigned int bits : {12u, 20u})  // many masks of one size, none of which is much better than others
+    {
+        expectAsConvertedPlainly(support::makeLegacyFan(1500,
+                                                        [&](int)
+                                                        {
+                                                            unsigned int mask = 0;
+                                                            for (unsigned int i = 0; i < 5; ++i)
+                                                            {
+                                                                mask |= 1u << random() % bits;
+                                                            }
+                                                            return mask;
+                                                        }));
+    }
     expectAsConvertedPlainly(support::makeLegacyFan(200, [](int i) { return i % 3 == 0 ? 0u : 1u << (i % 32); }));
+}
+
+// 17,000 masks of 6 bits each at one vertex: which of them shares bits with the most others shows late.
+TEST(LegacyMesh, TheFirstCopyTakesTheMostTrianglesThatOneMaskCan)
+{
+    std::mt19937 random(4);
+    const LegacyMesh fan = support::makeLegacyFan(17000,
+                                                  [&](int)
+                                                  {
+                                                      unsigned int mask = 0;
+                                                      while (std::popcount(mask) < 6)
+                                                      {
+                                                          mask |= 1u << random() % 32;
+                                                      }
+                                                      return mask;
+                                                  });
+    std::ptrdiff_t most = 0;
+    for (const unsigned int mask : fan.masks)
+    {
+        most = std::max(most, std::count_if(fan.masks.begin(), fan.masks.end(),
+                                            [mask](unsigned int other) { return (other & mask) != 0; }));
+    }
+    const MeshChunk mesh = convert(fan);
+    std::ptrdiff_t taken = 0;
+    for (std::size_t t = 0; t < fan.polygons.size(); ++t)
+    {
+        taken += mesh.getIndex(0, t, 0) == fan.positions.size();
+    }
+    EXPECT_EQ(taken, most) << "of " << fan.polygons.size();
 }
 
 // 20,000 different coordinates at one vertex: each corner needs its own copy, and finds it again in the second polygon
@@ -343,10 +389,36 @@ TEST(LegacyMesh, DamageIsAnErrorThatNamesTheValue)
                 HasSubstr("texture channel 0, polygon 1 to name coordinates from 0 to below 18, found 18"));
     EXPECT_THAT(failureAfter([](LegacyMesh& mesh) { mesh.channels[0].polygons.pop_back(); }),
                 HasSubstr("as many polygons in texture channel 0 as in the mesh, 8, found 7"));
-    EXPECT_THAT(failureAfter([](LegacyMesh& mesh) { mesh.faceMaterials[4] = 2; }),
-                HasSubstr("polygon 4 to name a material from 0 to below 2, found 2"));
     EXPECT_THAT(failureAfter([](LegacyMesh& mesh) { mesh.faceMaterials.pop_back(); }),
                 HasSubstr("a material for each of the 8 polygons, found 7"));
+}
+
+TEST(LegacyMesh, MaterialNumbersOutsideTheNamesAreNoError)
+{
+    LegacyMesh mesh = support::makeLegacyField(2, 2);
+    mesh.materials = {"only"};
+    const MeshChunk plain = convert(mesh);
+    mesh.faceMaterials = {0, 7, -1, 3, 0, 1, 2, 3};
+    const MeshChunk one = convert(mesh);
+    EXPECT_EQ(one.vertices, plain.vertices) << "one material has all vertices, whatever its polygons name";
+    EXPECT_EQ(one.faces.indices, plain.faces.indices);
+
+    mesh.materials = {"a", "b"};
+    mesh.faceMaterials = {0, 1, 1, 1, 0, 1, 1, 0};
+    const MeshChunk whole = convert(mesh);
+    mesh.faceMaterials = {0, 2, 1, std::numeric_limits<int>::max(), 0, -1, std::numeric_limits<int>::min(), 0};
+    support::VerboseCapture log;
+    const MeshChunk rest = convert(mesh);
+    EXPECT_EQ(log.getText(),
+              "Mesh \"" + std::string(mesh.name) + "\": 4 polygons name none of the 2 materials and are left out\n");
+    EXPECT_THAT(rest.faces.groupCounts, testing::ElementsAre(3u, 1u));
+    EXPECT_EQ(rest.vertices.groupCounts[0], whole.vertices.groupCounts[0]);
+    EXPECT_EQ(rest.vertices.groupCounts[1], 3u);
+
+    mesh.faceMaterials.assign(8, -1);
+    const MeshChunk none = convert(mesh);
+    EXPECT_THAT(none.faces.groupCounts, testing::ElementsAre(0u, 0u));
+    EXPECT_TRUE(none.vertices.positions.empty());
 }
 
 TEST(LegacyMesh, NewFacesInAnOldMeshAreAnError)
@@ -364,12 +436,14 @@ TEST(LegacyMesh, NewFacesInAnOldMeshAreAnError)
 TEST(LegacyMesh, WorkMemoryStaysUntilItIsReleased)
 {
     const LegacyMesh cube = support::makeLegacyCube();
+    const MeshChunk first = convert(cube);
     deleteStaticData();
     deleteStaticData();
     const long long live = S_Memory::getLiveCount();
-    const MeshChunk first = convert(cube);
+    (void)convert(cube);
     EXPECT_GT(S_Memory::getLiveCount(), live);
     deleteStaticData();
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
     EXPECT_EQ(convert(cube), first);
     {
         S_MemoryFileWriter writer;

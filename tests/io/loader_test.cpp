@@ -1,12 +1,13 @@
+#include "tests/support/every_kind.h"
+#include "tests/support/expectations.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/support/verbose_capture.h"
+
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/loader.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <tests/support/every_kind.h>
-#include <tests/support/expectations.h>
-#include <tests/support/temporary_directory.h>
-#include <tests/support/verbose_capture.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -35,6 +36,7 @@ public:
     std::vector<std::string> m_heard;
     std::vector<const void*> m_records;
     std::function<void()> m_onMesh = [] {};
+    std::function<void(S_MemoryFile&)> m_onUnknown = [](S_MemoryFile&) {};
 
     void operator()(const M_Matrix4x3Template<float>& transform, float value1, float value2, float value0) override
     {
@@ -83,6 +85,7 @@ public:
         file.openChunk(chunk, chunk.getID());
         unsigned char byte = 0;
         file >> byte;
+        m_onUnknown(file);
     }
 
     /// Makes this listener the loader's for every kind.
@@ -160,6 +163,22 @@ TEST_F(Loader, HandsEveryKindToItsCallbackAndTheRestToTheOneForUnknownChunks)
                             "animated spot", "unknown 10000", "unknown 10014", "unknown 1001b"));
 }
 
+TEST_F(Loader, WhoListensToOneKindOfLightHearsNothingOfTheOthers)
+{
+    class Lamps : public TW_LightCallback
+    {
+    public:
+        using TW_LightCallback::operator();
+        void operator()(const PointLightChunk& light) override { m_heard.emplace_back(light.name); }
+        std::vector<std::string> m_heard;
+    } lamps;
+    S_MemoryFileWriter writer;
+    support::writeEveryKind(writer);
+    TW_Loader::setLightCallback(&lamps);
+    TW_Loader::load(m_directory.write("all.tw", writer.getBytes()), true);
+    EXPECT_THAT(lamps.m_heard, ElementsAre("point"));
+}
+
 TEST_F(Loader, SkipsKindsWithoutACallbackUnread)
 {
     S_MemoryFileWriter writer;
@@ -232,8 +251,127 @@ TEST_F(Loader, AFileThatCannotBeOpenedIsTriedAgain)
         EXPECT_THROW(TW_Loader::load("", false), S_FileException);
     }
     writeMeshes("late.tw", {"here"});
+    TW_Loader::load(late, false);
+    EXPECT_THROW(TW_Loader::cacheFileForLoading(m_directory.file("never.tw")), S_FileException);
     TW_Loader::load(late, true);
-    EXPECT_THAT(m_listener.take(), ElementsAre("here"));
+    EXPECT_THAT(m_listener.take(), ElementsAre("here", "here"));
+}
+
+TEST_F(Loader, AWalkGoesOnBehindItsChunkWhereverACallbackMovesTheFile)
+{
+    S_MemoryFileWriter writer;
+    writer << support::makeStripMesh("before", 1);
+    {
+        const WriteChunk chunk(writer, 0x1001B, 0);
+        writer << 1;
+    }
+    writer << support::makeStripMesh("after", 1);
+    const std::string file = m_directory.write("moved.tw", writer.getBytes());
+    S_MemoryFile::Chunk kept;
+    const std::function<void(S_MemoryFile&)> moves[] = {
+        [](S_MemoryFile& f) { f.seek(0, S_MemoryFile::seekBegin); },
+        [&](S_MemoryFile& f)
+        {
+            f.seek(0, S_MemoryFile::seekBegin);
+            f.peekChunk(kept);
+        },
+        [&](S_MemoryFile& f)
+        {
+            f.seek(0, S_MemoryFile::seekBegin);
+            f.openChunk(kept, CHUNK_MESH);
+        },
+        [](S_MemoryFile& f)
+        {
+            f.skipChunk();
+            f.skipChunk();
+        },
+    };
+    m_listener.listen();
+    for (const auto& move : moves)
+    {
+        m_listener.m_onUnknown = move;
+        TW_Loader::load(file, true);
+        EXPECT_THAT(m_listener.take(), ElementsAre("before", "unknown 1001b", "after")) << &move - moves;
+        EXPECT_FALSE(kept.isValid());
+    }
+
+    const std::function<void(S_MemoryFile&)> replacements[] = {
+        [](S_MemoryFile& f) { f.destruct(); },
+        [&](S_MemoryFile& f) { f.construct(S_String(file.c_str()), S_MemoryFile::accessRead); },
+    };
+    for (const auto& replace : replacements)
+    {
+        m_listener.m_onUnknown = replace;
+        EXPECT_EQ(support::messageOf([&] { TW_Loader::load(file, false); }).find("File \"" + file), 0u);
+        EXPECT_THAT(m_listener.take(), ElementsAre("before", "unknown 1001b"));
+        m_listener.m_onUnknown = [](S_MemoryFile&) {};
+        TW_Loader::load(file, true);
+        EXPECT_THAT(m_listener.take(), ElementsAre("before", "unknown 1001b", "after"));
+    }
+}
+
+TEST_F(Loader, ACallbackMayLoadOtherFilesAndTheSameOne)
+{
+    const std::string outer = writeMeshes("outer.tw", {"first", "second"});
+    const std::string inner = writeMeshes("inner.tw", {"a", "b"});
+    const std::function<void()> loads[] = {
+        [&] { TW_Loader::load(inner, false); },
+        [&] { TW_Loader::load(inner, true); },
+        [&]
+        {
+            TW_Loader::cacheFileForLoading(inner);
+            remove(inner);
+            TW_Loader::load(inner, false);
+            TW_Loader::freeCachedFile();
+            EXPECT_THROW(TW_Loader::load(inner, false), S_FileException);
+            writeMeshes("inner.tw", {"a", "b"});
+        },
+        [&]
+        {
+            TW_Loader::freeCachedFile();
+            TW_Loader::load(inner, true);
+        },
+    };
+    m_listener.listen();
+    for (const auto& load : loads)
+    {
+        EXPECT_FALSE(TW_Loader::isLoading());
+        m_listener.m_onMesh = [&]
+        {
+            EXPECT_TRUE(TW_Loader::isLoading());
+            const auto& record = *static_cast<const MeshChunk*>(m_listener.m_records.back());
+            if (record.name == "first")
+            {
+                load();
+                EXPECT_EQ(record.name, "first") << "the record in hand stays as it is";
+            }
+        };
+        writeMeshes("outer.tw", {"first", "second"});
+        TW_Loader::load(outer, false);
+        EXPECT_THAT(m_listener.take(), ElementsAre("first", "a", "b", "second")) << &load - loads;
+        remove(outer);  // and is still in memory
+        m_listener.m_onMesh = [] {};
+        TW_Loader::load(outer, true);
+        EXPECT_THAT(m_listener.take(), ElementsAre("first", "second")) << &load - loads;
+    }
+
+    // Three deep, the same file; what fails inside leaves the outer walks whole.
+    writeMeshes("outer.tw", {"first", "second"});
+    int depth = 0;
+    m_listener.m_onMesh = [&]
+    {
+        if (++depth < 3)
+        {
+            TW_Loader::load(outer, true);
+        }
+        else if (depth == 3)
+        {
+            EXPECT_THROW(TW_Loader::load(m_directory.file("missing.tw"), true), S_FileException);
+        }
+    };
+    TW_Loader::load(outer, true);
+    EXPECT_THAT(m_listener.take(), ElementsAre("first", "first", "first", "second", "second", "second"));
+    EXPECT_FALSE(TW_Loader::isLoading());
 }
 
 TEST_F(Loader, AFailureEndsTheWalkAndLeavesCallbacksAndFileAsTheyAre)

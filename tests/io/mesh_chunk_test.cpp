@@ -1,12 +1,13 @@
+#include "tests/support/chunk_files.h"
+#include "tests/support/expectations.h"
+#include "tests/support/mesh_builder.h"
+
 #include <tw2/core/exceptions.h>
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/mesh_chunk.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <tests/support/chunk_files.h>
-#include <tests/support/expectations.h>
-#include <tests/support/mesh_builder.h>
 
 #include <functional>
 #include <utility>
@@ -181,7 +182,7 @@ TEST(MeshChunk, ChannelsPastTheTenthAreLeftOut)
                 writeChannel(writer, i, 1, {1});
             }
         });
-    ASSERT_EQ(mesh.channels.size(), MeshChunk::sm_channelSlots);
+    ASSERT_EQ(mesh.channels.size(), MeshChunk::channelSlots);
     EXPECT_EQ(mesh.channels[9].channel, 9);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tests/support/mesh_builder.h>
+#include "tests/support/mesh_builder.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,3 +1,6 @@
+#include "tests/support/chunk_files.h"
+#include "tests/support/expectations.h"
+
 #include <tw2/io/camera_chunk.h>
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/environment_chunk.h>
@@ -5,8 +8,6 @@
 #include <tw2/io/light_chunks.h>
 
 #include <gtest/gtest.h>
-#include <tests/support/chunk_files.h>
-#include <tests/support/expectations.h>
 
 using namespace TW2;
 using support::readWritten;

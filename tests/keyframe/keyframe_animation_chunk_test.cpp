@@ -56,6 +56,7 @@ TEST(KeyframeAnimationChunk, EachVersionFillsItsFieldsAndKeepsTheOthers)
     KeyframeAnimationChunk previous = makeChunk(2);
     previous.loopToFrame = 77;
     previous.interpolationMode = 1;
+    previous.keepScale = false;
     for (unsigned int version = 0; version <= 6; ++version)
     {
         KeyframeAnimationChunk expected = makeChunk();
@@ -71,6 +72,7 @@ TEST(KeyframeAnimationChunk, EachVersionFillsItsFieldsAndKeepsTheOthers)
         {
             expected.interpolationMode = 1;
         }
+        expected.keepScale = version >= 4;
         S_MemoryFileWriter writer;
         support::writeTrack(writer, makeChunk(), version);
         EXPECT_EQ(read(writer, previous), expected) << "version " << version;
@@ -125,9 +127,9 @@ TEST(KeyframeAnimationChunk, ADamagedChunkCostsAnExceptionWhereverItEnds)
     {
         // Shorter by what is cut off, so that the chunk's size is right and its values are missing.
         std::string cut(reinterpret_cast<const char*>(bytes.data()), size);
-        if (size >= S_MemoryFile::sm_headerSize)
+        if (size >= S_MemoryFile::headerSize)
         {
-            const auto body = static_cast<unsigned int>(size - S_MemoryFile::sm_headerSize);
+            const auto body = static_cast<unsigned int>(size - S_MemoryFile::headerSize);
             std::memcpy(cut.data() + 8, &body, sizeof body);
         }
         S_MemoryFile file;

@@ -223,6 +223,11 @@ TEST(Track, ColoursAndMatricesAreInterpolatedInAllTheirParts)
 
 TEST(Track, ConstructingAgainEmptiesItAndAFailedOneLeavesItEmpty)
 {
+    FloatTrack prepared;  // what is set before the keys are there stays
+    prepared.m_uTotalFrameCount = 5;
+    prepared.destruct();
+    prepared.construct(1);
+    EXPECT_EQ(prepared.m_uTotalFrameCount, 5u);
     support::expectNothingLeftByFailedAllocations(
         []
         {

@@ -166,6 +166,14 @@ TEST(LightAnimations, ALightKeepsWhatIsNotAnimated)
     EXPECT_EQ(light.getColor(), G_FColor(255, 0, 0, 255));
     EXPECT_EQ(light.getFalloffRange(), 3.0f);
 
+    auto spotChunk = makeLamp<SpotLightAnimationChunk>();
+    spotChunk.hotSpotAngleKeys.clear();
+    P_SpotLight spot;
+    spot.setHotspotAngle(12.0f);
+    TW_SpotLightAnimation(spotChunk).animateFrame(&spot, 0.0f);
+    EXPECT_EQ(spot.getFalloffAngle(), 30.0f);
+    EXPECT_EQ(spot.getHotspotAngle(), 12.0f);
+
     chunk = makeLamp<PointLightAnimationChunk>();
     chunk.colorKeys.clear();
     const G_FColor before = light.getColor();
@@ -217,6 +225,11 @@ TEST(LightAnimations, CopiesShareTheirTracksUntilTheLastGoes)
         EXPECT_FALSE(third.isConstructed());
         EXPECT_EQ(third.getFrameRate(), 30);
         EXPECT_EQ(third.getAnimationTargetName(), "lamp to be");
+        second.construct(makeLamp<SpotLightAnimationChunk>());
+        second.construct(makeLamp<SpotLightAnimationChunk>());  // in the place of what is there
+        second.destruct();
+        EXPECT_EQ(second.getFrameRate(), 0);
+        EXPECT_EQ(second.getAnimationTargetName(), "");
     }
     EXPECT_EQ(S_Memory::getLiveCount(), live);
 }

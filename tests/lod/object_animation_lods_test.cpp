@@ -1,20 +1,22 @@
 #include "tests/support/character_files.h"
 #include "tests/support/expectations.h"
+#include "tests/support/material_records.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/lod/object_animation_lods.h>
+#include <tw2/material/material_manager.h>
 #include <tw2/object/bone_handle.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_state.h>
 
 #include <platform/runtime/script.h>
 #include <platform/scene/lod_object.h>
+#include <platform/scene/map.h>
 #include <platform/scene/scene.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <limits>
 #include <memory>
 #include <string>
@@ -59,7 +61,9 @@ TEST_F(ObjectLevels, RangesComeFromTheScriptOrTheHostAndLastThroughCopies)
     EXPECT_FALSE(object->hasEngineFlag(P_BaseObject::FLAG_BOUNDING_SPHERE));
     EXPECT_EQ(object->getFirstChild(), object->getEngineLODObject());
 
+    object->setEngineFlag(P_BaseObject::FLAG_CULL_SUBTREE, true);
     TW_ObjectAnimationLODs copy(*object);
+    EXPECT_EQ(copy.getEngineFlags(), object->getEngineFlags());
     EXPECT_EQ(copy.getName(), object->getName() + " (clone)");
     EXPECT_EQ(copy.getEngineLODObject()->getRange(1), 100.0f);
     EXPECT_NE(copy.getLODObject(1), object->getLODObject(1));
@@ -68,50 +72,61 @@ TEST_F(ObjectLevels, RangesComeFromTheScriptOrTheHostAndLastThroughCopies)
     EXPECT_FALSE(copy.isConstructed());
 }
 
-TEST_F(ObjectLevels, AnimatingReachesEveryLevel)
+TEST_F(ObjectLevels, MovingReachesEveryLevel)
 {
     const int blocks[] = {0, 0};
     const auto object = build(blocks);
-    TW_ObjectAnimationState state(*object);
-    const TW_BoneHandle handle = object->getBoneHandle("bone1");
-    using Call = std::function<bool(TW_ObjectAnimationLODs&)>;
-    const Call calls[] = {
-        [](auto& o) { return o.animateObject(1, 0.3f, nullptr); },
-        [](auto& o) { return o.animateObjectFrame(1, 5.0f, nullptr); },
-        [](auto& o) { return o.crossAnimateObject(0, 0.1f, 0.2f, 1, 0.4f, nullptr); },
-        [](auto& o) { return o.crossAnimateObject(0, 0.1f, 0.2f, 1, 0.4f, 0.3f, 0, 0.8f, nullptr); },
-        [](auto& o) { return o.crossAnimateObjectFrame(0, 1.5f, 0.2f, 1, 4.5f, nullptr); },
-        [](auto& o) { return o.crossAnimateObjectFrame(0, 1.5f, 0.2f, 1, 4.5f, 0.3f, 0, 8.5f, nullptr); },
-        [&](auto& o) { return o.crossAnimateObject(&state, 0.4f, 1, 0.35f, nullptr); },
-        [&](auto& o) { return o.crossAnimateObject(&state, 0.2f, 0, 0.1f, 0.3f, 1, 0.7f, 0.5f, nullptr); },
-        [&](auto& o) { return o.crossAnimateObjectFrame(&state, 0.4f, 1, 4.5f, nullptr); },
-        [&](auto& o) { return o.crossAnimateObjectFrame(&state, 0.2f, 0, 1.5f, 0.3f, 1, 7.5f, 0.5f, nullptr); },
-    };
-    for (const Call& call : calls)
-    {
-        const auto before = matrixOf(*object, 0, 1);
-        EXPECT_TRUE(call(*object));
-        EXPECT_NE(matrixOf(*object, 0, 1), before) << "call " << &call - calls;
-        EXPECT_EQ(matrixOf(*object, 1, 1), matrixOf(*object, 0, 1)) << "call " << &call - calls;
-    }
-    TW_ObjectAnimationState other(*object->getLODObject(0));
-    object->calculateLOD();
-    object->freezeAnimationState(&state, nullptr);
-    object->animateObjectFrame(0, 3.0f, nullptr);
-    object->freezeAnimationState(&other, nullptr);
-    EXPECT_TRUE(object->crossAnimateObject(&state, 0.5f, &other, nullptr));
+    const auto before = matrixOf(*object, 1, 1);
+    EXPECT_TRUE(object->animateObjectFrame(1, 5.0f, nullptr));
+    EXPECT_NE(matrixOf(*object, 1, 1), before);
     EXPECT_EQ(matrixOf(*object, 1, 1), matrixOf(*object, 0, 1));
-    EXPECT_TRUE(object->crossAnimateObject(&state, 0.5f, &other, handle, nullptr));
-    EXPECT_EQ(matrixOf(*object, 0, 1), state.accessMatrixVector()[1]);
-    EXPECT_EQ(matrixOf(*object, 1, 1), matrixOf(*object, 0, 1));
-
     object->setAnimationFPS(1, 40.0f);
+    EXPECT_EQ(object->getLODObject(0)->getAnimationFPS(1), 40.0f);
     EXPECT_EQ(object->getLODObject(1)->getAnimationFPS(1), 40.0f);
     object->getLODObject(0)->deleteAnimation(1);
     EXPECT_TRUE(object->animateObject(1, 0.3f, nullptr)) << "one level that has the animation is enough";
     EXPECT_FALSE(object->animateObject(2, 0.3f, nullptr));
-    EXPECT_FALSE(object->animateTexture("flames", 0.0f) || object->animateTextureFrame("flames", 0.0f));
-    EXPECT_NO_THROW(object->uploadTextures());
+}
+
+TEST_F(ObjectLevels, TexturesAreThoseOfEveryLevelAndAskedOfTheOneInUse)
+{
+    support::TextureFolder pictures;
+    pictures.add({"wave0.png", "wave1.png"});
+    MaterialListChunk list;
+    list.texturePath = pictures.getDirectory().getPath().string().c_str();
+    list.materials.resize(1);
+    list.materials[0].name = "water";
+    support::fillTexture(list.materials[0].accessDiffuseTexture(), "wave", {"wave0.png", "wave1.png"});
+    list.materials[0].accessDiffuseTexture().framesPerSecond = 10;
+    m_files.m_materials = list;
+    S_Script script(m_files.write().c_str());
+    const int blocks[] = {1, 2};
+    TW_ObjectAnimationLODs object(&script, 2, blocks, false);
+    const auto getFrame = [&](int level)
+    {
+        const S_String& file = object.getLODObject(level)
+                                   ->getMaterialManager()
+                                   ->getMaterial(0)
+                                   ->getMaterial()
+                                   ->getTexture(0)
+                                   ->getFilename();
+        return file[file.size() - 5];
+    };
+    object.getLODObject(0)->setTextureAnimationFPS("wave", 0, 20.0f);
+    EXPECT_EQ(object.getTextureAnimationFPS("wave", 0), 10.0f) << "of the last level, while none is in use";
+    object.calculateLOD();
+    EXPECT_EQ(object.getTextureAnimationFPS("wave", 0), 20.0f);
+    object.setTextureAnimationFPS("wave", 0, 5.0f);
+    EXPECT_EQ(object.getLODObject(1)->getTextureAnimationFPS("wave", 0), 5.0f);
+    EXPECT_TRUE(object.animateTextureFrame("wave", 1.0f));
+    EXPECT_EQ(getFrame(0), '1');
+    EXPECT_EQ(getFrame(1), '1');
+
+    const int plainFirst[] = {0, 1};  // only the second has textures
+    TW_ObjectAnimationLODs mixed(&script, 2, plainFirst, false);
+    mixed.uploadTextures();
+    EXPECT_TRUE(
+        mixed.getLODObject(1)->getMaterialManager()->getMaterial(0)->getMaterial()->getTexture(0)->isInTextureMemory());
 }
 
 TEST_F(ObjectLevels, AskingIsAnsweredByTheLevelInUseTheLastOneOrTheFirst)
@@ -134,6 +149,9 @@ TEST_F(ObjectLevels, AskingIsAnsweredByTheLevelInUseTheLastOneOrTheFirst)
     object->calculateLOD();
     EXPECT_EQ(object->getUsedLODObject(), object->getLODObject(0));
     EXPECT_EQ(object->getTotalMeshes(), 8u);
+    object->getLODObject(0)->setAnimationFPS(1, 40.0f);
+    EXPECT_EQ(object->getAnimationFPS(1), 40.0f);
+    object->getLODObject(0)->setAnimationFPS(1, 10.0f);
     EXPECT_EQ(object->getTotalAnimations(), 2u);
     EXPECT_EQ(object->getAnimationLength(1), 2.0f);
     EXPECT_EQ(object->getBoneHandle("bone1").getBoneIndex(), 1u);
@@ -175,7 +193,11 @@ TEST_F(ObjectLevels, NoLevelIsAnErrorAndAFailedConstructionLeavesNothing)
             support::messageOf([&] { object.construct(&m_script, levels, blocks, distances, false); });
         EXPECT_EQ(message, std::string("TW2: Invalid parameter in ") + m_script.getScriptName() + ": " +
                                std::to_string(levels) + " levels of detail; at least 1 is needed");
+        const int one[] = {1};
+        object.construct(&m_script, 1, one, false);
         EXPECT_THROW(object.construct(&m_script, levels, blocks, false), TW_Exception_InvalidScriptParameter);
+        EXPECT_FALSE(object.isConstructed());
+        EXPECT_EQ(object.getFirstChild(), nullptr);
     }
     EXPECT_THROW(object.construct(&m_script, 2, blocks, distances, false), S_ScriptException);
     EXPECT_FALSE(object.isConstructed());

@@ -1,9 +1,11 @@
 #include "tests/support/character_files.h"
 #include "tests/support/expectations.h"
+#include "tests/support/records.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/core/static_data.h>
 #include <tw2/lod/vertex_animation_lods.h>
+#include <tw2/material/material_manager.h>
 #include <tw2/object/bone_handle.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_state.h>
@@ -154,9 +156,58 @@ TEST_F(SkinnedLevels, TheyCanBeRebuiltFromTheirOwnParts)
     EXPECT_EQ(object.getFirstChild(), nullptr);
 }
 
+TEST_F(SkinnedLevels, MaterialsAreThoseOfEveryLevel)
+{
+    m_files.m_materials.materials = {support::makeSolidMaterial("material0"), support::makeSolidMaterial("material1")};
+    S_Script script(m_files.write().c_str());
+    TW_VertexAnimationLODs object(&script, 0, 2, &script, skins);
+    const auto expectMaterials = [](const TW_VertexAnimationLODs& levels, const TW_MaterialManager& manager)
+    {
+        for (int level = 0; level < levels.getLevelCount(); ++level)
+        {
+            for (const char* name : {"material0", "material1"})
+            {
+                EXPECT_EQ(levels.getLODObject(level)
+                              ->getSkin()
+                              ->getMesh(0)
+                              ->getPrimitiveInstance(name[8] - '0')
+                              ->getMaterial(),
+                          manager.findMaterial(name)->getMaterial())
+                    << name << " of level " << level;
+            }
+        }
+    };
+    const auto getManager = [](const TW_VertexAnimationLODs& levels, int level)
+    { return levels.getLODObject(level)->getSkin()->getMaterialManager(); };
+    const std::string body = m_files.getDirectory().file("body.tw");
+    TW_MaterialManager other;
+    TW_ObjectAnimation::loadMaterials(&other, body.c_str());
+    object.remapMaterials(&other);
+    expectMaterials(object, other);
+    TW_MaterialManager another;
+    TW_ObjectAnimation::loadMaterials(&another, body.c_str());
+    TW_VertexAnimationLODs copy;
+    copy.construct(object, &another);
+    expectMaterials(copy, another);
+    expectMaterials(object, other);
+
+    // With the materials of one of their own levels.
+    for (const int level : {0, 1})
+    {
+        copy.loadMaterials(body.c_str());
+        copy.remapMaterials(getManager(copy, level));
+        expectMaterials(copy, *getManager(copy, 0));
+        copy.construct(object, getManager(copy, level));
+        expectMaterials(copy, *getManager(copy, 1));
+    }
+}
+
 TEST_F(SkinnedLevels, TheSkeletonsManualVolumesAreThoseOfTheWhole)
 {
     EXPECT_NE(TW_VertexAnimationLODs(&m_script, 0, 2, &m_script, skins).getBoundingRadius(), 77.0f);
+    m_files.m_skeletonKeys = "boundingSphereRadius 66 enableBoundingBox 0";
+    S_Script sphereOnly(m_files.write().c_str());
+    EXPECT_EQ(TW_VertexAnimationLODs(&sphereOnly, 0, 2, &sphereOnly, skins).getBoundingRadius(), 66.0f);
     m_files.m_skeletonKeys = "boundingSphereRadius 77 boundingBoxMin (-5,-6,-7) boundingBoxMax (5,6,7)";
     S_Script script(m_files.write().c_str());
     TW_VertexAnimationLODs object(&script, 0, 2, &script, skins);

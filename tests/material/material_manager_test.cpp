@@ -34,7 +34,7 @@ protected:
 
     static char getShown(const TW_Material& material, unsigned int layer = 0)
     {
-        const S_String& file = material.getMaterial()->getTexture(layer)->getFileName();
+        const S_String& file = material.getMaterial()->getTexture(layer)->getFilename();
         return file[file.size() - 5];
     }
     /// Three materials: two share the set "water", the last one has a still texture and an animated reflection "sky".
@@ -78,6 +78,9 @@ TEST_F(MaterialManager, AnimatedTexturesOfOneNameAreASetAndPlayTogether)
     ASSERT_EQ(m_manager.getTotalTextureAnimationSets(), 2u);
     EXPECT_EQ(m_manager.getTextureAnimationIndex("water"), 0);
     EXPECT_EQ(m_manager.getTextureAnimationIndex("sky"), 1);
+    EXPECT_EQ(m_manager.getTextureAnimationSetName(0), "water");
+    EXPECT_EQ(m_manager.getTextureAnimationSetName(1), "sky");
+    EXPECT_EQ(m_manager.getTextureAnimationSetName(2), "");
     EXPECT_FALSE(m_manager.textureAnimationExists("glass"));
     EXPECT_EQ(m_manager.getTotalTextureAnimations(0), 2u);
     EXPECT_EQ(m_manager.getTotalTextureAnimations("sky"), 1u);
@@ -95,6 +98,16 @@ TEST_F(MaterialManager, AnimatedTexturesOfOneNameAreASetAndPlayTogether)
     m_manager.setTextureAnimationFPS("water", 1, 20);
     EXPECT_EQ(m_manager.getTextureAnimationFPS(0, 0), 2.0f);
     EXPECT_EQ(m_manager.getTextureAnimationFPS("water", 1), 20.0f);
+}
+
+TEST_F(MaterialManager, AMissingTextureIsToldWithItsSlotAndMaterial)
+{
+    TWMaterialChunk record = makeRecord("oak", "wood", {"0.png"});
+    record.accessReflectionTexture() = *makeRecord("", "sky", {"no.png"}).getDiffuseTexture();
+    EXPECT_THAT(support::complaintOf<TW_Exception_TextureNotFound>([&] { m_manager.addMaterial(record); }),
+                testing::AllOf(testing::StartsWith("TW2: Texture \"no.png\" not found (looked for in \""),
+                               testing::EndsWith("; reflection texture of material \"oak\")")));
+    EXPECT_EQ(m_manager.getMaterialCount(), 0u);
 }
 
 TEST_F(MaterialManager, UnknownSetsAndAnimationsAnswerNothing)

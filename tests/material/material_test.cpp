@@ -152,8 +152,8 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
     };
     const Case cases[] = {
         {"transparent", makeRecord(DIFFUSE, 2, [](auto& r) { r.alphaTest = true; }),
-         "layer 0 diffuse.png set 0 blend 0 filter 0x1000000\nshading 0x40000 combined\n" + ambient +
-             "alpha test 240\npriority 6\nset-up 3\ncoordinates 1\n"},
+         "layer 0 diffuse.png set 0 blend opaque filter point\nshading gouraud combined\n" + ambient +
+             "alpha test 240\npriority 6\nset-up texture-transparent\ncoordinates 1\n"},
         {"transparent and blended",
          makeRecord(DIFFUSE | OPACITY, 2,
                     [](auto& r)
@@ -162,20 +162,20 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
                         r.alphaReference = 256 + 17;
                         r.accessDiffuseTexture().filter = 1;
                     }),
-         "layer 0 diffuse.png+holes.png set 0 blend 0x800000 filter 0x4000000\nshading 0x40000 combined\n" + ambient +
-             "fog\nalpha test 17\npriority 6\nset-up 3\ncoordinates 1\n"},
+         "layer 0 diffuse.png+holes.png set 0 blend texture-alpha filter bilinear\nshading gouraud combined\n" +
+             ambient + "fog\nalpha test 17\npriority 6\nset-up texture-transparent\ncoordinates 1\n"},
         {"textured", makeRecord(DIFFUSE, 2, [](auto& r) { r.twoSided = r.invisibleGeometry = true; }),
-         "layer 0 diffuse.png set 0 blend 0 filter 0x1000000\nshading 0x40000 combined\n" + ambient +
-             "two-sided\nset-up 1\ninvisible\ncoordinates 1\n"},
+         "layer 0 diffuse.png set 0 blend opaque filter point\nshading gouraud combined\n" + ambient +
+             "two-sided\nset-up texture\ninvisible\ncoordinates 1\n"},
         {"environment; gloss has no layer",
          makeRecord(DIFFUSE | REFLECTION | GLOSS, 2, [](auto& r) { r.alphaTest = true; }),
-         "layer 0 diffuse.png set 0 blend 0 filter 0x1000000\nshading 0x40000 combined\n"
-         "layer 1 sky.png set 1 blend 0x200000 filter 0x1000000\nset 1 source 4 transformed projected\n" +
-             ambient + "set-up 2\nmatrix of layer 1" + environment + "coordinates 1\n"},
+         "layer 0 diffuse.png set 0 blend opaque filter point\nshading gouraud combined\n"
+         "layer 1 sky.png set 1 blend add filter point\nset 1 source reflection transformed projected\n" +
+             ambient + "set-up texture-environment\nmatrix of layer 1" + environment + "coordinates 1\n"},
         {"specular",
          makeRecord(DIFFUSE | REFLECTION | SPECULAR | GLOSS, 1, [](auto& r) { r.accessSpecularTexture().filter = 1; }),
-         "layer 0 diffuse.png set 0 blend 0 filter 0x5000000\nlayer 1 shine.png set 0 blend 0x200000 filter "
-         "0x5000000\n" +
+         "layer 0 diffuse.png set 0 blend opaque filter bilinear-mip-mapped\nlayer 1 shine.png set 0 blend add filter "
+         "bilinear-mip-mapped\n" +
              ambient + highlights + s_szShader + "coordinates 1\n"},
         {"specular without diffuse, one level",
          makeRecord(SPECULAR, 2,
@@ -184,12 +184,13 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
                         r.specular = 1;
                         r.accessSpecularTexture().mipLevels = 1;
                     }),
-         "layer 0 none set 0 blend 0 filter 0x1000000\nlayer 1 shine.png set 0 blend 0x200000 filter 0x1000000\n" +
-             ambient + highlights + s_szShader + "coordinates 1\n"},
+         "layer 0 none set 0 blend opaque filter point\nlayer 1 shine.png set 0 blend add filter point\n" + ambient +
+             highlights + s_szShader + "coordinates 1\n"},
         {"gloss over reflection, diffuse, solid", makeRecord(DIFFUSE | REFLECTION | GLOSS, 1),
-         "layer 0 sky.png set 1 blend 0 filter 0x1000000\nlayer 1 gloss.png set 0 blend 0x400000 filter 0x2000000\n"
-         "layer 2 diffuse.png set 0 blend 0 filter 0x2000000\nlayer 3 white set 3 blend 0x200000 filter 0x1000000\n"
-         "set 1 source 4 transformed projected\n" +
+         "layer 0 sky.png set 1 blend opaque filter point\nlayer 1 gloss.png set 0 blend modulate filter "
+         "point-mip-mapped\n"
+         "layer 2 diffuse.png set 0 blend opaque filter point-mip-mapped\nlayer 3 white set 3 blend add filter point\n"
+         "set 1 source reflection transformed projected\n" +
              ambient + "emissive 21 22 23 255\n" + solidAt + "3" + solidColor + "matrix of layer 1" + environment +
              "coordinates 2\n"},
         {"gloss with coordinates of its own, reflection on the mesh's, shaded early and late",
@@ -202,19 +203,20 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
                         r.specular = 1;
                         r.reflectionBlend = 1;
                     }),
-         "layer 0 sky.png set 2 blend 0x200000 filter 0x1000000\nshading 0x100000 combined\n"
-         "layer 1 gloss.png set 1 blend 0x400000 filter 0x2000000\n"
-         "layer 2 diffuse.png set 0 blend 0 filter 0x2000000\nlayer 3 white set 3 blend 0x200000 filter 0x1000000\n"
-         "shading 0x100000 combined\n" +
+         "layer 0 sky.png set 2 blend add filter point\nshading specular combined\n"
+         "layer 1 gloss.png set 1 blend modulate filter point-mip-mapped\n"
+         "layer 2 diffuse.png set 0 blend opaque filter point-mip-mapped\nlayer 3 white set 3 blend add filter point\n"
+         "shading specular combined\n" +
              ambient + "emissive 21 22 23 255\n" + highlights + "highlights\n" + solidAt + "3" + solidColor +
              "coordinates 3\n"},
         {"gloss alone, shaded", makeRecord(GLOSS, 2),
-         "layer 0 gloss.png set 0 blend 0x400000 filter 0x2000000\nlayer 1 white set 2 blend 0 filter 0x1000000\n"
-         "shading 0x40000 combined\n" +
+         "layer 0 gloss.png set 0 blend modulate filter point-mip-mapped\nlayer 1 white set 2 blend opaque filter "
+         "point\n"
+         "shading gouraud combined\n" +
              ambient + "diffuse 21 22 23 255\n" + solidAt + "2" + solidColor + "coordinates 1\n"},
         {"nothing", makeRecord(0, 0), ambient + "coordinates 0\n"},
         {"highlights alone", makeRecord(0, 0, [](auto& r) { r.specular = 1; }),
-         "shading 0x100000 first\n" + ambient + highlights + "highlights\ncoordinates 0\n"},
+         "shading specular first\n" + ambient + highlights + "highlights\ncoordinates 0\n"},
         {"plain colour, shaded, with highlights and alpha test",
          makeRecord(0, 2,
                     [](auto& r)
@@ -223,12 +225,12 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
                         r.alphaTest = true;
                         r.diffuseBlend = 2;
                     }),
-         "layer 0 white set 0 blend 0x400000 filter 0x1000000\nshading 0x40000 combined\nshading 0x100000 combined\n" +
+         "layer 0 white set 0 blend modulate filter point\nshading gouraud combined\nshading specular combined\n" +
              ambient + "diffuse 21 22 23 255\n" + highlights + "highlights\nblending forced off\nalpha test 240\n" +
              solidAt + "0" + solidColor + "coordinates 1\n"},
         {"diffuse, solid, then the reflection", makeRecord(DIFFUSE | REFLECTION, 1),
-         "layer 0 diffuse.png set 0 blend 0 filter 0x2000000\nlayer 1 white set 1 blend 0x200000 filter 0x1000000\n"
-         "layer 2 sky.png set 2 blend 0x400000 filter 0x1000000\nset 2 source 4 transformed projected\n" +
+         "layer 0 diffuse.png set 0 blend opaque filter point-mip-mapped\nlayer 1 white set 1 blend add filter point\n"
+         "layer 2 sky.png set 2 blend modulate filter point\nset 2 source reflection transformed projected\n" +
              ambient + "emissive 21 22 23 255\n" + solidAt + "1" + solidColor + "matrix of layer 2" + environment +
              "coordinates 2\n"},
         {"constant alpha takes the ready-made set-up away",
@@ -238,7 +240,7 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
                         r.vertexAlpha = r.alphaTest = r.alphaBlend = true;
                         r.vertexAlphaValue = 0.5f;
                     }),
-         "layer 0 diffuse.png set 0 blend 0x600000 filter 0x2000000\nshading 0x40000 combined\n" + ambient +
+         "layer 0 diffuse.png set 0 blend vertex-alpha filter point-mip-mapped\nshading gouraud combined\n" + ambient +
              "alpha test 240\nvertex alpha 0.5\ncoordinates 1\n"},
         {"both alphas, shaded before the reflection, which is not generated",
          makeRecord(DIFFUSE | OPACITY | REFLECTION, 2,
@@ -247,13 +249,13 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
                         r.vertexAlpha = true;
                         r.reflectionMapping = 5;
                     }),
-         "layer 0 diffuse.png+holes.png set 0 blend 0xa00000 filter 0x2000000\nshading 0x40000 combined\n"
-         "layer 1 sky.png set 1 blend 0x400000 filter 0x1000000\n" +
+         "layer 0 diffuse.png+holes.png set 0 blend both-alphas filter point-mip-mapped\nshading gouraud combined\n"
+         "layer 1 sky.png set 1 blend modulate filter point\n" +
              ambient + "vertex alpha 0\ncoordinates 1\n"},
         {"solid with constant alpha, shaded after the reflection",
          makeRecord(REFLECTION, 2, [](auto& r) { r.vertexAlpha = r.shadeReflection = true; }),
-         "layer 0 white set 0 blend 0x600000 filter 0x1000000\nlayer 1 sky.png set 1 blend 0x400000 filter 0x1000000\n"
-         "shading 0x40000 combined\nset 1 source 4 transformed projected\n" +
+         "layer 0 white set 0 blend vertex-alpha filter point\nlayer 1 sky.png set 1 blend modulate filter point\n"
+         "shading gouraud combined\nset 1 source reflection transformed projected\n" +
              ambient + "diffuse 21 22 23 255\n" + solidAt + "0" + solidColor + "vertex alpha 0\nmatrix of layer 1" +
              environment + "coordinates 1\n"},
     };
@@ -266,10 +268,13 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
 TEST_F(Material, SelectorsChooseFilterAndBlendingAndFallBackToTheFirst)
 {
     P_Material::setDefaultFilter(P_Material::FILTER_MODE::BilinearMipMapped);
-    const std::tuple<int, const char*, const char*> filters[] = {
-        {0, "0x1000000", "0x2000000"}, {1, "0x4000000", "0x5000000"}, {2, "0x5000000", "0x5000000"},
-        {3, "0x6000000", "0x6000000"}, {4, "0x7000000", "0x7000000"}, {5, "0x1000000", "0x2000000"},
-        {-1, "0x1000000", "0x2000000"}};
+    const std::tuple<int, const char*, const char*> filters[] = {{0, "point", "point-mip-mapped"},
+                                                                 {1, "bilinear", "bilinear-mip-mapped"},
+                                                                 {2, "bilinear-mip-mapped", "bilinear-mip-mapped"},
+                                                                 {3, "trilinear", "trilinear"},
+                                                                 {4, "anisotropic", "anisotropic"},
+                                                                 {5, "point", "point-mip-mapped"},
+                                                                 {-1, "point", "point-mip-mapped"}};
     for (const auto& [selector, plain, mipMapped] : filters)
     {
         for (const int levels : {0, 1, 2})
@@ -286,7 +291,7 @@ TEST_F(Material, SelectorsChooseFilterAndBlendingAndFallBackToTheFirst)
     }
     P_Material::setDefaultFilter(P_Material::FILTER_MODE::Trilinear);
     const std::tuple<int, const char*> blendings[] = {
-        {0, "0 "}, {1, "0x200000 "}, {2, "0x400000 "}, {3, "0 "}, {-7, "0 "}};
+        {0, "opaque "}, {1, "add "}, {2, "modulate "}, {3, "opaque "}, {-7, "opaque "}};
     for (const auto& [selector, blending] : blendings)
     {
         const TWMaterialChunk record =
@@ -377,7 +382,7 @@ TEST_F(Material, TheCallbackSeesTheCountsAndWhatItChangesStaysInTheTemplate)
     withCallback.reset();
     EXPECT_EQ(TW_Material(record).getMaterial()->getSortPriority(), 42u);
     copy.reset();  // the last material takes the templates along
-    EXPECT_EQ(TW_Material(record).getMaterial()->getSortPriority(), P_Material::defaultSortPriority);
+    EXPECT_EQ(TW_Material(record).getMaterial()->getSortPriority(), +P_Material::defaultSortPriority);
 
     // Built with a callback it is never a copy; a later material without callback copies the older template.
     const TW_Material plain(record);
@@ -385,7 +390,7 @@ TEST_F(Material, TheCallbackSeesTheCountsAndWhatItChangesStaysInTheTemplate)
     spy.m_iMoreLayers = -9;
     EXPECT_EQ(TW_Material(record).getMaterial()->getSortPriority(), 42u);
     TW_Material::setCallback(nullptr);
-    EXPECT_EQ(TW_Material(record).getMaterial()->getSortPriority(), P_Material::defaultSortPriority);
+    EXPECT_EQ(TW_Material(record).getMaterial()->getSortPriority(), +P_Material::defaultSortPriority);
 }
 
 TEST_F(Material, AFailedOrNestedConstructionDoesNotMixUpTheTemplates)

@@ -64,7 +64,7 @@ protected:
     }
     char getShown() const
     {
-        const S_String& file = m_material.getMaterial()->getTexture(0)->getFileName();
+        const S_String& file = m_material.getMaterial()->getTexture(0)->getFilename();
         return file[file.size() - 5];
     }
     char showAt(float seconds)

@@ -1,10 +1,13 @@
 #include "tests/support/expectations.h"
 #include "tests/support/material_records.h"
+#include "tests/support/verbose_capture.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/material/texture.h>
 
 #include <platform/image/image_exception.h>
+#include <platform/runtime/file.h>
+#include <platform/runtime/rollback.h>
 #include <platform/scene/map.h>
 
 #include <gmock/gmock.h>
@@ -145,7 +148,7 @@ TEST(Texture, TheFirstDirectoryThatHoldsTheFileIsTheOneItIsLoadedFrom)
     const unsigned char* pixel = texture.getMap()->getImage().getPixel(1, 1);
     EXPECT_EQ(pixel[0], 20);
     EXPECT_EQ(pixel[3], 77);
-    const std::string here = directory.getPath().string();
+    const std::string here = directory.getPath().generic_string();
     EXPECT_EQ(std::string(texture.getPath()), here + "/b\\");
     EXPECT_EQ(std::string(texture.getAlphaPath()), here + "/c\\");
     EXPECT_EQ(std::string(texture.getMap()->getDescription()), "TW: " + here + "/b\\stone.png");
@@ -244,4 +247,63 @@ TEST(Texture, EveryFailedAllocationOfAConstructionIsSurvived)
                 throw;
             }
         });
+}
+
+TEST(Texture, AFileThatIsMissingIsToldWithTheSearchPath)
+{
+    const support::TextureFolder folder;
+    TW_Texture::clearTexturePathList();
+    TW_Texture::addTexturePath("maps;more maps/");
+    const std::string message = "TW2: Texture \"no.png\" not found";
+    const std::string from = " from \"" + std::string(File.getCurrentDirectory()) + "\")";
+    const auto complain = []
+    { return support::complaintOf<TW_Exception_TextureNotFound>([] { TW_Texture{makeInfo("no.png")}; }); };
+    EXPECT_EQ(complain(), message + " (looked for in \"maps\\\", \"more maps/\"" + from);
+    TW_Texture::clearTexturePathList();
+    EXPECT_EQ(complain(), message + " (looked for in no directory" + from);
+}
+
+TEST(Texture, AFileMayBeMissingWhereTheHostSaysSo)
+{
+    support::TextureFolder folder;
+    folder.add({"wood.png"});
+    ASSERT_FALSE(TW_Texture::areMissingFilesAllowed());
+    TW_Texture::setMissingFilesAllowed(true);
+    const S_Rollback forbid([]() noexcept { TW_Texture::setMissingFilesAllowed(false); });
+    Spy spy;
+    TW_Texture::setCallback(&spy);
+    support::VerboseCapture log;
+
+    const TW_Texture plain(makeInfo("no.png"));
+    EXPECT_THAT(log.take(), testing::AllOf(testing::StartsWith("TW2: Texture \"no.png\" not found (looked for in "),
+                                           testing::EndsWith(")\n")));
+    EXPECT_TRUE(plain.getMap()->isValid());
+    EXPECT_EQ(plain.getPath(), "");
+    EXPECT_EQ(plain.getFilename(), "no.png");
+    const G_Image& white = plain.getMap()->getImage();
+    for (std::size_t byte = 0; byte < white.getSize(); ++byte)
+    {
+        ASSERT_EQ(white.getPixels()[byte], 255) << "byte " << byte;
+    }
+    const TW_Texture second(makeInfo("no.png"));
+    EXPECT_EQ(second.getMap(), plain.getMap());
+    EXPECT_EQ(log.take(), "") << "a file is told once while it is in use";
+
+    const TW_Texture withoutAlpha(makeInfo("wood.png", "no.png"));
+    EXPECT_THAT(log.take(), HasSubstr("\"no.png\" not found"));
+    EXPECT_NE(withoutAlpha.getPath(), "");
+    EXPECT_EQ(withoutAlpha.getAlphaPath(), "");
+    EXPECT_EQ(spy.m_vecInfos.size(), 2u);
+
+    TW_Texture::setMissingFilesAllowed(false);
+    EXPECT_THROW(TW_Texture{makeInfo("other.png")}, TW_Exception_TextureNotFound);
+}
+
+TEST(Texture, MissingFilesLeaveNothingBehind)
+{
+    const support::TextureFolder folder;
+    TW_Texture::setMissingFilesAllowed(true);
+    const S_Rollback forbid([]() noexcept { TW_Texture::setMissingFilesAllowed(false); });
+    const support::VerboseCapture log;
+    support::expectNothingLeftByFailedAllocations([] { TW_Texture{makeInfo("no.png", "neither.png")}; });
 }

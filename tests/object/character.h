@@ -20,8 +20,9 @@
 
 /// An animated object with tracks of every kind, and the model of its poses.
 ///
-/// Animation 0 moves meshes 0 to 7, animation 1 meshes 4 to 9, animation 2 all of meshes 0 to 9 and animation -3 none
-/// but mesh 3; nothing moves mesh 10. Mesh 4 hangs under 3, 3 under 2 and so on; 8, 9 and 10 hang under 0.
+/// Animation 0 moves meshes 0 to 7, animation 1 meshes 4 to 9, animation 2 all of meshes 0 to 9, animation -3 none but
+/// mesh 3 and animation 4 none at all; nothing moves mesh 10. Mesh 4 hangs under 3, 3 under 2 and so on; 8, 9 and 10
+/// hang under 0.
 class Character
 {
 public:
@@ -39,6 +40,7 @@ public:
         addAnimation(1, 4, 10);
         addAnimation(2, 0, 10);
         addAnimation(-3, 3, 4);
+        addAnimation(4, 0, 0);
         m_pObject = m_files.build(crossMode, withVisibility);
         model.mode = m_pObject->getCrossMode();
         takePose();

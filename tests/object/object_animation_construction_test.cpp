@@ -1,15 +1,19 @@
 #include "tests/support/expectations.h"
 #include "tests/support/object_files.h"
+#include "tests/support/verbose_capture.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/io/helper_chunk.h>
 #include <tw2/io/loader.h>
 #include <tw2/keyframe/keyframe_animation.h>
+#include <tw2/material/material_callback.h>
 #include <tw2/material/material_manager.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_callbacks.h>
 #include <tw2/object/object_animation_mesh_callback.h>
+#include <tw2/skin/skin_chunk.h>
 
+#include <platform/math/inverse_sqrt.h>
 #include <platform/runtime/file.h>
 #include <platform/runtime/script.h>
 #include <platform/scene/virtual_object.h>
@@ -20,6 +24,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -126,6 +131,13 @@ TEST(ObjectAnimationConstruction, EveryFormBuildsTheSameObject)
     later.construct(&script, "object", nullptr, false);
     later.construct(&script, "object", nullptr, false);
     expectSoldier(later);
+    later.getMesh(0)->setName("object");  // the names that it is built by may be its own
+    later.construct(&script, later.getMesh(0)->getName().c_str(), nullptr, false);
+    expectSoldier(later);
+    later.setName(scriptName.c_str());
+    later.getMesh(1)->setName("object");
+    later.construct(later.getName().c_str(), later.getMesh(1)->getName().c_str(), nullptr, false);
+    expectSoldier(later);
     later.destruct();
     EXPECT_FALSE(later.isConstructed());
     EXPECT_EQ(later.getTotalMeshes(), 0u);
@@ -154,6 +166,134 @@ TEST(ObjectAnimationConstruction, FilesAreRelativeToTheCurrentDirectoryAndToldAp
         ASSERT_TRUE(object.animateObjectFrame(index, 10.0f, nullptr));
         EXPECT_FLOAT_EQ(object.getMesh(0)->getMatrix().m[3][0], distance);
     }
+}
+
+TEST(ObjectAnimationConstruction, FilesThatAreNotInTheCurrentDirectoryAreFoundBesideTheScript)
+{
+    // The folder "game" is moved about as a whole and used from anywhere.
+    const SoldierFiles files;
+    (void)files.writeScript();
+    const support::TemporaryDirectory& directory = files.getDirectory();
+    directory.write("game/data/geometry.tw", directory.read("geometry.tw"));
+    files.writeAnimation("game/data/walk.tw", {makeTrack("Hip", 1.0f)});
+    directory.write("game/walk.motion", directory.read("game/data/walk.tw"));
+    directory.write("game/soldier.txt", R"(
+        soldier
+        {
+            geometry { exportdata "data/Geometry.tw" }
+            animation { index 0  filename "data\walk.tw" rootmotion walk.motion }
+        }
+        more { animation { index 1  filename "data/walk.tw" } })");
+
+    const S_DirectoryGuard restore;
+    File.changeDirectory(directory.getPath().string());
+    const auto distanceAfterASecond = [](TW_ObjectAnimation& object, int index)
+    {
+        EXPECT_TRUE(object.animateObjectFrame(index, 10.0f, nullptr));
+        return object.getMesh(0)->getMatrix().m[3][0];
+    };
+    TW_ObjectAnimation object("game/soldier.txt", "soldier", nullptr, false);
+    EXPECT_FLOAT_EQ(distanceAfterASecond(object, 0), 1.0f);
+    EXPECT_EQ(File.getCurrentDirectory(), (directory.getPath().generic_string() + "/").c_str());
+
+    // A script that is open keeps its folder, wherever the process goes meanwhile.
+    S_Script script("game/soldier.txt");
+    File.changeDirectory(restore.getDirectory());
+    object.construct(&script, "soldier", nullptr, false);
+    object.appendAnimations(&script, "more", false);
+    EXPECT_FLOAT_EQ(distanceAfterASecond(object, 1), 1.0f);
+
+    // What is in the current directory comes first.
+    files.writeAnimation("data/walk.tw", {makeTrack("Hip", 100.0f)});
+    File.changeDirectory(directory.getPath().string());
+    object.construct(&script, "soldier", nullptr, false);
+    EXPECT_FLOAT_EQ(distanceAfterASecond(object, 0), 100.0f);
+}
+
+TEST(ObjectAnimationConstruction, AFileThatIsNowhereIsNamedWithBothPlacesAndTheLineThatAsksForIt)
+{
+    const SoldierFiles files;
+    (void)files.writeScript();
+    const support::TemporaryDirectory& directory = files.getDirectory();
+    const std::string geometry = "geometry {\n exportdata \"" + directory.file("geometry.tw") + "\" }\n";
+    const std::string walk = "\"" + files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)}) + "\"";
+    const std::string gone = directory.file("gone.tw");
+    const struct
+    {
+        std::string lines;
+        const char* file;
+        int line;
+        const char* key;
+    } cases[] = {
+        {"geometry {\n crossmode linear\n exportdata away.tw }", "away.tw", 5, "exportdata"},
+        {geometry + "animation {\n index 0\n filename no/away.tw }", "no/away.tw", 7, "filename"},
+        {geometry + "animation { index 0 filename " + walk + " }\nanimation { index 1\n filename " + walk +
+             "\n\n rootmotion away.tw }",
+         "away.tw", 9, "rootmotion"},
+        {"geometry { exportdata \"" + gone + "\" }", gone.c_str(), 3, "exportdata"},
+    };
+    for (const auto& expected : cases)
+    {
+        const std::string name = directory.write("scripts/broken.txt", "soldier\n{\n" + expected.lines + "\n}\n");
+        const std::string message =
+            support::messageOf([&name] { TW_ObjectAnimation(name.c_str(), "soldier", nullptr, false); });
+        const std::string places =
+            expected.file == gone ? "there is no such file"
+                                  : "is neither in the current directory \"" + std::string(File.getCurrentDirectory()) +
+                                        "\" nor beside the script in \"" + directory.file("scripts/") + "\"";
+        EXPECT_EQ(message, "File \"" + std::string(expected.file) + "\": " + places + "; line " +
+                               std::to_string(expected.line) + " of \"" + name + "\" asks for it (key \"" +
+                               expected.key + "\")");
+    }
+}
+
+TEST(ObjectAnimationConstruction, AFileOfAnotherKindIsToldWhatItIs)
+{
+    const SoldierFiles files;
+    (void)files.writeScript();
+    const std::string animation = files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)});
+    S_MemoryFileWriter writer;
+    writer << SkinChunk();
+    const std::string skin = files.getDirectory().write("soldier.skd", writer.getBytes());
+    const std::string geometry = files.getDirectory().file("geometry.tw");
+    const auto complain = [&files](const std::string& exportdata, const std::string& more)
+    {
+        const std::string script = files.getDirectory().write(
+            "wrong.txt", "soldier { geometry { exportdata \"" + exportdata + "\" } " + more + " }");
+        return support::complaintOf<TW_Exception>([&script] { TW_ObjectAnimation(script, "soldier", nullptr, false); });
+    };
+    const std::string noGeometry = "\" holds no geometry; it is ";
+    EXPECT_EQ(complain(skin, ""),
+              "TW2: Invalid Geometry: file \"" + skin + noGeometry + "skin data, which the key \"skindata\" names");
+    EXPECT_EQ(complain(animation, ""), "TW2: Invalid Geometry: file \"" + animation + noGeometry +
+                                           "an animation, which an \"animation\" block names");
+    const std::string noAnimation = "\" did not have a valid keyframe animation chunk (it is ";
+    EXPECT_EQ(complain(geometry, "animation { index 0 filename \"" + geometry + "\" }"),
+              "TW2: File \"" + geometry + noAnimation + "geometry, which the key \"exportdata\" names)");
+    EXPECT_EQ(complain(geometry, "animation { index 0 filename \"" + skin + "\" }"),
+              "TW2: File \"" + skin + noAnimation + "skin data, which the key \"skindata\" names)");
+
+    // Nothing to mistake: a file without any of these is an object without meshes, an animation without tracks.
+    const std::string nothing = files.getDirectory().write("nothing.tw", "");
+    const std::string script =
+        files.getDirectory().write("empty.txt", "soldier { geometry { exportdata \"" + nothing +
+                                                    "\" } animation { index 0 filename \"" + nothing + "\" } }");
+    const TW_ObjectAnimation empty(script, "soldier", nullptr, false);
+    EXPECT_EQ(empty.getTotalMeshes(), 0u);
+    EXPECT_TRUE(empty.isValidAnimation(0));
+}
+
+TEST(ObjectAnimationConstruction, ABlockWithSkinDataIsBuiltAsAnObjectWithAWordInTheLog)
+{
+    const SoldierFiles files;
+    const std::string script = files.writeScript("linear", "\n skindata \"soldier.skd\"\n");
+    const support::VerboseCapture log;
+    const TW_ObjectAnimation object(script, "object", nullptr, false);
+    EXPECT_EQ(object.getTotalMeshes(), 2u);
+    EXPECT_EQ(log.getText(),
+              "TW2: " + script +
+                  ": object names skin data (line 8), which an object does without: its meshes follow no "
+                  "bones. A vertex animation takes them.\n");
 }
 
 TEST(ObjectAnimationConstruction, CrossModeIsOneOfThreeWordsAndNormalizedWhenLeftOut)
@@ -195,7 +335,7 @@ TEST(ObjectAnimationConstruction, BoundingVolumesFollowTheMeshesOrWhatTheScriptG
          box | fixed,
          true,
          false,
-         3.0f,
+         M_fastLength({-3, 0, 0}),
          {1, 2, 2}},
         {"boundingBoxMin (-3,0,0) boundingBoxMax (1,2,2) boundingSphereRadius 7",
          box | sphere | fixed,
@@ -216,12 +356,201 @@ TEST(ObjectAnimationConstruction, BoundingVolumesFollowTheMeshesOrWhatTheScriptG
         EXPECT_EQ(object.getEngineFlags() & (box | sphere | automatic | fixed), expected.flags);
         EXPECT_EQ(object.getUseManualBoundingBox(), expected.manualBox);
         EXPECT_EQ(object.getUseManualBoundingSphere(), expected.manualSphere);
-        EXPECT_FLOAT_EQ(object.getBoundingRadius(), expected.radius);
+        EXPECT_EQ(object.getBoundingRadius(), expected.radius);
         const Vector maximum = object.getBoundingBoxMax();
         EXPECT_FLOAT_EQ(maximum.x, expected.maximum.x);
         EXPECT_FLOAT_EQ(maximum.y, expected.maximum.y);
         EXPECT_FLOAT_EQ(maximum.z, expected.maximum.z);
     }
+}
+
+TEST(ObjectAnimationConstruction, CallbacksMayBuildOtherObjectsMeanwhile)
+{
+    /// At every call: another object, and an animation for one that there is.
+    class Builder : public TW_MeshLoadedCallback,
+                    public TW_LoadMeshCallback,
+                    public TW_ObjectKeyframeAnimationCallback,
+                    public TW_MaterialCallback
+    {
+    public:
+        explicit Builder(const ObjectFiles& files)
+            : m_script(files.writeScript("orthonormalized")),
+              m_animation(files.writeAnimation("wave.tw", {makeTrack("arm", 4.0f)}).c_str()),
+              m_other(m_script.c_str(), "object", nullptr, false)
+        {
+            TW_ObjectAnimation::setMeshLoadedCallback(this);
+            TW_ObjectAnimation::setLoadMeshCallback(this);
+            TW_ObjectAnimation::setKeyframeAnimationCallback(this);
+            TW_Material::setCallback(this);
+        }
+        ~Builder() override
+        {
+            TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
+            TW_ObjectAnimation::setLoadMeshCallback(nullptr);
+            TW_ObjectAnimation::setKeyframeAnimationCallback(nullptr);
+            TW_Material::setCallback(nullptr);
+        }
+        void operator()(TW_ObjectAnimation*, P_VirtualObject*) override { build(); }
+        bool operator()(MeshChunk&) override
+        {
+            build();
+            return true;
+        }
+        void operator()(int, TW_KeyframeAnimation*) override { build(); }
+        using TW_MaterialCallback::operator();
+        void operator()(P_Material*, const TWMaterialChunk&) override { build(); }
+
+        int m_iBuilt = 0;
+
+    private:
+        void build()
+        {
+            if (m_bBuilding)
+            {
+                return;
+            }
+            m_bBuilding = true;
+            TW_ObjectAnimation object(m_script.c_str(), "object", nullptr, false);
+            EXPECT_EQ(object.getTotalMeshes(), 2u);
+            EXPECT_EQ(object.getMaterialManager()->getMaterialCount(), 1u);
+            object.construct(m_script.c_str(), "object", nullptr, false);
+            EXPECT_EQ(object.getTotalAnimations(), 1u);
+            m_other.appendSingleAnimation(9, m_animation, false);
+            EXPECT_TRUE(m_other.animateObjectFrame(9, 1.0f, nullptr));
+            EXPECT_THROW(object.construct("missing.txt", "object", nullptr, false), S_FileException);
+            ++m_iBuilt;
+            m_bBuilding = false;
+        }
+
+        std::string m_script;
+        S_String m_animation;
+        TW_ObjectAnimation m_other;
+        bool m_bBuilding = false;
+    };
+    MaterialListChunk list;
+    list.materials = {support::makeSolidMaterial("skin"), support::makeSolidMaterial("cloth")};
+    ObjectFiles innerFiles;
+    innerFiles.addMaterials(MaterialListChunk{"", {support::makeSolidMaterial("paint")}});
+    innerFiles.addMesh("arm");
+    innerFiles.addMesh("hand", "arm");
+    innerFiles.addAnimation(0, {makeTrack("arm", 1.0f)});
+    ObjectFiles files;
+    files.addMaterials(list);
+    files.addMesh("hip");
+    files.addMesh("leg", "hip");
+    files.addMesh("foot", "leg");
+    files.addAnimation(3, {makeTrack("hip", 1.0f), makeTrack("nobody", 1.0f), makeTrack("foot", 1.0f)});
+    files.addAnimation(4, {makeTrack("leg", 1.0f)});
+
+    const SurroundingsCheck surroundings;
+    Builder builder(innerFiles);
+    const auto object = files.build();
+    EXPECT_EQ(builder.m_iBuilt, 2 + 3 + 3 + 1);  // materials, meshes before and after, one target that is missing
+    EXPECT_EQ(object->getTotalMeshes(), 3u);
+    EXPECT_EQ(object->getMaterialManager()->getMaterialCount(), 2u);
+    EXPECT_EQ(object->getAnimation(3)->m_iKeyframeAnimationCount, 2);
+    EXPECT_EQ(object->getAnimation(4)->m_iKeyframeAnimationCount, 1);
+}
+
+TEST(ObjectAnimationConstruction, ACallbackThatTakesTheObjectAwayEndsItsLoad)
+{
+    /// Does something once, at the call of one of the callbacks.
+    class Taker : public TW_MeshLoadedCallback,
+                  public TW_LoadMeshCallback,
+                  public TW_MeshParentNotFoundCallback,
+                  public TW_ObjectKeyframeAnimationCallback,
+                  public TW_MaterialCallback
+    {
+    public:
+        enum Place
+        {
+            MATERIAL,
+            MESH,
+            PARENT,
+            MESH_LOADED,
+            TRACK,
+            PLACES
+        };
+
+        Taker(Place place, const std::function<void()>& take) : m_place(place), m_take(take)
+        {
+            TW_ObjectAnimation::setMeshLoadedCallback(this);
+            TW_ObjectAnimation::setLoadMeshCallback(this);
+            TW_ObjectAnimation::setMeshParentNotFoundCallback(this);
+            TW_ObjectAnimation::setKeyframeAnimationCallback(this);
+            TW_Material::setCallback(this);
+        }
+        ~Taker() override
+        {
+            TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
+            TW_ObjectAnimation::setLoadMeshCallback(nullptr);
+            TW_ObjectAnimation::setMeshParentNotFoundCallback(nullptr);
+            TW_ObjectAnimation::setKeyframeAnimationCallback(nullptr);
+            TW_Material::setCallback(nullptr);
+        }
+        void operator()(TW_ObjectAnimation*, P_VirtualObject*) override { callAt(MESH_LOADED); }
+        bool operator()(MeshChunk&) override
+        {
+            callAt(MESH);
+            return true;
+        }
+        void operator()(P_VirtualObject*, const S_String&) override { callAt(PARENT); }
+        void operator()(int, TW_KeyframeAnimation*) override { callAt(TRACK); }
+        using TW_MaterialCallback::operator();
+        void operator()(P_Material*, const TWMaterialChunk&) override { callAt(MATERIAL); }
+
+    private:
+        void callAt(Place place)
+        {
+            if (place == m_place)
+            {
+                m_place = PLACES;
+                m_take();
+            }
+        }
+
+        Place m_place;
+        std::function<void()> m_take;
+    };
+    ObjectFiles files;
+    files.addMaterials(
+        MaterialListChunk{"", {support::makeSolidMaterial("skin"), support::makeSolidMaterial("cloth")}});
+    files.addMesh("hip");
+    files.addMesh("lost", "nobody");
+    files.addMesh("leg", "hip");
+    files.addAnimation(0, {makeTrack("hip", 1.0f), makeTrack("nobody", 2.0f), makeTrack("leg", 3.0f)});
+    files.addAnimation(1, {makeTrack("leg", 4.0f)});
+    const std::string script = files.writeScript();
+    const std::string more = files.writeAnimation("more.tw", {makeTrack("nobody", 2.0f), makeTrack("leg", 3.0f)});
+    TW_ObjectAnimation object;
+    TW_ObjectAnimation other;
+    const std::function<void()> takings[] = {[&] { object.destruct(); },
+                                             [&] { object.construct(script.c_str(), "object", nullptr, false); },
+                                             [&] { object = other; }};
+    const auto build = [&] { object.construct(script.c_str(), "object", nullptr, false); };
+    const auto expectTaken = [&](const std::function<void()>& load)
+    {
+        EXPECT_THROW(load(), TW_Exception_InvalidGeometry);
+        EXPECT_FALSE(object.isConstructed());
+        EXPECT_EQ(object.getTotalMeshes(), 0u);
+        EXPECT_EQ(object.getTotalAnimations(), 0u);
+    };
+
+    const SurroundingsCheck surroundings;
+    for (const std::function<void()>& take : takings)
+    {
+        for (int place = 0; place < Taker::PLACES; ++place)
+        {
+            SCOPED_TRACE(place);
+            const Taker taker(static_cast<Taker::Place>(place), take);
+            expectTaken(build);
+            EXPECT_NO_THROW(build());  // it has taken it once
+            EXPECT_EQ(object.getTotalMeshes(), 3u);
+            EXPECT_EQ(object.getTotalAnimations(), 2u);
+        }
+    }
+    const Taker taker(Taker::TRACK, takings[0]);
+    expectTaken([&] { object.appendSingleAnimation(7, more.c_str(), false); });
 }
 
 TEST(ObjectAnimationConstruction, WhatIsWrongIsNamedAndNothingIsLeftBehind)
@@ -236,6 +565,13 @@ TEST(ObjectAnimationConstruction, WhatIsWrongIsNamedAndNothingIsLeftBehind)
         {"no geometry", "animation { index 0 filename " + walk + " }", {"broken.txt", "geometry"}},
         {"two geometries", lines + lines, {"broken.txt", "geometry"}},
         {"unknown block", lines + "sound { }", {"broken.txt", "sound"}},
+        {"key of no block", "crossmode linear\n" + lines, {"broken.txt", "crossmode", "only blocks are: \"geometry\""}},
+        {"block in geometry",
+         "geometry { exportdata " + geometry + "\n animation { index 0 filename " + walk + " } }",
+         {"broken.txt", "block \"animation\" is not known here; known are: none"}},
+        {"block in animation",
+         lines + "animation { index 0 filename " + walk + "\n sound { } }",
+         {"broken.txt", "block \"sound\" is not known here; known are: \"event\""}},
         {"unknown key", "geometry { exportdata " + geometry + "\n colour red }", {"broken.txt", "colour"}},
         {"no file name", "geometry { crossmode linear }", {"broken.txt", "exportdata"}},
         {"no index", lines + "animation { filename " + walk + " }", {"broken.txt", "index"}},
@@ -271,7 +607,23 @@ TEST(ObjectAnimationConstruction, WhatIsWrongIsNamedAndNothingIsLeftBehind)
         EXPECT_EQ(object.getTotalMeshes(), 0u);
         EXPECT_EQ(object.getMaterialManager(), nullptr);
     }
+    // The host's mesh callback comes back when a mesh cannot be built, and is taken when all can.
+    class Refuser : public TW_LoadMeshCallback
+    {
+    public:
+        bool operator()(MeshChunk&) override { throw std::runtime_error("no mesh"); }
+    } refuser;
     const std::string good = files.writeScript();
+    TW_ObjectAnimation other(good.c_str(), "object", nullptr, false);
+    TW_ObjectAnimationMeshCallback hostCallback(&other);
+    TW_Loader::setMeshCallback(&hostCallback);
+    TW_ObjectAnimation::setLoadMeshCallback(&refuser);
+    EXPECT_THROW(object.construct(good.c_str(), "object", nullptr, false), std::runtime_error);
+    TW_ObjectAnimation::setLoadMeshCallback(nullptr);
+    EXPECT_EQ(TW_Loader::getMeshCallback(), &hostCallback);
+    object.construct(good.c_str(), "object", nullptr, false);
+    EXPECT_EQ(TW_Loader::getMeshCallback(), nullptr);
+    EXPECT_EQ(other.getTotalMeshes(), 2u);
     EXPECT_THAT(support::messageOf([&] { object.construct(good.c_str(), "soldat", nullptr, false); }),
                 HasSubstr("soldat"));
     object.construct(good.c_str(), "object", nullptr, false);

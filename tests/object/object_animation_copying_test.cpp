@@ -4,8 +4,10 @@
 #include <tw2/core/exceptions.h>
 #include <tw2/keyframe/keyframe_animation.h>
 #include <tw2/material/material_manager.h>
+#include <tw2/object/bone_handle.h>
 #include <tw2/object/object_animation.h>
 
+#include <platform/runtime/memory_scope.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gmock/gmock.h>
@@ -174,4 +176,93 @@ TEST_F(ObjectAnimationCopying, MaterialsThatCannotBeReplacedStay)
         }
     }
     EXPECT_NE(getMaterial(*m_object, 0, 0), before);
+}
+
+// What copies share until one of them changes.
+TEST_F(ObjectAnimationCopying, CopiesAndTheirSourceChangeWithoutEachOther)
+{
+    auto copy = std::make_unique<TW_ObjectAnimation>(*m_object);
+    const TW_ObjectAnimation third(*copy);
+    auto added = std::make_unique<P_VirtualObject>();
+    added->setName("Hat");
+    P_VirtualObject* const hat = added.get();
+    copy->addMesh(added.release());
+    copy->addMesh(copy->getMesh(0));  // is one already
+    copy->getMesh(1)->setName("skull");
+    EXPECT_EQ(copy->getTotalMeshes(), 3u);
+    EXPECT_EQ(copy->getMeshIndex(hat), 2);
+    EXPECT_EQ(copy->getMeshByName("hAT"), hat);
+    EXPECT_EQ(copy->getMeshByNameCaseSensitive("head"), copy->getMesh(1)) << "a mesh keeps the name it was added under";
+    EXPECT_EQ(copy->getBoneHandle("skull").getBoneIndex(), 1u);
+    for (const TW_ObjectAnimation* other : {static_cast<const TW_ObjectAnimation*>(m_object.get()), &third})
+    {
+        EXPECT_EQ(other->getMeshByName("hat"), nullptr);
+        EXPECT_EQ(other->getMesh(1)->getName(), "head");
+        EXPECT_EQ(other->getMeshIndex(hat), -1);
+    }
+    EXPECT_EQ(m_object->getMeshIndex(copy->getMesh(0)), -1);
+
+    P_PrimitiveInstance& primitive = *copy->getMesh(0)->getPrimitiveInstance(1);
+    primitive.setVisible(false);
+    primitive.setTextureMatrix(0, M_Matrix4Template<float>());
+    copy->getMesh(0)->setCollisionGroup(3);
+    const P_PrimitiveInstance& original = *std::as_const(*m_object->getMesh(0)).getPrimitiveInstance(1);
+    EXPECT_TRUE(original.isVisible());
+    EXPECT_EQ(original.getTextureMatrix(0), nullptr);
+    EXPECT_EQ(m_object->getMesh(0)->getCollisionGroup(), 0);
+
+    // A copy knows its meshes by the names that they have now.
+    TW_ObjectAnimation renamed(*copy);
+    EXPECT_EQ(renamed.getMeshByName("head"), nullptr);
+    ASSERT_EQ(renamed.getMeshByNameCaseSensitive("skull"), renamed.getMesh(1));
+    EXPECT_EQ(renamed.getMesh(1)->getParent(), renamed.getMesh(0));
+    EXPECT_EQ(renamed.getMesh(2)->getParent(), static_cast<P_BaseObject*>(&renamed));
+    EXPECT_FALSE(std::as_const(*renamed.getMesh(0)).getPrimitiveInstance(1)->isVisible());
+
+    copy.reset();
+    m_object.reset();
+    EXPECT_EQ(third.getMesh(1)->getName(), "head");
+    EXPECT_EQ(third.getMesh(1)->getParent(), third.getMesh(0));
+    EXPECT_EQ(renamed.getMeshByName("HAT"), renamed.getMesh(2));
+}
+
+TEST(CharacterMemory, OneMoreCharacterTakesAFractionOfWhatItsMeshesAre)
+{
+    ObjectFiles files;
+    for (int bone = 0; bone < 64; ++bone)
+    {
+        files.addMesh("a bone of a longer name " + std::to_string(bone),
+                      bone > 0 ? "a bone of a longer name " + std::to_string((bone - 1) / 2) : "");
+    }
+    files.addAnimation(0, {makeTrack("a bone of a longer name 7", 1.0f)});
+    const auto character = files.build();
+    const S_MemoryScope::Usage before = S_MemoryScope::getUsage("TW Memory Container");
+    const TW_ObjectAnimation copy(*character);
+    const S_MemoryScope::Usage after = S_MemoryScope::getUsage("TW Memory Container");
+    EXPECT_LT(after.m_iBytes - before.m_iBytes, 20'000);
+    EXPECT_LT(after.m_iBlocks - before.m_iBlocks, 32);
+}
+
+TEST(CharacterMemory, MeshesAreAddedOneByOneWithoutMovingTheOthersEachTime)
+{
+    TW_ObjectAnimation object;
+    long long moves = 0;
+    const M_Matrix4x3Template<float>* place = nullptr;
+    for (int i = 0; i < 1000; ++i)
+    {
+        auto mesh = std::make_unique<P_VirtualObject>();
+        mesh->setName(std::to_string(i).c_str());
+        mesh->setMatrix(M_Matrix4x3Template<float>::translation({static_cast<float>(i), 0.0f, 0.0f}));
+        object.addMesh(mesh.get());
+        (void)mesh.release();
+        moves += &object.getMesh(0)->getMatrix() != place;
+        place = &object.getMesh(0)->getMatrix();
+    }
+    EXPECT_LT(moves, 12);
+    for (unsigned int i = 0; i < 1000; ++i)
+    {
+        ASSERT_EQ(object.getMeshByName(std::to_string(i).c_str()), object.getMesh(i));
+        ASSERT_EQ(object.getMeshIndex(object.getMesh(i)), static_cast<int>(i));
+        ASSERT_EQ(object.getMesh(i)->getMatrix().m[3][0], static_cast<float>(i));
+    }
 }

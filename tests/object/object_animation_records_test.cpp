@@ -163,6 +163,8 @@ TEST_F(ObjectAnimationRecords, SharedAnimationsOutliveTheirSource)
     const TW_ObjectAnimation::ObjectAnimation& shared = *m_object->getAnimation(6);
     EXPECT_EQ(shared.m_iInstance, source->getAnimation(6)->m_iInstance);
     EXPECT_EQ(shared.m_iKeyframeAnimationCount, 1);
+    EXPECT_GT(m_object->getAnimationLoopToFrame(6), 0u);
+    EXPECT_EQ(m_object->getAnimationLoopToFrame(6), source->getAnimationLoopToFrame(6));
     EXPECT_EQ(getTrack(6, 0), source->getAnimation(6)->m_vecKeyframeAnimations[0]);
     EXPECT_EQ(getTrack(6, 0)->getObjectReferenceCount(), 2);
     source->destruct();

@@ -39,8 +39,29 @@ TEST(ObjectAnimationState, RestoresWhatWasFrozenAndNothingElse)
     EXPECT_FALSE(state.isConstructed());
     EXPECT_TRUE(state.accessMatrixVector().empty());
     EXPECT_EQ(TW_ObjectAnimationState(copy).accessMatrixVector()[6], later[6]);
-    const TW_ObjectAnimationState copyOfNothing(state);
-    EXPECT_TRUE(copyOfNothing.isConstructed());
+}
+
+TEST(ObjectAnimationState, WithoutAStateNothingHappens)
+{
+    Character character("orthonormalized");
+    TW_ObjectAnimationState state(*character);
+    character->animateObjectFrame(2, 4.5F, nullptr);
+    character->freezeAnimationState(&state, nullptr);
+    character->animateObjectFrame(2, 20.5F, nullptr);
+    const auto pose = character.getPose();
+    const auto group = character.group({3, 4});
+    TW_ObjectAnimationState* const none = nullptr;
+    character->freezeAnimationState(none, nullptr);
+    character->restoreAnimationState(none);
+    EXPECT_FALSE(character->crossAnimateObject(none, 0.5F, 1, 0.2F, nullptr));
+    EXPECT_FALSE(character->crossAnimateObject(none, 0.5F, 1, 0.2F, 0.3F, 2, 0.4F, 0.2F, nullptr));
+    EXPECT_FALSE(character->crossAnimateObjectFrame(none, 0.5F, 1, 2.0F, nullptr));
+    EXPECT_FALSE(character->crossAnimateObjectFrame(none, 0.5F, 1, 2.0F, 0.3F, 2, 4.0F, 0.2F, nullptr));
+    EXPECT_FALSE(character->crossAnimateObject(none, 0.5F, &state, nullptr));
+    EXPECT_FALSE(character->crossAnimateObject(&state, 0.5F, none, nullptr));
+    EXPECT_FALSE(character->crossAnimateObject(none, 0.5F, &state, TW_BoneHandle("x", 4), group.get()));
+    EXPECT_FALSE(character->crossAnimateObject(&state, 0.5F, none, TW_BoneHandle("x", 4), group.get()));
+    EXPECT_EQ(character.getPose(), pose);
 }
 
 TEST(ObjectAnimationState, OfAnotherLengthWorksOnTheMeshesThatBothHave)

@@ -1,5 +1,5 @@
+#include "render/animation_writer.h"
 #include "render/contact_sheet.h"
-#include "render/gif_writer.h"
 #include "render/render_exception.h"
 #include "tests/support/temporary_directory.h"
 
@@ -7,14 +7,17 @@
 
 #include <gif_lib.h>
 #include <gtest/gtest.h>
+#include <webp/demux.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <vector>
 
 namespace
 {
-/// A moving bright square on a course of colours.
+/// A moving bright square on a course of colours, few enough for a palette.
 G_Image makePicture(unsigned int width, unsigned int height, unsigned int step)
 {
     G_Image picture(width, height);
@@ -24,8 +27,8 @@ G_Image makePicture(unsigned int width, unsigned int height, unsigned int step)
         {
             unsigned char* pixel = picture.accessPixel(x, y);
             const bool square = x >= step && x < step + 8 && y >= 4 && y < 12;
-            pixel[0] = square ? 250 : static_cast<unsigned char>(2 * x);
-            pixel[1] = square ? 240 : static_cast<unsigned char>(4 * y);
+            pixel[0] = square ? 250 : static_cast<unsigned char>(x / 8 * 16);
+            pixel[1] = square ? 240 : static_cast<unsigned char>(y / 8 * 32);
             pixel[2] = square ? 10 : 90;
         }
     }
@@ -66,14 +69,39 @@ std::vector<G_Image> playGIF(const std::string& name, std::vector<int>& delays)
     return frames;
 }
 
-double measureDifference(const G_Image& a, const G_Image& b)
+/// Frames of an animated WebP, and the milliseconds at which each ends.
+std::vector<G_Image> playWebP(const std::string& bytes, std::vector<int>& ends)
 {
-    double sum = 0.0;
+    const WebPData data{reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()};
+    const std::unique_ptr<WebPAnimDecoder, decltype(&WebPAnimDecoderDelete)> decoder(WebPAnimDecoderNew(&data, nullptr),
+                                                                                     WebPAnimDecoderDelete);
+    EXPECT_NE(decoder, nullptr);
+    WebPAnimInfo info{};
+    EXPECT_NE(WebPAnimDecoderGetInfo(decoder.get(), &info), 0);
+    EXPECT_EQ(info.loop_count, 0U) << "for ever";
+    std::vector<G_Image> frames;
+    while (WebPAnimDecoderHasMoreFrames(decoder.get()) != 0)
+    {
+        unsigned char* pixels = nullptr;
+        int end = 0;
+        EXPECT_NE(WebPAnimDecoderGetNext(decoder.get(), &pixels, &end), 0);
+        G_Image frame(info.canvas_width, info.canvas_height);
+        std::copy_n(pixels, frame.getSize(), frame.accessPixels());
+        frames.push_back(std::move(frame));
+        ends.push_back(end);
+    }
+    return frames;
+}
+
+/// The largest difference of a channel.
+int measureDifference(const G_Image& a, const G_Image& b)
+{
+    int largest = 0;
     for (std::size_t i = 0; i < a.getSize(); ++i)
     {
-        sum += std::abs(a.getPixels()[i] - b.getPixels()[i]);
+        largest = std::max(largest, std::abs(a.getPixels()[i] - b.getPixels()[i]));
     }
-    return sum / static_cast<double>(a.getSize());
+    return largest;
 }
 }  // namespace
 
@@ -95,7 +123,7 @@ TEST(GIF, PlaysBackWhatWasWrittenAtTheRateAskedFor)
     int total = 0;
     for (std::size_t i = 0; i < played.size(); ++i)
     {
-        EXPECT_LT(measureDifference(played[i], pictures[i]), 4.0) << "frame " << i;
+        EXPECT_LE(measureDifference(played[i], pictures[i]), 3) << "frame " << i << ", to the last pixel of the change";
         total += delays[i];
     }
     EXPECT_EQ(total, 43) << "13 frames at 30 per second, in hundredths of a second";
@@ -115,6 +143,48 @@ TEST(GIF, RefusesWhatItCannotShowAndLeavesNoFile)
     EXPECT_FALSE(std::filesystem::exists(name));
 }
 
+TEST(WebP, PlaysBackColoursAndAlphaAtTheRateAskedFor)
+{
+    const support::TemporaryDirectory directory;
+    const auto writer = TW2::render::makeWebPWriter(30.0, 100.0F);
+    std::vector<G_Image> pictures;
+    for (unsigned int step = 0; step < 7; ++step)
+    {
+        pictures.push_back(makePicture(64, 48, 8 * step));
+        for (unsigned int y = 24; y < 48; ++y)
+        {
+            for (unsigned int x = 0; x < 64; ++x)
+            {
+                pictures.back().accessPixel(x, y)[3] = x < 32 ? 0 : 128;
+            }
+        }
+        writer->add(pictures.back());
+    }
+    const std::string name = directory.file("motion.webp");
+    writer->write(name.c_str());
+    std::vector<int> ends;
+    const std::vector<G_Image> played = playWebP(directory.read("motion.webp"), ends);
+    ASSERT_EQ(played.size(), pictures.size());
+    for (std::size_t i = 0; i < played.size(); ++i)
+    {
+        EXPECT_EQ(ends[i], std::lround(1000.0 * static_cast<double>(i + 1) / 30.0));
+        const auto column = static_cast<unsigned int>(8 * i + 4);
+        const unsigned char* inSquare = played[i].getPixel(column, 8);
+        EXPECT_NEAR(inSquare[0], 250, 16) << "frame " << i;
+        EXPECT_NEAR(inSquare[2], 10, 24) << "frame " << i;
+        EXPECT_EQ(inSquare[3], 255);
+        EXPECT_EQ(played[i].getPixel(10, 40)[3], 0);
+        EXPECT_EQ(played[i].getPixel(50, 40)[3], 128);
+    }
+
+    EXPECT_THROW(static_cast<void>(TW2::render::makeWebPWriter(0.5)), TW2::render::RenderException);
+    EXPECT_THROW(static_cast<void>(TW2::render::makeWebPWriter(25.0, 101.0F)), TW2::render::RenderException);
+    EXPECT_THROW(TW2::render::makeWebPWriter(25.0)->write(directory.file("none.webp").c_str()),
+                 TW2::render::RenderException);
+    EXPECT_THROW(writer->add(makePicture(65, 48, 0)), TW2::render::RenderException) << "another size";
+    EXPECT_FALSE(std::filesystem::exists(directory.file("none.webp")));
+}
+
 TEST(ContactSheet, HoldsEveryPictureInReadingOrder)
 {
     std::vector<G_Image> pictures;
@@ -130,5 +200,7 @@ TEST(ContactSheet, HoldsEveryPictureInReadingOrder)
         const unsigned char* corner = sheet.getPixel(2 + i % 2 * 22 + i, 2 + i / 2 * 18 + 4);
         EXPECT_EQ(corner[0], 250) << "the square of picture " << i << " begins at its column " << i;
     }
+    pictures.pop_back();
+    EXPECT_EQ(TW2::render::makeContactSheet(pictures, 2).getHeight(), 2 * 18 + 2U) << "no row stays empty";
     EXPECT_THROW(static_cast<void>(TW2::render::makeContactSheet({})), TW2::render::RenderException);
 }

@@ -1,145 +1,19 @@
-#include "render/scene_renderer.h"
+#include "render/gl.h"
+#include "tests/render/renderer_fixture.h"
 
-#include "render/offscreen_context.h"
-#include "render/picture_target.h"
-#include "render/render_exception.h"
-#include "render/studio.h"
-
-#include <platform/scene/camera.h>
-#include <platform/scene/context.h>
-#include <platform/scene/map.h>
-#include <platform/scene/material.h>
-#include <platform/scene/material_helpers.h>
-#include <platform/scene/scene.h>
-#include <platform/scene/virtual_object.h>
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <cstring>
-#include <memory>
-#include <optional>
-#include <vector>
+#include <platform/scene/directional_light.h>
 
 namespace
 {
-using TW2::render::View;
-using Vector = M_Vector3Template<float>;
-using Matrix = M_Matrix4x3Template<float>;
+using namespace support;
 
-constexpr unsigned int side = 64;  // pixels of a test picture; a unit of the z = 0 plane is 16 of them
-
-/// A camera at z = -4 that sees 4 x 4 units of the plane z = 0, and a driver to draw with.
-class RendererTest : public testing::Test
+class SceneRenderer : public RendererFixture
 {
-protected:
-    void SetUp() override
-    {
-        try
-        {
-            m_driver.emplace();
-        }
-        catch (const TW2::render::RenderException& exception)
-        {
-            GTEST_SKIP() << exception.getErrorMessage();
-        }
-        m_renderer.emplace();
-        m_target.emplace(side, side, 4);
-        m_camera.lookAt({0.0F, 0.0F, -4.0F}, {}, {0.0F, 1.0F, 0.0F});
-        m_camera.setPerspective(2.0F * std::atan(0.5F) * 180.0F / 3.14159265F, 1.0F, 0.1F, 100.0F);
-        m_context.setCurrentCamera(&m_camera);
-        m_view.m_topColor = m_view.m_bottomColor = G_FColor(0.0F, 0.0F, 255.0F);
-        m_view.m_ambientSky = m_view.m_ambientGround = G_FColor(255.0F, 255.0F, 255.0F);
-    }
-
-    /// Adds a square of one unit with its corner at (x, y), facing the camera or, with `turned`, away from it.
-    P_VirtualObject& addSquare(float x, float y, P_Material* material, bool turned = false, float z = 0.0F)
-    {
-        auto& object = *m_objects.emplace_back(std::make_unique<P_VirtualObject>(1));
-        P_VertexFormat format;
-        format.constructFromOldVertexFormat(0x31);
-        fill(*object.createTriangleMesh(0, material, format), turned);
-        object.setMatrix(Matrix::translation({x, y, z}));
-        object.addTo(&m_scene);
-        return object;
-    }
-
-    static void fill(P_TriangleMesh& mesh, bool turned)
-    {
-        mesh.allocate(2, 4, false);
-        mesh.lock();
-        for (unsigned int i = 0; i < 4; ++i)
-        {
-            const auto u = static_cast<float>(i % 2);
-            const auto v = static_cast<float>(i / 2);
-            mesh.getVertexBuffer().setPosition(i, {u, v, 0.0F});
-            mesh.getVertexBuffer().setNormal(i, {0.0F, 0.0F, -1.0F});
-            mesh.getVertexBuffer().setTextureCoordinate(i, 0, u, 1.0F - v);
-        }
-        mesh.getIndexBuffer().setTriangle(0, 0, turned ? 1 : 2, turned ? 2 : 1);
-        mesh.getIndexBuffer().setTriangle(1, 1, turned ? 3 : 2, turned ? 2 : 3);
-        mesh.unlock();
-    }
-
-    /// A plain colour, whatever the light.
-    P_Material& addColor(const G_FColor& color)
-    {
-        P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
-        material.init(1, 1);
-        material.setEmissiveColor(color);
-        material.addTextureLayer(0, 0, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point,
-                                 P_Material::TEXTURE_ADDRESS_MODE::Wrap);
-        material.setTexture(0, &addMap(1, 1, {255, 255, 255, 255}));
-        return material;
-    }
-
-    /// A map whose pixels are given row by row.
-    P_Map& addMap(unsigned int width, unsigned int height, const std::vector<unsigned char>& bytes)
-    {
-        G_Image& image = *m_images.emplace_back(std::make_unique<G_Image>(width, height));
-        std::memcpy(image.accessPixels(), bytes.data(), bytes.size());
-        P_Map& map = *m_maps.emplace_back(std::make_unique<P_Map>(&image, nullptr));
-        map.validate();
-        return map;
-    }
-
-    G_Image draw()
-    {
-        m_scene.executeFrame();
-        m_target->bind();
-        m_renderer->draw(m_scene, m_camera, m_view);
-        return m_target->read();
-    }
-
-    /// Colour at a place of the plane z = 0.
-    static std::array<int, 3> at(const G_Image& picture, float x, float y)
-    {
-        const auto column = static_cast<unsigned int>((x + 2.0F) * 16.0F);
-        const auto row = static_cast<unsigned int>((2.0F - y) * 16.0F);
-        const unsigned char* pixel = picture.getPixel(column, row);
-        return {pixel[0], pixel[1], pixel[2]};
-    }
-
-    static constexpr std::array<int, 3> background{0, 0, 255};
-    static constexpr std::array<int, 3> red{255, 0, 0};
-    static constexpr std::array<int, 3> green{0, 255, 0};
-
-    std::optional<TW2::render::OffscreenContext> m_driver;
-    std::optional<TW2::render::SceneRenderer> m_renderer;
-    std::optional<TW2::render::PictureTarget> m_target;
-    View m_view;
-    P_Context m_context;
-    P_Scene m_scene{&m_context};
-    P_Camera m_camera;
-    std::vector<std::unique_ptr<G_Image>> m_images;
-    std::vector<std::unique_ptr<P_Map>> m_maps;
-    std::vector<std::unique_ptr<P_Material>> m_materials;
-    std::vector<std::unique_ptr<P_VirtualObject>> m_objects;
 };
+TW2_IN_BOTH_CONTEXTS(SceneRenderer);
 }  // namespace
 
-TEST_F(RendererTest, ShowsXToTheRightYUpAndOnlyWhatFacesTheCamera)
+TEST_P(SceneRenderer, ShowsXToTheRightYUpAndOnlyWhatFacesTheCamera)
 {
     P_Material& color = addColor({255.0F, 0.0F, 0.0F});
     addSquare(0.5F, 0.5F, &color);
@@ -156,164 +30,237 @@ TEST_F(RendererTest, ShowsXToTheRightYUpAndOnlyWhatFacesTheCamera)
     EXPECT_EQ(at(draw(), 1.0F, 1.0F), background) << "disabled";
 }
 
-TEST_F(RendererTest, ShowsTexturesUprightAndTheNearerOfTwoSurfaces)
+TEST_P(SceneRenderer, DrawsBlendedSurfacesFromFarToNearOverWhatIsBehindThem)
 {
-    // Red at the top, green at the bottom.
-    P_Material& textured = *m_materials.emplace_back(std::make_unique<P_Material>());
-    textured.init(1, 1);
-    textured.addTextureLayer(0, 0, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point,
-                             P_Material::TEXTURE_ADDRESS_MODE::Clamp);
-    textured.setTexture(0, &addMap(1, 2, {255, 0, 0, 255, 0, 255, 0, 255}));
-    addSquare(0.0F, 0.0F, &textured);
-    addSquare(0.0F, 0.0F, &addColor({255.0F, 255.0F, 0.0F}), false, 1.0F);
-    const G_Image picture = draw();
-    EXPECT_EQ(at(picture, 0.5F, 0.8F), red);
-    EXPECT_EQ(at(picture, 0.5F, 0.2F), green);
+    P_Material& redGlass = addGlass({255, 0, 0});
+    P_Material& greenGlass = addGlass({0, 255, 0});
+    // Added first, so that only sorting draws them last and in the right order.
+    P_VirtualObject& first = addSquare(0.0F, 0.0F, &redGlass, false, -0.2F);
+    P_VirtualObject& second = addSquare(0.0F, 0.0F, &greenGlass, false, -0.1F);
+    addSquare(0.0F, 0.0F, &addColor({255.0F, 255.0F, 255.0F}));
+    expectColor(draw(), 0.5F, 0.5F, {191, 127, 63}, "red before green before white");
+    first.setMatrix(Matrix::translation({0.0F, 0.0F, -0.1F}));
+    second.setMatrix(Matrix::translation({0.0F, 0.0F, -0.2F}));
+    expectColor(draw(), 0.5F, 0.5F, {127, 191, 63}, "green before red before white");
 }
 
-TEST_F(RendererTest, JoinsLayersAsTheirBlendingModesSay)
+TEST_P(SceneRenderer, SkinsFollowTheirBoneMatricesFromFrameToFrame)
 {
-    struct Case
-    {
-        P_Material::BLENDING_MODE m_eBlending;
-        std::array<int, 3> m_expected;
-    };
-    // A first layer (100, 200, 50) and a second one (100, 100, 100) with alpha 51.
-    const std::array<Case, 4> cases{Case{P_Material::BLENDING_MODE::Opaque, {100, 100, 100}},
-                                    Case{P_Material::BLENDING_MODE::Add, {200, 255, 150}},
-                                    Case{P_Material::BLENDING_MODE::Modulate, {39, 78, 20}},
-                                    Case{P_Material::BLENDING_MODE::TextureAlpha, {100, 180, 60}}};
-    P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
-    addSquare(0.0F, 0.0F, &material);
-    P_Map& first = addMap(1, 1, {100, 200, 50, 255});
-    P_Map& second = addMap(1, 1, {100, 100, 100, 51});
-    for (const Case& step : cases)
-    {
-        material.init(2, 1);
-        material.addTextureLayer(0, 0, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point,
-                                 P_Material::TEXTURE_ADDRESS_MODE::Wrap);
-        material.addTextureLayer(1, 0, step.m_eBlending, P_Material::FILTER_MODE::Point,
-                                 P_Material::TEXTURE_ADDRESS_MODE::Wrap);
-        material.setTexture(0, &first);
-        material.setTexture(1, &second);
-        const std::array<int, 3> is = at(draw(), 0.5F, 0.5F);
-        for (std::size_t i = 0; i < 3; ++i)
-        {
-            EXPECT_NEAR(is[i], step.m_expected[i], 1)
-                << "blending 0x" << std::hex << static_cast<unsigned int>(step.m_eBlending) << ", channel " << i;
-        }
-    }
-}
-
-TEST_F(RendererTest, ReadyMadeSetUpsDoubleTheLightAndTestTheAlpha)
-{
-    P_Map& map = addMap(2, 1, {100, 50, 20, 255, 100, 50, 20, 0});
-    P_Material& doubled = *m_materials.emplace_back(std::make_unique<P_Material>());
-    ASSERT_TRUE(P_MaterialHelpers::makeTexture(&doubled, P_Material::FILTER_MODE::Point));
-    doubled.setTexture(0, &map);
-    doubled.enableLighting(true);
-    addSquare(0.0F, 0.0F, &doubled);
-    P_Material& cutOut = *m_materials.emplace_back(std::make_unique<P_Material>());
-    ASSERT_TRUE(P_MaterialHelpers::makeTextureTransparent(&cutOut, P_Material::FILTER_MODE::Point, false, true, true));
-    cutOut.setTexture(0, &map);
-    cutOut.setAlphaReference(128);
-    cutOut.enableLighting(true);
-    addSquare(-1.5F, 0.0F, &cutOut);
-    // Ambient light at full strength, times white: the texture twice.
-    const G_Image picture = draw();
-    EXPECT_EQ(at(picture, 0.75F, 0.5F), (std::array<int, 3>{200, 100, 40}));
-    EXPECT_EQ(at(picture, -1.25F, 0.5F), (std::array<int, 3>{200, 100, 40}));
-    EXPECT_EQ(at(picture, -0.75F, 0.5F), background) << "below the alpha reference";
-}
-
-TEST_F(RendererTest, DrawsBlendedSurfacesOverWhatIsBehindThem)
-{
-    P_Material& glass = *m_materials.emplace_back(std::make_unique<P_Material>());
-    glass.init(1, 1);
-    glass.addTextureLayer(0, 0, P_Material::BLENDING_MODE::TextureAlpha, P_Material::FILTER_MODE::Point,
-                          P_Material::TEXTURE_ADDRESS_MODE::Wrap);
-    glass.setTexture(0, &addMap(1, 1, {255, 255, 255, 128}));
-    // Added first, so that only sorting draws it last.
-    addSquare(0.0F, 0.0F, &glass, false, -0.5F);
-    addSquare(0.0F, 0.0F, &addColor({255.0F, 0.0F, 0.0F}));
-    const std::array<int, 3> is = at(draw(), 0.5F, 0.5F);
-    EXPECT_EQ(is[0], 255);
-    EXPECT_NEAR(is[1], 128, 2);
-    EXPECT_NEAR(is[2], 128, 2);
-}
-
-TEST_F(RendererTest, SkinsFollowTheirBoneMatricesFromFrameToFrame)
-{
-    P_Material& color = addColor({255.0F, 0.0F, 0.0F});
-    auto& object = *m_objects.emplace_back(std::make_unique<P_VirtualObject>(1));
-    P_VertexFormat format;
-    format.constructFromOldVertexFormat(0x31 | 2 << P_VertexFormat::BONE_COUNT_SHIFT);
-    P_SkinMesh& mesh = *object.createSkinMesh(0, &color, format);
-    fill(mesh, false);
-    mesh.lock();
-    for (unsigned int vertex = 0; vertex < 4; ++vertex)
-    {
-        mesh.setBoneIndex(vertex, 0, 0);
-        mesh.setBoneWeight(vertex, 0, 0.5F);
-        mesh.setBoneIndex(vertex, 1, 1);
-        mesh.setBoneWeight(vertex, 1, 0.5F);
-    }
-    mesh.unlock();
     std::array<Matrix, 2> bones;
-    S_Vector<const Matrix*> list;
-    list.push_back(&bones[0]);
-    list.push_back(&bones[1]);
-    object.setBoneMatrices(list);
-    object.addTo(&m_scene);
+    addSkin(&addColor({255.0F, 0.0F, 0.0F}), bones.data());
     EXPECT_EQ(at(draw(), 0.5F, 0.5F), red);
 
     bones[1].setTranslation({-2.0F, 0.0F, 0.0F});  // half of it: one unit to the left
     const G_Image moved = draw();
     EXPECT_EQ(at(moved, 0.5F, 0.5F), background);
     EXPECT_EQ(at(moved, -0.5F, 0.5F), red);
+    // A bone without a matrix does not move.
+    S_Vector<const Matrix*> one;
+    one.push_back(&bones[1]);
+    m_objects[0]->setBoneMatrices(one);
+    EXPECT_EQ(at(draw(), -0.5F, 0.5F), red);
 }
 
-TEST_F(RendererTest, ForgetsGeometryAndMapsThatAreGone)
+TEST_P(SceneRenderer, EveryCopyInACrowdStandsInItsOwnPlaceAndPose)
+{
+    std::array<Matrix, 6> bones;
+    P_Material& color = addColor({255.0F, 0.0F, 0.0F});
+    addSkin(&color, bones.data()).setMatrix(Matrix::translation({-2.0F, -2.0F, 0.0F}));
+    for (std::size_t copy = 1; copy < 3; ++copy)
+    {
+        auto& object = *m_objects.emplace_back(std::make_unique<P_VirtualObject>(*m_objects[0]));
+        S_Vector<const Matrix*> list;
+        list.push_back(&bones[2 * copy]);
+        list.push_back(&bones[2 * copy + 1]);
+        object.setBoneMatrices(list);
+        object.addTo(&m_scene);
+        // Each copy lies a unit to the right of the one before, and its bones lift it by as many units.
+        const auto number = static_cast<float>(copy);
+        object.setMatrix(Matrix::translation({number - 2.0F, -2.0F, 0.0F}));
+        bones[2 * copy].setTranslation({0.0F, 2.0F * number, 0.0F});
+    }
+    const G_Image picture = draw();
+    for (int column = 0; column < 3; ++column)
+    {
+        for (int row = 0; row < 3; ++row)
+        {
+            EXPECT_EQ(at(picture, static_cast<float>(column) - 1.5F, static_cast<float>(row) - 1.5F),
+                      column == row ? red : background)
+                << "column " << column << ", row " << row;
+        }
+    }
+    EXPECT_EQ(m_renderer->getKeptMeshCount(), 1U) << "copies share one geometry";
+}
+
+TEST_P(SceneRenderer, MirroredAndUnevenlyScaledSurfacesShowTheirFrontInTheRightLight)
+{
+    P_DirectionalLight lamp;  // shines along z, the way the camera looks
+    lamp.addTo(&m_scene);
+    m_view.m_ambientSky = m_view.m_ambientGround = G_FColor();
+    P_VirtualObject& square = addSquare(0.0F, 0.0F, nullptr);
+    expectColor(draw(), 0.5F, 0.5F, {255, 255, 255}, "facing the light");
+
+    Matrix mirror;
+    mirror.m[0][0] = -1.0F;
+    square.setMatrix(mirror);
+    const G_Image mirrored = draw();
+    expectColor(mirrored, -0.5F, 0.5F, {255, 255, 255}, "mirrored");
+    EXPECT_EQ(at(mirrored, 0.5F, 0.5F), background);
+
+    // Turned by 45 degrees and then four times as deep: the plane x = z becomes the plane 4 x = z, whose normal has a
+    // cosine of 1 / sqrt(17) with the light.
+    Matrix place;
+    const float half = std::sqrt(0.5F);
+    place.setRow(0, {half, 0.0F, 4.0F * half});
+    place.setRow(2, {-half, 0.0F, 4.0F * half});
+    square.setMatrix(place);
+    const int expected = static_cast<int>(std::lround(255.0 / std::sqrt(17.0)));
+    expectColor(draw(), 0.1F, 0.15F, {expected, expected, expected}, "unevenly scaled");
+}
+
+TEST_P(SceneRenderer, DrawsWhatHasChangedAndOnlyTheRangeAskedFor)
+{
+    addSquare(0.0F, 0.0F, &addColor({255.0F, 0.0F, 0.0F}));
+    P_TriangleMesh& mesh = *m_objects[0]->getPrimitive(0);
+    draw();
+    mesh.setDrawnRange(1, 1);
+    const G_Image second = draw();
+    EXPECT_EQ(at(second, 0.2F, 0.2F), background) << "the first triangle";
+    EXPECT_EQ(at(second, 0.8F, 0.8F), red) << "the second triangle";
+    mesh.setDrawnRange(0, 0);
+    mesh.lock();
+    for (unsigned int vertex = 0; vertex < 4; ++vertex)
+    {
+        mesh.getVertexBuffer().setPosition(vertex,
+                                           mesh.getVertexBuffer().getPosition(vertex) + Vector{-1.5F, 0.0F, 0.0F});
+    }
+    mesh.unlock();
+    const G_Image moved = draw();
+    EXPECT_EQ(at(moved, 0.5F, 0.5F), background);
+    EXPECT_EQ(at(moved, -1.0F, 0.5F), red);
+}
+
+TEST_P(SceneRenderer, ForgetsGeometryAndMapsThatAreGone)
 {
     addSquare(0.0F, 0.0F, &addColor({255.0F, 0.0F, 0.0F}));
     P_TriangleMesh* mesh = m_objects[0]->getPrimitive(0);
     draw();
     EXPECT_EQ(mesh->getReferenceCount(), 2) << "the renderer holds what it has a copy of";
+    EXPECT_EQ(m_renderer->getKeptMapCount(), 1U);
     mesh->addReference();
     m_objects.clear();
     draw();
     draw();
     EXPECT_EQ(mesh->getReferenceCount(), 2);
+    EXPECT_EQ(m_renderer->getKeptMapCount(), 0U) << "a map that is not drawn";
+    EXPECT_EQ(m_renderer->getKeptMeshCount(), 1U);
     mesh->releaseReference();  // only the renderer's hold is left
+    draw();
+    EXPECT_EQ(m_renderer->getKeptMeshCount(), 0U);
     addSquare(0.0F, 0.0F, &addColor({0.0F, 255.0F, 0.0F}));
     EXPECT_EQ(at(draw(), 0.5F, 0.5F), green);
 }
 
-TEST(Framing, BringsEveryPointIntoThePictureAndTouchesTwoOppositeEdges)
+TEST_P(SceneRenderer, DrawsLinesAlongTheirLengthHiddenOrOverEverything)
 {
-    const std::array<TW2::render::Viewpoint, 3> viewpoints{TW2::render::Viewpoint{},
-                                                           TW2::render::Viewpoint{-120.0F, 60.0F, 20.0F, 1.0F},
-                                                           TW2::render::Viewpoint{90.0F, -10.0F, 90.0F, 1.0F}};
-    std::vector<Vector> points;
-    for (int i = 0; i < 60; ++i)
+    addSquare(0.0F, 0.0F, &addColor({255.0F, 255.0F, 0.0F}));
+    m_scene.executeFrame();
+    const G_FColor color(255.0F, 0.0F, 0.0F);
+    m_view.m_fLineWidth = 4.0F;
+    m_context.addDebugLine({-1.0F, -1.0F, 0.0F}, {1.0F, -1.0F, 0.0F}, color);
+    m_view.m_vecLines.push_back({{-1.0F, 0.25F, 0.1F}, {1.0F, 0.25F, 0.1F}, color});
+    m_view.m_vecOverlayLines.push_back({{-1.0F, 0.75F, 0.1F}, {1.0F, 0.75F, 0.1F}, color});
+    // From before the camera's eyes to far behind it.
+    m_view.m_vecLines.push_back({{0.0F, -1.5F, 0.0F}, {0.0F, -1.5F, -400.0F}, color});
+    const G_Image picture = drawAsItStands();
+    for (const float x : {-0.9F, 0.0F, 0.9F})
     {
-        const auto t = static_cast<float>(i);
-        points.push_back({100.0F + 7.0F * std::sin(t), 3.0F * std::cos(2.0F * t), -20.0F + 11.0F * std::sin(3.0F * t)});
+        EXPECT_EQ(at(picture, x, -1.0F), red) << "debug line at " << x;
     }
-    for (const auto& viewpoint : viewpoints)
+    EXPECT_EQ(at(picture, 0.5F, 0.24F), (std::array<int, 3>{255, 255, 0})) << "hidden by the square";
+    EXPECT_EQ(at(picture, -0.5F, 0.24F), red) << "beside the square";
+    EXPECT_EQ(at(picture, 0.5F, 0.74F), red) << "over the square";
+    EXPECT_EQ(at(picture, 0.0F, -1.7F), red) << "the part before the camera of a line that passes it";
+}
+
+TEST_P(SceneRenderer, DrawsIntoItsViewportWhateverTheStateAndLeavesTheRestAlone)
+{
+    P_Material& color = addColor({255.0F, 0.0F, 0.0F});
+    addSquare(-0.5F, -0.5F, &color);
+    m_target->bind();
+    glClearColor(0.0F, 1.0F, 0.0F, 1.0F);
+    glClear(GL_COLOR_BUFFER_BIT);
+    // The right half, in states that a host may have left.
+    glViewport(side / 2, 0, side / 2, side);
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(0, 0, 1, 1);
+    glColorMask(GL_FALSE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glDepthMask(GL_FALSE);
+    glEnable(GL_CULL_FACE);
+    glCullFace(GL_FRONT);
+    glActiveTexture(GL_TEXTURE8);
+    m_scene.executeFrame();
+    m_renderer->draw(m_scene, m_camera, m_view);
+    const G_Image picture = m_target->read();
+    EXPECT_EQ(at(picture, -1.0F, 0.0F), green) << "beside the viewport";
+    EXPECT_EQ(at(picture, 1.0F, 0.0F), red) << "its middle";
+    EXPECT_EQ(at(picture, 0.3F, 0.0F), background);
+
+    // A picture that cannot be finished leaves no state behind either.
+    P_Map missing("/nowhere/missing.png", nullptr);
+    color.setTexture(0, &missing);
+    m_scene.executeFrame();
+    EXPECT_THROW(m_renderer->draw(m_scene, m_camera, m_view), S_Exception);
+    EXPECT_EQ(glIsEnabled(GL_DEPTH_TEST), GL_FALSE);
+    GLint program = 1;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+    EXPECT_EQ(program, 0);
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST(Contexts, BothKindsDrawTheSamePicture)
+{
+    class Picture : public RendererFixture
     {
-        P_Camera camera;
-        TW2::render::frameCamera(camera, points, viewpoint, 1.5F);
-        const M_Matrix4Template<float> toPicture =
-            M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix();
-        float widest = 0.0F;
-        for (const Vector& point : points)
+    public:
+        explicit Picture(TW2::render::OffscreenContext::Kind kind) : m_eKind(kind) {}
+        G_Image take()
         {
-            const Vector p = toPicture.projectPoint(point);
-            widest = std::max({widest, std::abs(p.x), std::abs(p.y)});
-            EXPECT_GT(p.z, 0.0F);
-            EXPECT_LT(p.z, 1.0F);
+            open(m_eKind);
+            addSquare(-1.5F, -1.5F, &addGlass({255, 200, 0}));
+            addSkin(nullptr, m_bones.data());
+            P_Material& textured = addColor({255.0F, 0.0F, 0.0F});
+            textured.setTexture(0, &addMap(2, 2, {255, 0, 0, 255, 0, 0, 0, 255, 9, 99, 200, 255, 255, 255, 255, 255}));
+            addSquare(-1.5F, 0.25F, &textured);
+            m_bones[1].setTranslation({0.2F, -1.0F, 0.5F});
+            m_lamp.addTo(&m_scene);
+            m_view.m_topColor = G_FColor(20.0F, 200.0F, 30.0F);
+            m_view.m_eWireframe = View::Wireframe::Over;
+            m_view.m_vecOverlayLines.push_back(
+                {{-2.0F, -1.0F, 0.0F}, {2.0F, 1.5F, 3.0F}, G_FColor(200.0F, 0.0F, 99.0F)});
+            return draw();
         }
-        EXPECT_NEAR(widest * viewpoint.m_fMargin, 1.0F, 1e-3F);
+        void TestBody() override {}
+
+    private:
+        TW2::render::OffscreenContext::Kind m_eKind;
+        std::array<Matrix, 2> m_bones;
+        P_DirectionalLight m_lamp;
+    };
+    try
+    {
+        const G_Image desktop = Picture(TW2::render::OffscreenContext::Kind::Desktop).take();
+        const G_Image embedded = Picture(TW2::render::OffscreenContext::Kind::Embedded).take();
+        EXPECT_FALSE(desktop.isUniform());
+        unsigned int different = 0;
+        for (std::size_t i = 0; i < desktop.getSize(); ++i)
+        {
+            different += std::abs(desktop.getPixels()[i] - embedded.getPixels()[i]) > 1 ? 1 : 0;
+        }
+        EXPECT_EQ(different, 0U);
+    }
+    catch (const TW2::render::RenderException& exception)
+    {
+        GTEST_SKIP() << exception.getErrorMessage();
     }
 }

@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
+#include <string>
 #include <vector>
 
 using namespace TW2;
@@ -130,11 +131,44 @@ TEST(BoneMatrices, AtRestEveryOneIsTheIdentityWhereverTheCharacterStands)
     ASSERT_EQ(character.m_object.getBoneMatrixCount(), 8);
     for (const float x : {0.0f, 1.0f, 1000.0f, 1.0e6f})
     {
+        character.m_object.animateObjectFrame(0, 0.0f, nullptr);
         character.m_object.setMatrix(place(x));
         character.m_scene.executeFrame();
         for (int b = 0; b < 8; ++b)
         {
             EXPECT_LT(distanceFromIdentity(character.m_object.getBoneMatrix(b)), 1e-6) << "bone " << b << " at " << x;
+        }
+    }
+}
+
+TEST(BoneMatrices, ASkinOnASkeletonOfAnotherRestPoseTakesThatOne)
+{
+    const support::CharacterFiles files;
+    support::CharacterFiles taller;
+    for (MeshChunk& bone : taller.m_bones)
+    {
+        bone.transform.setTranslation(bone.transform.getTranslation() * 1.5f);
+    }
+    for (KeyframeAnimationChunk& track : taller.m_animations[0])
+    {
+        for (MatrixKey& key : track.keys)
+        {
+            key.matrix.setTranslation(key.matrix.getTranslation() * 1.5f);
+        }
+    }
+    const TW_VertexAnimation source(files.write().c_str(), "skeleton", "skin");
+    TW_VertexAnimation tall(taller.write().c_str(), "skeleton", "skin");
+    TW_VertexAnimation heir(&tall, source, nullptr);
+    P_Scene scene;
+    tall.addTo(&scene);
+    heir.addTo(&scene);
+    tall.animateObjectFrame(0, 0.0f, nullptr);
+    scene.executeFrame();
+    for (int bone = 0; bone < heir.getBoneMatrixCount(); ++bone)
+    {
+        for (int i = 0; i < 12; ++i)
+        {
+            EXPECT_NEAR(heir.getBoneMatrix(bone).data()[i], i < 9 && i % 4 == 0 ? 1.0f : 0.0f, 1e-5f) << bone;
         }
     }
 }
@@ -217,6 +251,51 @@ TEST(BoneMatrices, WhatMovesAfterFramesWithoutMotionIsNoticed)
             EXPECT_LT(character.executeFrameAndGetError(), 1e-5) << "after move " << number;
         }
     }
+}
+
+TEST(BoneMatrices, AHostWithoutASceneGetsThemWhenItAsks)
+{
+    const support::CharacterFiles files;
+    const std::string script = files.write();
+    P_Scene scene;
+    TW_VertexAnimation inScene(script.c_str(), "skeleton", "skin");
+    inScene.addTo(&scene);
+    TW_VertexAnimation alone(script.c_str(), "skeleton", "skin");
+    for (const float frame : {3.0f, 8.5f, 8.5f, 8.5f, 0.0f, 12.25f})
+    {
+        const M_Matrix4x3Template<float> where = place(frame);
+        for (TW_VertexAnimation* character : {&inScene, &alone})
+        {
+            character->animateObjectFrame(1, frame, nullptr);
+            character->setMatrix(where);
+            character->getMesh(2)->setMatrix(where);
+        }
+        scene.executeFrame();
+        const long long allocations = S_Memory::sm_iNewCount;
+        alone.updateBones();
+        EXPECT_EQ(S_Memory::sm_iNewCount, allocations);
+        for (int b = 0; b < 8; ++b)
+        {
+            EXPECT_EQ(alone.getBoneMatrix(b), inScene.getBoneMatrix(b)) << "bone " << b << " at " << frame;
+        }
+    }
+
+    // A camera that looks away hides a skin from a scene, and is nobody's concern here.
+    Character hidden({}, "boundingSphereRadius 2 enableBoundingBox 0");
+    P_Camera camera;
+    camera.addTo(&hidden.m_scene);
+    hidden.m_context.setCurrentCamera(&camera);
+    hidden.m_object.setPosition(0, 0, -50);
+    hidden.m_object.animateObjectFrame(1, 3.0f, nullptr);
+    const Matrix before = hidden.m_object.getBoneMatrix(5);
+    hidden.m_scene.executeFrame();
+    EXPECT_EQ(hidden.m_object.getBoneMatrix(5), before);
+    hidden.m_object.updateBones();
+    EXPECT_NE(hidden.m_object.getBoneMatrix(5), before);
+
+    TW_VertexAnimation nothing;
+    nothing.updateBones();
+    EXPECT_EQ(nothing.getBoneMatrixCount(), 0);
 }
 
 TEST(BoneMatrices, ACharacterThatStandsStillIsNotComputedAgain)

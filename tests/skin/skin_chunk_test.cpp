@@ -110,7 +110,9 @@ TEST(SkinChunks, AnOldVertexIndexThatCannotBeIsNamedAndNotAllocated)
             const S_MemoryScope scope("skin test");
             message = support::messageOf([&] { read(writeVersion0({{0, 0, 1}}, {{vertex, 0, 1}}, {})); });
         }
-        EXPECT_NE(message.find(std::to_string(vertex)), std::string::npos) << message;
+        // Two influences, and a million vertices that may be without.
+        EXPECT_NE(message.find("vertex indices from 0 to 1048577, not " + std::to_string(vertex)), std::string::npos)
+            << message;
         EXPECT_NE(message.find("body.skd"), std::string::npos) << message;
         EXPECT_LT(S_MemoryScope::getUsage("skin test").m_iBytes - before.m_iBytes, 4096);
     }

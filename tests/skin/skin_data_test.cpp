@@ -85,7 +85,7 @@ TEST(SkinData, AFileAnswersPerPrimitiveVertexAndInfluence)
         other = copy;
         copy.destruct();
         EXPECT_FALSE(copy.isConstructed());
-        EXPECT_TRUE(Skin(copy).isConstructed());
+        EXPECT_TRUE(other.isConstructed());
         EXPECT_EQ(Skin(copy).getSkinChunk(), files.m_skin);
         copy = Skin();
         EXPECT_EQ(other.getSkinChunk(), files.m_skin);
@@ -189,6 +189,9 @@ TEST(SkinMeshes, SlotsAreSortedByWeightUnlessAVertexMapNamesTheVertices)
     EXPECT_EQ(mapped.getBoneWeight(2, 1), 0.75f);
 
     EXPECT_EQ(make({2, 2, 2}).getSlotCount(), 0u);
+    P_VirtualObject larger(2);
+    EXPECT_EQ(callback.createTriangleMesh(&larger, 1, 0x30, 1, 3, {0, 1, 2})->asSkinMesh()->getBoneCountList(), nullptr)
+        << "the skin data have no second primitive";
     for (const int vertex : {3, -1, INT_MAX})
     {
         const std::string message = support::messageOf([&] { make({0, vertex, 0}); });

@@ -3,6 +3,7 @@
 #include "tests/support/verbose_capture.h"
 
 #include <tw2/core/static_data.h>
+#include <tw2/lod/vertex_animation_lods.h>
 #include <tw2/object/bone_group_handle.h>
 #include <tw2/object/bone_handle.h>
 #include <tw2/object/object_animation.h>
@@ -11,6 +12,7 @@
 
 #include <platform/runtime/script.h>
 #include <platform/scene/scene.h>
+#include <platform/scene/skin_mesh.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gtest/gtest.h>
@@ -225,6 +227,40 @@ TEST(VertexAnimations, WhateverFailsLeavesThemNotConstructed)
     }
 }
 
+TEST(VertexAnimations, SkinDataAreFoundBesideTheScriptAndNamedWhenTheyAreNowhere)
+{
+    const support::CharacterFiles files;
+    (void)files.write();
+    const auto write = [&files](const char* data)
+    {
+        return files.getDirectory().write("relative.txt",
+                                          "skeleton { geometry { exportdata skeleton.tw } }\n"
+                                          "skin { geometry { exportdata body.tw\nskindata " +
+                                              std::string(data) + " } }\n");
+    };
+    const TW_VertexAnimation character(write("Body.skd").c_str(), "skeleton", "skin");
+    EXPECT_EQ(character.getSkinData()->getSkinChunk().objectNames.size(), 1u);
+    const std::string script = write("nobody.skd");
+    const std::string message =
+        support::messageOf([&script] { TW_VertexAnimation(script.c_str(), "skeleton", "skin"); });
+    EXPECT_EQ(message.find("File \"nobody.skd\": is neither in the current directory \""), 0u) << message;
+    EXPECT_NE(message.find("; line 3 of \"" + script + "\" asks for it (key \"skindata\")"), std::string::npos)
+        << message;
+}
+
+TEST(VertexAnimations, GeometryAsSkinDataIsToldWhatItIs)
+{
+    const support::CharacterFiles files;
+    (void)files.write();
+    const std::string script =
+        files.getDirectory().write("wrong.txt",
+                                   "skeleton { geometry { exportdata skeleton.tw } }\n"
+                                   "skin { geometry { exportdata body.tw skindata body.tw } }\n");
+    const std::string complaint =
+        support::complaintOf<S_MemoryFileException>([&script] { TW_VertexAnimation(script, "skeleton", "skin"); });
+    EXPECT_NE(complaint.find("(it is geometry, which the key \"exportdata\" names)"), std::string::npos) << complaint;
+}
+
 TEST(VertexAnimations, TheirOwnPartsCanBeWhatTheyAreBuiltFrom)
 {
     Source source;
@@ -243,11 +279,117 @@ TEST(VertexAnimations, TheirOwnPartsCanBeWhatTheyAreBuiltFrom)
         EXPECT_EQ(character.getSkeleton(), source.original.getSkeleton());
         character.animateObjectFrame(1, 7.0f, nullptr);
         EXPECT_EQ(getVertices(character), expected);
+        character.construct(source.original, character.getSkin()->getMaterialManager());
+        character.animateObjectFrame(1, 7.0f, nullptr);
+        EXPECT_EQ(getVertices(character), expected);
+        character.construct(&character, character, character.getSkin()->getMaterialManager());
+        character.animateObjectFrame(1, 7.0f, nullptr);
+        EXPECT_EQ(getVertices(character), expected);
+        character.construct(&character, &source.script, 1);
+        character.animateObjectFrame(1, 7.0f, nullptr);
+        EXPECT_EQ(getVertices(character), expected);
+        character.remapMaterials(character.getSkin()->getMaterialManager());
         character.construct(character.getSkeleton(), character.getSkin());
         EXPECT_EQ(character.getTotalMeshes(), 8u);
         EXPECT_EQ(character.getSkinData(), nullptr);
+        character.construct(character.getSkin(), character.getSkeleton());
+        EXPECT_EQ(character.getTotalMeshes(), 1u);
+        character.getSkin()->getMesh(0)->setName("skeleton");
+        character.getSkeleton()->getMesh(0)->setName("skinFar");
+        character.setName(source.script.getScriptName());
+        character.construct(character.getName().c_str(), character.getSkin()->getMesh(0)->getName().c_str(),
+                            character.getSkeleton()->getMesh(0)->getName().c_str());
+        character.animateObjectFrame(1, 7.0f, nullptr);
+        EXPECT_EQ(getVertices(character), expected);
+        EXPECT_THROW(character.construct(*character.getSkeleton(), &source.script, 9), S_ScriptException);
+        EXPECT_EQ(character.getFirstChild(), nullptr);
     }
     EXPECT_EQ(S_Memory::getLiveCount(), live);
+}
+
+TEST(VertexAnimations, ASkinFollowsTheBonesThatItWasBuiltWith)
+{
+    Source source;
+    source.original.animateObjectFrame(1, 7.0f, nullptr);
+    const auto expected = getVertices(source.original);
+    TW_VertexAnimation character(source.original);
+    for (int i = 0; i < 20; ++i)
+    {
+        auto* const mesh = new P_VirtualObject(1);
+        character.getSkeleton()->addMesh(mesh);
+        mesh->addTo(i % 2 == 0 ? character.getSkeleton() : nullptr);
+    }
+    character.animateObjectFrame(1, 7.0f, nullptr);
+    EXPECT_EQ(getVertices(character), expected);
+    EXPECT_EQ(character.getBoneMatrixCount(), 8);
+    character.getSkeleton()->destruct();
+    EXPECT_EQ(getVertices(character), expected);
+}
+
+TEST(VertexAnimations, CopiedSkinsKeepTheBoneCountsThatTheirMeshesRead)
+{
+    const support::CharacterFiles files;
+    auto source = std::make_unique<TW_VertexAnimation>(files.write().c_str(), "skeleton", "skin");
+    const TW_VertexAnimation heir(source->getSkeleton(), source->getSkin());
+    auto skin = std::make_unique<TW_ObjectAnimation>(*heir.getSkin());
+    const TW_ObjectAnimation skinOfSkin(*skin);
+    source.reset();
+    skin.reset();
+    for (const TW_ObjectAnimation* object : {static_cast<const TW_ObjectAnimation*>(heir.getSkin()), &skinOfSkin})
+    {
+        for (int primitive = 0; primitive < 2; ++primitive)
+        {
+            const int* const counts = object->getMesh(0)->getPrimitive(primitive)->asSkinMesh()->getBoneCountList();
+            ASSERT_NE(counts, nullptr);
+            EXPECT_EQ(std::vector<int>(counts, counts + 60),
+                      std::vector<int>(files.m_skin.vertexBoneCounts.begin() + 60 * primitive,
+                                       files.m_skin.vertexBoneCounts.begin() + 60 * (primitive + 1)));
+        }
+    }
+}
+
+TEST(VertexAnimations, VisibilityTracksOfTheSkinAreLoadedWhenAsked)
+{
+    support::CharacterFiles files;
+    KeyframeAnimationChunk track = files.m_animations[0][0];
+    track.header.targetName = "body";
+    track.visibilityKeys = {{0, 1.0f}, {10, -1.0f}};
+    S_MemoryFileWriter writer;
+    writer << track;
+    const std::string blink = files.getDirectory().write("blink.tw", writer.getBytes());
+    files.m_skinBlocks = "animation { index 0 filename \"" + blink + "\" }";
+    const std::string file = files.write();
+    S_Script script(file.c_str());
+    TW_VertexAnimation base(&script, 0, &script, 2);
+    const std::function<void(TW_VertexAnimation&, bool)> constructions[] = {
+        [&](TW_VertexAnimation& c, bool v) { c.construct(file.c_str(), "skeleton", "skin", v); },
+        [&](TW_VertexAnimation& c, bool v) { c.construct(&script, "skeleton", "skin", v); },
+        [&](TW_VertexAnimation& c, bool v) { c.construct(&script, "skeleton", &script, "skin", v); },
+        [&](TW_VertexAnimation& c, bool v) { c.construct(file.c_str(), "skeleton", file.c_str(), "skin", v); },
+        [&](TW_VertexAnimation& c, bool v) { c.construct(&script, 0, &script, 1, v); },
+        [&](TW_VertexAnimation& c, bool v) { c.construct(&base, &script, 1, v); },
+        [&](TW_VertexAnimation& c, bool v) { c.construct(*base.getSkeleton(), &script, 1, v); },
+    };
+    for (const auto& construct : constructions)
+    {
+        SCOPED_TRACE(&construct - constructions);
+        TW_VertexAnimation character;
+        construct(character, false);
+        EXPECT_FALSE(character.updateVisibility(0, 1.0f));
+        EXPECT_TRUE(character.getSkin()->getMesh(0)->isEnabled());
+        construct(character, true);
+        EXPECT_TRUE(character.updateVisibility(0, 1.0f));
+        EXPECT_FALSE(character.getSkin()->getMesh(0)->isEnabled());
+        EXPECT_TRUE(character.updateVisibilityFrame(0, 0.0f));
+        EXPECT_TRUE(character.getSkin()->getMesh(0)->isEnabled());
+        EXPECT_FALSE(character.updateVisibility(1, 0.0f));
+    }
+    EXPECT_FALSE(base.updateVisibilityFrame(0, 10.0f)) << "its skin has no animation";
+    const int blocks[] = {1, 2};
+    TW_VertexAnimationLODs levels(&script, 0, 2, &script, blocks, true);
+    EXPECT_TRUE(levels.updateVisibilityFrame(0, 10.0f));
+    EXPECT_FALSE(levels.getLODObject(0)->getSkin()->getMesh(0)->isEnabled());
+    EXPECT_FALSE(TW_VertexAnimationLODs(&script, 0, 2, &script, blocks).updateVisibilityFrame(0, 10.0f));
 }
 
 TEST(VertexAnimations, AnimationMovesTheSkeletonAndTexturesBelongToTheSkin)
@@ -318,8 +460,12 @@ TEST(VertexAnimations, AnimationMovesTheSkeletonAndTexturesBelongToTheSkin)
     EXPECT_FALSE(character.animateTexture("flames", 1.0f) || character.animateTextureFrame("flames", 1.0f));
     EXPECT_NO_THROW(character.uploadTextures());
     support::VerboseCapture log;
-    character.dump(false);
-    EXPECT_LT(log.getText().find("Skin object:\n"), log.getText().find("Skeleton object:\n"));
+    character.getSkin()->dump(true);
+    const std::string ofSkin = log.take();
+    character.getSkeleton()->dump(true);
+    const std::string ofSkeleton = log.take();
+    character.dump(true);
+    EXPECT_EQ(log.getText().find("Skin object:\n" + ofSkin + "Skeleton object:\n" + ofSkeleton), 0u) << log.getText();
 }
 
 TEST(VertexAnimations, ManualVolumesOfTheSkinComeBeforeThoseOfTheSkeleton)
@@ -347,6 +493,7 @@ TEST(VertexAnimations, ManualVolumesOfTheSkinComeBeforeThoseOfTheSkeleton)
         EXPECT_EQ(character.hasEngineFlag(Flag::FLAG_BOUNDING_SPHERE), c.radius > 0);
         EXPECT_FALSE(character.hasEngineFlag(Flag::FLAG_BOUNDING_BOX));
         EXPECT_TRUE(character.hasEngineFlag(Flag::FLAG_FIXED_BOUNDING_VOLUME));
+        EXPECT_FALSE(character.hasEngineFlag(Flag::FLAG_AUTOMATIC_BOUNDING_VOLUME));
         EXPECT_TRUE(character.hasEngineFlag(Flag::FLAG_CULL_SUBTREE));
         EXPECT_EQ(character.getBoundingRadius(), c.radius);
         EXPECT_EQ(character.getStoredBoundingRadius(), c.radius);

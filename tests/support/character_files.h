@@ -5,6 +5,7 @@
 
 #include <tw2/io/mesh_chunk.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
+#include <tw2/material/material_list_chunk.h>
 #include <tw2/skin/skin_chunk.h>
 
 #include <platform/math/matrix4x3.h>
@@ -60,7 +61,7 @@ public:
     std::string write() const
     {
         const std::string skeleton = save("skeleton.tw", m_bones);
-        const std::string body = save("body.tw", m_skinMeshes);
+        const std::string body = save("body.tw", m_skinMeshes, &m_materials);
         const std::string data = save("body.skd", std::vector{m_skin});
         std::string animations;
         for (std::size_t a = 0; a < m_animations.size(); ++a)
@@ -70,10 +71,10 @@ public:
         }
         const std::string skin =
             "exportdata \"" + body + "\"\n" + (m_bNamesSkinData ? "skindata \"" + data + "\"\n" : "");
-        return m_directory.write("character.txt",
-                                 "skeleton { geometry { exportdata \"" + skeleton + "\" " + m_skeletonKeys + " }\n" +
-                                     animations + "}\n" + "skin { geometry { " + skin + m_skinKeys + " } }\n" +  //
-                                     "skinFar { geometry { " + skin + " distance 100 } }\n");
+        return m_directory.write("character.txt", "skeleton { geometry { exportdata \"" + skeleton + "\" " +
+                                                      m_skeletonKeys + " }\n" + animations + "}\n" +
+                                                      "skin { geometry { " + skin + m_skinKeys + " } " + m_skinBlocks +
+                                                      " }\n" + "skinFar { geometry { " + skin + " distance 100 } }\n");
     }
 
     [[nodiscard]] const TemporaryDirectory& getDirectory() const { return m_directory; }
@@ -82,11 +83,13 @@ public:
     /// @{
     std::vector<TW2::MeshChunk> m_bones;
     std::vector<std::vector<TW2::KeyframeAnimationChunk>> m_animations;
+    TW2::MaterialListChunk m_materials;  ///< of the skin
     std::vector<TW2::MeshChunk> m_skinMeshes;
     TW2::SkinChunk m_skin;
     bool m_bNamesSkinData = true;  ///< the skin blocks have a "skindata" key
     std::string m_skeletonKeys;    ///< further lines of the "geometry" block of "skeleton"
     std::string m_skinKeys;        ///< and of "skin"
+    std::string m_skinBlocks;      ///< further blocks of "skin"
     /// @}
 
     /// A mesh of `groups` groups of `vertices` vertices each.
@@ -186,9 +189,14 @@ private:
     }
 
     template <typename Record>
-    std::string save(const std::string& name, const std::vector<Record>& records) const
+    std::string save(const std::string& name, const std::vector<Record>& records,
+                     const TW2::MaterialListChunk* materials = nullptr) const
     {
         S_MemoryFileWriter writer;
+        if (materials)
+        {
+            writer << *materials;
+        }
         for (const Record& record : records)
         {
             writer << record;

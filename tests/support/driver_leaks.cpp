@@ -18,7 +18,7 @@ extern "C" [[gnu::visibility("default")]] int dlclose(void*) noexcept
 
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions()
 {
-    return "leak:_dri.so\nleak:libEGL_mesa.so\nleak:libLLVM\nleak:libassimp\n";
+    return "leak:_dri.so\nleak:libEGL_mesa.so\nleak:libGLX\nleak:libX11\nleak:libLLVM\nleak:libassimp\n";
 }
 
 #ifdef TW2_CRASHES_ARE_SIGNALS

@@ -24,10 +24,13 @@ inline void writeEveryKind(S_MemoryFileWriter& writer)
     camera.value2 = 3;
     TW2::PointLightChunk point;
     point.name = "point";
+    point.brightness = 0.5f;
     TW2::DirectionalLightChunk directional;
     directional.name = "directional";
+    directional.brightness = 0.75f;
     TW2::SpotLightChunk spot;
     spot.name = "spot";
+    spot.brightness = 1.5f;
     TW2::MaterialListChunk materials;
     materials.texturePath = "textures;maps";
     materials.materials.resize(2);
@@ -42,7 +45,8 @@ inline void writeEveryKind(S_MemoryFileWriter& writer)
     animation.keys = {{0, {}}, {10, M_Matrix4x3Template<float>::translation({0, 0, 1})}};
     animation.visibilityKeys = {{0, 1.0f}};
     TW2::PointLightAnimationChunk pointAnimation;
-    pointAnimation.header.targetName = "point";
+    pointAnimation.header = {"point", 24, true};
+    pointAnimation.totalFrameCount = 6;
     pointAnimation.brightnessKeys = {{0, 1.0f}, {5, 2.0f}};
     TW2::DirectionalLightAnimationChunk directionalAnimation;
     directionalAnimation.header.targetName = "directional";
@@ -52,6 +56,9 @@ inline void writeEveryKind(S_MemoryFileWriter& writer)
     TW2::HelperChunk helper;
     helper.name = "helper";
     helper.helperString = "spawn point";
+    TW2::EnvironmentChunk environment;
+    environment.firstColor = 0x80FF4020;
+    environment.secondColor = 0xFF102030;
     TW2::NodeChunk node;
     node.name = "node";
     TW2::SkinChunk skin;
@@ -67,7 +74,7 @@ inline void writeEveryKind(S_MemoryFileWriter& writer)
     writer << camera << point << directional << spot << materials << makeStripMesh("mesh", 4, {"brick", "plaster"});
     LegacyMesh legacy = makeLegacyField(2, 2);
     write(writer, legacy);
-    writer << animation << TW2::EnvironmentChunk() << helper << pointAnimation << directionalAnimation << spotAnimation;
+    writer << animation << environment << helper << pointAnimation << directionalAnimation << spotAnimation;
     writer << node << skin;
 }
 }  // namespace support

@@ -25,6 +25,22 @@ std::string messageOf(Action&& action)
     return {};
 }
 
+/// What an exception of the class Exception that `action` throws tells people, hints included.
+template <typename Exception = S_Exception, typename Action>
+std::string complaintOf(Action&& action)
+{
+    try
+    {
+        action();
+    }
+    catch (const Exception& exception)
+    {
+        return exception.what();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
 /// Runs `action` with its first allocation failing, then its second and so on until it succeeds, and checks that each
 /// failure arrives as S_MemoryException_Allocation and leaves nothing allocated. `action` takes no state from run to
 /// run.

@@ -5,18 +5,34 @@
 #include <platform/image/fcolor.h>
 #include <platform/scene/map.h>
 
+#include <map>
 #include <sstream>
+#include <string>
 
 namespace support
 {
 namespace
 {
+/// What descriptions call the values of the engine's enumerations, by the numbers that its interface gives them.
+using Names = std::map<unsigned int, const char*>;
+const Names blendings = {{0, "opaque"},
+                         {0x200000, "add"},
+                         {0x400000, "modulate"},
+                         {0x600000, "vertex-alpha"},
+                         {0x800000, "texture-alpha"},
+                         {0xA00000, "both-alphas"}};
+const Names filters = {{0x1000000, "point"},      {0x2000000, "point-mip-mapped"},    {0x3000000, "point-mip-linear"},
+                       {0x4000000, "bilinear"},   {0x5000000, "bilinear-mip-mapped"}, {0x6000000, "trilinear"},
+                       {0x7000000, "anisotropic"}};
+const Names shadings = {{0x40000, "gouraud"}, {0x100000, "specular"}};
+const Names sources = {{0, "mesh"}, {2, "position"}, {3, "normal"}, {4, "reflection"}};
+const Names setUps = {{0, "layers"}, {1, "texture"}, {2, "texture-environment"}, {3, "texture-transparent"}};
+
 template <typename Enumeration>
-std::string number(Enumeration value)
+std::string nameOf(Enumeration value, const Names& names)
 {
-    std::ostringstream stream;
-    stream << std::showbase << std::hex << static_cast<unsigned int>(value);
-    return stream.str();
+    const auto found = names.find(static_cast<unsigned int>(value));
+    return found != names.end() ? found->second : "unknown " + std::to_string(static_cast<unsigned int>(value));
 }
 
 std::string text(const G_FColor& color)
@@ -33,14 +49,14 @@ std::string nameOf(const P_Map* map)
         return "none";
     }
     const auto name = [](const S_String& file) { return std::string(File.getFilename(file)); };
-    if (map->getFileName().empty())
+    if (map->getFilename().empty())
     {
         const unsigned char* pixel = map->getImage().getPixel(0, 0);
         const bool isWhite = map->isUniform() && pixel[0] == 255 && pixel[1] == 255 && pixel[2] == 255;
         return isWhite ? "white" : "image";
     }
-    return name(map->getFileName()) +
-           (map->getAlphaFileName().empty() ? std::string() : "+" + name(map->getAlphaFileName()));
+    return name(map->getFilename()) +
+           (map->getAlphaFilename().empty() ? std::string() : "+" + name(map->getAlphaFilename()));
 }
 
 void describeLayers(std::ostream& out, const P_Material& material)
@@ -51,12 +67,13 @@ void describeLayers(std::ostream& out, const P_Material& material)
         if (layer.m_bShading)
         {
             const P_Material::ShadingLayer& shading = material.getShadingLayer(layer.m_uiIndex);
-            out << "shading " << number(shading.m_eMode) << (shading.m_bCombine ? " combined" : " first") << '\n';
+            out << "shading " << nameOf(shading.m_eMode, shadings) << (shading.m_bCombine ? " combined" : " first")
+                << '\n';
             continue;
         }
         const P_Material::TextureLayer& texture = material.getTextureLayer(layer.m_uiIndex);
         out << "layer " << layer.m_uiIndex << ' ' << nameOf(texture.m_pMap) << " set " << texture.m_uiCoordinateSet
-            << " blend " << number(texture.m_eBlending) << " filter " << number(texture.m_eFilter);
+            << " blend " << nameOf(texture.m_eBlending, blendings) << " filter " << nameOf(texture.m_eFilter, filters);
         out << (texture.m_eAddress == P_Material::TEXTURE_ADDRESS_MODE::Wrap ? "\n" : " not wrapped\n");
     }
     for (unsigned int set = 0; set < material.getCoordinateSetCount(); ++set)
@@ -64,7 +81,7 @@ void describeLayers(std::ostream& out, const P_Material& material)
         const P_Material::CoordinateSet coordinates = material.getCoordinateSet(set);
         if (coordinates != P_Material::CoordinateSet())
         {
-            out << "set " << set << " source " << static_cast<int>(coordinates.m_eSource)
+            out << "set " << set << " source " << nameOf(coordinates.m_eSource, sources)
                 << (coordinates.m_bTransformed ? " transformed" : "") << (coordinates.m_bProjected ? " projected" : "")
                 << '\n';
         }
@@ -100,7 +117,7 @@ void describeStates(std::ostream& out, const P_Material& material)
     }
     if (material.getSetUp() != P_Material::SetUp::Layers)
     {
-        out << "set-up " << static_cast<int>(material.getSetUp()) << '\n';
+        out << "set-up " << nameOf(material.getSetUp(), setUps) << '\n';
     }
     if (!material.getPixelShaderName().empty())
     {

@@ -46,11 +46,12 @@ public:
     /// Materials, wherever in the file they stand.
     void addMaterials(const TW2::MaterialListChunk& materials) { m_geometry << materials; }
 
-    /// An animation file with these tracks, and its block in the script.
-    void addAnimation(int index, const std::vector<TW2::KeyframeAnimationChunk>& tracks)
+    /// An animation file with these tracks, and its block in the script; `more` are further keys and blocks of that.
+    void addAnimation(int index, const std::vector<TW2::KeyframeAnimationChunk>& tracks, const std::string& more = "")
     {
         m_script += "    animation { index " + std::to_string(index) + "  filename \"" +
-                    writeAnimation("animation" + std::to_string(++m_iAnimationFiles) + ".tw", tracks) + "\" }\n";
+                    writeAnimation("animation" + std::to_string(++m_iAnimationFiles) + ".tw", tracks) + "\" " + more +
+                    " }\n";
     }
 
     /// An animation file only; returns its full name.

@@ -34,8 +34,15 @@ using Pixel = std::array<unsigned char, 4>;
 
 /// The content of a file; JPEG and BMP do without the alpha.
 [[nodiscard]] std::vector<unsigned char> encodePicture(const G_Image& image, PictureFormat format);
+/// Colours of a hollow PNG: four bytes a pixel; or one bit, and packed as tightly as can be.
+enum class HollowPNG
+{
+    Colors,
+    BlackAndWhite
+};
 /// A PNG file whose header says `width` x `height` and whose pixel data are `raw` bytes of 0.
-[[nodiscard]] std::vector<unsigned char> makeHollowPNG(unsigned int width, unsigned int height, std::size_t raw);
+[[nodiscard]] std::vector<unsigned char> makeHollowPNG(unsigned int width, unsigned int height, std::size_t raw,
+                                                       HollowPNG colors = HollowPNG::Colors);
 
 /// Writes a 2 x 2 PNG of one colour and returns its full name.
 std::string writePicture(const TemporaryDirectory& directory, const std::string& name, const Pixel& pixel);

@@ -18,8 +18,9 @@ struct CommandResult
     std::string errors;
 };
 
-/// Runs the built tw2 command and waits for it.
-inline CommandResult runTW2(const std::vector<std::string>& arguments)
+/// Runs a program and waits for it; `before` and `after` stand around it as they are in the shell's line.
+inline CommandResult runProgram(const std::string& program, const std::vector<std::string>& arguments,
+                                const std::string& before = {}, const std::string& after = {})
 {
     const TemporaryDirectory directory;
     const auto quote = [](const std::string& text)
@@ -31,11 +32,12 @@ inline CommandResult runTW2(const std::vector<std::string>& arguments)
         }
         return quoted + "'";
     };
-    std::string line = quote(TW2_COMMAND);
+    std::string line = before + quote(program);
     for (const std::string& argument : arguments)
     {
         line += ' ' + quote(argument);
     }
+    line += after;
     line += " >" + quote(directory.file("output")) + " 2>" + quote(directory.file("errors")) + " </dev/null";
     const int status = std::system(line.c_str());
     CommandResult result;
@@ -44,4 +46,13 @@ inline CommandResult runTW2(const std::vector<std::string>& arguments)
     result.errors = directory.read("errors");
     return result;
 }
+
+#ifdef TW2_COMMAND
+/// Runs the built tw2 command, in the same way.
+inline CommandResult runTW2(const std::vector<std::string>& arguments, const std::string& before = {},
+                            const std::string& after = {})
+{
+    return runProgram(TW2_COMMAND, arguments, before, after);
+}
+#endif
 }  // namespace support

@@ -3,9 +3,9 @@
 #include <platform/runtime/allocator.h>
 #include <platform/runtime/file.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -20,12 +20,13 @@ class TemporaryDirectory
 public:
     TemporaryDirectory()
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "tw2-test-XXXXXX").string();
-        if (!mkdtemp(pattern.data()))
+        std::random_device random;
+        std::filesystem::path path;
+        do
         {
-            throw std::runtime_error("cannot make " + pattern);
-        }
-        m_path = std::filesystem::canonical(pattern);
+            path = std::filesystem::temp_directory_path() / ("tw2-test-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(path));  // false: somebody else's
+        m_path = std::filesystem::canonical(path);
     }
     ~TemporaryDirectory()
     {
@@ -42,7 +43,7 @@ public:
     /// The folder, without a closing separator.
     [[nodiscard]] const std::filesystem::path& getPath() const { return m_path; }
     /// The full name of `name` inside the folder; the file need not exist.
-    [[nodiscard]] std::string file(std::string_view name) const { return (m_path / name).string(); }
+    [[nodiscard]] std::string file(std::string_view name) const { return (m_path / name).generic_string(); }
 
     /// Writes a file, making the folders on its way, and returns its full name.
     std::string write(std::string_view name, std::string_view content) const
@@ -55,7 +56,7 @@ public:
         {
             throw std::runtime_error("cannot write " + target.string());
         }
-        return target.string();
+        return target.generic_string();
     }
     std::string write(std::string_view name, const S_Bytes& bytes) const
     {

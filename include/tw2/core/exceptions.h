@@ -21,7 +21,11 @@ protected:
 class TW2_API TW_Exception_UnableToUseTextureModulate2XMaterial : public TW_Exception
 {
 public:
-    explicit TW_Exception_UnableToUseTextureModulate2XMaterial(const char* materialName);
+    /// `materialName`: the material that the engine refused.
+    explicit TW_Exception_UnableToUseTextureModulate2XMaterial(const char* materialName)
+    {
+        setError("TW2: Unable to use texture * gouraud^2 for material '%s'", materialName);
+    }
     ~TW_Exception_UnableToUseTextureModulate2XMaterial() override;
 };
 
@@ -29,7 +33,11 @@ public:
 class TW2_API TW_Exception_UnableToUseTextureEnvModulate2XMaterial : public TW_Exception
 {
 public:
-    explicit TW_Exception_UnableToUseTextureEnvModulate2XMaterial(const char* materialName);
+    /// `materialName`: the material that the engine refused.
+    explicit TW_Exception_UnableToUseTextureEnvModulate2XMaterial(const char* materialName)
+    {
+        setError("TW2: Unable to use texture * (gouraud+env)^2 for material '%s'", materialName);
+    }
     ~TW_Exception_UnableToUseTextureEnvModulate2XMaterial() override;
 };
 
@@ -37,7 +45,8 @@ public:
 class TW2_API TW_Exception_TextureNotFound : public TW_Exception
 {
 public:
-    explicit TW_Exception_TextureNotFound(const char* name);
+    /// `name`: the file, or the texture slot or set, that was not found.
+    explicit TW_Exception_TextureNotFound(const char* name) { setError("TW2: Texture \"%s\" not found", name); }
     ~TW_Exception_TextureNotFound() override;
 };
 
@@ -45,7 +54,11 @@ public:
 class TW2_API TW_Exception_NoAnimation : public TW_Exception
 {
 public:
-    explicit TW_Exception_NoAnimation(const char* fileName);
+    /// `fileName`: the file that was read.
+    explicit TW_Exception_NoAnimation(const char* fileName)
+    {
+        setError("TW2: File \"%s\" did not have a valid keyframe animation chunk", fileName);
+    }
     ~TW_Exception_NoAnimation() override;
 };
 
@@ -53,7 +66,11 @@ public:
 class TW2_API TW_Exception_InvalidAnimationChunk : public TW_Exception
 {
 public:
-    explicit TW_Exception_InvalidAnimationChunk(const char* fileName);
+    /// `fileName`: the file that was read.
+    explicit TW_Exception_InvalidAnimationChunk(const char* fileName)
+    {
+        setError("TW2: File \"%s\" had more than one or other than animation chunks", fileName);
+    }
     ~TW_Exception_InvalidAnimationChunk() override;
 };
 
@@ -62,7 +79,10 @@ class TW2_API TW_Exception_AnimationTargetNotFound : public TW_Exception
 {
 public:
     /// `location` is the script's nesting text or "<script not available>".
-    TW_Exception_AnimationTargetNotFound(const char* location, const char* detail);
+    TW_Exception_AnimationTargetNotFound(const char* location, const char* detail)
+    {
+        setError("TW2: Animation target not found and callback not set %s: %s", location, detail);
+    }
     ~TW_Exception_AnimationTargetNotFound() override;
 };
 
@@ -71,7 +91,10 @@ class TW2_API TW_Exception_InvalidScriptParameter : public TW_Exception
 {
 public:
     /// `location` is the script's nesting text.
-    TW_Exception_InvalidScriptParameter(const char* location, const char* detail);
+    TW_Exception_InvalidScriptParameter(const char* location, const char* detail)
+    {
+        setError("TW2: Invalid parameter in %s: %s", location, detail);
+    }
     ~TW_Exception_InvalidScriptParameter() override;
 };
 
@@ -79,15 +102,64 @@ public:
 class TW2_API TW_Exception_BoneNotFound : public TW_Exception
 {
 public:
-    TW_Exception_BoneNotFound(const char* boneName, const char* objectName);
+    /// `boneName`: the name that was asked for; `objectName`: of the object that has no such bone.
+    TW_Exception_BoneNotFound(const char* boneName, const char* objectName)
+    {
+        setError("TW2: Bone \"%s\" not found from object \"%s\"", boneName, objectName);
+    }
     ~TW_Exception_BoneNotFound() override;
+};
+
+/// An animated object was asked for an animation by a name that none of its animations has.
+class TW2_API TW_Exception_AnimationNotFound : public TW_Exception
+{
+public:
+    /// `names` lists what there is.
+    TW_Exception_AnimationNotFound(const char* animationName, const char* objectName, const char* names)
+    {
+        setError("TW2: Animation \"%s\" not found from object \"%s\"; its animations are: %s", animationName,
+                 objectName, names);
+    }
+    ~TW_Exception_AnimationNotFound() override;
+};
+
+/// A mask of bones was given to an object, or to a mask, of another skeleton.
+class TW2_API TW_Exception_BoneMaskMismatch : public TW_Exception
+{
+public:
+    /// Names and bone counts of the object that the mask was made for and of the one that it was used on.
+    TW_Exception_BoneMaskMismatch(const char* maskObjectName, unsigned int maskBones, const char* objectName,
+                                  unsigned int objectBones)
+    {
+        setError(
+            "TW2: A bone mask of \"%s\" (%u bones) does not fit \"%s\" (%u bones); expected the same bone names in the "
+            "same order",
+            maskObjectName, maskBones, objectName, objectBones);
+    }
+    ~TW_Exception_BoneMaskMismatch() override;
+};
+
+/// Something that a motion of an object was asked to do does not fit the object; the message says what was expected.
+class TW2_API TW_Exception_InvalidMotion : public TW_Exception
+{
+public:
+    /// `objectName`: of the object that was to move; `detail`: what is wrong, for the message.
+    TW_Exception_InvalidMotion(const char* objectName, const char* detail)
+    {
+        setError("TW2: Motion of \"%s\": %s", objectName, detail);
+    }
+    ~TW_Exception_InvalidMotion() override;
 };
 
 /// A file that materials were to be loaded from has none.
 class TW2_API TW_Exception_MaterialNotFound : public TW_Exception
 {
 public:
-    explicit TW_Exception_MaterialNotFound(const char* fileName);
+    /// `fileName`: the file that was read.
+    explicit TW_Exception_MaterialNotFound(const char* fileName)
+    {
+        setError("TW2: File \"%s\" didn't contain any materials", fileName);
+    }
     ~TW_Exception_MaterialNotFound() override;
 };
 
@@ -95,7 +167,11 @@ public:
 class TW2_API TW_Exception_DuplicateAnimationIndicesFound : public TW_Exception
 {
 public:
-    TW_Exception_DuplicateAnimationIndicesFound(const char* fileName, int animationIndex);
+    /// `fileName`: the script; `animationIndex`: the index that it gives twice.
+    TW_Exception_DuplicateAnimationIndicesFound(const char* fileName, int animationIndex)
+    {
+        setError("TW2: File \"%s\" defines animation index %i more than once.", fileName, animationIndex);
+    }
     ~TW_Exception_DuplicateAnimationIndicesFound() override;
 };
 
@@ -103,7 +179,8 @@ public:
 class TW2_API TW_Exception_InvalidGeometry : public TW_Exception
 {
 public:
-    explicit TW_Exception_InvalidGeometry(const char* detail);
+    /// `detail`: what is wrong, for the message.
+    explicit TW_Exception_InvalidGeometry(const char* detail) { setError("TW2: Invalid Geometry: %s", detail); }
     ~TW_Exception_InvalidGeometry() override;
 };
 }  // namespace TW2

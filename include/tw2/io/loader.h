@@ -24,6 +24,10 @@ namespace TW2
 /// freed or another is loaded, so that several passes read the disk once. When a file, a chunk or a callback throws,
 /// the walk ends, callbacks and cached file stay as they are and the exception passes on.
 ///
+/// A callback may load, or build objects that do: its loads have a file of their own, which goes when it returns, and
+/// the walk goes on behind the chunk that it was called for. It must not replace the content of the file that the
+/// callback for unknown chunks is given: the walk then ends with an S_MemoryFileException.
+///
 /// All state is shared and unguarded: one thread at a time. Callbacks are not owned.
 class TW2_API TW_Loader
 {
@@ -33,17 +37,23 @@ public:
     /// @name Callbacks
     /// Null (the state at start) leaves a kind unread.
     /// @{
+
+    /// Hears of every helper of a file.
     static void setHelperCallback(TW_HelperCallback* callback) noexcept { sm_pHelperCallback = callback; }
     [[nodiscard]] static TW_HelperCallback* getHelperCallback() noexcept { return sm_pHelperCallback; }
+    /// Hears of a file's environment colours.
     static void setEnvironmentCallback(TW_EnvironmentCallback* callback) noexcept
     {
         sm_pEnvironmentCallback = callback;
     }
     [[nodiscard]] static TW_EnvironmentCallback* getEnvironmentCallback() noexcept { return sm_pEnvironmentCallback; }
+    /// Hears of every light and every light animation of a file.
     static void setLightCallback(TW_LightCallback* callback) noexcept { sm_pLightCallback = callback; }
     [[nodiscard]] static TW_LightCallback* getLightCallback() noexcept { return sm_pLightCallback; }
+    /// Hears of every camera of a file.
     static void setCameraCallback(TW_CameraCallback* callback) noexcept { sm_pCameraCallback = callback; }
     [[nodiscard]] static TW_CameraCallback* getCameraCallback() noexcept { return sm_pCameraCallback; }
+    /// Hears of every chunk that the loader does not know; without one such chunks are passed over.
     static void setUnknownChunkCallback(TW_UnknownChunkCallback* callback) noexcept
     {
         sm_pUnknownChunkCallback = callback;
@@ -52,6 +62,7 @@ public:
     {
         return sm_pUnknownChunkCallback;
     }
+    /// Hears of every list of materials of a file.
     static void setMaterialListCallback(TW_MaterialListCallback* callback) noexcept
     {
         sm_pMaterialListCallback = callback;
@@ -60,8 +71,10 @@ public:
     {
         return sm_pMaterialListCallback;
     }
+    /// Hears of every mesh of a file. Building an object takes this one for itself, and leaves null.
     static void setMeshCallback(TW_MeshCallback* callback) noexcept { sm_pMeshCallback = callback; }
     [[nodiscard]] static TW_MeshCallback* getMeshCallback() noexcept { return sm_pMeshCallback; }
+    /// Hears of every keyframe animation of a file.
     static void setKeyframeAnimationCallback(TW_KeyframeAnimationCallback* callback) noexcept
     {
         sm_pKeyframeAnimationCallback = callback;
@@ -93,12 +106,19 @@ public:
     /// Walks a file from its first chunk to its last and calls the callbacks. A file in memory under this name (letter
     /// case does not count) is not opened again. `freeAfterLoading` lets go of it when the walk is complete.
     static void load(std::string_view fileName, bool freeAfterLoading);
+    /// Whether a file is being walked: true inside callbacks.
+    [[nodiscard]] static bool isLoading() noexcept { return sm_pWalk != nullptr; }
     /// Lists the top-level chunks of a file on the verbose log: kind, size and version. Leaves callbacks and the file
     /// in memory alone.
     static void analyze(std::string_view fileName);
     /// @}
 
 private:
+    class Walk;
+
+    template <typename Visit>
+    static void forEachCallback(const Visit& visit);
+    static void walk();
     static void dispatch(unsigned int id);
 
     static TW_HelperCallback* sm_pHelperCallback;
@@ -121,5 +141,6 @@ private:
 
     static S_MemoryFile sm_cachedMemoryFile;
     static S_String sm_strCachedMemoryFile;
+    static Walk* sm_pWalk;  ///< the innermost one
 };
 }  // namespace TW2

@@ -24,7 +24,7 @@ struct SpotLightChunk;
 /// What a host implements to receive the chunks of a file that TW_Loader walks.
 ///
 /// The loader never deletes a callback; whoever registers one owns it. A record lives for the call only: copy what is
-/// to be kept. A callback may change the loader's callbacks (for the chunks after this one), but must not load.
+/// to be kept. A callback may change the loader's callbacks (for the chunks after this one), and may load.
 /// @{
 
 /// Receives cameras.
@@ -38,16 +38,19 @@ protected:
     ~TW_CameraCallback() = default;
 };
 
-/// Receives lights and light animations.
+/// Receives lights and light animations. A kind that a host does not override is passed over; who overrides one writes
+/// `using TW_LightCallback::operator();` to keep the others visible under the host's own class.
 class TW_LightCallback
 {
 public:
-    virtual void operator()(const SpotLightAnimationChunk& animation) = 0;
-    virtual void operator()(const DirectionalLightAnimationChunk& animation) = 0;
-    virtual void operator()(const PointLightAnimationChunk& animation) = 0;
-    virtual void operator()(const SpotLightChunk& light) = 0;
-    virtual void operator()(const DirectionalLightChunk& light) = 0;
-    virtual void operator()(const PointLightChunk& light) = 0;
+    /// An animation of a light, or a light. The record is the loader's and changes with the next one; copy what is to
+    /// stay. An exception ends the reading of the file and reaches whoever began it. By itself nothing happens.
+    virtual void operator()(const SpotLightAnimationChunk&) {}
+    virtual void operator()(const DirectionalLightAnimationChunk&) {}
+    virtual void operator()(const PointLightAnimationChunk&) {}
+    virtual void operator()(const SpotLightChunk&) {}
+    virtual void operator()(const DirectionalLightChunk&) {}
+    virtual void operator()(const PointLightChunk&) {}
 
 protected:
     ~TW_LightCallback() = default;
@@ -57,6 +60,7 @@ protected:
 class TW_HelperCallback
 {
 public:
+    /// A helper; the record is the loader's and changes with the next one.
     virtual void operator()(const HelperChunk& helper) = 0;
 
 protected:
@@ -67,6 +71,7 @@ protected:
 class TW_EnvironmentCallback
 {
 public:
+    /// The environment; the record is the loader's and changes with the next one.
     virtual void operator()(const EnvironmentChunk& environment) = 0;
 
 protected:

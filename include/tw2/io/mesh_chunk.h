@@ -14,11 +14,11 @@ namespace TW2
 /// Vertices of a mesh, group by group; a group holds the vertices that one material needs.
 struct MeshVertexChunk
 {
-    S_Vector<M_Vector3Template<float>> positions;
-    bool hasNormals = true;                      ///< `normals` are valid
-    S_Vector<M_Vector3Template<float>> normals;  ///< one per position
-    S_Vector<unsigned int> groupOffsets;         ///< first vertex of each group
-    S_Vector<unsigned int> groupCounts;          ///< vertices of each group
+    S_Vector<M_Vector3Template<float>> positions;  ///< in the mesh's own space
+    bool hasNormals = true;                        ///< `normals` are valid
+    S_Vector<M_Vector3Template<float>> normals;    ///< one per position
+    S_Vector<unsigned int> groupOffsets;           ///< first vertex of each group
+    S_Vector<unsigned int> groupCounts;            ///< vertices of each group
     /// For each vertex the vertex of the file's list that it was made from. Only meshes of the old layout have one.
     S_Vector<int> vertexMap;
 
@@ -31,8 +31,8 @@ struct MeshVertexChunk
 /// One triangle of the old mesh layout.
 struct PolygonChunk
 {
-    int vertexIndices[3] = {0, 0, 0};
-    int vertexCount = 0;  ///< corners that the file gave; those past the third were dropped
+    int vertexIndices[3] = {0, 0, 0};  ///< counted from the first vertex of the file's list
+    int vertexCount = 0;               ///< corners that the file gave; those past the third were dropped
 
     friend bool operator==(const PolygonChunk&, const PolygonChunk&) = default;
 };
@@ -56,7 +56,7 @@ struct MeshFaceChunk
 /// their common vertices; a polygon with mask 0 is flat.
 struct MeshSmoothingGroupChunk
 {
-    S_Vector<unsigned int> masks;
+    S_Vector<unsigned int> masks;  ///< bit b: the polygon is in smoothing group b
 
     /// Empties the list; it keeps its storage.
     void reset() noexcept { masks.clear(); }
@@ -67,7 +67,7 @@ struct MeshSmoothingGroupChunk
 /// Names of a mesh's materials, one per group.
 struct MeshMaterialChunk
 {
-    S_Vector<S_String> names;
+    S_Vector<S_String> names;     ///< one per group; empty: one group without material
     S_Vector<int> faceMaterials;  ///< old layout only: index into `names` for each polygon
 
     /// Empties the lists; they keep their storage.
@@ -100,20 +100,24 @@ struct TextureChannelChunk
 /// Making a record also makes the first set of work lists of the conversion from old layouts; see `deleteStaticData`.
 struct MeshChunk : NodeChunk
 {
-    static constexpr std::size_t sm_channelSlots = 10;
-    static constexpr std::size_t sm_maxGroupVertices = 65536;  ///< indices have 16 bits
+    static constexpr std::size_t channelSlots = 10;         ///< texture coordinate sets that a mesh can have
+    static constexpr std::size_t maxGroupVertices = 65536;  ///< indices have 16 bits
 
-    bool hasVertices = false;
+    bool hasVertices = false;  ///< the mesh has geometry of its own
+    /// All vertices, group by group.
     MeshVertexChunk vertices;
-    bool hasFaces = false;
+    bool hasFaces = false;  ///< the mesh has triangles
+    /// All triangles, group by group.
     MeshFaceChunk faces;
-    bool hasSmoothingGroups = false;
+    bool hasSmoothingGroups = false;  ///< `smoothingGroups` is filled (old layout)
+    /// Masks of the old layout's polygons; the reader has made normals of them.
     MeshSmoothingGroupChunk smoothingGroups;
-    bool hasMaterials = false;
+    bool hasMaterials = false;  ///< `materials` is filled
+    /// Names of the groups' materials.
     MeshMaterialChunk materials;
-    S_Vector<bool> channelUsed;              ///< which slots are filled; always `sm_channelSlots` entries
-    S_Vector<TextureChannelChunk> channels;  ///< slots in the order of the file; always `sm_channelSlots` entries
-    bool hasInstance = false;
+    S_Vector<bool> channelUsed;              ///< which slots are filled; always `channelSlots` entries
+    S_Vector<TextureChannelChunk> channels;  ///< slots in the order of the file; always `channelSlots` entries
+    bool hasInstance = false;                ///< `instanceOf` is filled
     /// The mesh of the same animated object whose geometry this one shares; such a mesh has none of its own.
     S_String instanceOf;
 
@@ -125,19 +129,26 @@ struct MeshChunk : NodeChunk
     /// @name Groups
     /// Asked of a record in the current layout; group, vertex, triangle, corner and slot must exist.
     /// @{
+
+    /// Groups: one per material name, or one without names.
     [[nodiscard]] std::size_t getGroupCount() const noexcept { return vertices.groupCounts.size(); }
+    /// Vertices of a group, at most `maxGroupVertices`.
     [[nodiscard]] unsigned int getVertexCount(std::size_t group) const { return vertices.groupCounts[group]; }
+    /// Triangles of a group.
     [[nodiscard]] unsigned int getTriangleCount(std::size_t group) const { return faces.groupCounts[group]; }
+    /// Position of a vertex of a group, in the mesh's own space.
     [[nodiscard]] const M_Vector3Template<float>& getPosition(std::size_t group, std::size_t vertex) const
     {
         return vertices.positions[vertices.groupOffsets[group] + vertex];
     }
+    /// Normal of a vertex of a group, as the file has it: not always of length 1.
     [[nodiscard]] const M_Vector3Template<float>& getNormal(std::size_t group, std::size_t vertex) const
     {
         return vertices.normals[vertices.groupOffsets[group] + vertex];
     }
     /// Whether the record has a vertex map (old layout).
     [[nodiscard]] bool hasVertexMap() const noexcept { return !vertices.vertexMap.empty(); }
+    /// The vertex of the file's list that this one was made from; only with a vertex map.
     [[nodiscard]] int getVertexMapEntry(std::size_t group, std::size_t vertex) const
     {
         return vertices.vertexMap[vertices.groupOffsets[group] + vertex];
@@ -153,44 +164,55 @@ struct MeshChunk : NodeChunk
         const TextureChannelChunk& channel = channels[slot];
         return group < channel.groupCounts.size() ? channel.groupCounts[group] : 0;
     }
+    /// Texture coordinate of a vertex in a slot; only where `getCoordinateCount` is not 0. The library uses x and y as
+    /// u and v.
     [[nodiscard]] const M_Vector3Template<float>& getCoordinate(std::size_t slot, std::size_t group,
                                                                 std::size_t vertex) const
     {
         const TextureChannelChunk& channel = channels[slot];
         return channel.coordinates[static_cast<std::size_t>(channel.groupOffsets[group]) + vertex];
     }
+    /// One name per group, or none.
     [[nodiscard]] const S_Vector<S_String>& getMaterialNames() const noexcept { return materials.names; }
+    /// The mesh whose geometry this one shares; only with `hasInstance`.
     [[nodiscard]] const S_String& getInstanceName() const noexcept { return instanceOf; }
     /// @}
 
     /// @name Writing
     /// Each hands out one part and marks it as present.
     /// @{
+
+    /// Positions and normals; see MeshVertexChunk.
     MeshVertexChunk& editVertices() noexcept
     {
         hasVertices = true;
         return vertices;
     }
+    /// Triangles; see MeshFaceChunk.
     MeshFaceChunk& editFaces() noexcept
     {
         hasFaces = true;
         return faces;
     }
+    /// Smoothing groups, for files of the old layout.
     MeshSmoothingGroupChunk& editSmoothingGroups() noexcept
     {
         hasSmoothingGroups = true;
         return smoothingGroups;
     }
+    /// Names of the materials, one per group.
     MeshMaterialChunk& editMaterials() noexcept
     {
         hasMaterials = true;
         return materials;
     }
+    /// The texture coordinates of a slot below `channelSlots`.
     TextureChannelChunk& editChannel(std::size_t slot)
     {
         channelUsed[slot] = true;
         return channels[slot];
     }
+    /// The mesh whose geometry this one shares.
     S_String& editInstanceName() noexcept
     {
         hasInstance = true;
@@ -205,6 +227,8 @@ struct MeshChunk : NodeChunk
 /// The part readers trust the counts and indices of a part among each other only as far as its own lists go; the mesh
 /// reader checks the whole record, converts an old layout and throws S_MemoryFileException for whatever does not fit.
 /// @{
+
+/// Reads one part, from the chunk at the file's position. Throws S_MemoryFileException.
 TW2_API S_MemoryFile& operator>>(S_MemoryFile& file, MeshVertexChunk& vertices);
 TW2_API S_MemoryFile& operator>>(S_MemoryFile& file, PolygonChunk& polygon);
 TW2_API S_MemoryFile& operator>>(S_MemoryFile& file, MeshFaceChunk& faces);
@@ -218,6 +242,8 @@ TW2_API S_MemoryFile& operator>>(S_MemoryFile& file, MeshChunk& mesh);
 /// @name Writing
 /// In the current layout: what only the old one has (polygons, face materials, vertex map) is not written.
 /// @{
+
+/// Writes a part, or a whole mesh with all its parts. Throws S_MemoryException_Allocation.
 TW2_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const MeshVertexChunk& vertices);
 TW2_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const PolygonChunk& polygon);
 TW2_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const MeshFaceChunk& faces);

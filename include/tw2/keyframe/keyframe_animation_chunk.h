@@ -20,8 +20,8 @@ struct MatrixKey
 /// Visibility of an object at one frame; it shows while the interpolated value is above 0.
 struct VisibilityKey
 {
-    unsigned int frame = 0;  ///< 0 to 32767; the tracks keep the low 16 bits
-    float visibility = 0.0f;
+    unsigned int frame = 0;   ///< 0 to 32767; the tracks keep the low 16 bits
+    float visibility = 0.0F;  ///< above 0: shown
 
     friend bool operator==(const VisibilityKey&, const VisibilityKey&) = default;
 };
@@ -32,15 +32,15 @@ struct VisibilityKey
 /// between two keys is their linear blend.
 struct KeyframeAnimationChunk
 {
-    AnimationHeader header;
-    S_Vector<MatrixKey> keys;
+    AnimationHeader header;            ///< name of the object that moves, frames per second, looping
+    S_Vector<MatrixKey> keys;          ///< in rising order of their frames
     unsigned int totalFrameCount = 0;  ///< the animation has the frames 0 to totalFrameCount - 1
     unsigned int loopToFrame = 0;      ///< where a looping animation continues after its last frame
     bool loopInterpolation = false;    ///< a looping animation moves from its last key to its loop-to key in one frame
     S_String objectName;               ///< second name of the object; kept, not used for playback
-    S_Vector<VisibilityKey> visibilityKeys;
-    int interpolationMode = 0;  ///< an InterpolationMode; other values count as Linear
-    bool keepScale = false;     ///< the lengths of the keys' basis rows are put back after interpolation
+    S_Vector<VisibilityKey> visibilityKeys;  ///< in rising order of their frames; none: always shown
+    int interpolationMode = 0;               ///< an InterpolationMode; other values count as Linear
+    bool keepScale = false;                  ///< the lengths of the keys' basis rows are put back after interpolation
 
     /// Restores the defaults; keeps the memory of names and lists for the next chunk.
     TW2_API void clear() noexcept;

@@ -15,9 +15,9 @@ namespace TW2
 class TW2_API TW_KeyframeMatrix
 {
 public:
-    M_Vector3Template<float> m_vTranslation;
-    float m_fRotationW = 0.0f;             ///< scalar part of the quaternion
-    M_Vector3Template<float> m_vRotation;  ///< vector part of the quaternion
+    M_Vector3Template<float> m_vTranslation;  ///< the translation row
+    float m_fRotationW = 0.0F;                ///< scalar part of the quaternion
+    M_Vector3Template<float> m_vRotation;     ///< vector part of the quaternion
 
     TW_KeyframeMatrix() = default;
     /// The transform of `matrix`, whose 3x3 block is a rotation. A scaled or skewed block gives some quaternion.
@@ -29,8 +29,12 @@ public:
 
     /// @name Arithmetic on all seven floats
     /// @{
+
+    /// All three leave the quaternion at whatever length the sum has; reading it as a matrix divides by that length.
     TW_KeyframeMatrix& operator+=(const TW_KeyframeMatrix& other);
+    /// As above.
     TW_KeyframeMatrix& operator-=(const TW_KeyframeMatrix& other);
+    /// As above.
     TW_KeyframeMatrix& operator*=(float factor);
     /// @}
 

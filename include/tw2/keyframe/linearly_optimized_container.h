@@ -2,6 +2,7 @@
 
 #include <tw2/export.h>
 #include <tw2/keyframe/keyframe_matrix.h>
+#include <tw2/keyframe/rigid_keys.h>
 
 #include <platform/image/fcolor.h>
 #include <platform/math/matrix4x3.h>
@@ -23,17 +24,20 @@ template <typename T>
 class LinearlyOptimizedContainer : public S_Allocated
 {
 public:
-    bool m_bConstructed = false;
-    bool m_bLooping = false;
+    /// A vector, or what reads like one.
+    using Values = std::conditional_t<std::is_same_v<T, TW_KeyframeMatrix>, TW_RigidKeys, S_Vector<T>>;
+
+    bool m_bConstructed = false;  ///< built from keys, and not destructed since
+    bool m_bLooping = false;      ///< goes on at the loop-to frame after its end
     /// A looping track has one more frame at its end, in which the value moves from the last key to the key at the
     /// loop-to frame.
     bool m_bLoopInterpolation = false;
     unsigned int m_uLoopToFrame = 0;       ///< where a looping track continues after its end
-    mutable float m_fLastLowerKey = 0.0f;  ///< index of the lower key of the last lookup
-    mutable float m_fLastUpperKey = 0.0f;  ///< index of the upper key of the last lookup
+    mutable float m_fLastLowerKey = 0.0F;  ///< index of the lower key of the last lookup
+    mutable float m_fLastUpperKey = 0.0F;  ///< index of the upper key of the last lookup
     unsigned int m_uTotalFrameCount = 0;   ///< the track has the frames 0 to m_uTotalFrameCount - 1
     S_Vector<std::int16_t> m_vecFrames;    ///< frame of each key, ascending
-    S_Vector<T> m_vecValues;               ///< value of each key
+    Values m_vecValues;                    ///< value of each key
 
     LinearlyOptimizedContainer() = default;
     ~LinearlyOptimizedContainer() = default;
@@ -43,11 +47,13 @@ public:
     /// @name Filling
     /// @{
 
-    /// Makes room for `keyCount` keys at frame 0 with default values (zeros, identity, black of alpha 255) and sets the
-    /// loop members to their defaults. When an allocation fails the track is empty and the exception passes on.
+    /// Makes room for `keyCount` keys at frame 0 with default values (zeros, identity, black of alpha 255); a track
+    /// that is constructed is emptied first, its loop members included. When an allocation fails the track is empty and
+    /// the exception passes on.
     void construct(unsigned int keyCount);
-    /// Back to the empty state.
+    /// Back to the empty state; nothing happens to a track that is not constructed.
     void destruct() noexcept;
+    /// False before the first `construct` and after `destruct`.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 

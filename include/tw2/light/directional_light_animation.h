@@ -20,13 +20,21 @@ public:
     /// A form that throws leaves the animation not constructed.
     /// @{
     TW_DirectionalLightAnimation() noexcept = default;
-    explicit TW_DirectionalLightAnimation(const DirectionalLightAnimationChunk& chunk);
+    /// Builds the tracks of a record.
+    explicit TW_DirectionalLightAnimation(const DirectionalLightAnimationChunk& chunk) : TW_DirectionalLightAnimation()
+    {
+        construct(chunk);
+    }
     /// Shares the tracks.
     TW_DirectionalLightAnimation(const TW_DirectionalLightAnimation& other);
+    /// Shares the tracks; assigning an animation to itself changes nothing.
     TW_DirectionalLightAnimation& operator=(const TW_DirectionalLightAnimation& other);
+    /// The last copy deletes the tracks.
     ~TW_DirectionalLightAnimation();
 
+    /// Builds the tracks of a record, in the place of what was there.
     void construct(const DirectionalLightAnimationChunk& chunk);
+    /// Shares the tracks of `other`; an animation given itself changes nothing.
     void construct(const TW_DirectionalLightAnimation& other);
     /// @}
 

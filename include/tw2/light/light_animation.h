@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tw2/core/text.h>
 #include <tw2/export.h>
 #include <tw2/keyframe/linearly_optimized_container.h>
 
@@ -14,18 +15,28 @@ namespace TW2
 /// and brightness. Hosts use the class of a kind.
 ///
 /// Copies share the tracks; the last copy deletes them. A track without keys changes nothing: the light keeps its own
-/// value, and brightness counts as 1. Evaluating is for one thread at a time, for all copies together.
+/// value, and brightness counts as 1. One thread at a time per object; copies may be evaluated on several threads at
+/// once.
 class TW2_API TW_LightAnimation : public S_Allocated
 {
 public:
     /// Drops the tracks; the object is as default-constructed.
     void destruct() noexcept;
+    /// False before the first `construct` and after `destruct`.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
 
     /// @name Target
     /// @{
+
+    /// Name of the light that it is made for; the library attaches nothing by it.
     [[nodiscard]] const S_String& getAnimationTargetName() const noexcept { return m_strAnimationTargetName; }
     void setAnimationTargetName(const S_String& name) { m_strAnimationTargetName = name; }
+    /// The same with a string of the host's.
+    template <TW_ForeignString Name>
+    void setAnimationTargetName(const Name& name)
+    {
+        setAnimationTargetName(asString(name));
+    }
     /// Frames per second; each copy has its own.
     [[nodiscard]] int getFrameRate() const noexcept { return m_iFrameRate; }
     void setFrameRate(int frameRate) noexcept { m_iFrameRate = frameRate; }
@@ -36,58 +47,82 @@ public:
     /// @{
 
     /// Components 0 to 255.
-    [[nodiscard]] LinearlyOptimizedContainer<G_FColor>* getColorContainer() const noexcept;
+    [[nodiscard]] LinearlyOptimizedContainer<G_FColor>* getColorContainer() const noexcept { return m_pColor; }
     /// Factor of the colour.
-    [[nodiscard]] LinearlyOptimizedContainer<float>* getBrightnessContainer() const noexcept
-    {
-        return getTrack(TRACK_BRIGHTNESS);
-    }
+    [[nodiscard]] LinearlyOptimizedContainer<float>* getBrightnessContainer() const noexcept { return m_pBrightness; }
     /// @}
 
 protected:
-    /// Tracks of numbers, as far as a kind of light has them.
-    enum Track : unsigned int
-    {
-        TRACK_BRIGHTNESS,
-        TRACK_FALL_OFF,
-        TRACK_HOT_SPOT,
-        TRACK_FALL_OFF_ANGLE,
-        TRACK_HOT_SPOT_ANGLE,
-        TRACK_COUNT
-    };
-
     TW_LightAnimation() noexcept { initializeMembers(); }
+    /// Shares the tracks.
     TW_LightAnimation(const TW_LightAnimation& other);
+    /// Shares the tracks; assigning an animation to itself changes nothing.
     TW_LightAnimation& operator=(const TW_LightAnimation& other);
     ~TW_LightAnimation() { destruct(); }
 
-    /// Builds the tracks of a record of any kind; one that it lacks has no keys.
+    /// Builds the tracks of a record of any kind; those that it lacks stay null.
     template <typename Record>
     void constructFromRecord(const Record& record);
     /// Shares the tracks of `other`; copying an object onto itself does nothing.
     void constructFromCopy(const TW_LightAnimation& other);
 
-    [[nodiscard]] LinearlyOptimizedContainer<float>* getTrack(Track track) const noexcept;
+    /// Frames from the animation's start at a time in seconds.
     [[nodiscard]] float toFrame(float time) const noexcept { return static_cast<float>(m_iFrameRate) * time; }
     /// Gives the light colour x brightness at `frame`; nothing happens without colour keys.
     void applyColor(P_Light& light, float frame) const;
-    /// The value of a track at `frame`; false when it has no keys.
-    bool evaluate(Track track, float& value, float frame) const;
+    /// Hands the value of a track at `frame` to `apply`, unless it has no keys.
+    template <typename Apply>
+    void applyTrack(const LinearlyOptimizedContainer<float>* track, int& hint, float frame, const Apply& apply) const
+    {
+        if (float value = 0.0F; evaluate(track, hint, value, frame))
+        {
+            apply(value);
+        }
+    }
+    /// Writes the light's kind, target and frame rate to the verbose log.
     void dumpAs(const char* kind) const;
 
 private:
-    struct Tracks;
-
     void initializeMembers() noexcept;
-    int increaseReferenceCount() const noexcept;
-    int decreaseReferenceCount() const noexcept;
+    static bool evaluate(const LinearlyOptimizedContainer<float>* track, int& hint, float& value, float frame);
+    int increaseReferenceCount() const noexcept { return ++*m_piReferenceCount; }
+    int decreaseReferenceCount() const noexcept { return --*m_piReferenceCount; }
 
     bool m_bConstructed;
     S_String m_strAnimationTargetName;
     int m_iFrameRate;
-    Tracks* m_pTracks;  // shared
-    /// Where the next lookup in each track begins.
+
+protected:
+    /// @name Tracks, shared by all copies, each with the key at which this copy's next look-up begins
+    /// @{
+
+    /// Components 0 to 255.
+    LinearlyOptimizedContainer<G_FColor>* m_pColor;
+    /// Key of this copy's last look-up.
     mutable int m_iColorFrame;
-    mutable int m_aiFrames[TRACK_COUNT];
+    /// Factor of the colour.
+    LinearlyOptimizedContainer<float>* m_pBrightness;
+    /// Key of this copy's last look-up.
+    mutable int m_iBrightnessFrame;
+    /// Distance at which the light has faded to nothing, in scene units.
+    LinearlyOptimizedContainer<float>* m_pFallOff;
+    /// Key of this copy's last look-up.
+    mutable int m_iFallOffFrame;
+    /// Distance up to which the light is at full strength, in scene units.
+    LinearlyOptimizedContainer<float>* m_pHotSpot;
+    /// Key of this copy's last look-up.
+    mutable int m_iHotSpotFrame;
+    /// Angle outside of which there is no light, in degrees.
+    LinearlyOptimizedContainer<float>* m_pFallOffAngle;
+    /// Key of this copy's last look-up.
+    mutable int m_iFallOffAngleFrame;
+    /// Angle of full strength, in degrees.
+    LinearlyOptimizedContainer<float>* m_pHotSpotAngle;
+    /// Key of this copy's last look-up.
+    mutable int m_iHotSpotAngleFrame;
+    /// @}
+
+private:
+    S_OwnCounter* m_piReferenceCount;  // of the copies that share the tracks
 };
 }  // namespace TW2

@@ -20,13 +20,21 @@ public:
     /// A form that throws leaves the animation not constructed.
     /// @{
     TW_PointLightAnimation() noexcept = default;
-    explicit TW_PointLightAnimation(const PointLightAnimationChunk& chunk);
+    /// Builds the tracks of a record.
+    explicit TW_PointLightAnimation(const PointLightAnimationChunk& chunk) : TW_PointLightAnimation()
+    {
+        construct(chunk);
+    }
     /// Shares the tracks.
     TW_PointLightAnimation(const TW_PointLightAnimation& other);
+    /// Shares the tracks; assigning an animation to itself changes nothing.
     TW_PointLightAnimation& operator=(const TW_PointLightAnimation& other);
+    /// The last copy deletes the tracks.
     ~TW_PointLightAnimation();
 
+    /// Builds the tracks of a record, in the place of what was there.
     void construct(const PointLightAnimationChunk& chunk);
+    /// Shares the tracks of `other`; an animation given itself changes nothing.
     void construct(const TW_PointLightAnimation& other);
     /// @}
 
@@ -45,15 +53,9 @@ public:
     /// @{
 
     /// Distance at which the light has faded to nothing.
-    [[nodiscard]] LinearlyOptimizedContainer<float>* getFallOffContainer() const noexcept
-    {
-        return getTrack(TRACK_FALL_OFF);
-    }
+    [[nodiscard]] LinearlyOptimizedContainer<float>* getFallOffContainer() const noexcept { return m_pFallOff; }
     /// Distance of full strength; held for the host, not applied to the light.
-    [[nodiscard]] LinearlyOptimizedContainer<float>* getHotSpotContainer() const noexcept
-    {
-        return getTrack(TRACK_HOT_SPOT);
-    }
+    [[nodiscard]] LinearlyOptimizedContainer<float>* getHotSpotContainer() const noexcept { return m_pHotSpot; }
     /// @}
 
     /// Writes name and frame rate to the verbose log.

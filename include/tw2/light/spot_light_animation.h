@@ -20,13 +20,18 @@ public:
     /// A form that throws leaves the animation not constructed.
     /// @{
     TW_SpotLightAnimation() noexcept = default;
-    explicit TW_SpotLightAnimation(const SpotLightAnimationChunk& chunk);
+    /// Builds the tracks of a record.
+    explicit TW_SpotLightAnimation(const SpotLightAnimationChunk& chunk) : TW_SpotLightAnimation() { construct(chunk); }
     /// Shares the tracks.
     TW_SpotLightAnimation(const TW_SpotLightAnimation& other);
+    /// Shares the tracks; assigning an animation to itself changes nothing.
     TW_SpotLightAnimation& operator=(const TW_SpotLightAnimation& other);
+    /// The last copy deletes the tracks.
     ~TW_SpotLightAnimation();
 
+    /// Builds the tracks of a record, in the place of what was there.
     void construct(const SpotLightAnimationChunk& chunk);
+    /// Shares the tracks of `other`; an animation given itself changes nothing.
     void construct(const TW_SpotLightAnimation& other);
     /// @}
 
@@ -45,24 +50,18 @@ public:
     /// @{
 
     /// Distance at which the light has faded to nothing.
-    [[nodiscard]] LinearlyOptimizedContainer<float>* getFallOffContainer() const noexcept
-    {
-        return getTrack(TRACK_FALL_OFF);
-    }
+    [[nodiscard]] LinearlyOptimizedContainer<float>* getFallOffContainer() const noexcept { return m_pFallOff; }
     /// Distance of full strength; held for the host, not applied to the light.
-    [[nodiscard]] LinearlyOptimizedContainer<float>* getHotSpotContainer() const noexcept
-    {
-        return getTrack(TRACK_HOT_SPOT);
-    }
+    [[nodiscard]] LinearlyOptimizedContainer<float>* getHotSpotContainer() const noexcept { return m_pHotSpot; }
     /// Cone outside of which there is no light, in degrees.
     [[nodiscard]] LinearlyOptimizedContainer<float>* getFallOffAngleContainer() const noexcept
     {
-        return getTrack(TRACK_FALL_OFF_ANGLE);
+        return m_pFallOffAngle;
     }
     /// Cone of full strength, in degrees.
     [[nodiscard]] LinearlyOptimizedContainer<float>* getHotSpotAngleContainer() const noexcept
     {
-        return getTrack(TRACK_HOT_SPOT_ANGLE);
+        return m_pHotSpotAngle;
     }
     /// @}
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include <tw2/core/text.h>
 #include <tw2/export.h>
-#include <tw2/object/virtual_object.h>
+#include <tw2/object/forwarding_object.h>
 
 #include <platform/runtime/allocator.h>
 
@@ -21,9 +22,12 @@ class TW_ObjectAnimation;
 ///     soldier.addTo(&scene);
 ///     ... every frame: soldier.animateObject(WALK, time, nullptr); ...
 ///
-/// All levels come from blocks of one script and share its animation indices. Animating works on every level, so that
-/// the shown one can change at any time; asking works on the level in use or, while none is in use, on the last one.
-class TW2_API TW_ObjectAnimationLODs : public TW_VirtualObject
+/// All levels come from blocks of one script and share its animation indices. Playing, blending, frame rates and
+/// textures go to every level, so that the shown one can change at any time. What is asked is asked of the level in use
+/// or, while none is in use, of the last one, but for the indices that there are and where they loop to, which are
+/// level 0's, as are its manual bounding volumes. States are frozen from and restored to the level in use; nothing
+/// happens while none is.
+class TW2_API TW_ObjectAnimationLODs : public TW_ForwardingObject
 {
 public:
     /// @name Life
@@ -31,25 +35,38 @@ public:
     /// object not constructed. A level count below 1 is a TW_Exception_InvalidScriptParameter that names the script.
     /// @{
 
-    /// Not constructed. Only `construct` and `isConstructed` may be called then.
-    TW_ObjectAnimationLODs();
+    /// Not constructed: no levels.
+    TW_ObjectAnimationLODs() { initializeMembers(); }
     /// Level i from block `blockIndices[i]` (a position at the script's current level), shown up to the distance
     /// `distances[i]`. `keyframeFlag`: the tracks carry visibility.
     TW_ObjectAnimationLODs(S_Script* script, int levelCount, const int* blockIndices, const float* distances,
-                           bool keyframeFlag);
+                           bool keyframeFlag)
+        : TW_ObjectAnimationLODs()
+    {
+        construct(script, levelCount, blockIndices, distances, keyframeFlag);
+    }
     /// Distances from the key "distance" of each block's "geometry" block; 0, or none, is the largest float.
-    TW_ObjectAnimationLODs(S_Script* script, int levelCount, const int* blockIndices, bool keyframeFlag);
+    TW_ObjectAnimationLODs(S_Script* script, int levelCount, const int* blockIndices, bool keyframeFlag)
+        : TW_ObjectAnimationLODs()
+    {
+        construct(script, levelCount, blockIndices, keyframeFlag);
+    }
     /// Copies of all levels, with the same distances.
-    TW_ObjectAnimationLODs(const TW_ObjectAnimationLODs& other);
+    TW_ObjectAnimationLODs(const TW_ObjectAnimationLODs& other) : TW_ObjectAnimationLODs() { construct(other); }
     /// The same; copying an object onto itself does nothing.
     TW_ObjectAnimationLODs& operator=(const TW_ObjectAnimationLODs& other);
+    /// Takes the levels out of the tree and deletes them.
     ~TW_ObjectAnimationLODs() override;
 
+    /// As the constructors of the same arguments, in the place of what the object was before. When it throws, the
+    /// object is not constructed.
     void construct(S_Script* script, int levelCount, const int* blockIndices, const float* distances,
                    bool keyframeFlag);
     void construct(S_Script* script, int levelCount, const int* blockIndices, bool keyframeFlag);
     void construct(const TW_ObjectAnimationLODs& other);
+    /// Deletes the levels; nothing happens to an object that has none.
     void destruct() noexcept;
+    /// False before the first `construct` and after `destruct`.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
@@ -60,6 +77,7 @@ public:
     [[nodiscard]] P_LODObject* getEngineLODObject() const noexcept { return m_pEngineLODObject; }
     /// Chooses the level in use for the camera now; the scene does it every frame.
     void calculateLOD();
+    /// 0 for an object that is not constructed.
     [[nodiscard]] int getLevelCount() const;
     /// Level 0 to `getLevelCount()` - 1; null when the engine shows something else there.
     [[nodiscard]] TW_ObjectAnimation* getLODObject(int level) const;
@@ -73,78 +91,21 @@ public:
 
     /// Replaces the materials by those of a file.
     void loadMaterials(const char* fileName);
+    /// The same with a string of the host's.
+    template <TW_String File>
+    void loadMaterials(const File& fileName)
+    {
+        loadMaterials(fileName.c_str());
+    }
     /// Shows and hides the meshes as the visibility tracks say.
     bool updateVisibility(int animation, float time);
+    /// The same at a frame.
     bool updateVisibilityFrame(int animation, float frame);
-    void setAnimationFPS(int index, float fps) override;
-    bool animateObject(int index, float time, TW_BoneGroupHandle* group) override;
-    bool animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state, float stateWeight, int index1, float time1, float weight1,
-                            int index2, float time2, float weight2, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state1, float weight, TW_ObjectAnimationState* state2,
-                            const TW_BoneHandle& reference, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state1, float weight, TW_ObjectAnimationState* state2,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state, float weight, int index, float time,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(int index1, float time1, float weight1, int index2, float time2, float weight2, int index3,
-                            float time3, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(int index1, float time1, float weight, int index2, float time2,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(TW_ObjectAnimationState* state, float stateWeight, int index1, float frame1,
-                                 float weight1, int index2, float frame2, float weight2,
-                                 TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(TW_ObjectAnimationState* state, float weight, int index, float frame,
-                                 TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(int index1, float frame1, float weight1, int index2, float frame2, float weight2,
-                                 int index3, float frame3, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(int index1, float frame1, float weight, int index2, float frame2,
-                                 TW_BoneGroupHandle* group) override;
-    void uploadTextures() override;
-    void setTextureAnimationFPS(const S_String& set, int index, float fps) override;
-    bool animateTexture(const S_String& set, float time) override;
-    bool animateTextureFrame(const S_String& set, float frame) override;
-    /// @}
-
-    /// @name On the level in use; nothing happens when none is
-    /// @{
-    void freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group) override;
-    void restoreAnimationState(TW_ObjectAnimationState* state) override;
-    /// @}
-
-    /// @name Of the level in use, of the last level when none is
-    /// @{
-    [[nodiscard]] unsigned int getTotalMeshes() const override;
-    [[nodiscard]] P_VirtualObject* getMesh(unsigned int i) const override;
-    [[nodiscard]] unsigned int getTotalAnimations() const override;
-    [[nodiscard]] int getMaximumAnimationIndex() const override;
-    [[nodiscard]] unsigned int getAnimationFrames(int index) const override;
-    [[nodiscard]] float getAnimationLength(int index) const override;
-    [[nodiscard]] float getAnimationFPS(int index) const override;
-    [[nodiscard]] TW_BoneHandle getBoneHandle(const char* name) override;
-    [[nodiscard]] bool isValidTextureAnimationSet(const S_String& set) const override;
-    [[nodiscard]] bool isValidTextureAnimation(const S_String& set, int index) const override;
-    [[nodiscard]] unsigned int getTotalTextureAnimationSets() const override;
-    [[nodiscard]] unsigned int getTotalTextureAnimations(const S_String& set) const override;
-    [[nodiscard]] unsigned int getTextureAnimationFrames(const S_String& set, int index) const override;
-    [[nodiscard]] float getTextureAnimationLength(const S_String& set, int index) const override;
-    [[nodiscard]] float getTextureAnimationFPS(const S_String& set, int index) const override;
-    /// @}
-
-    /// @name Of level 0
-    /// @{
-    [[nodiscard]] bool isValidAnimation(int index) const override;
-    [[nodiscard]] unsigned int getAnimationLoopToFrame(int index) const override;
-    [[nodiscard]] float getAnimationLoopToTime(int index) const override;
     /// @}
 
     /// @name Scene object
     /// @{
     [[nodiscard]] ObjectType getType() const override;
-    /// Level 0's manual bounding volumes, where it has them, else the engine's for this object.
-    [[nodiscard]] float getBoundingRadius() override;
-    [[nodiscard]] M_Vector3Template<float> getBoundingBoxMin() override;
-    [[nodiscard]] M_Vector3Template<float> getBoundingBoxMax() override;
     [[nodiscard]] const char* getObjectType() const override;
     /// @}
 
@@ -153,12 +114,13 @@ protected:
     bool executeAlways() override;
 
 private:
+    [[nodiscard]] TW_ObjectAnimation* getPart(Operations operations, unsigned int i) const override;
+    void takeApart() noexcept override;
     void initializeMembers() noexcept;
     template <typename Steps>
     void build(const Steps& steps);
     TW_ObjectAnimation& addLevel();
     void enterLevel(int level, float range);
-    [[nodiscard]] TW_ObjectAnimation& getUsedOrLast() const;
 
     P_LODObject* m_pEngineLODObject;
     int m_iLevelCount;

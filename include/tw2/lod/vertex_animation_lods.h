@@ -1,7 +1,8 @@
 #pragma once
 
+#include <tw2/core/text.h>
 #include <tw2/export.h>
-#include <tw2/object/virtual_object.h>
+#include <tw2/object/forwarding_object.h>
 
 #include <platform/runtime/allocator.h>
 
@@ -22,42 +23,67 @@ class TW_VertexAnimation;
 ///     soldier.addTo(&scene);
 ///     ... every frame: soldier.animateObject(WALK, time, nullptr); ...
 ///
-/// Animating works on level 0, whose skeleton moves the skins of all levels. The skeleton hangs below this object.
-class TW2_API TW_VertexAnimationLODs : public TW_VirtualObject
+/// Playing, blending, states and what is asked about bones and animations go to level 0, whose skeleton moves the skins
+/// of all levels and hangs below this object; its manual bounding volumes are those of the whole. Textures are animated
+/// and uploaded on every level; what is asked about them is asked of the level in use or, while none is in use, of the
+/// last one.
+class TW2_API TW_VertexAnimationLODs : public TW_ForwardingObject
 {
 public:
     /// @name Life
     /// Every form builds from scratch: what the object was before is destructed first. A form that throws leaves the
     /// object not constructed. A level count below 1 is a TW_Exception_InvalidScriptParameter that names the skin
-    /// script. Blocks are positions at their script's current level.
+    /// script. Blocks are positions at their script's current level. `withVisibility`: the skins' tracks carry
+    /// visibility.
     /// @{
 
-    /// Not constructed. Only `construct` and `isConstructed` may be called then.
-    TW_VertexAnimationLODs();
+    /// Not constructed: no levels.
+    TW_VertexAnimationLODs() { initializeMembers(); }
     /// The skeleton from a block; level i is the skin of block `blockIndices[i]`, shown up to the distance
     /// `distances[i]`.
     TW_VertexAnimationLODs(S_Script* skeletonScript, int skeletonBlock, int levelCount, S_Script* skinScript,
-                           const int* blockIndices, const float* distances);
+                           const int* blockIndices, const float* distances, bool withVisibility = false)
+        : TW_VertexAnimationLODs()
+    {
+        construct(skeletonScript, skeletonBlock, levelCount, skinScript, blockIndices, distances, withVisibility);
+    }
     /// Distances from the key "distance" of each skin block's "geometry" block; 0, or none, is the largest float.
     TW_VertexAnimationLODs(S_Script* skeletonScript, int skeletonBlock, int levelCount, S_Script* skinScript,
-                           const int* blockIndices);
+                           const int* blockIndices, bool withVisibility = false)
+        : TW_VertexAnimationLODs()
+    {
+        construct(skeletonScript, skeletonBlock, levelCount, skinScript, blockIndices, nullptr, withVisibility);
+    }
     /// The same on a copy of an object animation, which may be the skeleton that the object has now.
     TW_VertexAnimationLODs(const TW_ObjectAnimation& skeleton, int levelCount, S_Script* skinScript,
-                           const int* blockIndices);
+                           const int* blockIndices, bool withVisibility = false)
+        : TW_VertexAnimationLODs()
+    {
+        construct(skeleton, levelCount, skinScript, blockIndices, withVisibility);
+    }
     /// Copies of skeleton and levels, with the same distances.
-    TW_VertexAnimationLODs(const TW_VertexAnimationLODs& other);
+    TW_VertexAnimationLODs(const TW_VertexAnimationLODs& other) : TW_VertexAnimationLODs()
+    {
+        construct(other, nullptr);
+    }
     /// The same; copying an object onto itself does nothing.
     TW_VertexAnimationLODs& operator=(const TW_VertexAnimationLODs& other);
+    /// Takes the levels out of the tree and deletes them; the skeleton goes with its last holder.
     ~TW_VertexAnimationLODs() override;
 
+    /// As the constructors of the same arguments, in the place of what the object was before. When it throws, the
+    /// object is not constructed.
     void construct(S_Script* skeletonScript, int skeletonBlock, int levelCount, S_Script* skinScript,
-                   const int* blockIndices, const float* distances);
+                   const int* blockIndices, const float* distances, bool withVisibility = false);
     void construct(S_Script* skeletonScript, int skeletonBlock, int levelCount, S_Script* skinScript,
-                   const int* blockIndices);
-    void construct(const TW_ObjectAnimation& skeleton, int levelCount, S_Script* skinScript, const int* blockIndices);
+                   const int* blockIndices, bool withVisibility = false);
+    void construct(const TW_ObjectAnimation& skeleton, int levelCount, S_Script* skinScript, const int* blockIndices,
+                   bool withVisibility = false);
     /// Copies with the materials of a manager; null: with the levels' own.
     void construct(const TW_VertexAnimationLODs& source, TW_MaterialManager* materials);
+    /// Deletes the levels; nothing happens to an object that has none.
     void destruct() noexcept;
+    /// False before the first `construct` and after `destruct`.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
@@ -68,6 +94,7 @@ public:
     [[nodiscard]] P_LODObject* getEngineLODObject() const noexcept { return m_pEngineLODObject; }
     /// Chooses the level in use for the camera now; the scene does it every frame.
     void calculateLOD();
+    /// 0 for an object that is not constructed.
     [[nodiscard]] int getLevelCount() const;
     /// Level 0 to `getLevelCount()` - 1; null when the engine shows something else there.
     [[nodiscard]] TW_VertexAnimation* getLODObject(int level) const;
@@ -83,77 +110,28 @@ public:
 
     /// Replaces the skins' materials by those of a file.
     void loadMaterials(const char* fileName);
+    /// The same with a string of the host's.
+    template <TW_String File>
+    void loadMaterials(const File& fileName)
+    {
+        loadMaterials(fileName.c_str());
+    }
     /// Replaces the skins' materials by those of a manager (not taken over).
     void remapMaterials(TW_MaterialManager* manager);
-    void uploadTextures() override;
-    void setTextureAnimationFPS(const S_String& set, int index, float fps) override;
-    bool animateTexture(const S_String& set, float time) override;
-    bool animateTextureFrame(const S_String& set, float frame) override;
     /// @}
 
-    /// @name On and of level 0
+    /// @name On level 0
     /// @{
 
     /// Shows and hides the skin's meshes as its visibility tracks say.
     bool updateVisibility(int animation, float time);
+    /// The same at a frame.
     bool updateVisibilityFrame(int animation, float frame);
-    [[nodiscard]] unsigned int getTotalMeshes() const override;
-    [[nodiscard]] P_VirtualObject* getMesh(unsigned int i) const override;
-    [[nodiscard]] unsigned int getTotalAnimations() const override;
-    [[nodiscard]] int getMaximumAnimationIndex() const override;
-    [[nodiscard]] bool isValidAnimation(int index) const override;
-    [[nodiscard]] unsigned int getAnimationFrames(int index) const override;
-    [[nodiscard]] float getAnimationLength(int index) const override;
-    [[nodiscard]] float getAnimationFPS(int index) const override;
-    void setAnimationFPS(int index, float fps) override;
-    bool animateObject(int index, float time, TW_BoneGroupHandle* group) override;
-    bool animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group) override;
-    void freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group) override;
-    void restoreAnimationState(TW_ObjectAnimationState* state) override;
-    [[nodiscard]] TW_BoneHandle getBoneHandle(const char* name) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state, float stateWeight, int index1, float time1, float weight1,
-                            int index2, float time2, float weight2, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state1, float weight, TW_ObjectAnimationState* state2,
-                            const TW_BoneHandle& reference, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state1, float weight, TW_ObjectAnimationState* state2,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state, float weight, int index, float time,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(int index1, float time1, float weight1, int index2, float time2, float weight2, int index3,
-                            float time3, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(int index1, float time1, float weight, int index2, float time2,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(TW_ObjectAnimationState* state, float stateWeight, int index1, float frame1,
-                                 float weight1, int index2, float frame2, float weight2,
-                                 TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(TW_ObjectAnimationState* state, float weight, int index, float frame,
-                                 TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(int index1, float frame1, float weight1, int index2, float frame2, float weight2,
-                                 int index3, float frame3, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(int index1, float frame1, float weight, int index2, float frame2,
-                                 TW_BoneGroupHandle* group) override;
-    [[nodiscard]] unsigned int getAnimationLoopToFrame(int index) const override;
-    [[nodiscard]] float getAnimationLoopToTime(int index) const override;
-    /// @}
-
-    /// @name Of the level in use, of the last level when none is
-    /// @{
-    [[nodiscard]] bool isValidTextureAnimationSet(const S_String& set) const override;
-    [[nodiscard]] bool isValidTextureAnimation(const S_String& set, int index) const override;
-    [[nodiscard]] unsigned int getTotalTextureAnimationSets() const override;
-    [[nodiscard]] unsigned int getTotalTextureAnimations(const S_String& set) const override;
-    [[nodiscard]] unsigned int getTextureAnimationFrames(const S_String& set, int index) const override;
-    [[nodiscard]] float getTextureAnimationLength(const S_String& set, int index) const override;
-    [[nodiscard]] float getTextureAnimationFPS(const S_String& set, int index) const override;
     /// @}
 
     /// @name Scene object
     /// @{
     [[nodiscard]] ObjectType getType() const override;
-    /// The skeleton's manual bounding volumes, where it has them, else the engine's for this object.
-    [[nodiscard]] float getBoundingRadius() override;
-    [[nodiscard]] M_Vector3Template<float> getBoundingBoxMin() override;
-    [[nodiscard]] M_Vector3Template<float> getBoundingBoxMax() override;
     [[nodiscard]] const char* getObjectType() const override;
     /// @}
 
@@ -162,15 +140,16 @@ protected:
     bool executeAlways() override;
 
 private:
+    [[nodiscard]] TW_ObjectAnimation* getPart(Operations operations, unsigned int i) const override;
+    void takeApart() noexcept override;
     void initializeMembers() noexcept;
     template <typename Steps>
     void build(const Steps& steps);
     template <typename ConstructFirst>
-    void buildFromScript(int levelCount, S_Script& skinScript, const int* blockIndices, const float* distances,
-                         const ConstructFirst& constructFirst);
+    void buildFromScript(int levelCount, S_Script* script, const int* blockIndices, const float* distances,
+                         bool withVisibility, const ConstructFirst& constructFirst);
     TW_VertexAnimation& addLevel();
     void enterLevel(int level, float range);
-    [[nodiscard]] TW_VertexAnimation& getUsedOrLast() const;
 
     bool m_bConstructed;
     P_LODObject* m_pEngineLODObject;

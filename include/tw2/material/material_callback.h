@@ -14,7 +14,9 @@ class TW2_API TW_MaterialCallback
 {
 public:
     TW_MaterialCallback() noexcept;
+    /// A callback is counted by itself: copies share nothing.
     TW_MaterialCallback(const TW_MaterialCallback&) noexcept;
+    /// Changes nothing.
     TW_MaterialCallback& operator=(const TW_MaterialCallback&) noexcept;
     virtual ~TW_MaterialCallback();
 

@@ -6,8 +6,6 @@
 #include <platform/image/fcolor.h>
 #include <platform/runtime/allocator.h>
 
-#include <array>
-#include <cstddef>
 #include <memory>
 #include <utility>
 
@@ -38,20 +36,20 @@ struct TW2_API TWMaterialChunk
     bool invisibleGeometry = false;  ///< geometry with this material is not drawn
     bool vertexAlpha = false;        ///< drawn with the constant alpha `vertexAlphaValue`
     bool shadeReflection = false;    ///< shading layers come after the reflection layer rather than before it
-    bool alphaTest = false;
-    bool alphaBlend = false;   ///< blending stays on beside the alpha test
-    int alphaReference = 240;  ///< of the alpha test, 0 to 255
-    G_FColor ambientColor;
-    G_FColor diffuseColor;  ///< of the solid colour layer
-    G_FColor specularColor;
+    bool alphaTest = false;          ///< pixels whose alpha is below the reference are not drawn
+    bool alphaBlend = false;         ///< blending stays on beside the alpha test
+    int alphaReference = 240;        ///< of the alpha test, 0 to 255
+    G_FColor ambientColor;           ///< of the light from everywhere
+    G_FColor diffuseColor;           ///< of the solid colour layer
+    G_FColor specularColor;          ///< of the highlight
     int shading = SHADING_CONSTANT;  ///< a Shading value
     int specular = 0;                ///< 1: a specular shading layer
     int reflectionMapping = 0;       ///< 0, 1: the reflection is generated; 2: it lies on the mesh's coordinates
     int glossChannel = 0;            ///< 1: the gloss texture has coordinates of its own; 0: the diffuse texture's
     int diffuseBlend = 0;            ///< blending of the diffuse layer: 0 replace, 1 add, 2 multiply
     int reflectionBlend = 0;         ///< blending of the reflection layer, the same values
-    float vertexAlphaValue = 0.0f;   ///< 0 to 1
-    float specularExponent = 0.0f;
+    float vertexAlphaValue = 0.0F;   ///< 0 to 1
+    float specularExponent = 0.0F;   ///< size of the highlight: the larger, the smaller
 
     /// @name Life
     /// @{
@@ -72,47 +70,88 @@ struct TW2_API TWMaterialChunk
 
     /// @name Getters
     /// @{
+
+    /// Meshes refer to the material by it.
     [[nodiscard]] const S_String& getName() const noexcept { return name; }
+    /// No back-face culling.
     [[nodiscard]] bool getTwoSided() const noexcept { return twoSided; }
+    /// The material is fogged.
     [[nodiscard]] bool getFog() const noexcept { return fog; }
+    /// Kept and compared, without effect.
     [[nodiscard]] bool getReservedFlag() const noexcept { return reservedFlag; }
+    /// Geometry with this material is not drawn.
     [[nodiscard]] bool getInvisibleGeometry() const noexcept { return invisibleGeometry; }
+    /// Drawn with the constant alpha `getVertexAlphaValue`.
     [[nodiscard]] bool getVertexAlpha() const noexcept { return vertexAlpha; }
+    /// Shading layers come after the reflection layer.
     [[nodiscard]] bool getShadeReflection() const noexcept { return shadeReflection; }
+    /// Pixels whose alpha is below the reference are not drawn.
     [[nodiscard]] bool getAlphaTest() const noexcept { return alphaTest; }
+    /// Blending stays on beside the alpha test.
     [[nodiscard]] bool getAlphaBlend() const noexcept { return alphaBlend; }
+    /// 0 to 255.
     [[nodiscard]] int getAlphaReference() const noexcept { return alphaReference; }
+    /// Components 0 to 255.
     [[nodiscard]] const G_FColor& getAmbientColor() const noexcept { return ambientColor; }
+    /// Of the solid colour layer, components 0 to 255.
     [[nodiscard]] const G_FColor& getDiffuseColor() const noexcept { return diffuseColor; }
+    /// Of the highlight, components 0 to 255.
     [[nodiscard]] const G_FColor& getSpecularColor() const noexcept { return specularColor; }
+    /// A Shading value.
     [[nodiscard]] int getShading() const noexcept { return shading; }
+    /// 1: a specular shading layer.
     [[nodiscard]] int getSpecular() const noexcept { return specular; }
+    /// 0, 1: the reflection is generated; 2: it lies on the mesh's coordinates.
     [[nodiscard]] int getReflectionMapping() const noexcept { return reflectionMapping; }
+    /// 1: the gloss texture has coordinates of its own; 0: the diffuse texture's.
     [[nodiscard]] int getGlossChannel() const noexcept { return glossChannel; }
+    /// 0 replace, 1 add, 2 multiply.
     [[nodiscard]] int getDiffuseBlend() const noexcept { return diffuseBlend; }
+    /// 0 replace, 1 add, 2 multiply.
     [[nodiscard]] int getReflectionBlend() const noexcept { return reflectionBlend; }
+    /// 0 to 1.
     [[nodiscard]] float getVertexAlphaValue() const noexcept { return vertexAlphaValue; }
+    /// The larger, the smaller the highlight.
     [[nodiscard]] float getSpecularExponent() const noexcept { return specularExponent; }
     /// @}
 
     /// @name Texture slots
     /// The getters give null for a slot that is not present; `access` makes it present.
     /// @{
-    [[nodiscard]] bool hasDiffuseTexture() const noexcept { return m_slots[SLOT_DIFFUSE].m_bPresent; }
-    [[nodiscard]] bool hasReflectionTexture() const noexcept { return m_slots[SLOT_REFLECTION].m_bPresent; }
-    [[nodiscard]] bool hasSpecularTexture() const noexcept { return m_slots[SLOT_SPECULAR].m_bPresent; }
-    [[nodiscard]] bool hasOpacityTexture() const noexcept { return m_slots[SLOT_OPACITY].m_bPresent; }
-    [[nodiscard]] bool hasGlossTexture() const noexcept { return m_slots[SLOT_GLOSS].m_bPresent; }
-    [[nodiscard]] const MaterialTextureChunk* getDiffuseTexture() const noexcept { return getSlot(SLOT_DIFFUSE); }
-    [[nodiscard]] const MaterialTextureChunk* getReflectionTexture() const noexcept { return getSlot(SLOT_REFLECTION); }
-    [[nodiscard]] const MaterialTextureChunk* getSpecularTexture() const noexcept { return getSlot(SLOT_SPECULAR); }
-    [[nodiscard]] const MaterialTextureChunk* getOpacityTexture() const noexcept { return getSlot(SLOT_OPACITY); }
-    [[nodiscard]] const MaterialTextureChunk* getGlossTexture() const noexcept { return getSlot(SLOT_GLOSS); }
-    MaterialTextureChunk& accessDiffuseTexture() { return accessSlot(SLOT_DIFFUSE); }
-    MaterialTextureChunk& accessReflectionTexture() { return accessSlot(SLOT_REFLECTION); }
-    MaterialTextureChunk& accessSpecularTexture() { return accessSlot(SLOT_SPECULAR); }
-    MaterialTextureChunk& accessOpacityTexture() { return accessSlot(SLOT_OPACITY); }
-    MaterialTextureChunk& accessGlossTexture() { return accessSlot(SLOT_GLOSS); }
+
+    /// The picture on the surface; without one its layer is the solid colour.
+    [[nodiscard]] bool hasDiffuseTexture() const noexcept { return diffuseTexture.m_bPresent; }
+    /// What is mirrored.
+    [[nodiscard]] bool hasReflectionTexture() const noexcept { return reflectionTexture.m_bPresent; }
+    /// Colour of the highlight.
+    [[nodiscard]] bool hasSpecularTexture() const noexcept { return specularTexture.m_bPresent; }
+    /// Where the surface is transparent: the alpha of the diffuse texture comes from here.
+    [[nodiscard]] bool hasOpacityTexture() const noexcept { return opacityTexture.m_bPresent; }
+    /// Where the surface mirrors.
+    [[nodiscard]] bool hasGlossTexture() const noexcept { return glossTexture.m_bPresent; }
+    /// The picture on the surface.
+    [[nodiscard]] const MaterialTextureChunk* getDiffuseTexture() const noexcept { return getSlot(diffuseTexture); }
+    /// What is mirrored.
+    [[nodiscard]] const MaterialTextureChunk* getReflectionTexture() const noexcept
+    {
+        return getSlot(reflectionTexture);
+    }
+    /// Colour of the highlight.
+    [[nodiscard]] const MaterialTextureChunk* getSpecularTexture() const noexcept { return getSlot(specularTexture); }
+    /// Where the surface is transparent.
+    [[nodiscard]] const MaterialTextureChunk* getOpacityTexture() const noexcept { return getSlot(opacityTexture); }
+    /// Where the surface mirrors.
+    [[nodiscard]] const MaterialTextureChunk* getGlossTexture() const noexcept { return getSlot(glossTexture); }
+    /// The picture on the surface.
+    MaterialTextureChunk& accessDiffuseTexture() { return accessSlot(diffuseTexture); }
+    /// What is mirrored.
+    MaterialTextureChunk& accessReflectionTexture() { return accessSlot(reflectionTexture); }
+    /// Colour of the highlight.
+    MaterialTextureChunk& accessSpecularTexture() { return accessSlot(specularTexture); }
+    /// Where the surface is transparent.
+    MaterialTextureChunk& accessOpacityTexture() { return accessSlot(opacityTexture); }
+    /// Where the surface mirrors.
+    MaterialTextureChunk& accessGlossTexture() { return accessSlot(glossTexture); }
     /// @}
 
     /// Whether the two give engine materials that differ only in colours and textures. Not compared: name, colours,
@@ -120,22 +159,12 @@ struct TW2_API TWMaterialChunk
     TW2_API friend bool operator==(const TWMaterialChunk& a, const TWMaterialChunk& b) noexcept;
 
 private:
-    enum SlotIndex : std::size_t
-    {
-        SLOT_DIFFUSE,
-        SLOT_REFLECTION,
-        SLOT_SPECULAR,
-        SLOT_OPACITY,
-        SLOT_GLOSS,
-        SLOT_COUNT
-    };
-
     struct SlotRecord : MaterialTextureChunk, S_Allocated
     {
     };
 
     /// A copy has a record of its own when the slot is present, else none. What is moved from is not present.
-    struct Slot
+    struct TW2_API Slot
     {
         std::unique_ptr<SlotRecord> m_pTexture;
         bool m_bPresent = false;
@@ -155,17 +184,26 @@ private:
         ~Slot() = default;
     };
 
-    [[nodiscard]] const MaterialTextureChunk* getSlot(SlotIndex slot) const noexcept
+    [[nodiscard]] static const MaterialTextureChunk* getSlot(const Slot& slot) noexcept
     {
-        return m_slots[slot].m_bPresent ? m_slots[slot].m_pTexture.get() : nullptr;
+        return slot.m_bPresent ? slot.m_pTexture.get() : nullptr;
     }
-    MaterialTextureChunk& accessSlot(SlotIndex slot);
+    static MaterialTextureChunk& accessSlot(Slot& slot);
 
-    std::array<Slot, SLOT_COUNT> m_slots;
+    Slot diffuseTexture;
+    Slot reflectionTexture;
+    Slot specularTexture;
+    Slot opacityTexture;
+    Slot glossTexture;
+
+    static constexpr Slot TWMaterialChunk::*slots[] = {
+        &TWMaterialChunk::diffuseTexture, &TWMaterialChunk::reflectionTexture, &TWMaterialChunk::specularTexture,
+        &TWMaterialChunk::opacityTexture, &TWMaterialChunk::glossTexture};
 };
 
 /// Reads a material chunk of any version. Fields that the version does not carry, and slots that the file says are
 /// absent, are left as they are: `reset` the record first.
 TW2_API S_MemoryFile& operator>>(S_MemoryFile& file, TWMaterialChunk& material);
+/// Writes a chunk in the newest version. Throws S_MemoryException_Allocation.
 TW2_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const TWMaterialChunk& material);
 }  // namespace TW2

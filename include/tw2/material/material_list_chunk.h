@@ -18,6 +18,7 @@ struct TW2_API MaterialListChunk
     S_String texturePath;                 ///< directories separated by ';', as TW_Texture::addTexturePath takes them
     S_Vector<TWMaterialChunk> materials;  ///< in file order
 
+    /// Materials of the list, equal names counted as often as they stand there.
     [[nodiscard]] std::size_t getMaterialCount() const noexcept { return materials.size(); }
 
     /// No path, no materials.
@@ -29,5 +30,6 @@ struct TW2_API MaterialListChunk
 
 /// Reads a material list chunk; what the record held before is replaced.
 TW2_API S_MemoryFile& operator>>(S_MemoryFile& file, MaterialListChunk& list);
+/// Writes a chunk in the newest version. Throws S_MemoryException_Allocation.
 TW2_API S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const MaterialListChunk& list);
 }  // namespace TW2

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tw2/core/text.h>
 #include <tw2/export.h>
 
 #include <platform/runtime/allocator.h>
@@ -31,11 +32,16 @@ public:
 
     /// @name Life
     /// @{
-    TW_Texture() noexcept = default;
-    explicit TW_Texture(const CreateInfo& info);
+
+    /// Not constructed: no map, an empty name.
+    TW_Texture() noexcept { initializeMembers(); }
+    /// Finds or loads the map of two files; see `construct`.
+    explicit TW_Texture(const CreateInfo& info) : TW_Texture() { construct(info); }
     /// Shares the other's map.
-    TW_Texture(const TW_Texture& other);
+    TW_Texture(const TW_Texture& other) : TW_Texture() { construct(other); }
+    /// Shares the other's map; a texture assigned to itself stays as it is.
     TW_Texture& operator=(const TW_Texture& other);
+    /// The last texture of a map deletes it.
     ~TW_Texture();
 
     /// Finds the map of the two files among those in use, or loads it: looks the files up, calls the callback with the
@@ -44,25 +50,35 @@ public:
     /// unconstructed, and no map was added.
     void construct(const CreateInfo& info);
     void construct(const TW_Texture& other);
+    /// Lets the map go; nothing happens to a texture that has none.
     void destruct() noexcept;
+    /// Whether it has a map.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
     /// @name Asking a constructed texture
     /// @{
+
+    /// As it was given; not used to find the file.
     [[nodiscard]] const S_String& getName() const noexcept { return m_strName; }
+    /// As it was given, without directory.
     [[nodiscard]] const S_String& getFilename() const noexcept;
+    /// As it was given; empty without an alpha file.
     [[nodiscard]] const S_String& getAlphaFilename() const noexcept;
     /// Directory of the file, absolute, with its closing separator.
     [[nodiscard]] const S_String& getPath() const noexcept;
     /// The same of the alpha file; empty without one.
     [[nodiscard]] const S_String& getAlphaPath() const noexcept;
+    /// The engine's map, shared with every texture of the same files; not to be deleted.
     [[nodiscard]] P_Map* getMap() const noexcept;
     /// @}
 
     /// @name Texture memory of a constructed texture
     /// @{
+
+    /// Has the map ready before it is first drawn; throws what reading the picture throws.
     void addToTextureMemory();
+    /// Gives the map's memory back, for all textures that share it, until it is needed again.
     void removeFromTextureMemory() noexcept;
     /// @}
 
@@ -73,19 +89,41 @@ public:
     /// directory that is current when a texture is built, or absolute; both separators and either letter case work.
     /// When memory runs out the list is as before.
     static void addTexturePath(const S_String& directories);
+    /// The same with a string of the host's.
+    template <TW_ForeignString Directories>
+    static void addTexturePath(const Directories& directories)
+    {
+        addTexturePath(asString(directories));
+    }
+    /// Afterwards no file is found.
     static void clearTexturePathList() noexcept;
+    /// Entries, in the order in which they are searched.
     [[nodiscard]] static int getTexturePathCount() noexcept;
     /// An entry, ending in a backslash or '/'. `index` is below the count.
     [[nodiscard]] static const S_String& getTexturePath(int index) noexcept;
     /// @}
 
+    /// @name Missing files
+    /// @{
+
+    /// Whether a file that is in none of the directories may be missing: its texture then is plain white, or, if it is
+    /// the alpha file, has no alpha, and a line on the verbose log names the file and where it was looked for. Off
+    /// until a host says so. A texture stays plain as long as it is in use.
+    static void setMissingFilesAllowed(bool allowed) noexcept { sm_bMissingFilesAllowed = allowed; }
+    /// As set last.
+    [[nodiscard]] static bool areMissingFilesAllowed() noexcept { return sm_bMissingFilesAllowed; }
+    /// @}
+
     /// @name Callback (not owned; null: none)
     /// @{
+
+    /// Hears of every map that is loaded; the host keeps it alive while it is set.
     static void setCallback(TW_TextureCallback* callback) noexcept { sm_pTextureCallback = callback; }
     [[nodiscard]] static TW_TextureCallback* getCallback() noexcept { return sm_pTextureCallback; }
     /// @}
 
 private:
+    friend class TW_ObjectAnimationMaterialListCallback;  // brings the search path back
     struct SharedMap;
 
     void initializeMembers() noexcept;
@@ -93,15 +131,17 @@ private:
     [[nodiscard]] static SharedMap* findMap(const S_String& filename, const S_String& alphaFilename) noexcept;
     [[nodiscard]] static bool findFileFromGlobalPathList(S_String& directory, const S_String& filename);
     [[nodiscard]] static S_String locateFile(const S_String& filename);
+    static void loadMap(SharedMap& shared);
     [[nodiscard]] static SharedMap* createMap(const CreateInfo& info);
 
-    bool m_bConstructed = false;
+    bool m_bConstructed;
     S_String m_strName;
-    SharedMap* m_pSharedMap = nullptr;
+    SharedMap* m_pSharedMap;
 
     static S_Vector<S_String> s_vecTexturePathList;
     static S_List<SharedMap*> s_lstTextureList;
     static TW_TextureCallback* sm_pTextureCallback;
+    static bool sm_bMissingFilesAllowed;
 };
 
 /// Sees every new engine map before it is validated. A host derives from it and owns it.

@@ -25,12 +25,18 @@ public:
     explicit TextureAnimation(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha = nullptr);
     /// Shares the engine maps.
     TextureAnimation(const TextureAnimation& other);
+    /// Shares the engine maps; an animation assigned to itself stays as it is.
     TextureAnimation& operator=(const TextureAnimation& other);
+    /// Lets the maps go.
     ~TextureAnimation();
 
+    /// As the constructors of the same arguments, in the place of what was there. When it throws, the animation is not
+    /// constructed.
     void construct(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha = nullptr);
     void construct(const TextureAnimation& other);
+    /// Lets the maps go; nothing happens to an animation that has none.
     void destruct() noexcept;
+    /// Whether it has frames.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
@@ -42,15 +48,21 @@ public:
     /// The texture shown at a frame number, counted from the start frame: past the end the last one, or around when the
     /// animation loops.
     [[nodiscard]] TW_Texture* getFrame(unsigned int frame) const noexcept;
+    /// Frames per second; 0 stands still.
     [[nodiscard]] int getFramesPerSecond() const noexcept { return m_iFramesPerSecond; }
     void setFramesPerSecond(int rate) noexcept { m_iFramesPerSecond = rate; }
+    /// Frames by which the animation is advanced: given by the file, or chosen by chance when it was built.
     [[nodiscard]] int getStartFrame() const noexcept { return m_iStartFrame; }
+    /// Whether it begins again after its last entry.
     [[nodiscard]] bool isLooping() const noexcept { return m_bLooping; }
     /// @}
 
     /// @name Texture memory, of every entry
     /// @{
+
+    /// Has the maps ready before they are first drawn; throws what reading a picture throws.
     void addToTextureMemory();
+    /// Gives the maps' memory back until they are needed again.
     void removeFromTextureMemory() noexcept;
     /// @}
 
@@ -59,10 +71,10 @@ private:
     void createFrames(const MaterialTextureChunk& slot, const S_Vector<S_String>& alphaFiles);
     void appendPlayedBackwards();
 
-    bool m_bConstructed = false;
+    bool m_bConstructed;
     S_Vector<TW_Texture*> m_vecFrames;  // owned, each distinct one once
-    int m_iFramesPerSecond = 1;
-    int m_iStartFrame = 0;
-    bool m_bLooping = false;
+    int m_iFramesPerSecond;
+    int m_iStartFrame;
+    bool m_bLooping;
 };
 }  // namespace TW2

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tw2/core/text.h>
 #include <tw2/export.h>
 #include <tw2/object/bone_handle.h>
 
@@ -12,6 +13,7 @@ class P_VirtualObject;
 namespace TW2
 {
 class PosePlayer;
+class TW_MeshList;
 class TW_VirtualObject;
 
 /// Some bones of an animated object. Every operation that takes a group (animating, cross-animating, freezing) touches
@@ -23,8 +25,8 @@ class TW_VirtualObject;
 ///     soldier.animateObject(WALK, time, nullptr);
 ///     soldier.animateObject(WAVE, time, &arm);
 ///
-/// A group that is not attached contains no mesh, so operations given it change nothing. The group owns neither object
-/// nor meshes: detach it before the object goes away.
+/// A group that is not attached contains no mesh, so operations given it change nothing; debug builds say so once on
+/// the verbose log. The group owns neither object nor meshes: detach it before the object goes away.
 class TW2_API TW_BoneGroupHandle : public S_Allocated
 {
 public:
@@ -32,19 +34,33 @@ public:
     /// @{
 
     /// Not constructed: no handles.
-    TW_BoneGroupHandle() noexcept;
+    TW_BoneGroupHandle() noexcept = default;
     /// Copies `count` handles in order; contains no mesh before `attach`, whatever the handles are attached to. A count
-    /// below 1 gives an empty group.
-    TW_BoneGroupHandle(int count, const TW_BoneHandle* handles);
+    /// below 1, or null, gives an empty group.
+    TW_BoneGroupHandle(int count, const TW_BoneHandle* handles) : TW_BoneGroupHandle() { construct(count, handles); }
     /// Copies attachment included.
-    TW_BoneGroupHandle(const TW_BoneGroupHandle& other);
+    TW_BoneGroupHandle(const TW_BoneGroupHandle& other) : TW_BoneGroupHandle() { construct(other); }
+    /// Copies attachment included; a group assigned to itself stays as it is.
     TW_BoneGroupHandle& operator=(const TW_BoneGroupHandle& other);
+    /// Lets the object go.
     ~TW_BoneGroupHandle();
+
+    /// A bone (any letter case) and everything below it, attached to the object. Of levels of detail it holds the bones
+    /// of the level that `getMesh` answers for. Throws TW_Exception_BoneNotFound.
+    [[nodiscard]] static TW_BoneGroupHandle below(TW_VirtualObject& object, const char* bone);
+    /// The same with a string of the host's.
+    template <TW_String Bone>
+    [[nodiscard]] static TW_BoneGroupHandle below(TW_VirtualObject& object, const Bone& bone)
+    {
+        return below(object, bone.c_str());
+    }
 
     /// As the constructors; what the group was before is dropped. A failed one leaves the group not constructed.
     void construct(int count, const TW_BoneHandle* handles);
     void construct(const TW_BoneGroupHandle& other);
+    /// Lets the object and the handles go.
     void destruct() noexcept;
+    /// False before the first `construct` and after `destruct`.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
@@ -62,6 +78,8 @@ public:
 
     /// @name Handles, in the order given
     /// @{
+
+    /// Handles of the group, whether or not the object has such bones.
     [[nodiscard]] int getTotalHandles() const noexcept { return static_cast<int>(m_vecHandles.size()); }
     /// Handle `i`, from 0 to `getTotalHandles()` - 1.
     [[nodiscard]] const TW_BoneHandle& getHandle(int i) const noexcept
@@ -73,17 +91,15 @@ public:
 private:
     friend class PosePlayer;
 
-    /// A byte per mesh of a list, not 0 where the group has the mesh; made once per list and group, then handed out
-    /// again. `listNumber` identifies the list: equal numbers, equal lists, in the whole process. Null when `count` is
-    /// above the mesh count of every object that the group was attached to; then `hasMesh` answers.
-    [[nodiscard]] const unsigned char* getMeshMask(unsigned long long listNumber, P_VirtualObject* const* meshes,
-                                                   std::size_t count) const noexcept;
+    /// A byte per mesh, not 0 where the group has the mesh. Null unless the meshes are those of the object that the
+    /// group was attached to last; then `hasMesh` answers.
+    [[nodiscard]] const unsigned char* getMeshMask(const TW_MeshList& meshes) const noexcept;
 
-    bool m_bConstructed;
+    bool m_bConstructed = false;
     S_Vector<TW_BoneHandle> m_vecHandles;
     S_Set<P_VirtualObject*> m_setMeshes;
-    /// What `getMeshMask` hands out, for list number `m_uiMaskListNumber` (0: for none yet).
-    mutable S_Vector<unsigned char> m_vecMeshMask;
-    mutable unsigned long long m_uiMaskListNumber;
+    /// All meshes of the object that the group was attached to last, and which of them are in the set.
+    S_Vector<P_VirtualObject*> m_vecObjectMeshes;
+    S_Vector<unsigned char> m_vecMeshMask;
 };
 }  // namespace TW2

@@ -1,14 +1,22 @@
 #pragma once
 
+#include <tw2/core/text.h>
 #include <tw2/export.h>
 #include <tw2/keyframe/interpolation_mode.h>
+#include <tw2/keyframe/track_list.h>
+#include <tw2/object/animation_description.h>
+#include <tw2/object/mesh_list.h>
 #include <tw2/object/virtual_object.h>
 
 #include <platform/math/vector3.h>
 #include <platform/runtime/allocator.h>
+#include <platform/runtime/counter.h>
 #include <platform/runtime/flat_map.h>
+#include <platform/runtime/handle.h>
 #include <platform/runtime/hash_map.h>
 #include <platform/scene/transform_block.h>
+
+#include <memory>
 
 class S_Script;
 
@@ -32,14 +40,18 @@ class TW_ObjectKeyframeAnimationCallback;
 /// **Ownership.** The object owns its meshes and its material manager. Keyframe animations are shared by reference
 /// count: copies of an object and shared animations play the same ones, and the last holder deletes.
 ///
-/// **Loading.** File names in a script are relative to the current directory. While the geometry file's meshes are
-/// read, the loader's other callbacks are those of the host: cameras, lights and the like reach them. The loader's mesh
-/// callback is taken for the purpose, and null afterwards.
+/// **Loading.** File names in a script are relative to the current directory, or else to the script's folder. While the
+/// geometry file's meshes are read, the loader's other callbacks are those of the host: cameras, lights and the like
+/// reach them. The loader's mesh callback is taken for the purpose, and null once the meshes are read. Inside the
+/// callback of another load all callbacks are that load's: none hears of this one, and all stay as they are.
 ///
-/// **Failure.** A construction that throws leaves the object unconstructed, the loader's callbacks and the current
-/// directory as they were.
+/// **Failure.** A construction that throws leaves the object unconstructed and the current directory as it was; the
+/// loader's callbacks too, but for the mesh callback where the meshes were read already. A host's callback may load and
+/// build what it likes; one that destructs or rebuilds the very object that is being loaded ends its load with
+/// TW_Exception_InvalidGeometry.
 ///
-/// Playing allocates nothing. One thread at a time, for all objects together.
+/// Playing allocates nothing and may be done on several threads, each object on one at a time; constructing and copying
+/// is for one thread (docs/threads.md).
 class TW2_API TW_ObjectAnimation : public TW_VirtualObject
 {
 public:
@@ -47,57 +59,102 @@ public:
     class TW2_API ObjectAnimation
     {
     public:
-        ObjectAnimation() noexcept;
+        ObjectAnimation() noexcept = default;
         /// Without tracks, for an object of `meshCount` meshes.
         explicit ObjectAnimation(int meshCount);
-        /// Copies do not count as holders of the tracks: that is the object's business.
-        ObjectAnimation(const ObjectAnimation&);
-        ObjectAnimation(ObjectAnimation&&) noexcept;
-        ObjectAnimation& operator=(const ObjectAnimation&);
-        ObjectAnimation& operator=(ObjectAnimation&&) noexcept;
-        ~ObjectAnimation();
+        /// That of the longest track, the first of several. The frames of one that loops end at its last frame, or one
+        /// frame later when it has a frame between its last and its first.
+        [[nodiscard]] TW_AnimationCourse getCourse() const noexcept;
 
         int m_iFrameRate = 0;              ///< frames per second, of the first track added
         unsigned int m_uiFrames = 0;       ///< largest frame count of the tracks
         unsigned int m_uiLoopToFrame = 0;  ///< of the first track added
-        /// One slot per mesh index; each that is not null holds a reference.
-        S_Vector<TW_KeyframeAnimation*> m_vecKeyframeAnimations;
+        int m_iIndex = -1;                 ///< the animation's index in its object; -1 while it has none
+        /// One slot per mesh index; each that is not null holds a reference, which copies of the record do not count:
+        /// that is the object's business.
+        TW_TrackList m_vecKeyframeAnimations;
         int m_iKeyframeAnimationCount = 0;  ///< number of tracks added
         /// One per mesh index: the key found by the last evaluation, where the next one begins to search.
         S_Vector<unsigned int> m_vecLastFrames;
         int m_iInstance = 0;  ///< number of this record among all that were loaded
+        /// Name and events; null when the animation has none.
+        std::shared_ptr<const TW_AnimationDescription> m_pDescription;
         /// Records loaded so far, in all objects.
-        static int s_instanceCnt;
+        static S_Counter<int> s_instanceCnt;
     };
 
     /// @name Life
-    /// Every `construct` drops what the object was before. `meshCallback` builds the meshes, null for the object's own
-    /// way. `withVisibility` also reads the tracks that `updateVisibility` needs.
+    /// Every `construct` drops what the object was before; what it is passed may be the object's own. `meshCallback`
+    /// builds the meshes, null for the object's own way. `withVisibility` also reads the tracks that `updateVisibility`
+    /// needs.
     /// @{
 
     /// Not constructed: no meshes, no materials, no animations.
-    TW_ObjectAnimation();
+    TW_ObjectAnimation() { initializeMembers(); }
     /// Builds from the block `blockName` of a script file.
     TW_ObjectAnimation(const char* scriptFileName, const char* blockName, TW_MeshCallback* meshCallback,
-                       bool withVisibility);
+                       bool withVisibility)
+        : TW_ObjectAnimation()
+    {
+        construct(scriptFileName, blockName, meshCallback, withVisibility);
+    }
     /// Builds from a block of an open script: the only block of that name at the script's position, or a block by its
     /// position in the file.
-    TW_ObjectAnimation(S_Script* script, const char* blockName, TW_MeshCallback* meshCallback, bool withVisibility);
-    TW_ObjectAnimation(S_Script* script, int blockIndex, TW_MeshCallback* meshCallback, bool withVisibility);
+    TW_ObjectAnimation(S_Script* script, const char* blockName, TW_MeshCallback* meshCallback, bool withVisibility)
+        : TW_ObjectAnimation()
+    {
+        construct(script, blockName, meshCallback, withVisibility);
+    }
+    TW_ObjectAnimation(S_Script* script, int blockIndex, TW_MeshCallback* meshCallback, bool withVisibility)
+        : TW_ObjectAnimation()
+    {
+        construct(script, blockIndex, meshCallback, withVisibility);
+    }
+    /// The same with strings.
+    template <typename File, typename Block>
+    requires TW_Texts<File, Block> TW_ObjectAnimation(const File& scriptFileName, const Block& blockName,
+                                                      TW_MeshCallback* meshCallback, bool withVisibility)
+        : TW_ObjectAnimation(asCString(scriptFileName), asCString(blockName), meshCallback, withVisibility)
+    {
+    }
+    /// The same with a string of the host's.
+    template <TW_String Block>
+    TW_ObjectAnimation(S_Script* script, const Block& blockName, TW_MeshCallback* meshCallback, bool withVisibility)
+        : TW_ObjectAnimation(script, blockName.c_str(), meshCallback, withVisibility)
+    {
+    }
     /// A copy that shares geometry and keyframe animations, with materials of its own. It hangs under nothing.
-    TW_ObjectAnimation(const TW_ObjectAnimation& source);
+    TW_ObjectAnimation(const TW_ObjectAnimation& source) : TW_ObjectAnimation() { construct(source, false, nullptr); }
+    /// The same copy; an object assigned to itself stays as it is.
     TW_ObjectAnimation& operator=(const TW_ObjectAnimation& source);
+    /// Deletes the meshes, which hosts may no longer use, and lets animations and materials go.
     ~TW_ObjectAnimation() override;
 
+    /// As the constructors of the same arguments.
     void construct(const char* scriptFileName, const char* blockName, TW_MeshCallback* meshCallback,
                    bool withVisibility);
     void construct(S_Script* script, const char* blockName, TW_MeshCallback* meshCallback, bool withVisibility);
     void construct(S_Script* script, int blockIndex, TW_MeshCallback* meshCallback, bool withVisibility);
+    /// The same with a string of the host's.
+    template <typename File, typename Block>
+    requires TW_Texts<File, Block>
+    void construct(const File& scriptFileName, const Block& blockName, TW_MeshCallback* meshCallback,
+                   bool withVisibility)
+    {
+        construct(asCString(scriptFileName), asCString(blockName), meshCallback, withVisibility);
+    }
+    /// The same with a string of the host's.
+    template <TW_String Block>
+    void construct(S_Script* script, const Block& blockName, TW_MeshCallback* meshCallback, bool withVisibility)
+    {
+        construct(script, blockName.c_str(), meshCallback, withVisibility);
+    }
     /// `deepCopy` gives the copy geometry of its own; `materials` (null: the source's manager) is what the copy's
     /// material manager is a copy of. A copy of itself changes nothing.
     void construct(const TW_ObjectAnimation& source, bool deepCopy, TW_MaterialManager* materials);
     /// Drops materials, meshes and animations.
     void destruct() noexcept;
+    /// False before the first `construct`, after `destruct` and after a construction that threw.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
@@ -120,9 +177,21 @@ public:
     /// The mesh of exactly that name; null when there is none.
     [[nodiscard]] virtual P_VirtualObject* getMeshByNameCaseSensitive(const S_String& name) const;
     [[nodiscard]] virtual P_VirtualObject* getMeshByNameCaseSensitive(const char* name) const;
+    /// The same with a string of the host's.
+    template <TW_ForeignString Name>
+    [[nodiscard]] P_VirtualObject* getMeshByName(const Name& name) const
+    {
+        return getMeshByName(name.c_str());
+    }
+    /// The same with a string of the host's.
+    template <TW_ForeignString Name>
+    [[nodiscard]] P_VirtualObject* getMeshByNameCaseSensitive(const Name& name) const
+    {
+        return getMeshByNameCaseSensitive(name.c_str());
+    }
     /// Mesh index of a mesh; -1 when it is none of the object's.
     [[nodiscard]] int getMeshIndex(const P_VirtualObject* mesh) const noexcept;
-    /// The matrices of all meshes side by side, mesh i at index i. Empty while the object is being constructed.
+    /// The matrices of all meshes side by side, mesh i at index i. They move when meshes are added.
     [[nodiscard]] P_TransformBlock& accessMeshTransforms() noexcept { return m_meshTransforms; }
     [[nodiscard]] const P_TransformBlock& getMeshTransforms() const noexcept { return m_meshTransforms; }
     /// @}
@@ -131,20 +200,52 @@ public:
     /// @{
 
     /// Loads the "animation" blocks of a block of another script. An index that the object has already is replaced.
-    /// When one fails, those before it stay; the object then has no animation of the failing one's index.
+    /// When loading one fails, those before it stay, and the object has no animation of the failing one's index. One
+    /// whose block is wrong, whose file is nowhere, or whose index the call has loaded already, changes nothing.
     void appendAnimations(const char* scriptFileName, const char* blockName, bool withVisibility);
     void appendAnimations(S_Script* script, const char* blockName, bool withVisibility);
     void appendAnimations(S_Script* script, int blockIndex, bool withVisibility);
+    /// The same with a string of the host's.
+    template <typename File, typename Block>
+    requires TW_Texts<File, Block>
+    void appendAnimations(const File& scriptFileName, const Block& blockName, bool withVisibility)
+    {
+        appendAnimations(asCString(scriptFileName), asCString(blockName), withVisibility);
+    }
+    /// The same with a string of the host's.
+    template <TW_String Block>
+    void appendAnimations(S_Script* script, const Block& blockName, bool withVisibility)
+    {
+        appendAnimations(script, blockName.c_str(), withVisibility);
+    }
     /// Loads one animation file as animation `index`, replacing what the object has under it.
     void appendSingleAnimation(int index, const S_String& fileName, bool withVisibility);
+    /// The same with a string of the host's.
+    template <TW_ForeignString File>
+    void appendSingleAnimation(int index, const File& fileName, bool withVisibility)
+    {
+        appendSingleAnimation(index, asString(fileName), withVisibility);
+    }
     /// Lets `animation` move the mesh of exactly that name in animation `index`, instead of what moved it before, and
     /// takes a reference. False, and nothing changes, when there is no such mesh or no such animation.
     bool insertAnimation(const char* meshName, int index, TW_KeyframeAnimation* animation);
+    /// The same with a string of the host's.
+    template <TW_String Mesh>
+    bool insertAnimation(const Mesh& meshName, int index, TW_KeyframeAnimation* animation)
+    {
+        return insertAnimation(meshName.c_str(), index, animation);
+    }
     /// Drops an animation; its record stays, empty, and still counts in `getTotalAnimations`. Nothing happens when
     /// there is none.
     void deleteAnimation(int index);
     /// Drops what moves the mesh of exactly that name in animation `index`; nothing happens when nothing does.
     void deleteAnimation(const char* meshName, int index);
+    /// The same with a string of the host's.
+    template <TW_String Mesh>
+    void deleteAnimation(const Mesh& meshName, int index)
+    {
+        deleteAnimation(meshName.c_str(), index);
+    }
     /// Plays animation `index` of `source` as the object's own, sharing the tracks. Meshes correspond by mesh index. An
     /// animation that the object has under that index is replaced; nothing happens when the source has none.
     void shareAnimation(int index, TW_ObjectAnimation* source);
@@ -160,55 +261,62 @@ public:
     void setAnimationFPS(int index, float fps) override;
     [[nodiscard]] unsigned int getAnimationLoopToFrame(int index) const override;
     [[nodiscard]] float getAnimationLoopToTime(int index) const override;
+    [[nodiscard]] TW_ObjectAnimation* getPlayedObject(unsigned int i) const override;
     /// @}
 
     /// @name Playing
     /// Meshes that an animation does not move take the pose of animation 0 at frame 0 when that one moves them.
     /// @{
-    bool animateObject(int index, float time, TW_BoneGroupHandle* group) override;
-    bool animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group) override;
+    bool animateObject(int index, float time, TW_BoneGroupHandle* group = nullptr) override;
+    bool animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group = nullptr) override;
     /// Moves the meshes that animation `index` moves from where they are towards its pose, by `weight` (1 or more: all
     /// the way), and corrects all meshes by the cross mode.
     virtual bool subAnimateObject(int index, float time, float weight);
-    /// Shows and hides the meshes as the animation's visibility tracks say, which must have been loaded.
+    /// Shows and hides the meshes as the animation's visibility tracks say. False when there is no such animation or it
+    /// was loaded without them.
     bool updateVisibility(int index, float time);
+    /// The same at a frame.
     bool updateVisibilityFrame(int index, float frame);
-    void freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group) override;
+    void freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group = nullptr) override;
     void restoreAnimationState(TW_ObjectAnimationState* state) override;
     [[nodiscard]] TW_BoneHandle getBoneHandle(const char* name) override;
+    using TW_VirtualObject::getBoneHandle;
     /// @}
 
     /// @name Blending
     /// @{
     bool crossAnimateObject(TW_ObjectAnimationState* state, float stateWeight, int index1, float time1, float weight1,
-                            int index2, float time2, float weight2, TW_BoneGroupHandle* group) override;
+                            int index2, float time2, float weight2, TW_BoneGroupHandle* group = nullptr) override;
     bool crossAnimateObject(TW_ObjectAnimationState* state1, float weight, TW_ObjectAnimationState* state2,
-                            const TW_BoneHandle& reference, TW_BoneGroupHandle* group) override;
+                            const TW_BoneHandle& reference, TW_BoneGroupHandle* group = nullptr) override;
     bool crossAnimateObject(TW_ObjectAnimationState* state1, float weight, TW_ObjectAnimationState* state2,
-                            TW_BoneGroupHandle* group) override;
+                            TW_BoneGroupHandle* group = nullptr) override;
     bool crossAnimateObject(TW_ObjectAnimationState* state, float weight, int index, float time,
-                            TW_BoneGroupHandle* group) override;
+                            TW_BoneGroupHandle* group = nullptr) override;
     bool crossAnimateObject(int index1, float time1, float weight1, int index2, float time2, float weight2, int index3,
-                            float time3, TW_BoneGroupHandle* group) override;
+                            float time3, TW_BoneGroupHandle* group = nullptr) override;
     bool crossAnimateObject(int index1, float time1, float weight, int index2, float time2,
-                            TW_BoneGroupHandle* group) override;
+                            TW_BoneGroupHandle* group = nullptr) override;
+    bool crossAnimateObject(int, float, int, float, TW_BoneGroupHandle* = nullptr) = delete;
     bool crossAnimateObjectFrame(TW_ObjectAnimationState* state, float stateWeight, int index1, float frame1,
                                  float weight1, int index2, float frame2, float weight2,
-                                 TW_BoneGroupHandle* group) override;
+                                 TW_BoneGroupHandle* group = nullptr) override;
     bool crossAnimateObjectFrame(TW_ObjectAnimationState* state, float weight, int index, float frame,
-                                 TW_BoneGroupHandle* group) override;
+                                 TW_BoneGroupHandle* group = nullptr) override;
     bool crossAnimateObjectFrame(int index1, float frame1, float weight1, int index2, float frame2, float weight2,
-                                 int index3, float frame3, TW_BoneGroupHandle* group) override;
+                                 int index3, float frame3, TW_BoneGroupHandle* group = nullptr) override;
     bool crossAnimateObjectFrame(int index1, float frame1, float weight, int index2, float frame2,
-                                 TW_BoneGroupHandle* group) override;
-    /// How blended matrices are corrected.
+                                 TW_BoneGroupHandle* group = nullptr) override;
+    bool crossAnimateObjectFrame(int, float, int, float, TW_BoneGroupHandle* = nullptr) = delete;
+    /// How blended matrices are corrected: as the script says until it is set.
     [[nodiscard]] InterpolationMode getCrossMode() const noexcept { return m_eCrossMode; }
+    void setCrossMode(InterpolationMode mode) noexcept { m_eCrossMode = mode; }
     /// @}
 
     /// @name Materials and texture animation
     /// @{
 
-    /// Null while the object is not constructed.
+    /// Null while the object is not constructed; there are no materials to replace then, and nothing happens below.
     [[nodiscard]] TW_MaterialManager* getMaterialManager() const noexcept { return m_pMaterialManager; }
     /// Replaces the object's materials by those of the same names in an animation file. When that fails the object
     /// keeps its materials. Throws TW_Exception_MaterialNotFound for a file without materials.
@@ -216,6 +324,18 @@ public:
     /// Adds the materials of an animation file to `manager`. Throws TW_Exception_MaterialNotFound when `manager` then
     /// has none.
     static void loadMaterials(TW_MaterialManager* manager, const char* fileName);
+    /// The same with a string of the host's.
+    template <TW_String File>
+    void loadMaterials(const File& fileName)
+    {
+        loadMaterials(fileName.c_str());
+    }
+    /// The same with a string of the host's.
+    template <TW_String File>
+    static void loadMaterials(TW_MaterialManager* manager, const File& fileName)
+    {
+        loadMaterials(manager, fileName.c_str());
+    }
     /// Replaces the object's materials by a copy of `manager`'s, by their names.
     void remapMaterials(TW_MaterialManager* manager);
     void uploadTextures() override;
@@ -229,6 +349,18 @@ public:
     void setTextureAnimationFPS(const S_String& set, int index, float fps) override;
     bool animateTexture(const S_String& set, float time) override;
     bool animateTextureFrame(const S_String& set, float frame) override;
+    using TW_VirtualObject::animateTexture;
+    using TW_VirtualObject::animateTextureFrame;
+    using TW_VirtualObject::getTextureAnimationFPS;
+    using TW_VirtualObject::getTextureAnimationFrames;
+    using TW_VirtualObject::getTextureAnimationLength;
+    using TW_VirtualObject::getTotalTextureAnimations;
+    using TW_VirtualObject::isValidTextureAnimation;
+    using TW_VirtualObject::isValidTextureAnimationSet;
+    using TW_VirtualObject::setTextureAnimationFPS;
+    [[nodiscard]] const char* getTextureAnimationSetName(int set) const override;
+    bool animateTextureSet(std::string_view set, float time) override;
+    bool animateTextureSetFrame(std::string_view set, float frame) override;
     /// @}
 
     /// @name Bounding volumes
@@ -237,18 +369,28 @@ public:
     [[nodiscard]] float getBoundingRadius() override;
     [[nodiscard]] M_Vector3Template<float> getBoundingBoxMin() override;
     [[nodiscard]] M_Vector3Template<float> getBoundingBoxMax() override;
+    /// Takes the sphere set here, or, with false, computes it from the meshes.
     void setUseManualBoundingSphere(bool use) noexcept { m_bUseManualBoundingSphere = use; }
+    /// Takes the box set here, or, with false, computes it from the meshes.
     void setUseManualBoundingBox(bool use) noexcept { m_bUseManualBoundingBox = use; }
+    /// Whether the sphere set here counts.
     [[nodiscard]] bool getUseManualBoundingSphere() const noexcept { return m_bUseManualBoundingSphere; }
+    /// Whether the box set here counts.
     [[nodiscard]] bool getUseManualBoundingBox() const noexcept { return m_bUseManualBoundingBox; }
+    /// In scene units, around the object's origin.
     void setManualBoundingSphereRadius(float radius) noexcept { m_fManualBoundingSphereRadius = radius; }
+    /// Smallest corner, in the object's own space.
     void setManualBoundingBoxMin(const M_Vector3Template<float>& corner) noexcept { m_vManualBoundingBoxMin = corner; }
+    /// Largest corner, in the object's own space.
     void setManualBoundingBoxMax(const M_Vector3Template<float>& corner) noexcept { m_vManualBoundingBoxMax = corner; }
+    /// In scene units, whether or not it is in use.
     [[nodiscard]] float getManualBoundingSphereRadius() const noexcept { return m_fManualBoundingSphereRadius; }
+    /// Smallest corner, whether or not the box is in use.
     [[nodiscard]] const M_Vector3Template<float>& getManualBoundingBoxMin() const noexcept
     {
         return m_vManualBoundingBoxMin;
     }
+    /// Largest corner, whether or not the box is in use.
     [[nodiscard]] const M_Vector3Template<float>& getManualBoundingBoxMax() const noexcept
     {
         return m_vManualBoundingBoxMax;
@@ -260,10 +402,15 @@ public:
 
     /// @name Callbacks for all objects; null when unset
     /// @{
+
+    /// Called before a mesh is made of a record; see TW_LoadMeshCallback. The host keeps callbacks alive while they
+    /// are set.
     [[nodiscard]] static TW_LoadMeshCallback* getLoadMeshCallback() noexcept { return sm_pLoadMeshCallback; }
     static void setLoadMeshCallback(TW_LoadMeshCallback* callback) noexcept { sm_pLoadMeshCallback = callback; }
+    /// Called for every mesh that was added; see TW_MeshLoadedCallback.
     [[nodiscard]] static TW_MeshLoadedCallback* getMeshLoadedCallback() noexcept { return sm_pMeshLoadedCallback; }
     static void setMeshLoadedCallback(TW_MeshLoadedCallback* callback) noexcept { sm_pMeshLoadedCallback = callback; }
+    /// Called for a mesh whose parent the object does not have; see TW_MeshParentNotFoundCallback.
     [[nodiscard]] static TW_MeshParentNotFoundCallback* getMeshParentNotFoundCallback() noexcept
     {
         return sm_pMeshParentNotFoundCallback;
@@ -272,6 +419,7 @@ public:
     {
         sm_pMeshParentNotFoundCallback = callback;
     }
+    /// Called for every track that was read; see TW_ObjectKeyframeAnimationCallback.
     [[nodiscard]] static TW_ObjectKeyframeAnimationCallback* getKeyframeAnimationCallback() noexcept
     {
         return sm_pKeyframeAnimationCallback;
@@ -290,32 +438,55 @@ private:
     class Builder;
     /// The steps of playing.
     friend class PosePlayer;
+    friend class TW_VertexAnimation;  // hands over `m_pGeometryData`
+    /// Finds animations by name.
+    friend class TW_VirtualObject;
 
     /// Every member as in an object that is not constructed.
     void initializeMembers() noexcept;
-    /// Brings the matrices of all meshes together in `m_meshTransforms`.
-    void adoptMeshTransforms();
+    template <typename Steps>
+    void build(const Steps& steps);
+    /// The meshes' indices by the names that they were added under; of several meshes of one name the first. Copies
+    /// share them until one gets another mesh.
+    struct MeshNames : S_Allocated
+    {
+        MeshNames() = default;
+        MeshNames(const MeshNames& other);
+        MeshNames& operator=(const MeshNames&) = delete;
 
-    bool m_bConstructed = false;
-    TW_MaterialManager* m_pMaterialManager = nullptr;
-    S_Vector<P_VirtualObject*> m_vecMeshes;
-    S_CaselessNameMap<P_VirtualObject*> m_mapMeshesByLowerCaseName;
-    S_NameMap<P_VirtualObject*> m_mapMeshesByName;
-    S_HashMap<const P_VirtualObject*, int> m_mapMeshIndices;
-    int m_iMaximumAnimationIndex = -1;
+        /// Adds the name of the next mesh; when memory runs out nothing has changed.
+        void add(const S_String& name);
+        void dropLast() noexcept;
+
+        S_Vector<S_String> m_vecNames;
+        S_CaselessNameMap<unsigned int> m_mapMeshesByLowerCaseName;
+        S_NameMap<unsigned int> m_mapMeshesByName;
+        S_Counter<int> m_iReferenceCount{1};
+    };
+
+    [[nodiscard]] MeshNames& accessMeshNames();
+    [[nodiscard]] bool areMeshNamesCurrent() const noexcept;
+
+    bool m_bConstructed;
+    TW_MaterialManager* m_pMaterialManager;
+    TW_MeshList m_vecMeshes;
+    S_Handle<MeshNames> m_pMeshNames;
+    int m_iMaximumAnimationIndex;
     S_Vector<ObjectAnimation> m_vecAnimations;
     S_FlatMap<int, int> m_mapAnimationIndices;
-    InterpolationMode m_eCrossMode = InterpolationMode::Linear;
-    bool m_bUseManualBoundingSphere = false;
-    bool m_bUseManualBoundingBox = false;
+    InterpolationMode m_eCrossMode;
+    bool m_bUseManualBoundingSphere;
+    bool m_bUseManualBoundingBox;
     float m_fManualBoundingSphereRadius;
     M_Vector3Template<float> m_vManualBoundingBoxMin;
     M_Vector3Template<float> m_vManualBoundingBoxMax;
+    /// Mesh i at index i: tells the index of a mesh as well.
     P_TransformBlock m_meshTransforms;
-    /// While many meshes are added: they keep their own matrices, and the block is filled when all are there.
-    bool m_bMeshTransformsDeferred = false;
-    /// Identifies the present list of meshes: no two lists of the process have the same number.
-    unsigned long long m_uiMeshListNumber = 0;
+    /// What the geometry of the meshes reads in place, such as a skin's bone counts; copies, which share the geometry,
+    /// hold it too.
+    std::shared_ptr<const void> m_pGeometryData;
+    /// How often the object was destructed, by which a load sees that a host's callback did it meanwhile.
+    unsigned int m_uiDestructions = 0;
 
     static TW_LoadMeshCallback* sm_pLoadMeshCallback;
     static TW_MeshLoadedCallback* sm_pMeshLoadedCallback;

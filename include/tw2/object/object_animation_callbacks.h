@@ -29,6 +29,7 @@ class TW2_API TW_MeshLoadedCallback
 {
 public:
     virtual ~TW_MeshLoadedCallback();
+    /// Called once per mesh. An exception ends the construction and reaches whoever began it.
     virtual void operator()(TW_ObjectAnimation* object, P_VirtualObject* mesh) = 0;
 };
 
@@ -39,6 +40,7 @@ class TW2_API TW_MeshParentNotFoundCallback
 {
 public:
     virtual ~TW_MeshParentNotFoundCallback();
+    /// Called instead of hanging the mesh under its parent; `parentName` is the name that was not found.
     virtual void operator()(P_VirtualObject* mesh, const S_String& parentName) = 0;
 };
 

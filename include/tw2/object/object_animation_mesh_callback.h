@@ -31,6 +31,7 @@ public:
     P_TriangleMesh* createTriangleMesh(P_VirtualObject* mesh, int primitive, int vertexFormatFlags, int triangleCount,
                                        int vertexCount, const S_Vector<int>& vertexMap) override;
 
+    /// The object that the meshes are added to.
     [[nodiscard]] TW_ObjectAnimation* getObject() const noexcept { return m_pObject; }
 
 private:

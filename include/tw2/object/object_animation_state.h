@@ -8,6 +8,7 @@
 namespace TW2
 {
 class PosePlayer;
+class PoseSource;
 class TW_BoneGroupHandle;
 class TW_ObjectAnimation;
 class TW_ObjectAnimationLODs;
@@ -18,7 +19,7 @@ class TW_VertexAnimationLODs;
 ///
 ///     TW_ObjectAnimationState pose(soldier);
 ///     soldier.freezeAnimationState(&pose, nullptr);             // the pose at the moment of a change
-///     soldier.crossAnimateObject(&pose, 0.7f, RUN, time, nullptr);  // 70 % of it, 30 % of the new animation
+///     soldier.crossAnimateObject(&pose, 0.7F, RUN, time, nullptr);  // 70 % of it, 30 % of the new animation
 ///
 /// A state belongs to the host and fits every object with the same number of meshes. With objects of fewer meshes it
 /// works on those that there are; the rest of the state stays as it was.
@@ -29,43 +30,62 @@ public:
     /// @{
 
     /// Not constructed: no meshes.
-    TW_ObjectAnimationState() noexcept;
+    TW_ObjectAnimationState() noexcept { initializeMembers(); }
     /// Identity matrices, nothing frozen.
-    explicit TW_ObjectAnimationState(unsigned int meshCount);
+    explicit TW_ObjectAnimationState(unsigned int meshCount) : TW_ObjectAnimationState() { construct(meshCount); }
     /// The same, for as many meshes as the object has.
-    explicit TW_ObjectAnimationState(const TW_ObjectAnimation& object);
+    explicit TW_ObjectAnimationState(const TW_ObjectAnimation& object) : TW_ObjectAnimationState()
+    {
+        construct(object);
+    }
     /// For the bones of a skinned character.
-    explicit TW_ObjectAnimationState(const TW_VertexAnimation& object);
+    explicit TW_ObjectAnimationState(const TW_VertexAnimation& object) : TW_ObjectAnimationState()
+    {
+        construct(object);
+    }
     /// For the level in use, or the last one when none is.
-    explicit TW_ObjectAnimationState(const TW_ObjectAnimationLODs& object);
+    explicit TW_ObjectAnimationState(const TW_ObjectAnimationLODs& object) : TW_ObjectAnimationState()
+    {
+        construct(object);
+    }
     /// For the bones of all levels.
-    explicit TW_ObjectAnimationState(const TW_VertexAnimationLODs& object);
-    TW_ObjectAnimationState(const TW_ObjectAnimationState& other);
+    explicit TW_ObjectAnimationState(const TW_VertexAnimationLODs& object) : TW_ObjectAnimationState()
+    {
+        construct(object);
+    }
+    TW_ObjectAnimationState(const TW_ObjectAnimationState& other) : TW_ObjectAnimationState() { construct(other); }
+    /// A copy of both lists; a state assigned to itself stays as it is.
     TW_ObjectAnimationState& operator=(const TW_ObjectAnimationState& other);
+    /// Objects are not touched: a state holds none.
     ~TW_ObjectAnimationState();
 
     /// As the constructors; what the state was before is dropped. A failed one leaves the state not constructed.
     void construct(unsigned int meshCount);
     void construct(const TW_ObjectAnimation& object);
-    /// `object` may not be null.
     void construct(const TW_ObjectAnimation* object);
     void construct(const TW_VertexAnimation& object);
     void construct(const TW_ObjectAnimationLODs& object);
     void construct(const TW_VertexAnimationLODs& object);
     void construct(const TW_ObjectAnimationState& other);
+    /// Empties both lists.
     void destruct() noexcept;
+    /// False before the first `construct` and after `destruct`.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
     /// @name Content, by mesh index
     /// For reading and writing; keep both of one length.
     /// @{
+
+    /// One local matrix per mesh index.
     [[nodiscard]] S_Vector<M_Matrix4x3Template<float>>& accessMatrixVector() noexcept { return m_vecMatrices; }
+    /// One per mesh index: whether the matrix was frozen.
     [[nodiscard]] S_Vector<bool>& accessStateFrozenVector() noexcept { return m_vecStateFrozen; }
     /// @}
 
 protected:
     friend class PosePlayer;
+    friend class PoseSource;
     friend class TW_ObjectAnimation;
     friend class TW_ObjectAnimationLODs;
     friend class TW_VertexAnimation;

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <tw2/core/text.h>
 #include <tw2/export.h>
-#include <tw2/object/virtual_object.h>
+#include <tw2/object/forwarding_object.h>
 #include <tw2/skin/skin_chunk.h>
 
 #include <platform/math/matrix4x3.h>
 #include <platform/runtime/allocator.h>
+#include <platform/runtime/counter.h>
+#include <platform/runtime/handle.h>
+#include <platform/scene/frame_preparation.h>
 
 class S_Script;
 
@@ -26,8 +30,9 @@ class TW_ObjectAnimation;
 /// turns the skeleton's pose into one bone matrix per bone; the skin's meshes read those in place.
 ///
 /// Several vertex animations may share one skeleton; the last of them deletes it. Skin and skin data are each object's
-/// own. Playing and moving allocate nothing. One thread at a time.
-class TW2_API TW_VertexAnimation : public TW_VirtualObject
+/// own. Playing and moving allocate nothing. Threads as of TW_ObjectAnimation; those that share a skeleton are one
+/// object in this.
+class TW2_API TW_VertexAnimation : public TW_ForwardingObject, private P_FramePreparation
 {
 public:
     class Skin;
@@ -36,51 +41,166 @@ public:
     /// Every form builds from scratch: what the object was before is destructed first. A form that throws (scripts and
     /// files: their exceptions; skin data that do not fit: TW_Exception_InvalidGeometry; a vertex with more than 4
     /// bones: P_DriverException_TooManyBonesPerVertex; memory: S_MemoryException_Allocation) leaves the object not
-    /// constructed. Given a skin block, it must name skin data ("skindata"). Objects and scripts that are passed in
-    /// stay the caller's; they may be parts of the object itself, which are copied before they go.
+    /// constructed. Given a skin block, it must name skin data ("skindata"); `withVisibility`: the skin's tracks carry
+    /// visibility, for `updateVisibility`. Objects and scripts that are passed in stay the caller's; they may be parts
+    /// of the object itself, which are copied before they go.
     /// @{
 
-    /// Not constructed: no skeleton, no skin, no skin data. Only `construct` and `isConstructed` may be called then.
-    TW_VertexAnimation();
+    /// Not constructed: no skeleton, no skin, no skin data.
+    TW_VertexAnimation() { initializeMembers(); }
     /// Skeleton and skin from two named blocks of one script file.
-    TW_VertexAnimation(const char* scriptFile, const char* skeletonBlock, const char* skinBlock);
-    TW_VertexAnimation(S_Script* script, const char* skeletonBlock, const char* skinBlock);
+    TW_VertexAnimation(const char* scriptFile, const char* skeletonBlock, const char* skinBlock,
+                       bool withVisibility = false)
+        : TW_VertexAnimation()
+    {
+        construct(scriptFile, skeletonBlock, skinBlock, withVisibility);
+    }
+    TW_VertexAnimation(S_Script* script, const char* skeletonBlock, const char* skinBlock, bool withVisibility = false)
+        : TW_VertexAnimation()
+    {
+        construct(script, skeletonBlock, skinBlock, withVisibility);
+    }
     /// Skeleton and skin from a named block each, of two scripts.
-    TW_VertexAnimation(S_Script* skeletonScript, const char* skeletonBlock, S_Script* skinScript,
-                       const char* skinBlock);
+    TW_VertexAnimation(S_Script* skeletonScript, const char* skeletonBlock, S_Script* skinScript, const char* skinBlock,
+                       bool withVisibility = false)
+        : TW_VertexAnimation()
+    {
+        construct(skeletonScript, skeletonBlock, skinScript, skinBlock, withVisibility);
+    }
     TW_VertexAnimation(const char* skeletonScriptFile, const char* skeletonBlock, const char* skinScriptFile,
-                       const char* skinBlock);
+                       const char* skinBlock, bool withVisibility = false)
+        : TW_VertexAnimation()
+    {
+        construct(skeletonScriptFile, skeletonBlock, skinScriptFile, skinBlock, withVisibility);
+    }
+    /// The same with strings.
+    template <typename File, typename Skeleton, typename Block>
+    requires TW_Texts<File, Skeleton, Block> TW_VertexAnimation(const File& scriptFile, const Skeleton& skeletonBlock,
+                                                                const Block& skinBlock, bool withVisibility = false)
+        : TW_VertexAnimation(asCString(scriptFile), asCString(skeletonBlock), asCString(skinBlock), withVisibility)
+    {
+    }
+    /// The same with a string of the host's.
+    template <typename Skeleton, typename Block>
+    requires TW_Texts<Skeleton, Block> TW_VertexAnimation(S_Script* script, const Skeleton& skeletonBlock,
+                                                          const Block& skinBlock, bool withVisibility = false)
+        : TW_VertexAnimation(script, asCString(skeletonBlock), asCString(skinBlock), withVisibility)
+    {
+    }
+    /// The same with a string of the host's.
+    template <typename Skeleton, typename Block>
+    requires TW_Texts<Skeleton, Block> TW_VertexAnimation(S_Script* skeletonScript, const Skeleton& skeletonBlock,
+                                                          S_Script* skinScript, const Block& skinBlock,
+                                                          bool withVisibility = false)
+        : TW_VertexAnimation(skeletonScript, asCString(skeletonBlock), skinScript, asCString(skinBlock), withVisibility)
+    {
+    }
+    /// The same with a string of the host's.
+    template <typename File, typename Skeleton, typename SkinFile, typename Block>
+    requires TW_Texts<File, Skeleton, SkinFile, Block> TW_VertexAnimation(const File& skeletonScriptFile,
+                                                                          const Skeleton& skeletonBlock,
+                                                                          const SkinFile& skinScriptFile,
+                                                                          const Block& skinBlock,
+                                                                          bool withVisibility = false)
+        : TW_VertexAnimation(asCString(skeletonScriptFile), asCString(skeletonBlock), asCString(skinScriptFile),
+                             asCString(skinBlock), withVisibility)
+    {
+    }
     /// Skeleton and skin from the blocks at two positions (from 0, at each script's current level).
-    TW_VertexAnimation(S_Script* skeletonScript, int skeletonBlock, S_Script* skinScript, int skinBlock);
+    TW_VertexAnimation(S_Script* skeletonScript, int skeletonBlock, S_Script* skinScript, int skinBlock,
+                       bool withVisibility = false)
+        : TW_VertexAnimation()
+    {
+        construct(skeletonScript, skeletonBlock, skinScript, skinBlock, withVisibility);
+    }
     /// Copies of two object animations; without skin data, so that no bone matrix is ever updated.
-    TW_VertexAnimation(TW_ObjectAnimation* skeleton, TW_ObjectAnimation* skin);
+    TW_VertexAnimation(TW_ObjectAnimation* skeleton, TW_ObjectAnimation* skin) : TW_VertexAnimation()
+    {
+        construct(skeleton, skin);
+    }
     /// A new skin on the skeleton of another vertex animation, which both share from then on.
-    TW_VertexAnimation(TW_VertexAnimation* skeletonSource, S_Script* script, int skinBlock);
+    TW_VertexAnimation(TW_VertexAnimation* skeletonSource, S_Script* script, int skinBlock, bool withVisibility = false)
+        : TW_VertexAnimation()
+    {
+        construct(skeletonSource, script, skinBlock, withVisibility);
+    }
     /// A copy of a skin (with the given materials; null: the skin's own) on the skeleton of another vertex animation.
     TW_VertexAnimation(TW_VertexAnimation* skeletonSource, const TW_VertexAnimation& skinSource,
-                       TW_MaterialManager* materialManager);
+                       TW_MaterialManager* materialManager)
+        : TW_VertexAnimation()
+    {
+        construct(skeletonSource, skinSource, materialManager);
+    }
     /// A new skin on a copy of an object animation.
-    TW_VertexAnimation(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock);
+    TW_VertexAnimation(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock, bool withVisibility = false)
+        : TW_VertexAnimation()
+    {
+        construct(skeleton, script, skinBlock, withVisibility);
+    }
     /// Copies of skeleton, skin (with the given materials; null: the skin's own) and skin data.
-    TW_VertexAnimation(const TW_VertexAnimation& other, TW_MaterialManager* materialManager);
-    TW_VertexAnimation(const TW_VertexAnimation& other);
+    TW_VertexAnimation(const TW_VertexAnimation& other, TW_MaterialManager* materialManager) : TW_VertexAnimation()
+    {
+        construct(other, materialManager);
+    }
+    TW_VertexAnimation(const TW_VertexAnimation& other) : TW_VertexAnimation() { construct(other, nullptr); }
     /// The same copy; copying an object onto itself does nothing.
     TW_VertexAnimation& operator=(const TW_VertexAnimation& other);
+    /// Deletes skeleton and skin, unless other characters share the skeleton.
     ~TW_VertexAnimation() override;
 
-    void construct(const char* scriptFile, const char* skeletonBlock, const char* skinBlock);
-    void construct(S_Script* script, const char* skeletonBlock, const char* skinBlock);
-    void construct(S_Script* skeletonScript, const char* skeletonBlock, S_Script* skinScript, const char* skinBlock);
+    /// As the constructors of the same arguments, in the place of what the object was before. When it throws, the
+    /// object is not constructed.
+    void construct(const char* scriptFile, const char* skeletonBlock, const char* skinBlock,
+                   bool withVisibility = false);
+    void construct(S_Script* script, const char* skeletonBlock, const char* skinBlock, bool withVisibility = false);
+    void construct(S_Script* skeletonScript, const char* skeletonBlock, S_Script* skinScript, const char* skinBlock,
+                   bool withVisibility = false);
     void construct(const char* skeletonScriptFile, const char* skeletonBlock, const char* skinScriptFile,
-                   const char* skinBlock);
-    void construct(S_Script* skeletonScript, int skeletonBlock, S_Script* skinScript, int skinBlock);
+                   const char* skinBlock, bool withVisibility = false);
+    /// The same with a string of the host's.
+    template <typename File, typename Skeleton, typename Block>
+    requires TW_Texts<File, Skeleton, Block>
+    void construct(const File& scriptFile, const Skeleton& skeletonBlock, const Block& skinBlock,
+                   bool withVisibility = false)
+    {
+        construct(asCString(scriptFile), asCString(skeletonBlock), asCString(skinBlock), withVisibility);
+    }
+    /// The same with a string of the host's.
+    template <typename Skeleton, typename Block>
+    requires TW_Texts<Skeleton, Block>
+    void construct(S_Script* script, const Skeleton& skeletonBlock, const Block& skinBlock, bool withVisibility = false)
+    {
+        construct(script, asCString(skeletonBlock), asCString(skinBlock), withVisibility);
+    }
+    /// The same with a string of the host's.
+    template <typename Skeleton, typename Block>
+    requires TW_Texts<Skeleton, Block>
+    void construct(S_Script* skeletonScript, const Skeleton& skeletonBlock, S_Script* skinScript,
+                   const Block& skinBlock, bool withVisibility = false)
+    {
+        construct(skeletonScript, asCString(skeletonBlock), skinScript, asCString(skinBlock), withVisibility);
+    }
+    /// The same with a string of the host's.
+    template <typename File, typename Skeleton, typename SkinFile, typename Block>
+    requires TW_Texts<File, Skeleton, SkinFile, Block>
+    void construct(const File& skeletonScriptFile, const Skeleton& skeletonBlock, const SkinFile& skinScriptFile,
+                   const Block& skinBlock, bool withVisibility = false)
+    {
+        construct(asCString(skeletonScriptFile), asCString(skeletonBlock), asCString(skinScriptFile),
+                  asCString(skinBlock), withVisibility);
+    }
+    /// The other forms, as the constructors.
+    void construct(S_Script* skeletonScript, int skeletonBlock, S_Script* skinScript, int skinBlock,
+                   bool withVisibility = false);
     void construct(TW_ObjectAnimation* skeleton, TW_ObjectAnimation* skin);
-    void construct(TW_VertexAnimation* skeletonSource, S_Script* script, int skinBlock);
+    void construct(TW_VertexAnimation* skeletonSource, S_Script* script, int skinBlock, bool withVisibility = false);
     void construct(TW_VertexAnimation* skeletonSource, const TW_VertexAnimation& skinSource,
                    TW_MaterialManager* materialManager);
-    void construct(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock);
+    void construct(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock, bool withVisibility = false);
     void construct(const TW_VertexAnimation& other, TW_MaterialManager* materialManager = nullptr);
+    /// Lets skeleton and skin go; the object is as default-constructed.
     void destruct() noexcept;
+    /// False before the first `construct`, after `destruct` and after a construction that threw.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
@@ -92,6 +212,7 @@ public:
     {
         return m_pSharedSkeleton ? m_pSharedSkeleton->m_pSkeleton : nullptr;
     }
+    /// The skin's meshes and materials; null while the object is not constructed.
     [[nodiscard]] TW_ObjectAnimation* getSkin() const noexcept { return m_pSkin; }
     /// Null when the object was built from two object animations.
     [[nodiscard]] Skin* getSkinData() const noexcept { return m_pSkinData; }
@@ -101,6 +222,11 @@ public:
     /// Matrix i takes a vertex of the skin's first mesh from its rest position to where bone i carries it, both in that
     /// mesh's space. Written by `executeAlways`; at rest all are the identity.
     /// @{
+
+    /// For hosts without a scene that calls `executeAlways`: writes the bone matrices for the pose as it is, whatever
+    /// the camera sees. Nothing happens without a skeleton or a skin. Allocates nothing.
+    void updateBones();
+    /// One per bone of the skin data, which need not be all bones of the skeleton.
     [[nodiscard]] int getBoneMatrixCount() const noexcept { return static_cast<int>(m_vecBoneMatrices.size()); }
     /// Bone 0 to `getBoneMatrixCount()` - 1.
     [[nodiscard]] const M_Matrix4x3Template<float>& getBoneMatrix(int bone) const noexcept
@@ -112,77 +238,26 @@ public:
     /// @name Skin
     /// @{
 
-    /// Shows and hides the skin's meshes as its visibility tracks say; false when it has no such animation.
+    /// Shows and hides the skin's meshes as its visibility tracks say; false when there is no such animation or it was
+    /// loaded without them.
     bool updateVisibility(int index, float time);
+    /// The same at a frame.
     bool updateVisibilityFrame(int index, float frame);
     /// Replaces the skin's materials by those of a file; see TW_ObjectAnimation.
     void loadMaterials(const char* fileName);
+    /// The same with a string of the host's.
+    template <TW_String File>
+    void loadMaterials(const File& fileName)
+    {
+        loadMaterials(fileName.c_str());
+    }
     /// Replaces the skin's materials by those of a manager (not taken over).
     void remapMaterials(TW_MaterialManager* manager);
-    /// @}
-
-    /// @name Animated object: skeleton
-    /// @{
-    [[nodiscard]] unsigned int getTotalMeshes() const override;
-    [[nodiscard]] P_VirtualObject* getMesh(unsigned int i) const override;
-    [[nodiscard]] unsigned int getTotalAnimations() const override;
-    [[nodiscard]] int getMaximumAnimationIndex() const override;
-    [[nodiscard]] bool isValidAnimation(int index) const override;
-    [[nodiscard]] unsigned int getAnimationFrames(int index) const override;
-    [[nodiscard]] float getAnimationLength(int index) const override;
-    [[nodiscard]] float getAnimationFPS(int index) const override;
-    void setAnimationFPS(int index, float fps) override;
-    bool animateObject(int index, float time, TW_BoneGroupHandle* group) override;
-    bool animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group) override;
-    void freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group) override;
-    void restoreAnimationState(TW_ObjectAnimationState* state) override;
-    [[nodiscard]] TW_BoneHandle getBoneHandle(const char* name) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state, float stateWeight, int index1, float time1, float weight1,
-                            int index2, float time2, float weight2, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state1, float weight, TW_ObjectAnimationState* state2,
-                            const TW_BoneHandle& reference, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state1, float weight, TW_ObjectAnimationState* state2,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(TW_ObjectAnimationState* state, float weight, int index, float time,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(int index1, float time1, float weight1, int index2, float time2, float weight2, int index3,
-                            float time3, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObject(int index1, float time1, float weight, int index2, float time2,
-                            TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(TW_ObjectAnimationState* state, float stateWeight, int index1, float frame1,
-                                 float weight1, int index2, float frame2, float weight2,
-                                 TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(TW_ObjectAnimationState* state, float weight, int index, float frame,
-                                 TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(int index1, float frame1, float weight1, int index2, float frame2, float weight2,
-                                 int index3, float frame3, TW_BoneGroupHandle* group) override;
-    bool crossAnimateObjectFrame(int index1, float frame1, float weight, int index2, float frame2,
-                                 TW_BoneGroupHandle* group) override;
-    [[nodiscard]] unsigned int getAnimationLoopToFrame(int index) const override;
-    [[nodiscard]] float getAnimationLoopToTime(int index) const override;
-    /// @}
-
-    /// @name Animated object: skin
-    /// @{
-    void uploadTextures() override;
-    [[nodiscard]] bool isValidTextureAnimationSet(const S_String& set) const override;
-    [[nodiscard]] bool isValidTextureAnimation(const S_String& set, int index) const override;
-    [[nodiscard]] unsigned int getTotalTextureAnimationSets() const override;
-    [[nodiscard]] unsigned int getTotalTextureAnimations(const S_String& set) const override;
-    [[nodiscard]] unsigned int getTextureAnimationFrames(const S_String& set, int index) const override;
-    [[nodiscard]] float getTextureAnimationLength(const S_String& set, int index) const override;
-    [[nodiscard]] float getTextureAnimationFPS(const S_String& set, int index) const override;
-    void setTextureAnimationFPS(const S_String& set, int index, float fps) override;
-    bool animateTexture(const S_String& set, float time) override;
-    bool animateTextureFrame(const S_String& set, float frame) override;
     /// @}
 
     /// @name Scene object
     /// The skin's manual bounding volumes come first, then the skeleton's, then the engine's own.
     /// @{
-    [[nodiscard]] float getBoundingRadius() override;
-    [[nodiscard]] M_Vector3Template<float> getBoundingBoxMin() override;
-    [[nodiscard]] M_Vector3Template<float> getBoundingBoxMax() override;
     [[nodiscard]] const char* getObjectType() const override;
     void dump(bool details) const override;
     /// @}
@@ -195,64 +270,78 @@ protected:
 private:
     struct SharedSkeleton : S_Allocated
     {
-        TW_ObjectAnimation* m_pSkeleton = nullptr;
-        int m_iReferenceCount = 1;
+        SharedSkeleton() = default;
+        ~SharedSkeleton();
+        SharedSkeleton(const SharedSkeleton&) = delete;
+        SharedSkeleton& operator=(const SharedSkeleton&) = delete;
+
+        /// Whether nobody else has taken the skeleton for this frame; it is the caller's then.
+        [[nodiscard]] bool takeFor(unsigned long long frame) noexcept
+        {
+            return m_uFrame.exchange(frame, std::memory_order_relaxed) != frame;
+        }
+
+        TW_ObjectAnimation* m_pSkeleton = nullptr;  ///< owned
+        S_Counter<int> m_iReferenceCount{1};
+        std::atomic<unsigned long long> m_uFrame = 0;
     };
 
     /// Per bone: from the space of the skin's first mesh to the bone's own, at rest. Copies share them, so that a crowd
     /// has them in the cache once; never changed once they are shared.
     struct ReferencePose : S_Allocated
     {
-        S_Vector<M_Matrix4x3Template<float>> m_vecMatrices;
-        int m_iReferenceCount = 1;
+        S_Vector<M_Matrix4x3Template<float>> m_vecReferenceMatrices;
+        S_Counter<int> m_iReferenceCount{1};
     };
 
+    [[nodiscard]] TW_ObjectAnimation* getPart(Operations operations, unsigned int i) const override;
+    void takeApart() noexcept override;
     void initializeMembers() noexcept;
     /// What all forms have in common around the steps of one.
     template <typename Steps>
     void build(const Steps& steps);
-    void handOverTo(TW_VertexAnimation& keeper) noexcept;
 
     /// @name Skeleton
     /// @{
     TW_ObjectAnimation& createSkeleton();
-    [[nodiscard]] SharedSkeleton* holdSkeleton(const TW_VertexAnimation& source);
+    [[nodiscard]] S_Handle<SharedSkeleton> holdSkeleton(const TW_VertexAnimation* source);
     void addSkeleton(S_Script& script, int block);
     void copySkeleton(const TW_ObjectAnimation& source);
     void hideSkeleton();
-    void releaseSkeleton() noexcept;
     /// @}
 
     /// @name Skin
     /// @{
-    void addSkin(S_Script& script, int block);
+    void addSkin(S_Script& script, int block, bool withVisibility);
+    template <typename Block>
+    void constructSkin(S_Script& script, Block block, bool withVisibility);
     void copySkin(const TW_ObjectAnimation& source, const Skin* skinData, TW_MaterialManager* materialManager);
     void readSkinData(S_Script& script);
     void takeBoundingVolumes();
     void releaseSkin() noexcept;
     /// @}
 
-    /// The skin, else the skeleton, if it uses a manual volume of the kind asked for; null when neither does.
-    [[nodiscard]] TW_ObjectAnimation* findManualVolume(bool (TW_ObjectAnimation::*isUsed)() const noexcept) const;
-    void buildByName(S_Script& skeletonScript, const char* skeletonBlock, S_Script& skinScript, const char* skinBlock);
+    void buildByName(S_Script& skeletonScript, const char* skeletonBlock, S_Script& skinScript, const char* skinBlock,
+                     bool withVisibility);
     void nameAfterParts();
 
     /// @name Bones
     /// @{
     void setUpBones();
     void handOutBoneMatrices();
-    void shareReferencePose(const TW_VertexAnimation& source) noexcept;
     void takeReferencePose();
-    void releaseReferencePose() noexcept;
+    void prepareFrame(unsigned long long frame) noexcept override;
+    [[nodiscard]] bool isSkinVisible() const;
     void updateBoneMatrices();
     [[nodiscard]] bool hasMovedSinceUpdate();
+    void validateWorldMatrices();
     /// @}
 
     bool m_bConstructed;
-    SharedSkeleton* m_pSharedSkeleton;
+    S_Handle<SharedSkeleton> m_pSharedSkeleton;
     TW_ObjectAnimation* m_pSkin;
     Skin* m_pSkinData;
-    ReferencePose* m_pReferencePose;
+    S_Handle<ReferencePose> m_pReferencePose;
     S_Vector<M_Matrix4x3Template<float>> m_vecBoneMatrices;
     /// Change counts of bones and skin when the bone matrices were written, and whether all their world matrices were
     /// up to date then: only then is it sure that equal counts mean equal matrices.
@@ -272,21 +361,39 @@ public:
     /// @name Life
     /// A failed form leaves the object not constructed.
     /// @{
+
+    /// Not constructed, with an empty record.
     Skin() noexcept;
     /// Copies a record. Throws TW_Exception_InvalidGeometry when one of its indices points outside its list.
     explicit Skin(const SkinChunk& chunk);
     /// Reads a skin data file. Throws what reading throws: S_FileException, S_MemoryFileException.
     explicit Skin(const S_String& fileName);
+    /// The same with a string of the host's.
+    template <TW_ForeignString File>
+    explicit Skin(const File& fileName) : Skin(asString(fileName))
+    {
+    }
+    /// Shares the record.
     Skin(const Skin& other);
     /// Copies the flag and the record.
     Skin& operator=(const Skin& other);
+    /// The record goes with its last holder.
     ~Skin();
 
+    /// As the constructors of the same arguments.
     void construct(const SkinChunk& chunk);
     void construct(const S_String& fileName);
+    /// The same with a string of the host's.
+    template <TW_ForeignString File>
+    void construct(const File& fileName)
+    {
+        construct(asString(fileName));
+    }
+    /// Shares the record.
     void construct(const Skin& other);
     /// The record keeps its contents until it is overwritten or destroyed.
     void destruct() noexcept { m_bConstructed = false; }
+    /// Whether the record is that of a file, of another skin or of the host.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
@@ -295,6 +402,7 @@ public:
 
     /// False for old files, whose data know no primitives: all vertices are one.
     [[nodiscard]] bool isSortedByPrimitive() const noexcept { return m_pChunk->sortedByPrimitive; }
+    /// Vertices of a primitive of the skin's meshes, counted over all of them.
     [[nodiscard]] int getPrimitiveVertexCount(int primitive) const noexcept
     {
         return static_cast<int>(m_pChunk->primitiveVertexCounts[static_cast<std::size_t>(primitive)]);
@@ -314,6 +422,7 @@ public:
     {
         return m_pChunk->influenceBones[find(primitive, vertex, influence)];
     }
+    /// Weight of an influence of a vertex; those of one vertex usually add up to 1.
     [[nodiscard]] float getVertexWeight(int primitive, int vertex, int influence) const noexcept
     {
         return m_pChunk->influenceWeights[find(primitive, vertex, influence)];
@@ -322,9 +431,17 @@ public:
 
     /// @name Whole record
     /// @{
+
+    /// The whole record; valid until the skin is constructed anew.
     [[nodiscard]] const SkinChunk& getSkinChunk() const noexcept { return *m_pChunk; }
     /// Whether any vertex follows the bone of that name (any letter case).
     [[nodiscard]] bool boneHasVerticesWeighted(const char* boneName) const;
+    /// The same with a string of the host's.
+    template <TW_String Bone>
+    [[nodiscard]] bool boneHasVerticesWeighted(const Bone& boneName) const
+    {
+        return boneHasVerticesWeighted(boneName.c_str());
+    }
     /// Throws TW_Exception_InvalidGeometry unless the object names are those of the skin's meshes, in order, and every
     /// bone name is that of a mesh of the skeleton (any letter case).
     void checkDataValidity(TW_VertexAnimation* vertexAnimation) const;
@@ -346,11 +463,9 @@ private:
 
     void initializeMembers() noexcept;
     void take(SkinChunk&& chunk);
-    void share(const Skin& other) noexcept;
-    void release() noexcept;
 
     bool m_bConstructed;
-    SharedChunk* m_pShared;     // by all copies
-    const SkinChunk* m_pChunk;  // the shared one, or an empty one
+    S_Handle<SharedChunk> m_pShared;  // by all copies
+    const SkinChunk* m_pChunk;        // the shared one, or an empty one
 };
 }  // namespace TW2

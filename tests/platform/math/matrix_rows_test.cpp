@@ -27,6 +27,30 @@ TEST(MatrixRows, ASkewedFrameBecomesOrthonormalAroundItsFirstRow)
     expectNear(rows.m_rows[2], rows.m_rows[0].cross(rows.m_rows[1]));
 }
 
+TEST(Matrices, AnInverseUndoesAndThatOfASingularBlockStaysFinite)
+{
+    M_Matrix4x3Template<double> matrix;
+    matrix.setRow(0, {2.0, 0.5, -1.0});
+    matrix.setRow(1, {0.0, 3.0, 0.25});
+    matrix.setRow(2, {1.0, -1.0, 0.5});
+    matrix.setTranslation({7.0, -8.0, 9.0});
+    const M_Matrix4x3Template<double> product = matrix * matrix.inverse();
+    for (int i = 0; i < 12; ++i)
+    {
+        EXPECT_NEAR(product.data()[i], M_Matrix4x3Template<double>().data()[i], 1e-12) << "element " << i;
+    }
+    matrix.setRow(2, matrix.getRow(1));
+    M_Matrix4x3Template<double> back;
+    back.setTranslation({-7.0, 8.0, -9.0});
+    EXPECT_EQ(matrix.inverse(), back);
+    for (int i = 0; i < 12; ++i)
+    {
+        M_Matrix4x3Template<double> other = back;
+        other.data()[i] += 1.0;
+        EXPECT_FALSE(other == back) << "element " << i;
+    }
+}
+
 TEST(MatrixRows, RowsWithoutDirectionStayAsTheyAreAndSpoilNoOther)
 {
     struct Case

@@ -44,6 +44,9 @@ TEST(Exceptions, AMessageSurvivesTheCopyThatIsThrown)
     {
         EXPECT_STREQ(caught.getErrorMessage(),
                      "Script \"a%s.txt\", line 3, block \"soldier\", key \"index\": 100% wrong");
+        std::string report = "Loading: ";
+        caught.Dump(report);
+        EXPECT_EQ(report, std::string("Loading: ") + caught.getErrorMessage());
     }
 }
 
@@ -85,7 +88,12 @@ TEST(Memory, AScopeBooksWhatIsAllocatedInsideItAndNotInAnInnerOne)
     EXPECT_EQ(after.m_iBlocks - before.m_iBlocks, 1);
     EXPECT_EQ(after.m_iBytes - before.m_iBytes, 100);
     EXPECT_EQ(S_MemoryScope::getUsage("inner scope of the test").m_iBytes, 1000);
-    EXPECT_EQ(S_MemoryScope::getUsage("never opened").m_iBlocks, 0);
+    for (int i = 0; i < 100; ++i)
+    {
+        EXPECT_EQ(S_MemoryScope::getUsage(("never opened " + std::to_string(i)).c_str()).m_iBlocks, 0);
+    }
+    const S_MemoryScope late("opened after many questions");
+    EXPECT_STREQ(S_MemoryScope::getCurrentName(), "opened after many questions") << "asking opens no account";
 }
 
 // The name may stand in a library that is unloaded while this layer stays.
@@ -107,4 +115,27 @@ TEST(Memory, AScopeKeepsItsNameWhenTheCallersIsGone)
         const S_Vector<char> booked(10);
     }
     EXPECT_EQ(S_MemoryScope::getUsage(longName.c_str()).m_iBytes, 10);
+}
+
+TEST(Exceptions, HintsAreForPeopleAndLeaveTheMessageAsItIs)
+{
+    try
+    {
+        S_FileException thrown("walk.tw", "does not exist");
+        thrown.addHint("looked for in %s", "data%s");
+        try
+        {
+            throw thrown;
+        }
+        catch (S_Exception& passing)
+        {
+            passing.addHint("for \"%s\"", "soldier");
+            throw;
+        }
+    }
+    catch (const S_Exception& caught)
+    {
+        EXPECT_STREQ(caught.getErrorMessage(), "File \"walk.tw\": does not exist");
+        EXPECT_STREQ(caught.what(), "File \"walk.tw\": does not exist (looked for in data%s; for \"soldier\")");
+    }
 }

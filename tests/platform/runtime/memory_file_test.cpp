@@ -1,9 +1,10 @@
+#include "tests/support/expectations.h"
+#include "tests/support/temporary_directory.h"
+
 #include <platform/runtime/memory_file.h>
 #include <platform/runtime/memory_file_writer.h>
 
 #include <gtest/gtest.h>
-#include <tests/support/expectations.h>
-#include <tests/support/temporary_directory.h>
 
 #include <cmath>
 #include <limits>
@@ -348,10 +349,67 @@ TEST(ChunkFile, HandlesMayEndInAnyOrder)
     // The file goes first.
     auto owner = std::make_unique<S_MemoryFile>();
     load(*owner, nestedFile());
-    Chunk orphan;
-    owner->openChunk(orphan, s_outer);
+    Chunk opened;
+    Chunk peeked;
+    Chunk skipped;
+    owner->openChunk(skipped, s_outer);
+    owner->skipChunk();
+    owner->peekChunk(peeked);
+    owner->openChunk(opened, s_other);
     owner.reset();
-    EXPECT_FALSE(orphan.isValid());
+    for (Chunk* orphan : {&opened, &peeked, &skipped})
+    {
+        EXPECT_FALSE(orphan->isValid());
+        EXPECT_NE(messageOf([&] { orphan->skipChunk(); }), "");
+    }
+}
+
+TEST(ChunkFile, ASkipGoesBehindTheChunkThatWasPeekedWhateverHappenedSince)
+{
+    S_MemoryFile file;
+    load(file, nestedFile());
+    Chunk first;
+    file.skipChunk();
+    EXPECT_EQ(file.getPosition(), 0u) << "nothing was peeked";
+    file.peekChunk(first);
+    const std::size_t second = first.getBodyOffset() + first.getSize();
+    file.seek(3, S_MemoryFile::seekBegin);
+    file.skipChunk();
+    EXPECT_EQ(file.getPosition(), second);
+
+    Chunk last;
+    Chunk again;
+    file.peekChunk(last);
+    file.seek(0, S_MemoryFile::seekBegin);
+    file.openChunk(again, s_outer);
+    file.skipChunk();
+    EXPECT_EQ(file.getRemaining(), 0u) << "opening another one is no peek";
+    file.skipChunk(first);
+    EXPECT_EQ(file.getPosition(), second);
+    file.openChunk(again, s_other);  // without a peek
+    file.skipChunk();
+    EXPECT_EQ(file.getRemaining(), 0u);
+}
+
+TEST(ChunkFile, HandlesGoWithTheContentThatIsExchanged)
+{
+    S_MemoryFile file;
+    S_MemoryFile other;
+    load(file, nestedFile());
+    Chunk peeked;
+    Chunk opened;
+    file.peekChunk(peeked);
+    file.openChunk(opened, s_outer);
+    const std::size_t position = file.getPosition();
+    file.swap(other);
+    EXPECT_EQ(file.getFileSize(), 0u);
+    EXPECT_EQ(other.getPosition(), position);
+    EXPECT_EQ(&opened.getMemoryFile(), &other);
+    EXPECT_EQ(&peeked.getMemoryFile(), &other);
+    file.destruct();
+    EXPECT_EQ(other.getRemaining(), opened.getSize());
+    other.destruct();
+    EXPECT_FALSE(opened.isValid() || peeked.isValid());
 }
 
 TEST(ChunkFile, AFailedReadConsumesNothing)
@@ -373,7 +431,7 @@ TEST(ChunkFile, SavingReplacesTheFileAsAWholeAndAFailureLeavesTheOldOne)
     const std::string name = directory.file("scene.tw");
     nestedFile().save(name);
     S_MemoryFile file(name, S_MemoryFile::accessRead);
-    EXPECT_EQ(file.getFileName(), name.c_str());
+    EXPECT_EQ(file.getFilename(), name.c_str());
     Chunk chunk;
     EXPECT_NO_THROW(file.openChunk(chunk, s_outer));
 
@@ -391,7 +449,7 @@ TEST(ChunkFile, SavingReplacesTheFileAsAWholeAndAFailureLeavesTheOldOne)
     file.peekChunk(chunk);
     EXPECT_FALSE(chunk.isValid()) << "the object is empty after a failed open";
     file.construct(name, S_MemoryFile::accessRead);
-    file.construct(file.getFileName(), S_MemoryFile::accessRead);
+    file.construct(file.getFilename(), S_MemoryFile::accessRead);
     EXPECT_NO_THROW(file.openChunk(chunk, s_outer));
 }
 

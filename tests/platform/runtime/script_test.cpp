@@ -1,9 +1,11 @@
+#include "tests/support/expectations.h"
+#include "tests/support/temporary_directory.h"
+
 #include <platform/math/vector3.h>
+#include <platform/runtime/file.h>
 #include <platform/runtime/script.h>
 
 #include <gtest/gtest.h>
-#include <tests/support/expectations.h>
-#include <tests/support/temporary_directory.h>
 
 #include <clocale>
 #include <string>
@@ -87,6 +89,23 @@ TEST(Script, BlocksAreFoundByNameOccurrenceAndIndexAtEveryLevel)
     EXPECT_EQ(script.count("animation"), 0u);
     S_Script moved = std::move(script);
     EXPECT_STREQ(moved.getScriptName(), "army.txt");
+}
+
+TEST(Script, LinesOfKeysAndTheFolderAreToldForMessages)
+{
+    support::TemporaryDirectory directory;
+    directory.write("scripts/army.txt", s_soldier);
+    directory.enter();
+    S_Script script("scripts/army.txt");
+    File.changeDirectory("scripts");
+    EXPECT_EQ(script.getFolder(), directory.file("scripts/"));
+    EXPECT_STREQ(script.getScriptName(), "scripts/army.txt");
+    script.lock("soldier", 0);
+    EXPECT_EQ(script.getKeyLine("geometry", 0, "exportdata"), 7u);
+    EXPECT_EQ(script.getKeyLine("geometry", 0, "size"), 9u);
+    EXPECT_EQ(script.getKeyLine("geometry", 0, "skindata"), 5u);  // the block's
+    EXPECT_EQ(script.getKeyLine("animation", 1, "filename"), 12u);
+    EXPECT_THROW((void)script.getKeyLine("animation", 2, "filename"), S_ScriptException);
 }
 
 TEST(Script, ValuesOfEveryFormatAreReadAndMissingKeysGetTheirDefaults)

@@ -1,82 +1,22 @@
-#include "test_object.h"
+#include "skinned_geometry.h"
 
 #include <platform/runtime/allocator.h>
 #include <platform/runtime/exception.h>
-#include <platform/scene/camera.h>
+#include <platform/scene/context.h>
 #include <platform/scene/driver_exception.h>
 #include <platform/scene/lod_object.h>
+#include <platform/scene/scene.h>
 #include <platform/scene/scene_exception.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <functional>
 #include <memory>
 #include <vector>
 
 namespace
 {
-P_VertexFormat makeFormat(unsigned int flags)
-{
-    P_VertexFormat format;
-    format.constructFromOldVertexFormat(flags);
-    return format;
-}
-
-/// Gives primitive 0 random vertices; with bones also random influences among them.
-void fill(P_VirtualObject& object, Dice& dice, unsigned int vertices, unsigned int bones)
-{
-    P_TriangleMesh* mesh;
-    P_SkinMesh* skin = nullptr;
-    if (bones > 0)
-    {
-        mesh = skin = object.createSkinMesh(0, nullptr, makeFormat(0x30 | 4 << P_VertexFormat::BONE_COUNT_SHIFT));
-    }
-    else
-    {
-        mesh = object.createTriangleMesh(0, nullptr, makeFormat(0x30));
-    }
-    mesh->allocate(1, vertices, false);
-    mesh->lock();
-    for (unsigned int v = 0; v < vertices; ++v)
-    {
-        mesh->getVertexBuffer().setPosition(v, dice.vector(2.0f));
-        const unsigned int slots = skin ? static_cast<unsigned int>(dice.pick(5)) : 0;
-        for (unsigned int slot = 0; slot < slots; ++slot)
-        {
-            skin->setBoneIndex(v, slot, static_cast<unsigned int>(dice.pick(bones)));
-            skin->setBoneWeight(v, slot, 1.0f / static_cast<float>(slots));
-        }
-    }
-    mesh->unlock();
-}
-
-/// Where a vertex stands by the definition of skinning, in double precision.
-M_Vector3Template<double> getSkinned(const P_VirtualObject& object, unsigned int vertex)
-{
-    const P_TriangleMesh& mesh = *object.getPrimitive(0);
-    const Vector rest = mesh.getVertexBuffer().getPosition(vertex);
-    const M_Vector3Template<double> p{static_cast<double>(rest.x), static_cast<double>(rest.y),
-                                      static_cast<double>(rest.z)};
-    const P_SkinMesh* skin = mesh.asSkinMesh();
-    M_Vector3Template<double> sum;
-    double weights = 0.0;
-    for (unsigned int slot = 0; skin && slot < skin->getSlotCount(); ++slot)
-    {
-        M_Matrix4x3Template<double> bone;
-        if (skin->getBoneIndex(vertex, slot) < object.getBoneMatrixCount())
-        {
-            std::copy_n(object.getBoneMatrix(skin->getBoneIndex(vertex, slot)).data(), 12, bone.data());
-        }
-        const double weight = static_cast<double>(skin->getBoneWeight(vertex, slot));
-        sum += bone.transformPoint(p) * weight;
-        weights += weight;
-    }
-    return weights > 0.0 ? sum : p;
-}
-
 /// Runs `action` with each of its allocations failing in turn, then without failure. Each failed run must leave no
 /// allocation behind; `check` looks at what must be as before.
 void failEachAllocation(const std::function<void()>& action, const std::function<void()>& check)
@@ -116,6 +56,36 @@ TEST(Geometry, AFormatIsWhatItsFlagsSay)
     EXPECT_EQ(kept, format);
 }
 
+TEST(Geometry, NormalsAreShownAsLinesThatBeginAtTheirVertices)
+{
+    Dice dice{5};
+    P_VirtualObject object(2);
+    P_TriangleMesh& mesh = *object.createTriangleMesh(0, nullptr, makeFormat(0x30));
+    object.createTriangleMesh(1, nullptr, makeFormat(0x10))->allocate(1, 3, false);
+    mesh.allocate(1, 3, false);
+    mesh.lock();
+    for (unsigned int vertex = 0; vertex < 3; ++vertex)
+    {
+        mesh.getVertexBuffer().setPosition(vertex, dice.vector(2.0f));
+        mesh.getVertexBuffer().setNormal(vertex, dice.vector(1.0f));
+    }
+    mesh.unlock();
+    object.setMatrix(M_Matrix4x3Template<float>::translation({7, 8, 9}));
+    P_Context& context = *object.getContext();
+    P_Scene scene;
+    object.addTo(&scene);
+    object.enableVertexNormalVisualization(true);
+    scene.executeFrame();
+    ASSERT_EQ(context.getDebugLines().size(), 3u) << "and none where there are no normals";
+    for (unsigned int vertex = 0; vertex < 3; ++vertex)
+    {
+        const P_Context::DebugLine& line = context.getDebugLines()[vertex];
+        const Vector from = mesh.getVertexBuffer().getPosition(vertex) + Vector{7, 8, 9};
+        EXPECT_LT((line.m_vFrom - from).length(), 1e-5f);
+        EXPECT_LT((line.m_vTo - from - mesh.getVertexBuffer().getNormal(vertex)).length(), 1e-5f);
+    }
+    context.clearDebugLines();
+}
 TEST(Geometry, BuffersKeepWhatIsWrittenInsideALockAndRefuseTheRest)
 {
     P_VirtualObject object(2);
@@ -167,6 +137,10 @@ TEST(Geometry, CopiesShareItAndDuplicatesHaveTheirOwn)
         original->getPrimitiveInstance(0)->setTextureMatrix(1, M_Matrix4Template<float>());
         P_TriangleMesh* mesh = original->getPrimitive(0);
         P_VirtualObject copy(*original);
+        EXPECT_EQ(copy.getPrimitive(0), mesh);
+        EXPECT_EQ(mesh->getReferenceCount(), 1) << "primitives are shared as they are";
+        copy.getPrimitiveInstance(0)->setVisible(false);
+        EXPECT_TRUE(original->getPrimitiveInstance(0)->isVisible());
         EXPECT_EQ(copy.getPrimitive(0), mesh);
         EXPECT_EQ(mesh->getReferenceCount(), 2);
         P_VirtualObject own(4);
@@ -249,119 +223,4 @@ TEST(Skinning, AVertexStandsAtTheWeightedSumOfItsBones)
         }
     }
     EXPECT_LE(object.getPrimitive(0)->asSkinMesh()->getBoneLimit(), 6u);
-}
-
-TEST(BoundingVolumes, HoldEveryVertexOfTheEnabledMeshesBelow)
-{
-    for (unsigned int seed = 0; seed < 60; ++seed)
-    {
-        Dice dice(seed);
-        std::vector<Matrix> bones(3);
-        S_Vector<const Matrix*> pointers{&bones[0], &bones[1], &bones[2]};
-        std::vector<std::unique_ptr<P_BaseObject>> objects;
-        std::vector<P_VirtualObject*> meshes;
-        for (std::size_t i = 0; i < 12; ++i)
-        {
-            if (dice.chance(0.5))
-            {
-                auto mesh = std::make_unique<P_VirtualObject>(1);
-                fill(*mesh, dice, 8, dice.chance(0.5) ? 3 : 0);
-                mesh->setBoneMatrices(pointers);
-                mesh->enable(dice.chance(0.7));
-                meshes.push_back(mesh.get());
-                objects.push_back(std::move(mesh));
-            }
-            else
-            {
-                objects.push_back(std::make_unique<TestObject>());
-            }
-            objects[i]->setMatrix(dice.matrix(3.0f));
-            if (i > 0)
-            {
-                objects[i]->addTo(objects[dice.pick(i)].get());
-            }
-        }
-        for (Matrix& bone : bones)
-        {
-            bone = dice.matrix(1.0f);
-        }
-        for (const std::unique_ptr<P_BaseObject>& top : objects)
-        {
-            float radius = 0.0f;
-            std::vector<Vector> points;
-            for (P_VirtualObject* mesh : meshes)
-            {
-                const P_BaseObject* at = mesh;
-                while (at && at != top.get())
-                {
-                    at = at->getParent();
-                }
-                const Matrix toTop = mesh->getObjectToWorldMatrix() * top->getWorldToObjectMatrix();
-                for (unsigned int v = 0; at && mesh->isEnabled() && v < 8; ++v)
-                {
-                    points.push_back(toTop.transformPoint(mesh->getVertexPosition(0, v)));
-                    radius = std::max(radius, points.back().length());
-                }
-            }
-            Vector minimum = points.empty() ? Vector() : points[0];
-            Vector maximum = minimum;
-            for (const Vector& p : points)
-            {
-                minimum = {std::min(minimum.x, p.x), std::min(minimum.y, p.y), std::min(minimum.z, p.z)};
-                maximum = {std::max(maximum.x, p.x), std::max(maximum.y, p.y), std::max(maximum.z, p.z)};
-            }
-            ASSERT_NEAR(top->getBoundingRadius(), radius, 1e-3f);
-            ASSERT_LT((top->getBoundingBoxMin() - minimum).length(), 1e-3f);
-            ASSERT_LT((top->getBoundingBoxMax() - maximum).length(), 1e-3f);
-        }
-    }
-}
-
-TEST(BoundingVolumes, ComeFromTheLevelInUseAndStayWhenTheyAreFixed)
-{
-    const auto makePoint = [](P_VirtualObject& object, float x)
-    {
-        P_TriangleMesh* mesh = object.createTriangleMesh(0, nullptr, makeFormat(0x10));
-        mesh->allocate(0, 1, false);
-        mesh->lock();
-        mesh->getVertexBuffer().setPosition(0, {x, 0.0f, 0.0f});
-        mesh->unlock();
-    };
-    P_VirtualObject fine(1);
-    P_VirtualObject coarse(1);
-    makePoint(fine, 1.0f);
-    makePoint(coarse, 2.0f);
-    TestObject root;
-    P_LODObject lod(2);
-    lod.addTo(&root);
-    lod.setLODObject(0, &fine, 10.0f);
-    lod.setLODObject(1, &coarse, 20.0f);
-    EXPECT_EQ(root.getBoundingRadius(), 0.0f);
-    lod.calculateLOD();
-    EXPECT_EQ(root.getBoundingRadius(), 1.0f);
-    lod.removeLODObject(0);
-    lod.calculateLOD();
-    EXPECT_EQ(root.getBoundingRadius(), 2.0f);
-    root.setEngineFlag(P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME, true);
-    root.setBoundingRadius(7.0f);
-    root.setBoundingBox({-1.0f, -1.0f, -1.0f}, {1.0f, 1.0f, 1.0f});
-    EXPECT_EQ(root.getBoundingRadius(), 7.0f);
-    root.calculateBoundingVolumes();
-    EXPECT_EQ(root.getBoundingRadius(), 2.0f);
-
-    // Sphere and box must both touch the view volume; what is switched off is not asked.
-    P_Camera camera;
-    root.setPosition(0.0f, 0.0f, -3.0f);
-    root.setBoundingRadius(5.0f);
-    root.setBoundingBox({-1.0f, -1.0f, -1.0f}, {1.0f, 1.0f, 1.0f});
-    EXPECT_TRUE(root.isInsideViewVolume(&camera));
-    root.setEngineFlag(P_BaseObject::FLAG_BOUNDING_SPHERE, true);
-    EXPECT_TRUE(root.isInsideViewVolume(&camera));
-    root.setEngineFlag(P_BaseObject::FLAG_BOUNDING_BOX, true);
-    EXPECT_FALSE(root.isInsideViewVolume(&camera));
-    EXPECT_TRUE(root.isInsideViewVolume(nullptr));
-    Matrix larger = root.getMatrix();
-    larger.m[2][2] = 4.0f;
-    root.setMatrix(larger);
-    EXPECT_TRUE(root.isInsideViewVolume(&camera));
 }

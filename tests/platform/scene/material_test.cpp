@@ -72,7 +72,7 @@ TEST(EngineMaterial, NumbersOutsideTheLimitsAreErrorsOrIgnored)
     EXPECT_THROW(addLayers(material, P_Material::maximumTextureLayers + 1), P_DriverException);
     EXPECT_THROW(material.enableTextureProjection(-1, true), P_DriverException);
     EXPECT_THROW(material.setTextureCoordinateSource(16, P_Material::TextureCoordinateSource::Mesh), P_DriverException);
-    EXPECT_EQ(material.getTextureLayerCount(), P_Material::maximumTextureLayers);
+    EXPECT_EQ(material.getTextureLayerCount(), +P_Material::maximumTextureLayers);
     const G_Image image(2, 2);
     P_Map map(&image, nullptr);
     material.setTexture(4'000'000'000u, &map);

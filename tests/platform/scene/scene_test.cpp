@@ -7,6 +7,7 @@
 #include <platform/scene/point_light.h>
 #include <platform/scene/scene.h>
 #include <platform/scene/scene_exception.h>
+#include <platform/scene/spot_light.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gmock/gmock.h>
@@ -346,4 +347,15 @@ TEST(Scene, ObjectsMeetWhenEachOnesMaskNamesTheOthersGroup)
     EXPECT_FALSE(a.collidesWith(b));
     EXPECT_FALSE(b.collidesWith(a));
     EXPECT_THROW(a.setCollisionGroup(32), P_SceneException);
+}
+
+TEST(Lights, ASpotLightKeepsItsInnerAngleOnlyWhenNoneIsGiven)
+{
+    P_SpotLight light;
+    light.setFalloffAngle(40.0f, 20.0f);
+    light.setFalloffAngle(50.0f, -1.0f);
+    EXPECT_EQ(light.getFalloffAngle(), 50.0f);
+    EXPECT_EQ(light.getHotspotAngle(), 20.0f);
+    light.setFalloffAngle(50.0f, 0.0f);
+    EXPECT_EQ(light.getHotspotAngle(), 0.0f);
 }

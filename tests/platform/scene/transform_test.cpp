@@ -5,10 +5,12 @@
 #include <platform/runtime/exception.h>
 #include <platform/scene/scene_exception.h>
 #include <platform/scene/transform_block.h>
+#include <platform/scene/virtual_object.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -177,7 +179,24 @@ private:
                 std::swap(members[i - 1], members[m_dice.pick(i)]);
             }
         }
-        block.adopt(members.data(), members.size());
+        const bool oneByOne = m_dice.chance(0.5);
+        if (oneByOne)
+        {
+            block.release();
+            for (P_BaseObject* member : members)
+            {
+                block.append(*member);
+            }
+            EXPECT_TRUE(members.empty() || block.getObject(0) == members[0]);
+            if (m_dice.chance(0.5))
+            {
+                block.shrinkToFit();
+            }
+        }
+        else
+        {
+            block.adopt(members.data(), members.size());
+        }
         for (std::size_t i = 0; i < members.size(); ++i)
         {
             EXPECT_EQ(block.getObject(static_cast<unsigned int>(i)), members[i]);
@@ -346,6 +365,7 @@ TEST(Transforms, ABlockThatCannotTakeItsMembersLeavesAllAsItWas)
     S_Memory::failAllocation(1);
     EXPECT_THROW(block.adopt(pointers, 3), S_MemoryException_Allocation);
     EXPECT_THROW(block.adopt(twice, 3), P_SceneException);
+    EXPECT_THROW(block.append(*pointers[0]), P_SceneException);
     EXPECT_EQ(S_Memory::getLiveCount(), live);
     EXPECT_EQ(block.getCount(), 2u);
     EXPECT_EQ(objects[1].getTransformBlock(), &block);
@@ -355,7 +375,7 @@ TEST(Transforms, ABlockThatCannotTakeItsMembersLeavesAllAsItWas)
     EXPECT_EQ(block.getWorldMatrices()[1].getTranslation(), (Vector{1.0f, 2.0f, 3.0f}));
     block.adopt(pointers, 0);
     EXPECT_EQ(objects[1].getPosition(), (Vector{1.0f, 2.0f, 3.0f}));
-    EXPECT_EQ(S_Memory::getLiveCount(), live - 1);
+    EXPECT_EQ(S_Memory::getLiveCount(), live) << "the matrices stay where they are";
 }
 
 TEST(Transforms, MembersLeaveBeforeOrAfterTheirBlockGoes)
@@ -377,6 +397,82 @@ TEST(Transforms, MembersLeaveBeforeOrAfterTheirBlockGoes)
     block.reset();
     EXPECT_EQ(second->getTransformBlock(), nullptr);
     EXPECT_EQ(second->getPosition(), (Vector{0.0f, 2.0f, 0.0f}));
+}
+
+TEST(Transforms, AMemberMovesEverythingThatHangsBelowItHoweverMuchThatIs)
+{
+    constexpr std::size_t count = 300;
+    TestObject bone;
+    std::vector<std::unique_ptr<TestObject>> hung;
+    P_BaseObject* const members[] = {&bone};
+    P_TransformBlock block;
+    block.adopt(members, 1);
+    const auto expectAllFollow = [&](float x)
+    {
+        block.accessLocalMatrices()[0].setTranslation({x, 0.0f, 0.0f});
+        block.invalidateAll();
+        block.updateWorldMatrices();
+        for (const auto& object : hung)
+        {
+            ASSERT_EQ(object->getObjectToWorldMatrix().getTranslation().x, x) << "of " << hung.size();
+        }
+    };
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        hung.push_back(std::make_unique<TestObject>());
+        hung.back()->addTo(&bone);
+    }
+    expectAllFollow(1.0f);
+    hung.resize(1);
+    expectAllFollow(2.0f);
+    block.adopt(members, 1);
+    expectAllFollow(3.0f);
+    block.release(bone);
+    bone.setPosition(4.0f, 0.0f, 0.0f);
+    EXPECT_EQ(hung[0]->getObjectToWorldMatrix().getTranslation().x, 4.0f);
+}
+
+TEST(Transforms, MembersThatLieInARowNeedNoPointers)
+{
+    constexpr std::size_t count = 5;
+    const P_VirtualObject source;
+    TestObject other;
+    std::vector<std::byte> memory((count + 1) * sizeof(P_VirtualObject));
+    auto* const row = reinterpret_cast<P_VirtualObject*>(memory.data());
+    P_TransformBlock block;
+    block.reserveRow(row, sizeof(P_VirtualObject), count + 1);
+    EXPECT_THROW(block.reserveRow(nullptr, 0, static_cast<std::size_t>(-1)), P_SceneException);
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        new (row + i) P_VirtualObject(source, block);
+        row[i].addTo(i == 0 ? nullptr : row + i - 1);
+    }
+    EXPECT_THROW(block.reserveRow(row, sizeof(P_VirtualObject), count), P_SceneException) << "it is not empty";
+    row[1].~P_VirtualObject();
+    const auto expectMembers = [&](const std::vector<P_BaseObject*>& members)
+    {
+        ASSERT_EQ(block.getCount(), members.size());
+        for (unsigned int i = 0; i < block.getCount(); ++i)
+        {
+            EXPECT_EQ(block.getObject(i), members[i]) << i;
+            block.accessLocalMatrices()[i].setTranslation({1.0f, 0.0f, 0.0f});
+        }
+        block.invalidateAll();
+        block.updateWorldMatrices();
+        EXPECT_EQ(row[0].getObjectToWorldMatrix().getTranslation().x, 1.0f);
+        EXPECT_EQ(row[4].getObjectToWorldMatrix().getTranslation().x, 3.0f) << "what it hung under is gone";
+    };
+    expectMembers({row, nullptr, row + 2, row + 3, row + 4});
+    block.append(other);
+    other.addTo(row + 4);
+    expectMembers({row, nullptr, row + 2, row + 3, row + 4, &other});
+    EXPECT_EQ(other.getObjectToWorldMatrix().getTranslation().x, 4.0f);
+    for (const std::size_t i : {0U, 2U, 3U, 4U})
+    {
+        row[i].~P_VirtualObject();
+    }
+    EXPECT_EQ(block.getMemberCount(), 1u);
+    EXPECT_EQ(other.getObjectToWorldMatrix().getTranslation().x, 1.0f);
 }
 
 TEST(Transforms, VectorProductsHaveTheBitsOfScalarOnes)

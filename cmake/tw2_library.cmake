@@ -1,0 +1,28 @@
+# What the two libraries have in common, whoever builds them.
+
+# Makes what a library or module is built with such that it can be unloaded: g++ would give inline variables symbols that
+# are unique in the process, and the system never unloads a library that has one.
+function(tw2_make_unloadable target)
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+endfunction()
+
+# Defines the library `target`, shared unless BUILD_SHARED_LIBS says otherwise, known to hosts as tw2::<name>, whose
+# header <header> has the export macro <prefix>_API.
+function(tw2_add_library target name prefix header)
+  set(kind SHARED)
+  if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
+    set(kind STATIC)
+  endif()
+  add_library(${target} ${kind} ${ARGN})
+  add_library(tw2::${name} ALIAS ${target})
+  generate_export_header(${target} BASE_NAME ${prefix} EXPORT_MACRO_NAME ${prefix}_API
+    EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/generated/${header})
+  if(kind STREQUAL STATIC)
+    target_compile_definitions(${target} PUBLIC ${prefix}_STATIC_DEFINE)
+  endif()
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:tw2_flags>)
+  tw2_make_unloadable(${target})
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()

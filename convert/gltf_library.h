@@ -1,0 +1,4 @@
+#pragma once
+
+// tinygltf, which describes a glTF file. It reads neither pictures nor files here: GltfFile does.
+#include <tiny_gltf.h>

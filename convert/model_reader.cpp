@@ -1,0 +1,70 @@
+#include "convert/model_reader.h"
+
+#include "convert/convert_exception.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#ifdef TW2_HAS_TINYGLTF
+#include "convert/gltf_import.h"
+#endif
+#ifdef TW2_HAS_ZLIB
+#include "convert/fbx_import.h"
+#endif
+#ifdef TW2_HAS_PUGIXML
+#include "convert/collada_import.h"
+#endif
+
+namespace TW2::convert
+{
+namespace
+{
+Model read(const std::string& fileName, const ImportOptions& options)
+{
+#ifdef TW2_HAS_TINYGLTF
+    if (isGltf(fileName))
+    {
+        return importGltf(fileName, options);
+    }
+#endif
+#ifdef TW2_HAS_ZLIB
+    if (isFbx(fileName))
+    {
+        return importFbx(fileName, options);
+    }
+#endif
+#ifdef TW2_HAS_PUGIXML
+    if (isCollada(fileName))
+    {
+        return importCollada(fileName, options);
+    }
+#endif
+#ifdef TW2_HAS_ASSIMP
+    return importModel(fileName, options);
+#else
+    throw ConvertException(fileName.c_str(),
+                           "this program was built without Assimp and reads glTF, FBX and COLLADA only");
+#endif
+}
+}  // namespace
+
+Model readModel(const std::string& fileName, const ImportOptions& options)
+{
+    if (std::filesystem::is_directory(fileName))
+    {
+        throw ConvertException(fileName.c_str(), "is a folder, not a model");
+    }
+    if (!std::filesystem::is_regular_file(fileName))
+    {
+        throw ConvertException(fileName.c_str(), "there is no such file");
+    }
+    Model model = read(fileName, options);
+    const bool anyTriangles = std::any_of(model.m_vecMeshes.begin(), model.m_vecMeshes.end(),
+                                          [](const Mesh& mesh) { return !mesh.m_vecIndices.empty(); });
+    if (!anyTriangles && model.m_vecClips.empty())
+    {
+        throw ConvertException(fileName.c_str(), "holds neither triangles nor motion");
+    }
+    return model;
+}
+}  // namespace TW2::convert

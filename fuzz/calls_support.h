@@ -1,0 +1,125 @@
+#pragma once
+
+#include "tests/support/character_files.h"
+#include "tests/support/records.h"
+
+#include <tw2/tw2.h>
+
+#include <platform/runtime/memory_file_writer.h>
+#include <platform/scene/virtual_object.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+// What the sequences of calls are made of: choices from bytes, files to build from, callbacks that load and throw.
+namespace calls
+{
+using namespace TW2;
+
+inline void require(bool condition, const char* what)
+{
+    if (!condition)
+    {
+        std::fprintf(stderr, "violated: %s\n", what);
+        std::abort();
+    }
+}
+
+/// The bytes of an input, one after the other; zeros behind the last.
+class Choices
+{
+public:
+    Choices(const std::uint8_t* data, std::size_t size) : m_pData(data), m_uLeft(size) {}
+
+    [[nodiscard]] bool isAtEnd() const { return m_uLeft == 0; }
+    int below(int limit)
+    {
+        if (m_uLeft == 0)
+        {
+            return 0;
+        }
+        --m_uLeft;
+        return *m_pData++ % limit;
+    }
+    bool flip() { return below(2) == 1; }
+    float number() { return static_cast<float>(below(256) - 64) / 8.0F; }
+
+private:
+    const std::uint8_t* m_pData;
+    std::size_t m_uLeft;
+};
+
+/// The files that everything is built from.
+struct Files
+{
+    Files()
+    {
+        m_files.m_materials.materials = {support::makeSolidMaterial("material0"),
+                                         support::makeSolidMaterial("material1")};
+        KeyframeAnimationChunk blink = m_files.m_animations[0][0];
+        blink.header.targetName = "body";
+        blink.visibilityKeys = {{0, 1.0F}, {10, -1.0F}};
+        S_MemoryFileWriter writer;
+        writer << blink;
+        m_files.m_skinBlocks =
+            "animation { index 0 filename \"" + m_files.getDirectory().write("blink.tw", writer.getBytes()) + "\" }";
+        m_script = m_files.write();
+        m_moves = m_files.getDirectory().write(
+            "moves.txt", "moves { animation { index 1 filename \"" + file("animation1.tw") +
+                             "\" } animation { index 7 filename \"" + file("animation0.tw") + "\" } }");
+    }
+    [[nodiscard]] std::string file(const char* name) const { return m_files.getDirectory().file(name); }
+
+    support::CharacterFiles m_files{{4, 9, 2, 2, 8}};
+    std::string m_script;
+    std::string m_moves;
+};
+
+/// Loads and throws inside other loads, as it is told.
+class Callbacks : public TW_LoadMeshCallback, public TW_MeshLoadedCallback
+{
+public:
+    explicit Callbacks(const Files& files) : m_files(files)
+    {
+        TW_ObjectAnimation::setLoadMeshCallback(this);
+        TW_ObjectAnimation::setMeshLoadedCallback(this);
+    }
+    ~Callbacks() override
+    {
+        TW_ObjectAnimation::setLoadMeshCallback(nullptr);
+        TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
+    }
+    Callbacks(const Callbacks&) = delete;
+    Callbacks& operator=(const Callbacks&) = delete;
+
+    bool operator()(MeshChunk&) override
+    {
+        act();
+        return true;
+    }
+    void operator()(TW_ObjectAnimation*, P_VirtualObject*) override { act(); }
+
+    int m_iLoadAt = 0;  ///< counted down at every call
+    int m_iThrowAt = 0;
+
+private:
+    void act()
+    {
+        if (m_iThrowAt > 0 && --m_iThrowAt == 0)
+        {
+            throw std::runtime_error("thrown by a callback");
+        }
+        if (m_iLoadAt > 0 && --m_iLoadAt == 0)
+        {
+            const TW_VertexAnimation inner(m_files.m_script.c_str(), "skeleton", "skin");
+            require(inner.getTotalMeshes() == 4, "a load inside a load is complete");
+        }
+    }
+
+    const Files& m_files;
+};
+}  // namespace calls

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <platform/scene/lod_object.h>
+#include <platform/scene/virtual_object.h>
+
+#include <vector>
+
+namespace TW2::render
+{
+/// Calls `visit` with every mesh in the subtree of `root`, parents first; of a level-of-detail object with those of the
+/// level in use.
+template <typename Visit>
+void forEachShownMesh(const P_BaseObject& root, Visit visit)
+{
+    std::vector<const P_BaseObject*> pending{&root};
+    while (!pending.empty())
+    {
+        const P_BaseObject* object = pending.back();
+        pending.pop_back();
+        if (const auto* mesh = dynamic_cast<const P_VirtualObject*>(object))
+        {
+            visit(*mesh);
+        }
+        if (const auto* levels = dynamic_cast<const P_LODObject*>(object))
+        {
+            if (const P_BaseObject* used = levels->getUsedLODObject())
+            {
+                pending.push_back(used);
+            }
+            continue;
+        }
+        for (const P_BaseObject* child : object->getChildren())
+        {
+            pending.push_back(child);
+        }
+    }
+}
+}  // namespace TW2::render

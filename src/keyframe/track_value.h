@@ -1,0 +1,62 @@
+#pragma once
+
+#include "keyframe/key_search.h"
+
+#include <tw2/keyframe/linearly_optimized_container.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace TW2
+{
+/// (b - a) * fraction + a, and `a` itself for a fraction of 0.
+template <typename T>
+T interpolate(const T& a, const T& b, float fraction)
+{
+    if (fraction == 0.0F)
+    {
+        return a;
+    }
+    T result = b;
+    result -= a;
+    result *= fraction;
+    result += a;
+    return result;
+}
+
+/// Makes `track` that of some keys of a record; `getValue` takes their values out of them. A track that does not loop
+/// goes back to `endFrame`, one past which its kind has no frame.
+template <typename T, typename Record, typename Key, typename GetValue>
+void fillTrack(LinearlyOptimizedContainer<T>& track, const Record& record, unsigned int endFrame,
+               const S_Vector<Key>& keys, const GetValue& getValue)
+{
+    track.construct(static_cast<unsigned int>(keys.size()));
+    track.m_bLooping = record.header.looping;
+    track.m_bLoopInterpolation = record.loopInterpolation;
+    track.m_uTotalFrameCount = static_cast<unsigned int>(record.totalFrameCount);
+    track.m_uLoopToFrame = record.header.looping || record.totalFrameCount == 0 ? record.loopToFrame : endFrame;
+    for (std::size_t i = 0; i < keys.size(); ++i)
+    {
+        track.m_vecFrames[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(keys[i].frame));  // the low 16 bits
+        track.m_vecValues[i] = getValue(keys[i]);
+    }
+}
+
+/// The value at a frame of a track that other threads may read at the same time: unlike the track's own look-up it
+/// leaves no note of the keys. The search begins at `hint`, which becomes the one for the next look-up. False, and
+/// nothing changes, for a track without keys and for null.
+template <typename T>
+bool readValue(const LinearlyOptimizedContainer<T>* track, T& value, float frame, int& hint)
+{
+    if (!track || track->m_vecFrames.empty())
+    {
+        return false;
+    }
+    const KeyPair keys = findKeys(locateFrame(getLoop(*track), frame), track->m_vecFrames.data(),
+                                  static_cast<int>(track->m_vecFrames.size()), hint);
+    value = interpolate(track->m_vecValues[static_cast<std::size_t>(keys.m_iLower)],
+                        track->m_vecValues[static_cast<std::size_t>(keys.m_iUpper)], keys.getFraction());
+    hint = keys.m_iUpper;
+    return true;
+}
+}  // namespace TW2

@@ -1,0 +1,131 @@
+#include "convert/clip_sampler.h"
+
+#include "tests/convert/model_builder.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+using namespace convert_test;
+using TW2::convert::chooseFrameRate;
+using TW2::convert::ClipSampler;
+
+/// A clip that moves node 0 of a chain by one curve of places.
+Clip moving(const Curve<Vector3d>& positions)
+{
+    Clip clip;
+    clip.m_dDuration = positions.m_vecTimes.back();
+    Channel channel;
+    channel.m_positions = positions;
+    clip.m_vecChannels.push_back(channel);
+    return clip;
+}
+
+double xAt(const Clip& clip, double seconds)
+{
+    const Model model = makeChain(1);
+    return ClipSampler(model, clip).sample(0, seconds).getTranslation().x;
+}
+}  // namespace
+
+TEST(ClipSampler, StepsHoldTheirValueUntilTheNextKey)
+{
+    const Clip clip =
+        moving(makeCurve<Vector3d>(Interpolation::Step, {{0.5, {1, 0, 0}}, {1.0, {5, 0, 0}}, {2.0, {5, 0, 0}}}));
+    EXPECT_EQ(xAt(clip, 0.0), 1.0) << "before the first key it is the first key's";
+    EXPECT_EQ(xAt(clip, 0.999), 1.0);
+    EXPECT_EQ(xAt(clip, 1.0), 5.0);
+    EXPECT_EQ(xAt(clip, 9.0), 5.0);
+    const Model model = makeChain(1);
+    EXPECT_EQ(ClipSampler(model, clip).findJumps(0), std::vector<double>{1.0}) << "a step to the same value is none";
+}
+
+TEST(ClipSampler, CubicsPassThroughTheirKeysWithTheirSlopes)
+{
+    // x = t^3 - 2t, which a cubic has to follow exactly.
+    Curve<Vector3d> curve =
+        makeCurve<Vector3d>(Interpolation::Cubic, {{0.0, {0, 0, 0}}, {2.0, {4, 0, 0}}, {3.0, {21, 0, 0}}});
+    for (const double t : curve.m_vecTimes)
+    {
+        curve.m_vecArriving.push_back({3.0 * t * t - 2.0, 0.0, 0.0});
+        curve.m_vecLeaving.push_back({3.0 * t * t - 2.0, 0.0, 0.0});
+    }
+    const Clip clip = moving(curve);
+    for (const double t : {0.0, 0.3, 1.0, 1.9, 2.0, 2.7})
+    {
+        EXPECT_NEAR(xAt(clip, t), t * t * t - 2.0 * t, 1e-12) << t;
+    }
+}
+
+TEST(ClipSampler, RotationsTurnTheShorterWayAtEvenSpeed)
+{
+    const Model model = makeChain(1);
+    Clip clip;
+    Channel channel;
+    Quaternion other = spinZ(300.0);  // the same as -60 degrees
+    channel.m_rotations = makeCurve<Quaternion>(Interpolation::Linear, {{0.0, spinZ(0.0)}, {1.0, other}});
+    clip.m_vecChannels.push_back(channel);
+    const ClipSampler sampler(model, clip);
+    EXPECT_LT(largestDifference(sampler.sample(0, 0.25), turnZ(-15.0)), 1e-12);
+    EXPECT_LT(largestDifference(sampler.sample(0, 0.75), turnZ(-45.0)), 1e-12);
+}
+
+TEST(ClipSampler, WhatAChannelHasNoKeysForStaysAsAtRest)
+{
+    Model model;
+    addNode(model, "top", -1, scale(3.0) * turnZ(30.0) * move(4.0, 5.0, 6.0));
+    Clip clip;
+    Channel channel;
+    channel.m_positions = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {1, 2, 3}}});
+    clip.m_vecChannels.push_back(channel);
+    EXPECT_LT(
+        largestDifference(ClipSampler(model, clip).sample(0, 0.0), scale(3.0) * turnZ(30.0) * move(1.0, 2.0, 3.0)),
+        1e-12);
+    clip.m_vecChannels[0] = {};
+    clip.m_vecChannels[0].m_rotations = makeCurve<Quaternion>(Interpolation::Linear, {{0.0, spinZ(-10.0)}});
+    EXPECT_LT(
+        largestDifference(ClipSampler(model, clip).sample(0, 0.0), scale(3.0) * turnZ(-10.0) * move(4.0, 5.0, 6.0)),
+        1e-12);
+}
+
+TEST(ClipSampler, TheFilesSpaceIsPartOfTopNodesAlone)
+{
+    Model model = makeChain(2);
+    model.m_root = scale(2.0) * turnZ(90.0);
+    for (Node& node : model.m_vecNodes)
+    {
+        node.m_local = node.m_iParent < 0 ? node.m_local * model.m_root : node.m_local;
+    }
+    Clip clip = moving(makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {1, 0, 0}}}));
+    clip.m_vecChannels.push_back(clip.m_vecChannels[0]);
+    clip.m_vecChannels[1].m_iNode = 1;
+    EXPECT_LT(largestDifference(ClipSampler(model, clip).sample(0, 0.0), move(1, 0, 0) * model.m_root), 1e-12);
+    EXPECT_LT(largestDifference(ClipSampler(model, clip).sample(1, 0.0), move(1, 0, 0)), 1e-12);
+    // A clip of another file brings the space of that one.
+    clip.m_root = scale(0.5);
+    EXPECT_LT(largestDifference(ClipSampler(model, clip).sample(0, 0.0), move(1, 0, 0) * scale(0.5)), 1e-12);
+}
+
+TEST(FrameRate, IsTheSmallestOnWhoseFramesAllKeysLie)
+{
+    const auto rateOf = [](double step, int keys)
+    {
+        Clip clip = moving(makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {}}}));
+        for (int i = 1; i < keys; ++i)
+        {
+            clip.m_vecChannels[0].m_positions.m_vecTimes.push_back(i * step);
+            clip.m_vecChannels[0].m_positions.m_vecValues.emplace_back();
+        }
+        clip.m_dDuration = (keys - 1) * step;
+        return chooseFrameRate(clip);
+    };
+    EXPECT_EQ(rateOf(1.0 / 24.0, 50), 24);
+    EXPECT_EQ(rateOf(0.033333, 100), 30) << "rounded as files round it";
+    EXPECT_EQ(rateOf(0.0083333, 4000), 120);
+    EXPECT_EQ(rateOf(1.0, 5), 10) << "slow clips get ten";
+    EXPECT_EQ(rateOf(0.0127, 300), 60) << "no rate fits";
+    // Keys of a scale count as those of any other curve.
+    Clip clip = moving(makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {}}, {1.0, {}}}));
+    clip.m_vecChannels[0].m_scales = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {}}, {1.0 / 24.0, {}}});
+    EXPECT_EQ(chooseFrameRate(clip), 24);
+}

@@ -1,0 +1,256 @@
+#include "convert/clip_sampler.h"
+#include "convert/model_reader.h"
+#include "tests/convert/model_builder.h"
+#include "tests/support/temporary_directory.h"
+
+#include <platform/runtime/exception.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace
+{
+using namespace convert_test;
+using TW2::convert::ClipSampler;
+
+std::string makeSource(const std::string& id, const std::string& array, std::size_t stride)
+{
+    return "<source id='" + id + "'>" + array + "<technique_common><accessor stride='" + std::to_string(stride) +
+           "'/></technique_common></source>";
+}
+
+std::string floats(const std::string& numbers)
+{
+    return "<float_array>" + numbers + "</float_array>";
+}
+
+/// An animation of `target` with keys at 0, 1 and 2 seconds.
+std::string makeAnimation(const std::string& target, const std::string& kinds, const std::string& values,
+                          std::size_t stride, const std::string& arriving = {}, const std::string& leaving = {})
+{
+    static int s_count = 0;
+    const std::string id = "a" + std::to_string(s_count++);
+    std::string text = "<animation id='" + id + "'>" + makeSource(id + "t", floats("0 1 2"), 1) +
+                       makeSource(id + "v", floats(values), stride) +
+                       makeSource(id + "k", "<Name_array>" + kinds + "</Name_array>", 1);
+    std::string inputs = "<input semantic='INPUT' source='#" + id + "t'/><input semantic='OUTPUT' source='#" + id +
+                         "v'/><input semantic='INTERPOLATION' source='#" + id + "k'/>";
+    if (!arriving.empty())
+    {
+        text += makeSource(id + "i", floats(arriving), 1) + makeSource(id + "o", floats(leaving), 1);
+        inputs +=
+            "<input semantic='IN_TANGENT' source='#" + id + "i'/><input semantic='OUT_TANGENT' source='#" + id + "o'/>";
+    }
+    return text + "<sampler id='" + id + "s'>" + inputs + "</sampler><channel source='#" + id + "s' target='" + target +
+           "'/></animation>";
+}
+
+/// A scene of "arm" with two steps of its own and "hand" below it; a camera has the id of the hand as well.
+std::string makeCollada(const std::string& animations, const std::string& libraries = {}, const std::string& nodes = {},
+                        const std::string& up = "Y_UP")
+{
+    return "<?xml version='1.0'?><COLLADA version='1.4.1'><asset><unit meter='0.5'/><up_axis>" + up +
+           "</up_axis></asset><library_cameras><camera id='hand'><optics><technique_common><perspective><xfov>50</xfov>"
+           "</perspective></technique_common></optics></camera></library_cameras>" +
+           libraries + "<library_animations>" + animations +
+           "</library_animations><library_visual_scenes><visual_scene id='scene'>"
+           "<node id='arm' name='upper arm'><translate sid='place'>1 2 3</translate>"
+           "<rotate sid='turn'>0 0 1 0</rotate><node id='hand' sid='tip'>"
+           "<matrix sid='matrix'>1 0 0 5 0 1 0 0 0 0 1 0 0 0 0 1</matrix></node></node>" +
+           nodes +
+           "</visual_scene></library_visual_scenes><scene><instance_visual_scene url='#scene'/></scene></COLLADA>";
+}
+
+Model readCollada(const std::string& text)
+{
+    const support::TemporaryDirectory directory;
+    return TW2::convert::readModel(directory.write("arm.dae", text), {});
+}
+
+/// The local matrix of a node at a time, without the model's space.
+Matrixd sample(const std::string& animations, int node, double seconds)
+{
+    const Model model = readCollada(makeCollada(animations));
+    EXPECT_EQ(model.m_vecClips.size(), 1U);
+    const Matrixd local = ClipSampler(model, model.m_vecClips.at(0)).sample(static_cast<std::size_t>(node), seconds);
+    return node == 0 ? local * model.m_root.inverse() : local;
+}
+}  // namespace
+
+TEST(Collada, EveryKindOfKeyMovesThePartThatItNames)
+{
+    // Row vectors: the first step of the file is the outermost.
+    const auto expectTurn = [](const std::string& animation, double seconds, double degrees) {
+        EXPECT_LT(largestDifference(sample(animation, 0, seconds), turnZ(degrees) * move(1, 2, -3)), 1e-9) << animation;
+    };
+    expectTurn(makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 90 30", 1), 0.5, 45.0);
+    expectTurn(makeAnimation("arm/turn.ANGLE", "STEP STEP STEP", "0 90 30", 1), 0.9, 0.0);
+    expectTurn(makeAnimation("arm/turn.ANGLE", "STEP STEP STEP", "0 90 30", 1), 1.0, 90.0);
+    expectTurn(makeAnimation("arm/turn", "LINEAR LINEAR LINEAR", "0 0 1 0  0 0 1 90  0 0 1 30", 4), 1.5, 60.0);
+    // Slopes of 60 degrees per second: as control points in time and value, as values alone, and as slopes.
+    const double hermite = 90.0 * 0.15625 + 60.0 * 0.09375;
+    expectTurn(makeAnimation("arm/turn.ANGLE", "BEZIER BEZIER BEZIER", "0 90 30", 1,
+                             "-0.3333333333333 -20 0.6666666666667 70 1.6666666666667 10",
+                             "0.3333333333333 20 1.3333333333333 110 2.3333333333333 50"),
+               0.25, hermite);
+    expectTurn(makeAnimation("arm/turn.ANGLE", "BEZIER BEZIER BEZIER", "0 90 30", 1, "-20 70 10", "20 110 50"), 0.25,
+               hermite);
+    expectTurn(makeAnimation("arm/turn.ANGLE", "HERMITE HERMITE HERMITE", "0 90 30", 1, "60 60 60", "60 60 60"), 0.25,
+               hermite);
+    // One number of a place, and one element of a matrix: column 3, row 1.
+    EXPECT_LT(largestDifference(sample(makeAnimation("arm/place.Z", "LINEAR LINEAR LINEAR", "3 5 9", 1), 0, 1.5),
+                                move(1, 2, -7)),
+              1e-9);
+    EXPECT_LT(largestDifference(sample(makeAnimation("hand/matrix(3)(1)", "LINEAR LINEAR LINEAR", "0 4 8", 1), 1, 0.5),
+                                move(5, 2, 0)),
+              1e-9);
+    // Whole matrices turn the shorter way and stay as large as they are.
+    const std::string quarter =
+        "1 0 0 5 0 1 0 0 0 0 1 0 0 0 0 1  0 -1 0 7 1 0 0 0 0 0 1 0 0 0 0 1  "
+        "0 -1 0 7 1 0 0 0 0 0 1 0 0 0 0 1";
+    EXPECT_LT(largestDifference(sample(makeAnimation("hand/matrix", "LINEAR LINEAR LINEAR", quarter, 16), 1, 0.5),
+                                turnZ(45.0) * move(6, 0, 0)),
+              1e-9);
+}
+
+TEST(Collada, AnimationsAreOneClipUnlessTheFileArrangesThem)
+{
+    const std::string both = makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 90 30", 1) +
+                             makeAnimation("hand/matrix(3)(1)", "LINEAR LINEAR LINEAR", "0 4 8", 1);
+    const Model one = readCollada(makeCollada(both));
+    ASSERT_EQ(one.m_vecClips.size(), 1U);
+    EXPECT_EQ(one.m_vecClips[0].m_strName, "arm");
+    EXPECT_EQ(one.m_vecClips[0].m_vecChannels.size(), 2U);
+    EXPECT_DOUBLE_EQ(one.m_vecClips[0].m_dDuration, 2.0);
+
+    const std::string turn = makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 90 30", 1);
+    const std::string id =
+        turn.substr(turn.find("id='") + 4, turn.find("'", turn.find("id='") + 4) - turn.find("id='") - 4);
+    const std::string clips =
+        "<library_animation_clips><animation_clip id='c' name='wave' start='0.5' end='1.5'>"
+        "<instance_animation url='#" +
+        id + "'/></animation_clip></library_animation_clips>";
+    const Model arranged = readCollada(makeCollada(turn, clips));
+    ASSERT_EQ(arranged.m_vecClips.size(), 1U);
+    EXPECT_EQ(arranged.m_vecClips[0].m_strName, "wave");
+    EXPECT_DOUBLE_EQ(arranged.m_vecClips[0].m_dDuration, 1.0);
+    const Matrixd begin = ClipSampler(arranged, arranged.m_vecClips[0]).sample(0, 0.0) * arranged.m_root.inverse();
+    EXPECT_LT(largestDifference(begin, turnZ(45.0) * move(1, 2, -3)), 1e-9);
+}
+
+TEST(Collada, NodesHaveTheirNamesAndTheSceneItsUpAxisAndUnit)
+{
+    const std::string keys = makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 90 30", 1);
+    const Model model = readCollada(makeCollada(keys, {}, {}, "Z_UP"));
+    ASSERT_EQ(model.m_vecNodes.size(), 2U);
+    EXPECT_EQ(model.m_vecNodes[0].m_strName, "upper arm");
+    EXPECT_EQ(model.m_vecNodes[1].m_strName, "hand") << "the id where there is no name";
+    // (1, 2, 3) with z up is (1, 3, -2) with y up, mirrored at z, and half as large.
+    const auto place = model.m_vecNodes[0].m_local.getTranslation();
+    EXPECT_NEAR(place.x, 0.5, 1e-12);
+    EXPECT_NEAR(place.y, 1.5, 1e-12);
+    EXPECT_NEAR(place.z, 1.0, 1e-12);
+}
+
+TEST(Collada, SkinsMaterialsAndPolygonsAreThoseOfTheFile)
+{
+    // A polygon that bends inwards at its fourth corner and a triangle; bones with the sids of another skeleton.
+    const std::string libraries =
+        "<library_effects><effect id='fx'><profile_COMMON><technique><lambert><diffuse><color>1 0.5 0 "
+        "1</color></diffuse>"
+        "<transparent opaque='RGB_ZERO'><color>0.25 0.25 0.25 1</color></transparent>"
+        "<transparency><float>1</float></transparency></lambert><extra><technique profile='x'><double_sided>1"
+        "</double_sided></technique></extra></technique></profile_COMMON></effect></library_effects>"
+        "<library_materials><material id='m' name='glass'><instance_effect url='#fx'/></material></library_materials>"
+        "<library_geometries><geometry id='g' name='flag'><mesh>" +
+        makeSource("gp", floats("0 0 0 4 0 0 4 4 0 1 1 0 0 4 0"), 3) + makeSource("gu", floats("0.25 1 0 0"), 2) +
+        "<vertices id='gv'><input semantic='POSITION' source='#gp'/></vertices>"
+        "<polylist material='sym' count='2'><input semantic='VERTEX' source='#gv' offset='0'/>"
+        "<input semantic='TEXCOORD' source='#gu' offset='1' set='2'/><vcount>5 3</vcount>"
+        "<p>1 0 2 1 3 1 4 1 0 1  0 0 1 0 2 1</p></polylist><lines count='1'/></mesh></geometry></library_geometries>"
+        "<library_controllers><controller id='c'><skin source='#g'>"
+        "<bind_shape_matrix>2 0 0 0 0 2 0 0 0 0 2 0 0 0 0 1</bind_shape_matrix>" +
+        makeSource("cj", "<Name_array>tip root</Name_array>", 1) +
+        makeSource("cb", floats("1 0 0 -1 0 1 0 -2 0 0 1 -3 0 0 0 1 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"), 16) +
+        makeSource("cw", floats("1 0.25 0.75"), 1) +
+        "<joints><input semantic='JOINT' source='#cj'/><input semantic='INV_BIND_MATRIX' source='#cb'/></joints>"
+        "<vertex_weights count='5'><input semantic='JOINT' source='#cj' offset='0'/>"
+        "<input semantic='WEIGHT' source='#cw' offset='1'/><vcount>2 1 1 1 1</vcount>"
+        "<v>0 1 1 2 1 0 1 0 1 0 1 0</v></vertex_weights></skin></controller></library_controllers>";
+    const std::string nodes =
+        "<node id='other' name='other root' sid='root'><node id='t2' name='other tip' sid='tip'/></node>"
+        "<node id='shown'><instance_controller url='#c'><skeleton>#other</skeleton><bind_material><technique_common>"
+        "<instance_material symbol='sym' target='#m'/></technique_common></bind_material></instance_controller></node>";
+    const Model model = readCollada(makeCollada({}, libraries, nodes));
+    ASSERT_EQ(model.m_vecMeshes.size(), 1U);
+    const Mesh& mesh = model.m_vecMeshes[0];
+    ASSERT_EQ(mesh.m_vecIndices.size(), 12U);
+    for (std::size_t i = 0; i < mesh.m_vecIndices.size(); i += 3)
+    {
+        const auto& a = mesh.m_vecPositions[mesh.m_vecIndices[i]];
+        const auto& b = mesh.m_vecPositions[mesh.m_vecIndices[i + 1]];
+        const auto& c = mesh.m_vecPositions[mesh.m_vecIndices[i + 2]];
+        EXPECT_LT((b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x), 0.0F) << "clockwise, and inside the outline";
+    }
+    ASSERT_EQ(mesh.m_vecCoordinates.size(), 1U);
+    EXPECT_EQ(mesh.m_vecCoordinates[0][0].x, 0.25F);
+    EXPECT_EQ(mesh.m_vecCoordinates[0][0].y, 0.0F) << "v counts downwards";
+
+    ASSERT_EQ(model.m_vecSurfaces.size(), 1U);
+    EXPECT_EQ(model.m_vecSurfaces[0].m_strName, "glass");
+    EXPECT_EQ(model.m_vecSurfaces[0].m_diffuse.green, 127.5F);
+    EXPECT_NEAR(model.m_vecSurfaces[0].m_fOpacity, 0.75F, 1e-5F);
+    EXPECT_TRUE(model.m_vecSurfaces[0].m_bTwoSided);
+
+    ASSERT_EQ(mesh.m_vecBones.size(), 2U);
+    const TW2::convert::Bone& tip = mesh.m_vecBones[0];
+    EXPECT_EQ(model.m_vecNodes.at(static_cast<std::size_t>(tip.m_iNode)).m_strName, "other tip")
+        << "below the skeleton that the skin names";
+    Matrixd twice;
+    for (int row = 0; row < 3; ++row)
+    {
+        twice.m[row][row] = 2.0;
+    }
+    EXPECT_LT(largestDifference(tip.m_offset, twice * move(-1, -2, 3)), 1e-12);
+    ASSERT_EQ(tip.m_vecWeights.size(), 2U) << "the point has two vertices, with other coordinates";
+    EXPECT_EQ(tip.m_vecWeights[0].second, 0.25F);
+    EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("points and lines")));
+}
+
+TEST(Collada, DamageIsToldWithItsPlace)
+{
+    struct Case
+    {
+        std::string m_strText;
+        const char* m_szSaid;
+    };
+    const std::string keys = makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 90 30", 1);
+    std::string few = makeCollada(keys);
+    few.replace(few.find("0 90 30"), 7, "0 90");
+    std::string word = makeCollada(keys);
+    word.replace(word.find("0 90 30"), 7, "0 x 30");
+    std::string cut = makeCollada(keys);
+    cut.resize(cut.size() - 20);
+    for (const Case& each :
+         {Case{few, "a value per time"}, Case{word, "found \"x\""}, Case{cut, "is no XML"},
+          Case{makeCollada(makeAnimation("arm/turn.Q", "LINEAR LINEAR LINEAR", "0 9 3", 1)), "arm/turn.Q"},
+          Case{makeCollada(makeAnimation("hand/matrix(9)(9)", "LINEAR LINEAR LINEAR", "0 9 3", 1)), "target"},
+          Case{makeCollada({},
+                           "<library_geometries><geometry id='g'><mesh><vertices id='v'/><triangles><p>0 1 2</p>"
+                           "</triangles></mesh></geometry></library_geometries>",
+                           "<node><instance_geometry url='#g'/></node>"),
+               "an input VERTEX"},
+          Case{"<x/>", "is no COLLADA"}})
+    {
+        try
+        {
+            (void)readCollada(each.m_strText);
+            FAIL() << "was read, expected: " << each.m_szSaid;
+        }
+        catch (const S_Exception& exception)
+        {
+            EXPECT_THAT(exception.what(),
+                        testing::AllOf(testing::HasSubstr("arm.dae"), testing::HasSubstr(each.m_szSaid)));
+        }
+    }
+}

@@ -1,0 +1,364 @@
+#include "convert/clip_sampler.h"
+#include "convert/model_reader.h"
+#include "tests/convert/model_builder.h"
+#include "tests/support/temporary_directory.h"
+
+#include <platform/runtime/exception.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace
+{
+using namespace convert_test;
+using TW2::convert::ClipSampler;
+
+/// A text FBX with two nodes, "arm" below "arm", and one curve for the rotation of the lower one around z: 0 degrees at
+/// 0 s, 90 at 1 s, 30 at 2 s.
+std::string makeFbx(const std::string& propertiesOfLower, const std::string& flags, const std::string& slopes,
+                    const std::string& beyond = {}, const std::string& objects = {}, const std::string& links = {})
+{
+    return R"(; FBX 7.4.0 project file
+FBXHeaderExtension:  {
+	FBXVersion: 7400
+}
+GlobalSettings:  {
+	Properties70:  {
+		P: "UpAxis", "int", "Integer", "",1
+	}
+}
+Objects:  {
+	Model: 1, "Model::arm", "Null" {
+		Properties70:  {
+			P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3
+			P: "InheritType", "enum", "", "",1
+		}
+	}
+	Model: 2, "Model::arm", "LimbNode" {
+		Properties70:  {
+			P: "InheritType", "enum", "", "",1
+)" + propertiesOfLower +
+           R"(
+		}
+	}
+	AnimationStack: 10, "AnimStack::wave", "" {
+		Properties70:  {
+			P: "LocalStop", "KTime", "Time", "",92372316000
+		}
+	}
+	AnimationLayer: 11, "AnimLayer::base", "" {
+	}
+	AnimationCurveNode: 12, "AnimCurveNode::R", "" {
+		Properties70:  {
+			P: "d|X", "Number", "", "A",0
+			P: "d|Y", "Number", "", "A",0
+			P: "d|Z", "Number", "", "A",0
+		}
+	}
+	AnimationCurve: 13, "AnimCurve::", "" {
+		KeyTime: *3 {
+			a: 0,46186158000,92372316000
+		}
+		KeyValueFloat: *3 {
+			a: 0,90,30
+		}
+		KeyAttrFlags: *1 {
+			a: )" +
+           flags + R"(
+		}
+		KeyAttrDataFloat: *4 {
+			a: )" +
+           slopes + R"(
+		}
+		KeyAttrRefCount: *1 {
+			a: 3
+		}
+)" + beyond +
+           R"(	}
+)" + objects +
+           R"(}
+Connections:  {
+	C: "OO",1,0
+	C: "OO",2,1
+	C: "OO",11,10
+	C: "OO",12,11
+	C: "OP",12,2, "Lcl Rotation"
+	C: "OP",13,12, "d|Z"
+)" + links +
+           "}\n";
+}
+
+/// The lower node's local matrix at a time.
+Matrixd sampleLower(const std::string& text, double seconds)
+{
+    const support::TemporaryDirectory directory;
+    const Model model = TW2::convert::readModel(directory.write("wave.fbx", text), {});
+    EXPECT_EQ(model.m_vecNodes.size(), 2U);
+    EXPECT_EQ(model.m_vecNodes[1].m_strName, "arm") << "names are as in the file";
+    EXPECT_EQ(model.m_vecClips.size(), 1U);
+    return ClipSampler(model, model.m_vecClips.at(0)).sample(1, seconds);
+}
+}  // namespace
+
+TEST(Fbx, StraightSteppedAndCubicKeysAreWhatTheFileMeans)
+{
+    // A turn around z is the same when z is mirrored.
+    EXPECT_LT(largestDifference(sampleLower(makeFbx("", "4", "0,0,0,0"), 0.5), turnZ(45.0)), 1e-9);
+    EXPECT_LT(largestDifference(sampleLower(makeFbx("", "2", "0,0,0,0"), 0.9), turnZ(0.0)), 1e-9);
+    EXPECT_LT(largestDifference(sampleLower(makeFbx("", "2", "0,0,0,0"), 1.0), turnZ(90.0)), 1e-9);
+    EXPECT_LT(largestDifference(sampleLower(makeFbx("", "258", "0,0,0,0"), 0.1), turnZ(90.0)), 1e-9);
+    // Slopes of 60 degrees per second at both ends: 0.125 * 60 - 0.125 * 60 + 45 in the middle; at a quarter the cubic
+    // of Hermite says 90 * 0.15625 + 60 * (0.140625 - 0.046875).
+    EXPECT_LT(largestDifference(sampleLower(makeFbx("", "8", "60,60,0,0"), 0.5), turnZ(45.0)), 1e-9);
+    EXPECT_LT(
+        largestDifference(sampleLower(makeFbx("", "8", "60,60,0,0"), 0.25), turnZ(90.0 * 0.15625 + 60.0 * 0.09375)),
+        1e-9);
+}
+
+TEST(Fbx, SlopesOfATextFileAreTheBitsOfFloats)
+{
+    // 60.0F, and weights of a third as two numbers of 16 bits in ten-thousandths.
+    EXPECT_LT(largestDifference(sampleLower(makeFbx("", "8", "1114636288,1114636288,218434821,0"), 0.25),
+                                turnZ(90.0 * 0.15625 + 60.0 * 0.09375)),
+              1e-9);
+}
+
+TEST(Fbx, ACurveGoesOnBeyondItsKeysAsTheFileSays)
+{
+    struct Case
+    {
+        const char* m_szType;
+        int m_iTimes;
+        double m_dSeconds;  // the keys are 0 at 0 s, 90 at 1 s, 30 at 2 s
+        double m_dDegrees;
+    };
+    for (const Case& each :
+         {Case{"C", -1, 2.5, 30.0}, Case{"K", -1, 2.5, 0.0}, Case{"R", -1, 2.5, 45.0}, Case{"R", -1, 5.0, 90.0},
+          Case{"M", -1, 2.5, 60.0}, Case{"M", -1, 4.5, 45.0}, Case{"A", -1, 2.5, 75.0}, Case{"A", -1, 5.0, 150.0},
+          Case{"R", 1, 5.0, 30.0}, Case{"R", 0, 2.5, 30.0}})
+    {
+        const std::string after = std::string("\t\tPost-Extrapolation:  {\n\t\t\tType: ") + each.m_szType +
+                                  "\n\t\t\tRepetition: " + std::to_string(each.m_iTimes) + "\n\t\t}\n";
+        EXPECT_LT(
+            largestDifference(sampleLower(makeFbx("", "4", "0,0,0,0", after), each.m_dSeconds), turnZ(each.m_dDegrees)),
+            1e-9)
+            << each.m_szType << " at " << each.m_dSeconds;
+    }
+    const std::string before = "\t\tPre-Extrapolation:  {\n\t\t\tType: A\n\t\t\tRepetition: -1\n\t\t}\n";
+    EXPECT_LT(largestDifference(sampleLower(makeFbx("", "4", "0,0,0,0", before), -0.5), turnZ(30.0)), 1e-9)
+        << "60 in the turn before, which starts 30 lower";
+}
+
+TEST(Fbx, PicturesInTheFileAndTexturesOfLayersAreFound)
+{
+    // A PNG of one red pixel, cut in two pieces as text files have them.
+    const std::string objects = R"(	Geometry: 20, "Geometry::", "Mesh" {
+		Vertices: *9 {
+			a: 0,0,0,1,0,0,0,1,0
+		}
+		PolygonVertexIndex: *3 {
+			a: 0,1,-3
+		}
+	}
+	Model: 21, "Model::shown", "Mesh" {
+	}
+	Material: 22, "Material::skin", "" {
+		Properties70:  {
+			P: "SpecularColor", "Color", "", "A",1,1,1
+			P: "SpecularFactor", "Number", "", "A",0.25
+			P: "ShininessExponent", "Number", "", "A",20
+		}
+	}
+	LayeredTexture: 23, "LayeredTexture::", "" {
+	}
+	Texture: 24, "Texture::", "" {
+		Properties70:  {
+			P: "WrapModeU", "enum", "", "",1
+			P: "Scaling", "Vector", "", "A",2,4,1
+			P: "Translation", "Vector", "", "A",0.5,0.25,0
+		}
+		FileName: "C:\nowhere\red.png"
+		RelativeFilename: "red.png"
+	}
+	Video: 25, "Video::", "Clip" {
+		Content: ,
+ "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAIAAACQd1Pe",
+ "AAAADElEQVR4nGP4z8AAAAMBAQDJ/pLvAAAAAElFTkSuQmCC"
+	}
+)";
+    const std::string links = R"(	C: "OO",21,0
+	C: "OO",20,21
+	C: "OO",22,21
+	C: "OP",23,22, "DiffuseColor"
+	C: "OO",24,23
+	C: "OO",25,24
+)";
+    const support::TemporaryDirectory directory;
+    const Model model =
+        TW2::convert::readModel(directory.write("red.fbx", makeFbx("", "4", "0,0,0,0", {}, objects, links)), {});
+    ASSERT_EQ(model.m_vecSurfaces.size(), 1U);
+    const TW2::convert::Surface& surface = model.m_vecSurfaces[0];
+    ASSERT_EQ(model.m_vecPictures.size(), 1U) << testing::PrintToString(model.m_vecWarnings);
+    EXPECT_EQ(model.m_vecPictures[0].m_uiWidth, 1U);
+    EXPECT_TRUE(surface.m_diffuseTexture.isUsed());
+    EXPECT_EQ(surface.m_diffuseTexture.m_eWrapU, TW2::convert::Wrap::Clamp);
+    EXPECT_EQ(surface.m_diffuseTexture.m_eWrapV, TW2::convert::Wrap::Repeat);
+    const std::array<std::array<double, 2>, 3> lies{{{2.0, 0.0}, {0.0, 4.0}, {0.5, -3.25}}};
+    EXPECT_EQ(surface.m_diffuseTexture.m_transform, lies) << "v counts downwards";
+    EXPECT_EQ(surface.m_specular.green, 0.25F * 255.0F);
+    EXPECT_EQ(surface.m_fShininess, 20.0F);
+}
+
+TEST(Fbx, PivotsAndPreRotationsArePartOfTheMatrix)
+{
+    const std::string pivots = R"(			P: "Lcl Translation", "Lcl Translation", "", "A",5,0,0
+			P: "PreRotation", "Vector3D", "Vector", "",0,0,20
+			P: "PostRotation", "Vector3D", "Vector", "",0,0,5
+			P: "RotationPivot", "Vector3D", "Vector", "",1,0,0
+			P: "RotationOffset", "Vector3D", "Vector", "",0,2,0)";
+    const Matrixd expected =
+        move(-1, 0, 0) * turnZ(-5.0) * turnZ(90.0) * turnZ(20.0) * move(1, 0, 0) * move(0, 2, 0) * move(5, 0, 0);
+    EXPECT_LT(largestDifference(sampleLower(makeFbx(pivots, "4", "0,0,0,0"), 1.0), expected), 1e-9);
+}
+
+TEST(Fbx, FurtherLayersAreBlendedAsTheFileSays)
+{
+    struct Case
+    {
+        const char* m_szWhat;
+        const char* m_szLayer;
+        double m_dSeconds;
+        double m_dDegrees;
+        double m_dScale;
+    };
+    // The first layer turns the node to 90 degrees in the first second; the second one says 40 degrees and a scale
+    // of 4.
+    for (const Case& one : {
+             Case{"added", "", 1.0, 130.0, 4.0},
+             Case{"added angle by angle", R"(P: "RotationAccumulationMode", "enum", "", "",1)", 1.0, 130.0, 4.0},
+             Case{"half of it", R"(P: "Weight", "Number", "", "A",50)", 1.0, 110.0, 2.0},
+             Case{"scales added", R"(P: "ScaleAccumulationMode", "enum", "", "",1)", 1.0, 130.0, 5.0},
+             Case{"covering", R"(P: "BlendMode", "enum", "", "",1)", 1.0, 40.0, 4.0},
+             Case{"covering, whatever its weight", R"(P: "BlendMode", "enum", "", "",1
+			P: "Weight", "Number", "", "A",25)",
+                  1.0, 40.0, 4.0},
+             Case{"covering half", R"(P: "BlendMode", "enum", "", "",2
+			P: "Weight", "Number", "", "A",50)",
+                  1.0, 65.0, 2.0},
+             Case{"covering half, scales evenly", R"(P: "BlendMode", "enum", "", "",2
+			P: "Weight", "Number", "", "A",50
+			P: "ScaleAccumulationMode", "enum", "", "",1)",
+                  1.0, 65.0, 2.5},
+             Case{"mute", R"(P: "Mute", "bool", "", "",1)", 1.0, 90.0, 1.0},
+             Case{"a weight that grows", R"(P: "Weight", "Number", "", "A+",7)", 0.5, 65.0, 2.0},
+         })
+    {
+        const std::string weight = std::string_view(one.m_szLayer).find("A+") == std::string_view::npos ? "" : R"(
+	C: "OP",24,21, "Weight"
+	C: "OO",24,21
+	C: "OP",25,24, "d|Weight")";
+        const std::string objects = R"(	AnimationLayer: 21, "AnimLayer::more", "" {
+		Properties70:  {
+			)" + std::string(one.m_szLayer) +
+                                    R"(
+		}
+	}
+	AnimationCurveNode: 22, "AnimCurveNode::R", "" {
+		Properties70:  {
+			P: "d|X", "Number", "", "A",0
+			P: "d|Y", "Number", "", "A",0
+			P: "d|Z", "Number", "", "A",40
+		}
+	}
+	AnimationCurveNode: 23, "AnimCurveNode::S", "" {
+		Properties70:  {
+			P: "d|X", "Number", "", "A",4
+			P: "d|Y", "Number", "", "A",4
+			P: "d|Z", "Number", "", "A",4
+		}
+	}
+	AnimationCurveNode: 24, "AnimCurveNode::Weight", "" {
+	}
+	AnimationCurve: 25, "AnimCurve::", "" {
+		KeyTime: *2 {
+			a: 0,46186158000
+		}
+		KeyValueFloat: *2 {
+			a: 0,100
+		}
+		KeyAttrFlags: *1 {
+			a: 4
+		}
+		KeyAttrDataFloat: *4 {
+			a: 0,0,0,0
+		}
+		KeyAttrRefCount: *1 {
+			a: 2
+		}
+	}
+)";
+        const std::string links = R"(	C: "OO",21,10
+	C: "OO",22,21
+	C: "OP",22,2, "Lcl Rotation"
+	C: "OO",23,21
+	C: "OP",23,2, "Lcl Scaling")" +
+                                  weight + "\n";
+        const std::string text = makeFbx("", "4", "0,0,0,0", "", objects, links);
+        EXPECT_LT(largestDifference(sampleLower(text, one.m_dSeconds), scale(one.m_dScale) * turnZ(one.m_dDegrees)),
+                  1e-6)
+            << one.m_szWhat;
+    }
+}
+
+TEST(Fbx, ARotationThatALayerAddsComesBeforeTheOneBelowInEveryOrderOfAngles)
+{
+    const std::string objects = R"(	AnimationLayer: 21, "AnimLayer::more", "" {
+	}
+	AnimationCurveNode: 22, "AnimCurveNode::R", "" {
+		Properties70:  {
+			P: "d|X", "Number", "", "A",30
+			P: "d|Y", "Number", "", "A",0
+			P: "d|Z", "Number", "", "A",0
+		}
+	}
+)";
+    const std::string links = "\tC: \"OO\",21,10\n\tC: \"OO\",22,21\n\tC: \"OP\",22,2, \"Lcl Rotation\"\n";
+    // About x by 30 degrees, seen with z mirrored.
+    Matrixd tilt;
+    tilt.setRow(1, {0.0, std::cos(std::numbers::pi / 6.0), -0.5});
+    tilt.setRow(2, {0.0, 0.5, std::cos(std::numbers::pi / 6.0)});
+    for (int order = 0; order < 6; ++order)
+    {
+        const std::string property = R"(P: "RotationOrder", "enum", "", "",)" + std::to_string(order);
+        const std::string text = makeFbx(property, "4", "0,0,0,0", "", objects, links);
+        EXPECT_LT(largestDifference(sampleLower(text, 0.5), tilt * turnZ(45.0)), 1e-6) << "order " << order;
+    }
+}
+
+TEST(Fbx, NumbersThatNoWholeNumberIsAreNoFlags)
+{
+    EXPECT_LT(largestDifference(sampleLower(makeFbx("", "1e300", "0,0,0,0"), 0.5), turnZ(45.0)), 1e-9);
+}
+
+TEST(Fbx, DamageIsToldWithItsPlace)
+{
+    const support::TemporaryDirectory directory;
+    std::string old = makeFbx("", "4", "0,0,0,0");
+    old.replace(old.find("FBXVersion: 7400"), 16, "FBXVersion: 5800");
+    EXPECT_THAT([&] { (void)TW2::convert::readModel(directory.write("old.fbx", old), {}); },
+                testing::ThrowsMessage<S_Exception>(
+                    testing::HasSubstr("old.fbx: is FBX of version 5.8: version 6 and newer are read")));
+    std::string text = makeFbx("", "4", "0,0,0,0");
+    text.resize(text.find("Connections"));
+    text += "Connections:  {\n\tC: \"OO\n";
+    try
+    {
+        (void)TW2::convert::readModel(directory.write("bad.fbx", text), {});
+        FAIL() << "was read";
+    }
+    catch (const S_Exception& exception)
+    {
+        EXPECT_THAT(exception.what(), testing::AllOf(testing::HasSubstr("bad.fbx"), testing::HasSubstr("line 56"),
+                                                     testing::HasSubstr("a closing quotation mark")));
+    }
+}

@@ -1,0 +1,591 @@
+#include "convert/gltf_import.h"
+
+#include "convert/clip_sampler.h"
+#include "convert/pictures.h"
+#include "tests/support/gltf_text.h"
+#include "tests/support/temporary_directory.h"
+
+#include <platform/runtime/exception.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#ifdef TW2_HAS_DRACO
+#include <draco/compression/encode.h>
+#include <draco/mesh/triangle_soup_mesh_builder.h>
+#endif
+#ifdef TW2_HAS_MESHOPT
+#include <meshoptimizer.h>
+#endif
+#ifdef TW2_HAS_WEBP
+#include <webp/encode.h>
+#endif
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace
+{
+using support::GltfText;
+using support::number;
+using TW2::convert::Mesh;
+using TW2::convert::Model;
+using TW2::convert::Vector3;
+using TW2::convert::Vector3d;
+
+Model read(const std::string& content, const std::string& name = "model.gltf")
+{
+    const support::TemporaryDirectory directory;
+    return TW2::convert::importGltf(directory.write(name, content), {});
+}
+
+Model read(const GltfText& text)
+{
+    return read(text.make());
+}
+
+/// What the reader says about a file that it refuses; empty when it reads it.
+std::string getRefusal(const std::string& content, const std::string& name = "model.gltf")
+{
+    try
+    {
+        static_cast<void>(read(content, name));
+        return {};
+    }
+    catch (const S_Exception& exception)
+    {
+        return exception.getErrorMessage();
+    }
+}
+
+/// One node that shows one primitive.
+void showPrimitive(GltfText& text, const std::string& primitive)
+{
+    text.set("meshes", R"([{"name":"shape","primitives":[)" + primitive + "]}]");
+    text.set("nodes", R"([{"name":"holder","mesh":0}])");
+    text.set("scenes", R"([{"nodes":[0]}])");
+}
+
+/// The corners of each triangle, one after the other.
+std::vector<std::array<float, 3>> getCorners(const Mesh& mesh)
+{
+    std::vector<std::array<float, 3>> corners;
+    for (const unsigned int index : mesh.m_vecIndices)
+    {
+        const Vector3& p = mesh.m_vecPositions.at(index);
+        corners.push_back({p.x, p.y, p.z});
+    }
+    return corners;
+}
+
+/// Each triangle is clockwise as seen from where its normals point to.
+void expectFrontsOutside(const Mesh& mesh)
+{
+    ASSERT_EQ(mesh.m_vecNormals.size(), mesh.m_vecPositions.size());
+    for (std::size_t i = 0; i + 2 < mesh.m_vecIndices.size(); i += 3)
+    {
+        const Vector3& a = mesh.m_vecPositions[mesh.m_vecIndices[i]];
+        const Vector3& b = mesh.m_vecPositions[mesh.m_vecIndices[i + 1]];
+        const Vector3& c = mesh.m_vecPositions[mesh.m_vecIndices[i + 2]];
+        const Vector3 front = (b - a).cross(c - a).normalized();
+        for (std::size_t corner = i; corner < i + 3; ++corner)
+        {
+            EXPECT_NEAR(front.dot(mesh.m_vecNormals[mesh.m_vecIndices[corner]]), 1.0F, 1e-5F) << "corner " << corner;
+        }
+    }
+}
+
+TEST(GltfGeometry, WithoutNormalsIsFlatAndLooksTheWayItDoesWithThem)
+{
+    GltfText missing;
+    const int positions = missing.addFloats(support::squarePositions, "VEC3");
+    const int indices = missing.addIndices(support::squareIndices);
+    showPrimitive(missing,
+                  R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(indices) + "}");
+    GltfText given;
+    const int samePositions = given.addFloats(support::squarePositions, "VEC3");
+    const int sameIndices = given.addIndices(support::squareIndices);
+    const int normals = given.addFloats({0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1}, "VEC3");
+    showPrimitive(given, R"({"attributes":{"POSITION":)" + number(samePositions) + R"(,"NORMAL":)" + number(normals) +
+                             R"(},"indices":)" + number(sameIndices) + "}");
+    const Model without = read(missing);
+    const Model with = read(given);
+    ASSERT_EQ(without.m_vecMeshes.size(), 1U);
+    expectFrontsOutside(without.m_vecMeshes[0]);
+    expectFrontsOutside(with.m_vecMeshes[0]);
+    EXPECT_EQ(getCorners(without.m_vecMeshes[0]), getCorners(with.m_vecMeshes[0]));
+    EXPECT_EQ(without.m_vecMeshes[0].m_vecPositions.size(), 4U) << "triangles of one plane share their vertices";
+}
+
+TEST(GltfGeometry, EdgesBetweenPlanesAreSharpWithoutNormals)
+{
+    GltfText text;
+    const int positions = text.addFloats({0, 0, 0, 0, 1, 0, -1, 0, 1, 1, 0, 1}, "VEC3");
+    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
+                            number(text.addIndices({0, 1, 2, 1, 0, 3})) + "}");
+    const Model model = read(text);
+    expectFrontsOutside(model.m_vecMeshes[0]);
+    EXPECT_EQ(model.m_vecMeshes[0].m_vecPositions.size(), 6U);
+}
+
+TEST(GltfGeometry, StripsAndFansAreTheSameTrianglesAsLists)
+{
+    struct Case
+    {
+        int m_iMode;
+        std::vector<std::uint16_t> m_vecIndices;
+        std::vector<std::uint16_t> m_vecList;
+    };
+    const std::vector<Case> cases{{5, {0, 1, 2, 3, 4}, {0, 1, 2, 2, 1, 3, 2, 3, 4}},
+                                  {5, {0, 1, 2, 2, 3, 3, 4, 1}, {0, 1, 2, 3, 1, 4}},
+                                  {6, {0, 1, 2, 3, 4}, {0, 1, 2, 0, 2, 3, 0, 3, 4}}};
+    const std::vector<float> places{0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 2, 0, 0, 3, 1};
+    const auto readAs = [&places](int mode, const std::vector<std::uint16_t>& indices)
+    {
+        GltfText text;
+        const int positions = text.addFloats(places, "VEC3");
+        showPrimitive(text, R"({"mode":)" + number(mode) + R"(,"attributes":{"POSITION":)" + number(positions) +
+                                R"(},"indices":)" + number(text.addIndices(indices)) + "}");
+        auto corners = getCorners(read(text).m_vecMeshes.at(0));
+        // Each triangle begins at the smallest of its corners: where it begins means nothing.
+        for (auto first = corners.begin(); first != corners.end(); first += 3)
+        {
+            std::rotate(first, std::min_element(first, first + 3), first + 3);
+        }
+        return corners;
+    };
+    for (const Case& one : cases)
+    {
+        EXPECT_EQ(readAs(one.m_iMode, one.m_vecIndices), readAs(4, one.m_vecList)) << "mode " << one.m_iMode;
+    }
+}
+
+TEST(GltfGeometry, NumbersAreReadAsTheFileMeansThem)
+{
+    GltfText text;
+    const std::vector<float> zeros(9, 0.0F);
+    const std::vector<std::uint8_t> places{1, 0, 2, 0};
+    const int indexView = text.addView(places.data(), 2);
+    const std::vector<float> values{4, 5, 6, 7, 8, 9};
+    const int valueView = text.addView(values.data(), values.size() * sizeof(float));
+    // Elements 1 and 0 (bytes 1, 0) are replaced; there is nothing else.
+    const int positions =
+        text.addAccessor(-1, GltfText::FLOAT, 3, "VEC3",
+                         R"(,"sparse":{"count":2,"indices":{"bufferView":)" + number(indexView) +
+                             R"(,"componentType":5121},"values":{"bufferView":)" + number(valueView) + "}}");
+    const int coordinates = text.add(std::vector<std::uint16_t>{0, 65535, 32768, 0, 65535, 65535},
+                                     GltfText::UNSIGNED_SHORT, "VEC2", R"(,"normalized":true)");
+    // Two signed bytes of each four are coordinates, the rest belongs to nobody.
+    const std::vector<std::int8_t> strided{127, -128, 9, 9, -127, 0, 9, 9, 64, 1, 9, 9};
+    const int stridedView = text.addView(strided.data(), strided.size(), R"(,"byteStride":4)");
+    const int second = text.addAccessor(stridedView, GltfText::BYTE, 3, "VEC2", R"(,"normalized":true)");
+    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(,"TEXCOORD_0":)" +
+                            number(coordinates) + R"(,"TEXCOORD_1":)" + number(second) + "}}");
+    const Mesh mesh = read(text).m_vecMeshes.at(0);
+    ASSERT_EQ(mesh.m_vecIndices.size(), 3U);
+    const auto corner = [&mesh](std::size_t original)
+    {
+        constexpr std::array<std::size_t, 3> mirrored{0, 2, 1};
+        return mesh.m_vecIndices[mirrored[original]];
+    };
+    EXPECT_EQ(mesh.m_vecPositions[corner(0)], Vector3(7, 8, -9));
+    EXPECT_EQ(mesh.m_vecPositions[corner(1)], Vector3(4, 5, -6));
+    EXPECT_EQ(mesh.m_vecPositions[corner(2)], Vector3(0, 0, 0));
+    ASSERT_EQ(mesh.m_vecCoordinates.size(), 2U);
+    EXPECT_EQ(mesh.m_vecCoordinates[0][corner(0)], Vector3(0, 1, 0));
+    EXPECT_NEAR(mesh.m_vecCoordinates[0][corner(1)].x, 32768.0F / 65535.0F, 1e-6F);
+    EXPECT_EQ(mesh.m_vecCoordinates[1][corner(0)], Vector3(1, -1, 0)) << "-128 is no less than -1";
+    EXPECT_EQ(mesh.m_vecCoordinates[1][corner(1)], Vector3(-1, 0, 0));
+    EXPECT_NEAR(mesh.m_vecCoordinates[1][corner(2)].x, 64.0F / 127.0F, 1e-6F);
+}
+
+TEST(GltfGeometry, MorphTargetsStandAtTheirWeightUnlessTheyMove)
+{
+    const auto readWith = [](const std::string& nodeMembers, bool moving)
+    {
+        GltfText text;
+        const int positions = text.addFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
+        const int changes = text.addFloats({0, 0, 2, 0, 0, 2, 0, 0, 2}, "VEC3");
+        text.set("meshes", R"([{"weights":[0.5],"primitives":[{"attributes":{"POSITION":)" + number(positions) +
+                               R"(},"targets":[{"POSITION":)" + number(changes) + "}]}]}]");
+        text.set("nodes", R"([{"mesh":0)" + nodeMembers + "}]");
+        if (moving)
+        {
+            const int times = text.addFloats({0, 1}, "SCALAR");
+            const int weights = text.addFloats({0, 1}, "SCALAR");
+            text.set("animations", R"([{"samplers":[{"input":)" + number(times) + R"(,"output":)" + number(weights) +
+                                       R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])");
+        }
+        const Model model = read(text);
+        EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("the motion of morph targets")));
+        return model.m_vecMeshes.at(0).m_vecPositions.at(0).z;
+    };
+    EXPECT_FLOAT_EQ(readWith("", false), -1.0F);
+    EXPECT_FLOAT_EQ(readWith(R"(,"weights":[0.25])", false), -0.5F) << "a node's own weights";
+    EXPECT_FLOAT_EQ(readWith("", true), 0.0F) << "what moves is left out as a whole";
+}
+
+TEST(GltfGeometry, PointsAndLinesAreNamedAndLeftOut)
+{
+    GltfText text;
+    const int positions = text.addFloats(support::squarePositions, "VEC3");
+    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
+                            number(text.addIndices(support::squareIndices)) +
+                            R"(},{"mode":1,"attributes":{"POSITION":)" + number(positions) + "}}");
+    const Model model = read(text);
+    EXPECT_EQ(model.m_vecMeshes.size(), 1U);
+    EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("points and lines")));
+}
+
+/// A model whose one node is moved along x by one curve.
+Model readCurve(const std::string& interpolation, const std::vector<float>& times, const std::vector<float>& values,
+                const std::string& path = "translation", const std::string& nodeMembers = "")
+{
+    GltfText text;
+    const int input = text.addFloats(times, "SCALAR");
+    const int output = text.addFloats(values, path == "rotation" ? "VEC4" : "VEC3");
+    text.set("nodes", R"([{"name":"twin"},{"name":"twin")" + nodeMembers + "}]");
+    text.set("animations", R"([{"name":"go","samplers":[{"input":)" + number(input) + R"(,"output":)" + number(output) +
+                               R"(,"interpolation":")" + interpolation +
+                               R"("}],"channels":[{"sampler":0,"target":{"node":1,"path":")" + path + R"("}}]}])");
+    return read(text);
+}
+
+double playX(const Model& model, double seconds)
+{
+    std::vector<TW2::convert::Matrixd> local;
+    const TW2::convert::ClipSampler sampler(model, model.m_vecClips.at(0));
+    return sampler.sample(1, seconds).getTranslation().x;
+}
+
+TEST(GltfMotion, FollowsTheFilesCurves)
+{
+    const Model step = readCurve("STEP", {0, 1, 2}, {0, 0, 0, 3, 0, 0, 5, 0, 0});
+    EXPECT_DOUBLE_EQ(playX(step, 0.99), 0.0);
+    EXPECT_DOUBLE_EQ(playX(step, 1.01), 3.0);
+    EXPECT_DOUBLE_EQ(step.m_vecClips[0].m_dDuration, 2.0);
+    const Model linear = readCurve("LINEAR", {0, 2}, {0, 0, 0, 4, 0, 0});
+    EXPECT_NEAR(playX(linear, 0.5), 1.0, 1e-12);
+    // Arriving slope, value and leaving slope of two keys that are 2 seconds apart.
+    const Model cubic = readCurve("CUBICSPLINE", {1, 3}, {9, 0, 0, 1, 0, 0, 2, 0, 0, -3, 0, 0, 4, 0, 0, 9, 0, 0});
+    for (const double t : {0.0, 0.25, 0.5, 0.9, 1.0})
+    {
+        const double expected = (2 * t * t * t - 3 * t * t + 1) * 1 + 2 * (t * t * t - 2 * t * t + t) * 2 +
+                                (-2 * t * t * t + 3 * t * t) * 4 + 2 * (t * t * t - t * t) * -3;
+        EXPECT_NEAR(playX(cubic, 1.0 + 2.0 * t), expected, 1e-9) << t;
+    }
+}
+
+TEST(GltfMotion, GoesToTheNodeThatIsMeantNotToOneOfTheSameName)
+{
+    const Model model = readCurve("LINEAR", {0, 1}, {0, 0, 0, 1, 0, 0});
+    ASSERT_EQ(model.m_vecClips[0].m_vecChannels.size(), 1U);
+    EXPECT_EQ(model.m_vecClips[0].m_vecChannels[0].m_iNode, 1);
+    EXPECT_EQ(model.m_vecNodes[0].m_strName, model.m_vecNodes[1].m_strName);
+}
+
+TEST(GltfMotion, KeepsTheMirrorOfANodeThatTurns)
+{
+    // No rotation at any time: played, the node has to stand as it does at rest.
+    const Model model = readCurve("LINEAR", {0, 1}, {0, 0, 0, 1, 0, 0, 0, 1}, "rotation",
+                                  R"(,"scale":[-1,-2,-1],"translation":[1,2,3])");
+    const TW2::convert::ClipSampler sampler(model, model.m_vecClips.at(0));
+    const TW2::convert::Matrixd played = sampler.sample(1, 0.5);
+    for (int row = 0; row < 4; ++row)
+    {
+        EXPECT_NEAR((played.getRow(row) - model.m_vecNodes[1].m_local.getRow(row)).length(), 0.0, 1e-12) << row;
+    }
+}
+
+TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
+{
+    const auto make = [](std::uint8_t joint, int node = 2)
+    {
+        GltfText text;
+        const int positions = text.addFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
+        const int joints = text.add(std::vector<std::uint8_t>{0, joint, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0},
+                                    GltfText::UNSIGNED_BYTE, "VEC4");
+        const int weights = text.add(std::vector<std::uint8_t>{51, 204, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0},
+                                     GltfText::UNSIGNED_BYTE, "VEC4", R"(,"normalized":true)");
+        std::vector<float> matrices(32, 0.0F);
+        for (std::size_t i : {0U, 5U, 10U, 15U, 16U, 21U, 26U, 31U})
+        {
+            matrices[i] = 1.0F;
+        }
+        matrices[30] = -4.0F;  // the second joint was bound at z = 4
+        const int binds = text.addFloats(matrices, "MAT4");
+        text.set("meshes", R"([{"primitives":[{"attributes":{"POSITION":)" + number(positions) + R"(,"JOINTS_0":)" +
+                               number(joints) + R"(,"WEIGHTS_0":)" + number(weights) + "}}]}]");
+        text.set("nodes", R"([{"mesh":0,"skin":0},{"name":"bone","children":[2]},{"name":"bone"}])");
+        text.set("skins", R"([{"joints":[1,)" + number(node) + R"(],"inverseBindMatrices":)" + number(binds) + "}]");
+        return text.make();
+    };
+    const Model model = read(make(1));
+    const std::vector<TW2::convert::Bone>& bones = model.m_vecMeshes.at(0).m_vecBones;
+    ASSERT_EQ(bones.size(), 2U);
+    EXPECT_NE(bones[0].m_iNode, bones[1].m_iNode);
+    EXPECT_EQ(bones[1].m_offset.getTranslation(), Vector3d(0, 0, 4));
+    ASSERT_EQ(bones[1].m_vecWeights.size(), 3U);
+    EXPECT_FLOAT_EQ(bones[1].m_vecWeights[0].second, 0.8F);
+    EXPECT_THAT(getRefusal(make(7)), testing::HasSubstr("meshes[0].primitives[0].attributes.JOINTS_0: names joint 7"));
+    // No scene names the nodes of this file: nothing looked at the joints before the skin does.
+    EXPECT_THAT(getRefusal(make(1, 3)), testing::HasSubstr("skins[0]"));
+    EXPECT_THAT(getRefusal(make(1, -1)), testing::HasSubstr("skins[0]"));
+}
+
+TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)
+{
+    GltfText text;
+    const int positions = text.addFloats(support::squarePositions, "VEC3");
+    text.set("meshes", R"([{"primitives":[{"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
+                           number(text.addIndices(support::squareIndices)) + "}]}]");
+    text.set("extensionsUsed", R"(["KHR_lights_punctual"])");
+    text.set("extensions", R"({"KHR_lights_punctual":{"lights":[
+        {"type":"spot","intensity":314.15927,"color":[1,0.5,0],"spot":{"innerConeAngle":0.5,"outerConeAngle":0.7853982}},
+        {"type":"directional","intensity":3.1415927}]}})");
+    text.set("cameras",
+             R"([{"type":"perspective","perspective":{"yfov":1.5707963,"aspectRatio":1,"znear":0.5,"zfar":50}},
+                            {"name":"flat","type":"orthographic","orthographic":{"xmag":1,"ymag":1,"zfar":9,"znear":1}}])");
+    text.set("nodes", R"([{"mesh":0},{"camera":0},{"camera":1},{"extensions":{"KHR_lights_punctual":{"light":0}}},
+                          {"extensions":{"KHR_lights_punctual":{"light":1}}}])");
+    const Model model = read(text);
+    ASSERT_EQ(model.m_vecCameras.size(), 1U);
+    EXPECT_EQ(model.m_vecCameras[0].m_iNode, 1);
+    EXPECT_NEAR(model.m_vecCameras[0].m_fHorizontalAngle, 90.0F, 1e-3F);
+    EXPECT_FLOAT_EQ(model.m_vecCameras[0].m_fNear, 0.5F);
+    EXPECT_EQ(model.m_vecCameras[0].m_vForward, Vector3d(0, 0, 1)) << "-z of the file, which is mirrored";
+    EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("camera \"flat\"")));
+    ASSERT_EQ(model.m_vecLights.size(), 2U);
+    const TW2::convert::Light& spot = model.m_vecLights[0];
+    EXPECT_EQ(spot.m_iNode, 3);
+    EXPECT_NEAR(spot.m_color.green, 187.5F, 1.0F) << "half the light";
+    EXPECT_NEAR(spot.m_fOuterAngle, 90.0F, 1e-3F);
+    // 100 pi candela light white fully at a distance of 10; a hundredth of that is left at 100.
+    EXPECT_NEAR(spot.m_fRange, 100.0F, 1e-2F);
+    EXPECT_NEAR(spot.m_fBrightness * (1.0F - 10.0F / spot.m_fRange), 1.0F, 1e-4F);
+    EXPECT_NEAR(model.m_vecLights[1].m_fBrightness, 1.0F, 1e-5F);
+}
+
+TEST(GltfFiles, BinaryAndTextAndFilesBesideThemAreTheSame)
+{
+    GltfText text;
+    const int positions = text.addFloats(support::squarePositions, "VEC3");
+    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
+                            number(text.addIndices(support::squareIndices)) + "}");
+    const auto corners = getCorners(read(text).m_vecMeshes.at(0));
+    EXPECT_EQ(getCorners(read(text.makeBinary(), "model.glb").m_vecMeshes.at(0)), corners);
+    EXPECT_TRUE(TW2::convert::isGltf("any.GLB"));
+
+    const support::TemporaryDirectory directory;
+    std::string content = text.make();
+    const std::size_t from = content.find("data:");
+    content.replace(from, content.find('"', from) - from, "my%20numbers.bin");
+    const std::string file = directory.write("model.gltf", content);
+    EXPECT_THAT([&file] { static_cast<void>(TW2::convert::importGltf(file, {})); },
+                testing::Throws<S_Exception>(
+                    testing::Property(&S_Exception::getErrorMessage,
+                                      testing::AllOf(testing::HasSubstr("model.gltf: buffers[0]: there is no file"),
+                                                     testing::HasSubstr("my numbers.bin")))));
+    directory.write("my numbers.bin", std::string(text.getBytes().begin(), text.getBytes().end()));
+    EXPECT_EQ(getCorners(TW2::convert::importGltf(file, {}).m_vecMeshes.at(0)), corners);
+}
+
+TEST(GltfFiles, SayWhereTheyAreDamaged)
+{
+    GltfText good;
+    const int positions = good.addFloats(support::squarePositions, "VEC3");
+    const int indices = good.addIndices(support::squareIndices);
+    const auto primitive = [positions](int useIndices)
+    { return R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(useIndices) + "}"; };
+    showPrimitive(good, primitive(indices));
+    const std::string binary = good.makeBinary();
+
+    struct Case
+    {
+        std::string m_strFrom;
+        std::string m_strTo;
+        const char* m_szSaid;
+    };
+    const std::vector<Case> cases{
+        {R"("byteLength":48)", R"("byteLength":4800)", "bufferViews[0]"},
+        {R"("byteOffset":0)", R"("byteOffset":999999)", "bufferViews[0]: ends 999999 + 48 bytes into buffers[0]"},
+        {R"("count":4)", R"("count":5)", "accessors[0]: 5 elements of 12 bytes"},
+        {R"("type":"VEC3")", R"("type":"VEC2")", "accessors[0]: has elements of 2 numbers"},
+        {R"("POSITION":0)", R"("POSITION":17)", "names accessors[17], the file has 2"},
+        {R"("mesh":0)", R"("mesh":3)", "nodes[0]: names meshes[3], the file has 1"},
+        {R"("mesh":0)", R"("mesh":0,"children":[0])", "nodes[0]: hangs below itself"},
+        {R"("nodes":[0])", R"("nodes":[9])", "scenes[0]: names nodes[9]"},
+        {R"("nodes":)", R"("nodes":[,)", "is no glTF file"},
+        {R"("version":"2.0"})", R"("version":"2.0"},"extensionsRequired":["VENDOR_fold"])",
+         "extensionsRequired: needs the extension VENDOR_fold"},
+        {R"("version":"2.0"})", R"("version":"1.1"})", "asset.version: is version 1.1 of glTF, version 2.0 is read"},
+    };
+    for (const Case& one : cases)
+    {
+        std::string content = good.make();
+        const std::size_t at = content.find(one.m_strFrom);
+        ASSERT_NE(at, std::string::npos) << one.m_strFrom;
+        content.replace(at, one.m_strFrom.size(), one.m_strTo);
+        EXPECT_THAT(getRefusal(content), testing::HasSubstr(one.m_szSaid)) << one.m_strFrom << " -> " << one.m_strTo;
+    }
+    GltfText beyond = good;
+    const int wild = beyond.addIndices({0, 1, 4});
+    std::string content = beyond.make();
+    content.replace(content.find(R"("indices":1)"), 11, R"("indices":)" + number(wild));
+    EXPECT_THAT(getRefusal(content), testing::HasSubstr("primitives[0].indices: index 2 names vertex 4 of 4"));
+    EXPECT_THAT(getRefusal(R"({"nodes":{"node_1":{"children":[]}},"scenes":{"main":{"nodes":["node_1"]}}})"),
+                testing::HasSubstr("asset.version: is version 1.0 of glTF"))
+        << "files that old need not say it";
+    EXPECT_THAT(getRefusal(std::string(100000, '[')), testing::HasSubstr("nested too deeply"));
+    for (std::size_t size = 0; size < binary.size(); size += 7)
+    {
+        EXPECT_NE(getRefusal(binary.substr(0, size), "cut.glb"), "") << size << " bytes of " << binary.size();
+    }
+}
+
+TEST(GltfFiles, NameTheExtensionsThatTheyAreReadWithout)
+{
+    GltfText text;
+    const int positions = text.addFloats(support::squarePositions, "VEC3");
+    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
+                            number(text.addIndices(support::squareIndices)) + "}");
+    text.set("extensionsUsed", R"(["KHR_materials_unlit","VENDOR_sparkle","KHR_techniques_webgl"])");
+    // How surfaces look is no reason to refuse a model, even where it is said to be required.
+    text.set("extensionsRequired", R"(["KHR_techniques_webgl","VENDOR_materials_fur"])");
+    const Model model = read(text);
+    EXPECT_THAT(model.m_vecWarnings,
+                testing::ElementsAre(testing::HasSubstr("KHR_techniques_webgl"),
+                                     testing::HasSubstr("VENDOR_materials_fur"), testing::HasSubstr("VENDOR_sparkle")));
+    EXPECT_EQ(model.m_vecMeshes.size(), 1U);
+}
+
+#ifdef TW2_HAS_WEBP
+TEST(GltfCompression, WebPPicturesAreDecodedAndHaveTheirAlpha)
+{
+    const std::vector<std::uint8_t> pixels{255, 0, 0, 255, 0, 255, 0, 64};
+    std::uint8_t* encoded = nullptr;
+    const std::size_t size = WebPEncodeLosslessRGBA(pixels.data(), 2, 1, 8, &encoded);
+    const std::vector<unsigned char> content(encoded, encoded + size);
+    WebPFree(encoded);
+    const auto make = [](const std::vector<unsigned char>& bytes)
+    {
+        GltfText text;
+        const int positions = text.addFloats(support::squarePositions, "VEC3");
+        const int view = text.addView(bytes.data(), bytes.size());
+        showPrimitive(text, R"({"material":0,"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
+                                number(text.addIndices(support::squareIndices)) + "}");
+        text.set("images", R"([{"bufferView":)" + number(view) + R"(,"mimeType":"image/webp"}])");
+        text.set("textures", R"([{"extensions":{"EXT_texture_webp":{"source":0}}}])");
+        text.set("materials", R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}])");
+        text.set("extensionsRequired", R"(["EXT_texture_webp"])");
+        return text.make();
+    };
+    const Model model = read(make(content));
+    ASSERT_EQ(model.m_vecPictures.size(), 1U);
+    EXPECT_TRUE(model.m_vecPictures[0].m_bAlpha);
+    EXPECT_EQ(model.m_vecPictures[0].m_uiWidth, 2U);
+    const G_Image image = TW2::convert::decodePicture(model.m_vecPictures[0]);
+    EXPECT_TRUE(std::equal(pixels.begin(), pixels.end(), image.getPixels()));
+    const Model damaged = read(make(std::vector<unsigned char>(content.begin(), content.end() - 6)));
+    EXPECT_TRUE(damaged.m_vecPictures.empty());
+    EXPECT_THAT(damaged.m_vecWarnings, testing::Contains(testing::HasSubstr("is left out")));
+}
+#endif
+
+#ifdef TW2_HAS_MESHOPT
+TEST(GltfCompression, MeshoptimizersBytesAreUnpacked)
+{
+    // As packers write it: vertices of four shorts, which a node scales back, and triangles, both packed.
+    const std::vector<std::int16_t> vertices{-100, -100, 0, 0, 100, -100, 0, 0, 100, 100, 0, 0, -100, 100, 0, 0};
+    std::vector<unsigned char> packed(meshopt_encodeVertexBufferBound(4, 8));
+    packed.resize(meshopt_encodeVertexBuffer(packed.data(), packed.size(), vertices.data(), 4, 8));
+    std::vector<unsigned char> packedIndices(meshopt_encodeIndexBufferBound(6, 4));
+    packedIndices.resize(meshopt_encodeIndexBuffer(packedIndices.data(), packedIndices.size(),
+                                                   support::squareIndices.data(), support::squareIndices.size()));
+    const auto make =
+        [&vertices](const std::vector<unsigned char>& packedVertices, const std::vector<unsigned char>& indices)
+    {
+        GltfText text;
+        const int bytes = text.addView(packedVertices.data(), packedVertices.size());
+        const int indexBytes = text.addView(indices.data(), indices.size());
+        const auto extension = [](std::size_t offset, std::size_t size, const std::string& more)
+        {
+            return R"(,"extensions":{"EXT_meshopt_compression":{"buffer":0,"byteOffset":)" + std::to_string(offset) +
+                   R"(,"byteLength":)" + std::to_string(size) + more + "}}";
+        };
+        static_cast<void>(bytes);
+        static_cast<void>(indexBytes);
+        const std::size_t second = (packedVertices.size() + 3) / 4 * 4;
+        const std::vector<unsigned char> nothing(32);
+        const int view =
+            text.addView(nothing.data(), 32,
+                         R"(,"byteStride":8)" +
+                             extension(0, packedVertices.size(), R"(,"byteStride":8,"count":4,"mode":"ATTRIBUTES")"));
+        const int indexView = text.addView(
+            nothing.data(), 12, extension(second, indices.size(), R"(,"byteStride":2,"count":6,"mode":"TRIANGLES")"));
+        const int positions = text.addAccessor(view, GltfText::SHORT, vertices.size() / 4, "VEC3");
+        const int corners = text.addAccessor(indexView, GltfText::UNSIGNED_SHORT, 6, "SCALAR");
+        showPrimitive(text,
+                      R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(corners) + "}");
+        text.set("extensionsRequired", R"(["KHR_mesh_quantization","EXT_meshopt_compression"])");
+        return text.make();
+    };
+    const Mesh mesh = read(make(packed, packedIndices)).m_vecMeshes.at(0);
+    auto corners = getCorners(mesh);
+    ASSERT_EQ(corners.size(), 6U);
+    std::ranges::sort(corners);
+    EXPECT_EQ(corners.front(), (std::array<float, 3>{-100, -100, 0}));
+    EXPECT_EQ(corners.back(), (std::array<float, 3>{100, 100, 0}));
+    expectFrontsOutside(mesh);
+    std::vector<unsigned char> damaged(packed.begin(), packed.begin() + 5);
+    EXPECT_THAT(getRefusal(make(damaged, packedIndices)),
+                testing::HasSubstr("bufferViews[2]: its packed bytes are damaged"));
+}
+#endif
+
+#ifdef TW2_HAS_DRACO
+TEST(GltfCompression, DracosTrianglesAllComeThrough)
+{
+    draco::TriangleSoupMeshBuilder builder;
+    builder.Start(2);
+    const int places = builder.AddAttribute(draco::GeometryAttribute::POSITION, 3, draco::DT_FLOAT32);
+    const std::vector<std::array<float, 3>> square{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    for (std::size_t face = 0; face < 2; ++face)
+    {
+        const auto corner = [&square, face](std::size_t i)
+        { return square[support::squareIndices[3 * face + i]].data(); };
+        builder.SetAttributeValuesForFace(places, draco::FaceIndex(static_cast<std::uint32_t>(face)), corner(0),
+                                          corner(1), corner(2));
+    }
+    const std::unique_ptr<draco::Mesh> source = builder.Finalize();
+    draco::Encoder encoder;
+    draco::EncoderBuffer packed;
+    ASSERT_TRUE(encoder.EncodeMeshToBuffer(*source, &packed).ok());
+    const auto make = [&packed](std::size_t size)
+    {
+        GltfText text;
+        const int view = text.addView(packed.data(), size);
+        const int positions = text.addAccessor(-1, GltfText::FLOAT, 4, "VEC3");
+        const int indices = text.addAccessor(-1, GltfText::UNSIGNED_SHORT, 6, "SCALAR");
+        showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(indices) +
+                                R"(,"extensions":{"KHR_draco_mesh_compression":{"bufferView":)" + number(view) +
+                                R"(,"attributes":{"POSITION":0}}}})");
+        text.set("extensionsRequired", R"(["KHR_draco_mesh_compression"])");
+        return text.make();
+    };
+    const Mesh mesh = read(make(packed.size())).m_vecMeshes.at(0);
+    EXPECT_EQ(mesh.m_vecIndices.size(), 6U);
+    auto corners = getCorners(mesh);
+    std::ranges::sort(corners);
+    corners.erase(std::unique(corners.begin(), corners.end()), corners.end());
+    ASSERT_EQ(corners.size(), 4U);
+    EXPECT_EQ(corners.front(), (std::array<float, 3>{-1, -1, 0}));
+    expectFrontsOutside(mesh);
+    EXPECT_THAT(getRefusal(make(packed.size() / 2)),
+                testing::HasSubstr("primitives[0].extensions.KHR_draco_mesh_compression"));
+}
+#endif
+}  // namespace

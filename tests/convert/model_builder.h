@@ -1,0 +1,119 @@
+#pragma once
+
+#include "convert/model.h"
+
+#include <cmath>
+#include <numbers>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Models for the tests of the converter's steps, put together by hand.
+namespace convert_test
+{
+using TW2::convert::Bone;
+using TW2::convert::Channel;
+using TW2::convert::Clip;
+using TW2::convert::Curve;
+using TW2::convert::Interpolation;
+using TW2::convert::Matrixd;
+using TW2::convert::Mesh;
+using TW2::convert::Model;
+using TW2::convert::Node;
+using TW2::convert::Quaternion;
+using TW2::convert::Vector3d;
+
+inline Matrixd move(double x, double y, double z)
+{
+    return Matrixd::translation({x, y, z});
+}
+
+/// Turns the x axis towards the y axis.
+inline Matrixd turnZ(double degrees)
+{
+    const double angle = degrees * std::numbers::pi / 180.0;
+    Matrixd result;
+    result.setRow(0, {std::cos(angle), std::sin(angle), 0.0});
+    result.setRow(1, {-std::sin(angle), std::cos(angle), 0.0});
+    return result;
+}
+
+inline Matrixd scale(double factor)
+{
+    Matrixd result;
+    for (int row = 0; row < 3; ++row)
+    {
+        result.setRow(row, result.getRow(row) * factor);
+    }
+    return result;
+}
+
+/// The same rotation as `turnZ`.
+inline Quaternion spinZ(double degrees)
+{
+    const double half = degrees * std::numbers::pi / 360.0;
+    return {std::cos(half), 0.0, 0.0, std::sin(half)};
+}
+
+inline void addNode(Model& model, const std::string& name, int parent, const Matrixd& local)
+{
+    model.m_vecNodes.push_back({name, parent, local, {}, {}});
+}
+
+/// `count` nodes, each one unit along x from the one before.
+inline Model makeChain(int count)
+{
+    Model model;
+    for (int i = 0; i < count; ++i)
+    {
+        addNode(model, "node" + std::to_string(i), i - 1, move(i == 0 ? 0.0 : 1.0, 0.0, 0.0));
+    }
+    return model;
+}
+
+/// A triangle that hangs on bones: vertex i on bone i % bones.
+inline Mesh makeSkin(const std::vector<std::pair<int, Matrixd>>& bones)
+{
+    Mesh mesh;
+    mesh.m_strName = "skin";
+    mesh.m_vecPositions = {{0.0F, 0.0F, 0.0F}, {1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F}};
+    mesh.m_vecNormals.assign(3, {0.0F, 0.0F, -1.0F});
+    mesh.m_vecIndices = {0, 2, 1};
+    for (const auto& [node, offset] : bones)
+    {
+        Bone bone;
+        bone.m_iNode = node;
+        bone.m_offset = offset;
+        for (unsigned int vertex = static_cast<unsigned int>(mesh.m_vecBones.size()); vertex < 3;
+             vertex += static_cast<unsigned int>(bones.size()))
+        {
+            bone.m_vecWeights.emplace_back(vertex, 1.0F);
+        }
+        mesh.m_vecBones.push_back(bone);
+    }
+    return mesh;
+}
+
+template <typename T>
+Curve<T> makeCurve(Interpolation interpolation, const std::vector<std::pair<double, T>>& keys)
+{
+    Curve<T> curve;
+    curve.m_eInterpolation = interpolation;
+    for (const auto& [time, value] : keys)
+    {
+        curve.m_vecTimes.push_back(time);
+        curve.m_vecValues.push_back(value);
+    }
+    return curve;
+}
+
+inline double largestDifference(const Matrixd& a, const Matrixd& b)
+{
+    double largest = 0.0;
+    for (int row = 0; row < 4; ++row)
+    {
+        largest = std::max(largest, (a.getRow(row) - b.getRow(row)).length());
+    }
+    return largest;
+}
+}  // namespace convert_test

@@ -1,0 +1,120 @@
+#include "convert/skeleton.h"
+
+#include "tests/convert/model_builder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace
+{
+using namespace convert_test;
+using TW2::convert::makeSkeleton;
+using TW2::convert::Skeleton;
+
+Skeleton makeQuietly(const Model& model)
+{
+    std::vector<std::string> warnings;
+    Skeleton skeleton = makeSkeleton(model, warnings);
+    EXPECT_THAT(warnings, testing::IsEmpty());
+    return skeleton;
+}
+
+/// A chain of three nodes under a holder, the last two of which carry a skin.
+Model makeCharacter(const Matrixd& holder, const Matrixd& boundWith)
+{
+    Model model = makeChain(3);
+    addNode(model, "holder", -1, holder);
+    model.m_vecMeshes.push_back(
+        makeSkin({{1, boundWith * move(1, 0, 0).inverse()}, {2, boundWith * move(2, 0, 0).inverse()}}));
+    model.m_vecNodes[3].m_vecMeshes = {0};
+    return model;
+}
+}  // namespace
+
+TEST(Skeleton, NamesAreToldApartAndKeepTheirLetters)
+{
+    Model model;
+    for (const char* name : {"Hüfte", "arm", "Arm", "", "arm_2", "arm"})
+    {
+        addNode(model, name, model.m_vecNodes.empty() ? -1 : 0, Matrixd());
+    }
+    std::vector<std::string> warnings;
+    const Skeleton skeleton = makeSkeleton(model, warnings);
+    std::vector<std::string> names;
+    for (const auto& joint : skeleton.m_vecJoints)
+    {
+        names.push_back(joint.m_strName);
+    }
+    EXPECT_THAT(names, testing::ElementsAre("Hüfte", "arm", "Arm_2", "node", "arm_2_2", "arm_3"));
+    EXPECT_THAT(warnings, testing::ElementsAre(testing::AllOf(testing::HasSubstr("several nodes have one name"),
+                                                              testing::HasSubstr("3 are written with a number"))));
+}
+
+TEST(Skeleton, ASkinBoundInTheFilesRestPoseStandsInItWhateverHoldsTheMesh)
+{
+    for (const Matrixd& holder : {Matrixd(), scale(0.01) * turnZ(90.0), move(7, 8, 9)})
+    {
+        const Model model = makeCharacter(holder, Matrixd());
+        const Skeleton skeleton = makeQuietly(model);
+        EXPECT_LT(largestDifference(skeleton.m_vecMeshToSkin[0], Matrixd()), 1e-9);
+        for (std::size_t node = 0; node < 3; ++node)
+        {
+            EXPECT_LT(largestDifference(skeleton.m_vecJoints[node].m_world, move(static_cast<double>(node), 0, 0)),
+                      1e-9);
+        }
+    }
+}
+
+TEST(Skeleton, AMeshModelledInAnotherSpaceIsBroughtToItsBones)
+{
+    // Modelled a hundred times as large and turned; its inverse bind matrices know.
+    const Matrixd toBones = scale(0.01) * turnZ(-90.0);
+    const Skeleton skeleton = makeQuietly(makeCharacter(Matrixd(), toBones));
+    EXPECT_LT(largestDifference(skeleton.m_vecMeshToSkin[0], toBones), 1e-9);
+    EXPECT_LT(largestDifference(skeleton.m_vecJoints[2].m_world, move(2, 0, 0)), 1e-9);
+}
+
+TEST(Skeleton, SkinsThatWereModelledBesideEachOtherStandAsTheyWereModelled)
+{
+    // The body's upper bone leans in the file's rest pose, and the face goes with it; both were bound upright.
+    Model model = makeChain(3);
+    model.m_vecNodes[1].m_local = turnZ(5.0) * model.m_vecNodes[1].m_local;
+    addNode(model, "body", -1, Matrixd());
+    addNode(model, "face", -1, move(2, 1, 0));
+    model.m_vecMeshes.push_back(makeSkin({{0, Matrixd()}, {1, move(1, 0, 0).inverse()}}));
+    model.m_vecMeshes.push_back(makeSkin({{2, move(0, 1, 0)}}));
+    model.m_vecNodes[3].m_vecMeshes = {0};
+    model.m_vecNodes[4].m_vecMeshes = {1};
+    const Skeleton skeleton = makeQuietly(model);
+    EXPECT_LT(largestDifference(skeleton.m_vecMeshToSkin[0], Matrixd()), 1e-9);
+    EXPECT_LT(largestDifference(skeleton.m_vecMeshToSkin[1], move(2, 1, 0)), 1e-9);
+    EXPECT_LT(largestDifference(skeleton.m_vecJoints[2].m_world, move(2, 0, 0)), 1e-9) << "the face's bone";
+}
+
+TEST(Skeleton, BoneThatTwoMeshesBoundDifferentlyGetsOneCompanion)
+{
+    Model model = makeChain(2);
+    for (int mesh = 0; mesh < 4; ++mesh)
+    {
+        // The first as the file stands; the others with the second bone turned.
+        const Matrixd second = mesh == 0 ? move(1, 0, 0) : turnZ(40.0) * move(1, 0, 0);
+        model.m_vecMeshes.push_back(makeSkin({{0, Matrixd()}, {1, second.inverse()}}));
+        model.m_vecNodes[0].m_vecMeshes.push_back(mesh);
+    }
+    const Skeleton skeleton = makeQuietly(model);
+    ASSERT_EQ(skeleton.m_vecJoints.size(), 3U) << "the three meshes share it";
+    EXPECT_EQ(skeleton.m_vecJoints[2].m_iParent, 1);
+    EXPECT_LT(largestDifference(skeleton.m_vecJoints[2].m_world, turnZ(40.0) * move(1, 0, 0)), 1e-9);
+    EXPECT_THAT(skeleton.m_vecBones, testing::ElementsAre(testing::ElementsAre(0, 1), testing::ElementsAre(0, 2),
+                                                          testing::ElementsAre(0, 2), testing::ElementsAre(0, 2)));
+}
+
+TEST(Skeleton, WhatHangsOnBonesGoesWithThemIntoTheBindPose)
+{
+    Model model = makeCharacter(Matrixd(), Matrixd());
+    addNode(model, "hat", 2, move(0, 1, 0));
+    // Bound with the second bone bent upwards.
+    model.m_vecMeshes[0].m_vecBones[1].m_offset = (turnZ(90.0) * move(2, 0, 0)).inverse();
+    const Skeleton skeleton = makeQuietly(model);
+    EXPECT_LT(largestDifference(skeleton.m_vecJoints[4].m_world, move(0, 1, 0) * turnZ(90.0) * move(2, 0, 0)), 1e-9);
+}

@@ -1,0 +1,209 @@
+#include "convert/track_reduction.h"
+
+#include "convert/clip_sampler.h"
+#include "convert/clip_writer.h"
+#include "tests/convert/model_builder.h"
+
+#include <tw2/keyframe/keyframe_animation.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace
+{
+using namespace convert_test;
+using TW2::convert::ClipSampler;
+using TW2::convert::makeRecords;
+using TW2::convert::makeSkeleton;
+using TW2::convert::PlaybackMeter;
+using TW2::convert::PoseError;
+using TW2::convert::reduceClip;
+using TW2::convert::ReducedClip;
+using TW2::convert::Seam;
+using TW2::convert::Skeleton;
+using TW2::convert::Tolerance;
+using TW2::convert::Track;
+
+constexpr Tolerance s_tolerance{0.002, 0.1};
+
+/// A model whose clip is reduced.
+struct Reduced
+{
+    Model m_model;
+    Clip m_clip;
+    Skeleton m_skeleton;
+    ReducedClip m_reduced;
+
+    Reduced(Model model, Clip clip, int rate = 0) : m_model(std::move(model)), m_clip(std::move(clip))
+    {
+        std::vector<std::string> warnings;
+        m_skeleton = makeSkeleton(m_model, warnings);
+        m_reduced = reduceClip(m_model, m_skeleton, m_clip, s_tolerance, rate);
+    }
+
+    [[nodiscard]] std::size_t countKeys() const
+    {
+        std::size_t keys = 0;
+        for (const Track& track : m_reduced.m_vecTracks)
+        {
+            keys += track.m_vecKeys.size();
+        }
+        return keys;
+    }
+    /// As the library plays it.
+    [[nodiscard]] PoseError measure() const
+    {
+        std::vector<double> times;
+        for (unsigned int i = 0; i <= (m_reduced.m_uiFrames - 1) * 4; ++i)
+        {
+            times.push_back(i / 4.0);
+        }
+        return PlaybackMeter(m_model, m_skeleton)
+            .measure(m_clip, makeRecords(m_skeleton, m_reduced, m_reduced.m_eSeam), nullptr, m_reduced.m_iFrameRate,
+                     times);
+    }
+};
+
+/// Rotations of every node of a chain of `nodes`, sampled at 30 keys a second.
+Clip makeWaving(int nodes, double seconds, const std::function<double(int, double)>& degrees)
+{
+    Clip clip;
+    clip.m_dDuration = seconds;
+    for (int node = 0; node < nodes; ++node)
+    {
+        Channel channel;
+        channel.m_iNode = node;
+        for (int i = 0; i <= seconds * 30.0; ++i)
+        {
+            channel.m_rotations.m_vecTimes.push_back(i / 30.0);
+            channel.m_rotations.m_vecValues.push_back(spinZ(degrees(node, i / 30.0)));
+        }
+        clip.m_vecChannels.push_back(std::move(channel));
+    }
+    return clip;
+}
+}  // namespace
+
+TEST(Reduction, StaysWithinTheToleranceAtTheEndOfALongLimb)
+{
+    const auto wave = [](int node, double t) { return 10.0 * std::sin(t + node); };
+    const Reduced reduced(makeChain(12), makeWaving(12, 4.0, wave));
+    EXPECT_TRUE(reduced.measure().isWithin(s_tolerance))
+        << reduced.measure().m_dDistance << " units, " << reduced.measure().m_dDegrees << " degrees";
+    EXPECT_LT(reduced.countKeys(), reduced.m_reduced.m_uiSampledKeys / 2);
+}
+
+TEST(Reduction, KeepsOnlyTheEndsOfWhatPlaybackInterpolatesItself)
+{
+    Clip clip;
+    clip.m_dDuration = 2.0;
+    Channel channel;
+    channel.m_positions = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {0, 0, 0}}, {2.0, {8, 0, 0}}});
+    clip.m_vecChannels.push_back(channel);
+    const Reduced reduced(makeChain(3), clip);
+    EXPECT_EQ(reduced.m_reduced.m_vecTracks[0].m_vecKeys.size(), 2U);
+    EXPECT_EQ(reduced.m_reduced.m_vecTracks[1].m_vecKeys.size(), 1U) << "a joint that the clip does not move";
+    EXPECT_EQ(reduced.m_reduced.m_vecTracks[2].m_vecKeys.size(), 1U);
+}
+
+TEST(Reduction, NeverEndsWithMoreKeysThanWereSampled)
+{
+    // Rough motion, in which no key can be spared, at the file's rate and at one that does not fit its keys.
+    const auto rough = [](int node, double t) { return 60.0 * std::sin(1e4 * (t + 1.0) * (node + 1)); };
+    for (const int rate : {0, 30, 25})
+    {
+        const Reduced reduced(makeChain(6), makeWaving(3, 3.0, rough), rate);
+        EXPECT_LE(reduced.countKeys(), reduced.m_reduced.m_uiSampledKeys) << "rate " << rate;
+        for (const Track& track : reduced.m_reduced.m_vecTracks)
+        {
+            EXPECT_LE(track.m_vecKeys.size(), reduced.m_reduced.m_uiFrames);
+        }
+    }
+}
+
+TEST(Reduction, MotionThatBendsBetweenItsKeysGetsMoreFrames)
+{
+    // A turn of 120 degrees from one key to the next is nothing that straight blending of matrices gets right.
+    const Reduced reduced(makeChain(2), makeWaving(1, 1.0, [](int, double t) { return 120.0 * 30.0 * t; }));
+    EXPECT_GT(reduced.m_reduced.m_iFrameRate, 100);
+    EXPECT_TRUE(reduced.measure().isWithin(s_tolerance)) << reduced.measure().m_dDegrees;
+    // Asked for a rate, it keeps that and tells how wrong it is.
+    const Reduced slow(makeChain(2), makeWaving(1, 1.0, [](int, double t) { return 120.0 * 30.0 * t; }), 30);
+    EXPECT_EQ(slow.m_reduced.m_iFrameRate, 30);
+    EXPECT_FALSE(slow.measure().isWithin(s_tolerance));
+}
+
+TEST(Reduction, LooksCloselyOnlyWhereAClipIsFast)
+{
+    // Slow, for a fifth of a second 60 degrees from key to key, and slow again.
+    const auto hasty = [](int node, double t)
+    { return 8.0 * std::sin(2.0 * t + node) + (node == 1 ? 1800.0 * std::clamp(t - 2.0, 0.0, 0.2) : 0.0); };
+    const Reduced reduced(makeChain(4), makeWaving(4, 5.0, hasty));
+    EXPECT_GT(reduced.m_reduced.m_iFrameRate, 100);
+    EXPECT_TRUE(reduced.measure().isWithin(s_tolerance))
+        << reduced.measure().m_dDistance << " units, " << reduced.measure().m_dDegrees << " degrees";
+    const std::vector<double>& times = reduced.m_reduced.m_vecLookedAt;
+    EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
+    EXPECT_EQ(times.front(), 0.0);
+    EXPECT_EQ(times.back(), reduced.m_reduced.m_uiFrames - 1.0);
+    EXPECT_LT(times.size(), 2 * reduced.m_reduced.m_uiFrames) << "the fast part alone needs four times as many";
+}
+
+TEST(Reduction, StepsStayStepsAtTheRateOfTheirKeys)
+{
+    Clip clip;
+    clip.m_dDuration = 2.0;
+    Channel channel;
+    channel.m_positions = makeCurve<Vector3d>(
+        Interpolation::Step, {{0.0, {0, 0, 0}}, {0.5, {3, 0, 0}}, {1.5, {-2, 0, 0}}, {2.0, {0, 0, 0}}});
+    clip.m_vecChannels.push_back(channel);
+    channel.m_iNode = 1;
+    channel.m_positions = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {0, 0, 0}}, {2.0, {1, 0, 0}}});
+    clip.m_vecChannels.push_back(channel);
+    const Reduced reduced(makeChain(2), clip);
+    EXPECT_EQ(reduced.m_reduced.m_iFrameRate, 10) << "more frames would not make it any better";
+    EXPECT_LT(reduced.measure().m_dDistance, 1e-5);
+    // The library's own track, right before and at the jump.
+    const auto records = makeRecords(reduced.m_skeleton, reduced.m_reduced, Seam::Open);
+    const TW2::TW_KeyframeAnimation track(records[0], false);
+    M_Matrix4x3Template<float> matrix;
+    track.animateFrame(matrix, 4.99F);
+    EXPECT_EQ(matrix.getTranslation().x, 0.0F);
+    track.animateFrame(matrix, 5.0F);
+    EXPECT_EQ(matrix.getTranslation().x, 3.0F);
+}
+
+TEST(Reduction, ScaleAndShearAreKept)
+{
+    // The parent grows along one axis while the child turns: in the scene the child is sheared.
+    Clip clip = makeWaving(2, 1.0, [](int node, double t) { return node == 1 ? 90.0 * t : 0.0; });
+    clip.m_vecChannels[0].m_scales = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {1, 1, 1}}, {1.0, {3, 1, 1}}});
+    const Reduced reduced(makeChain(2), clip);
+    EXPECT_TRUE(reduced.measure().isWithin(s_tolerance)) << reduced.measure().m_dDistance;
+}
+
+TEST(LoopSeam, IsFoundByTheClipsOwnPoses)
+{
+    const auto seamOf = [](const Clip& clip) { return Reduced(makeChain(3), clip).m_reduced.m_eSeam; };
+    const auto turn = [](double degreesPerSecond)
+    { return [degreesPerSecond](int node, double t) { return node == 0 ? degreesPerSecond * t : 0.0; }; };
+    EXPECT_EQ(seamOf(makeWaving(1, 2.0, turn(180.0))), Seam::SameFrame) << "the last frame is the first one again";
+    EXPECT_EQ(seamOf(makeWaving(1, 59.0 / 30.0, turn(180.0))), Seam::NextFrame) << "one step is missing";
+    EXPECT_EQ(seamOf(makeWaving(1, 1.0, turn(180.0))), Seam::Open);
+    EXPECT_EQ(seamOf(makeWaving(1, 1.0 / 30.0, turn(180.0))), Seam::Open) << "too short to have a seam";
+}
+
+TEST(LoopSeam, SaysHowTheRecordsRepeat)
+{
+    const Reduced reduced(makeChain(1), makeWaving(1, 1.0, [](int, double t) { return 10.0 * t; }));
+    const auto loops = [&reduced](Seam seam)
+    {
+        const auto record = makeRecords(reduced.m_skeleton, reduced.m_reduced, seam).front();
+        return std::pair(record.header.looping, record.loopInterpolation);
+    };
+    EXPECT_EQ(loops(Seam::Open), std::pair(false, false));
+    EXPECT_EQ(loops(Seam::SameFrame), std::pair(true, false));
+    EXPECT_EQ(loops(Seam::NextFrame), std::pair(true, true));
+}

@@ -1,0 +1,342 @@
+#include "skinned_geometry.h"
+
+#include <platform/scene/camera.h>
+#include <platform/scene/lod_object.h>
+#include <platform/scene/virtual_object.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace
+{
+using DoubleVector = M_Vector3Template<double>;
+using DoubleMatrix = M_Matrix4x3Template<double>;
+
+DoubleMatrix toDouble(const Matrix& matrix)
+{
+    DoubleMatrix result;
+    std::copy_n(matrix.data(), 12, result.data());
+    return result;
+}
+
+/// The smallest box around points, and the largest distance of one from the origin.
+struct Extent
+{
+    void add(const DoubleVector& p)
+    {
+        minimum = {std::min(minimum.x, p.x), std::min(minimum.y, p.y), std::min(minimum.z, p.z)};
+        maximum = {std::max(maximum.x, p.x), std::max(maximum.y, p.y), std::max(maximum.z, p.z)};
+        radius = std::max(radius, p.length());
+    }
+    /// Adds the box that `transform` makes of this one.
+    void addTo(Extent& other, const DoubleMatrix& transform) const
+    {
+        Extent box;
+        for (unsigned int corner = 0; corner < 8 && minimum.x <= maximum.x; ++corner)
+        {
+            box.add(transform.transformPoint({corner & 1 ? minimum.x : maximum.x, corner & 2 ? minimum.y : maximum.y,
+                                              corner & 4 ? minimum.z : maximum.z}));
+        }
+        for (unsigned int corner = 0; corner < 8 && minimum.x <= maximum.x; ++corner)
+        {
+            other.add({corner & 1 ? box.minimum.x : box.maximum.x, corner & 2 ? box.minimum.y : box.maximum.y,
+                       corner & 4 ? box.minimum.z : box.maximum.z});
+        }
+    }
+
+    DoubleVector minimum{1e9, 1e9, 1e9};
+    DoubleVector maximum{-1e9, -1e9, -1e9};
+    double radius = 0.0;
+};
+
+/// That the object's volumes hold `content` and are no larger than `most`.
+void expectBetween(P_BaseObject& object, const Extent& content, const Extent& most)
+{
+    const Vector minimum = object.getBoundingBoxMin();
+    const Vector maximum = object.getBoundingBoxMax();
+    const double content0[] = {content.minimum.x, content.minimum.y, content.minimum.z};
+    const double content1[] = {content.maximum.x, content.maximum.y, content.maximum.z};
+    const double most0[] = {most.minimum.x, most.minimum.y, most.minimum.z};
+    const double most1[] = {most.maximum.x, most.maximum.y, most.maximum.z};
+    const float box0[] = {minimum.x, minimum.y, minimum.z};
+    const float box1[] = {maximum.x, maximum.y, maximum.z};
+    constexpr double rounding = 1e-6;  // of rigid geometry; skins have a margin for it
+    for (int c = 0; c < 3 && content.radius > 0.0; ++c)
+    {
+        ASSERT_LE(static_cast<double>(box0[c]), content0[c] + rounding);
+        ASSERT_GE(static_cast<double>(box1[c]), content1[c] - rounding);
+        ASSERT_GE(static_cast<double>(box0[c]), most0[c] - 1e-3);
+        ASSERT_LE(static_cast<double>(box1[c]), most1[c] + 1e-3);
+    }
+    ASSERT_GE(static_cast<double>(object.getBoundingRadius()), content.radius - rounding);
+    ASSERT_LE(static_cast<double>(object.getBoundingRadius()), most.radius + 1e-3);
+}
+
+/// What the volumes of a mesh may hold: one box per bone, and one around what no bone moves.
+Extent getBoneBoxes(const P_VirtualObject& mesh, const DoubleMatrix& transform)
+{
+    std::vector<Extent> boxes(mesh.getBoneMatrixCount() + 1);
+    const P_SkinMesh* const skin = mesh.getPrimitive(0)->asSkinMesh();
+    for (unsigned int v = 0; v < mesh.getPrimitive(0)->getVertexBuffer().getUsedCount(); ++v)
+    {
+        const Vector p = mesh.getPrimitive(0)->getVertexBuffer().getPosition(v);
+        const DoubleVector rest{static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)};
+        bool moved = false;
+        for (unsigned int slot = 0; skin && slot < skin->getSlotCount(); ++slot)
+        {
+            if (skin->getBoneWeight(v, slot) > 0.0f)
+            {
+                moved = true;
+                boxes[std::min<std::size_t>(skin->getBoneIndex(v, slot), boxes.size() - 1)].add(rest);
+            }
+        }
+        if (!moved)
+        {
+            boxes.back().add(rest);
+        }
+    }
+    Extent result;
+    for (std::size_t b = 0; b + 1 < boxes.size(); ++b)
+    {
+        boxes[b].addTo(result, toDouble(mesh.getBoneMatrix(b)) * transform);
+    }
+    boxes.back().addTo(result, transform);
+    return result;
+}
+}  // namespace
+
+TEST(BoundingVolumes, HoldEveryVertexOfTheEnabledMeshesBelow)
+{
+    for (unsigned int seed = 0; seed < 100; ++seed)
+    {
+        Dice dice(seed);
+        std::vector<Matrix> bones(3);
+        S_Vector<const Matrix*> pointers{&bones[0], &bones[1], &bones[2]};
+        std::vector<std::unique_ptr<P_BaseObject>> objects;
+        std::vector<P_VirtualObject*> meshes;
+        for (std::size_t i = 0; i < 12; ++i)
+        {
+            if (dice.chance(0.5))
+            {
+                auto mesh = std::make_unique<P_VirtualObject>(1);
+                fill(*mesh, dice, 8, dice.chance(0.5) ? 4 : 0);  // the fourth has no matrix
+                mesh->setBoneMatrices(pointers);
+                mesh->enable(dice.chance(0.7));
+                meshes.push_back(mesh.get());
+                objects.push_back(std::move(mesh));
+            }
+            else
+            {
+                objects.push_back(std::make_unique<TestObject>());
+            }
+            objects[i]->setMatrix(dice.matrix(3.0f));
+            if (i > 0)
+            {
+                objects[i]->addTo(objects[dice.pick(i)].get());
+            }
+        }
+        for (Matrix& bone : bones)
+        {
+            bone = dice.matrix(1.0f);
+        }
+        for (const std::unique_ptr<P_BaseObject>& top : objects)
+        {
+            Extent content;
+            Extent most;
+            for (P_VirtualObject* mesh : meshes)
+            {
+                DoubleMatrix toTop;
+                const P_BaseObject* at = mesh;
+                while (at && at != top.get())
+                {
+                    toTop = toTop * toDouble(at->getMatrix());
+                    at = at->getParent();
+                }
+                if (!at || !mesh->isEnabled())
+                {
+                    continue;
+                }
+                for (unsigned int v = 0; v < 8; ++v)
+                {
+                    content.add(toTop.transformPoint(getSkinned(*mesh, v)));
+                }
+                const Extent boxes = getBoneBoxes(*mesh, toTop);
+                boxes.addTo(most, DoubleMatrix());
+                most.radius = std::max(most.radius, boxes.radius);
+            }
+            expectBetween(*top, content, most);
+        }
+    }
+}
+
+TEST(BoundingVolumes, HoldSkinsWhateverTheirWeightsAre)
+{
+    for (unsigned int seed = 0; seed < 200; ++seed)
+    {
+        Dice dice(seed);
+        std::vector<Matrix> bones(5);
+        S_Vector<const Matrix*> pointers;
+        for (Matrix& bone : bones)
+        {
+            pointers.push_back(&bone);
+        }
+        P_VirtualObject object(1);
+        fill(object, dice, 30, 5);
+        object.setBoneMatrices(pointers);
+        P_TriangleMesh& mesh = *object.getPrimitive(0);
+        auto& skin = static_cast<P_SkinMesh&>(mesh);
+        const float least = seed % 3 == 0 ? -0.2f : seed % 3 == 1 ? 0.2f : 0.25f;
+        mesh.lock();
+        for (unsigned int v = 0; v < 30 && seed % 4 != 0; ++v)
+        {
+            for (unsigned int slot = 0; slot < 4; ++slot)
+            {
+                skin.setBoneWeight(v, slot, dice.number(least, 0.5f - least));
+            }
+        }
+        mesh.unlock();
+        mesh.getVertexBuffer().setUsedCount(static_cast<unsigned int>(1 + dice.pick(30)));
+        for (int pose = 0; pose < 5; ++pose)
+        {
+            Extent content;
+            for (unsigned int v = 0; v < mesh.getVertexBuffer().getUsedCount(); ++v)
+            {
+                content.add(getSkinned(object, v));
+            }
+            Extent most = content;
+            most.radius = 100.0;
+            most.minimum = {-100.0, -100.0, -100.0};
+            most.maximum = {100.0, 100.0, 100.0};
+            expectBetween(object, content, most);
+            for (Matrix& bone : bones)
+            {
+                bone = dice.matrix(2.0f);
+            }
+        }
+        // Vertices that were not in use when the geometry was written.
+        mesh.lock();
+        mesh.unlock();
+        mesh.getVertexBuffer().setUsedCount(30);
+        Extent content;
+        for (unsigned int v = 0; v < 30; ++v)
+        {
+            content.add(getSkinned(object, v));
+        }
+        ASSERT_GE(static_cast<double>(object.getBoundingRadius()), content.radius - 1e-6);
+    }
+}
+
+TEST(BoundingVolumes, ComeFromTheLevelInUseAndStayWhenTheyAreFixed)
+{
+    const auto makePoint = [](P_VirtualObject& object, float x)
+    {
+        P_TriangleMesh* mesh = object.createTriangleMesh(0, nullptr, makeFormat(0x10));
+        mesh->allocate(0, 1, false);
+        mesh->lock();
+        mesh->getVertexBuffer().setPosition(0, {x, 0.0f, 0.0f});
+        mesh->unlock();
+    };
+    P_VirtualObject fine(1);
+    P_VirtualObject coarse(1);
+    makePoint(fine, 1.0f);
+    makePoint(coarse, 2.0f);
+    TestObject root;
+    P_LODObject lod(2);
+    lod.addTo(&root);
+    lod.setLODObject(0, &fine, 10.0f);
+    lod.setLODObject(1, &coarse, 20.0f);
+    EXPECT_EQ(root.getBoundingRadius(), 0.0f);
+    lod.calculateLOD();
+    EXPECT_EQ(root.getBoundingRadius(), 1.0f);
+    lod.removeLODObject(0);
+    lod.calculateLOD();
+    EXPECT_EQ(root.getBoundingRadius(), 2.0f);
+    root.setEngineFlag(P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME, true);
+    root.setBoundingRadius(7.0f);
+    root.setBoundingBox({-1.0f, -1.0f, -1.0f}, {1.0f, 1.0f, 1.0f});
+    EXPECT_EQ(root.getBoundingRadius(), 7.0f);
+    root.calculateBoundingVolumes();
+    EXPECT_EQ(root.getBoundingRadius(), 2.0f);
+
+    // Sphere and box must both touch the view volume; what is switched off is not asked.
+    P_Camera camera;
+    root.setPosition(0.0f, 0.0f, -3.0f);
+    root.setBoundingRadius(5.0f);
+    root.setBoundingBox({-1.0f, -1.0f, -1.0f}, {1.0f, 1.0f, 1.0f});
+    EXPECT_TRUE(root.isInsideViewVolume(&camera));
+    root.setEngineFlag(P_BaseObject::FLAG_BOUNDING_SPHERE, true);
+    EXPECT_TRUE(root.isInsideViewVolume(&camera));
+    root.setEngineFlag(P_BaseObject::FLAG_BOUNDING_BOX, true);
+    EXPECT_FALSE(root.isInsideViewVolume(&camera));
+    EXPECT_TRUE(root.isInsideViewVolume(nullptr));
+    Matrix larger = root.getMatrix();
+    larger.m[2][2] = 4.0f;
+    root.setMatrix(larger);
+    EXPECT_TRUE(root.isInsideViewVolume(&camera));
+}
+
+TEST(BoundingVolumes, ASphereIsInViewWhereverAPointOfItIs)
+{
+    P_Camera camera;
+    TestObject object;
+    object.setBoundingRadius(1.0f);
+    object.setEngineFlags(P_BaseObject::FLAG_BOUNDING_SPHERE | P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME);
+    Dice dice(9);
+    int seen = 0;
+    for (int i = 0; i < 3000; ++i)
+    {
+        // Any rows: sheared, mirrored, flat.
+        Matrix matrix;
+        matrix.setRow(0, dice.vector(1.5f));
+        matrix.setRow(1, dice.vector(1.5f));
+        matrix.setRow(2, dice.chance(0.3) ? matrix.getRow(1) * -1.2f : dice.vector(1.5f));
+        matrix.setTranslation(dice.vector(3.0f));
+        object.setMatrix(matrix);
+        for (int k = 0; k < 60; ++k)
+        {
+            const Vector p = matrix.transformPoint(dice.vector(1.0f).normalized());
+            const P_Camera::ViewVolume& planes = camera.getViewVolume();
+            if (std::all_of(planes.begin(), planes.end(),
+                            [&p](const P_Camera::Plane& plane)
+                            { return plane.m_vNormal.dot(p) + plane.m_fDistance > 1e-4f; }))
+            {
+                ++seen;
+                ASSERT_TRUE(object.isInsideViewVolume(&camera)) << i;
+                break;
+            }
+        }
+    }
+    EXPECT_GT(seen, 500);
+    object.setMatrix(Matrix::translation({0.0f, 0.0f, -1.2f}));
+    EXPECT_FALSE(object.isInsideViewVolume(&camera));
+}
+
+// A view volume that is kept follows the camera all the same.
+TEST(BoundingVolumes, AreTestedAgainstTheCameraWhereItIsNow)
+{
+    P_Camera camera;
+    TestObject carrier;
+    camera.addTo(&carrier);
+    TestObject object;
+    object.setBoundingRadius(1.0f);
+    object.setEngineFlags(P_BaseObject::FLAG_BOUNDING_SPHERE | P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME);
+    object.setPosition(0.0f, 0.0f, 10.0f);
+    EXPECT_TRUE(object.isInsideViewVolume(&camera));
+    carrier.setPosition(50.0f, 0.0f, 0.0f);
+    EXPECT_FALSE(object.isInsideViewVolume(&camera));
+    carrier.setPosition(0.0f, 0.0f, 0.0f);
+    EXPECT_TRUE(object.isInsideViewVolume(&camera));
+    camera.accessMatrix().m[3][0] = 50.0f;
+    camera.invalidateMatrices();
+    EXPECT_FALSE(object.isInsideViewVolume(&camera));
+    camera.setPosition(0.0f, 0.0f, 0.0f);
+    (void)camera.getObjectToWorldMatrix();
+    camera.setPerspective(60.0f, 1.0f, 0.1f, 5.0f);
+    EXPECT_FALSE(object.isInsideViewVolume(&camera));
+    camera.setPosition(0.0f, 0.0f, 6.0f);
+    EXPECT_TRUE(object.isInsideViewVolume(&camera));
+}

@@ -1,0 +1,158 @@
+#include "render/studio.h"
+
+#include <platform/scene/camera.h>
+#include <platform/scene/directional_light.h>
+#include <platform/scene/material.h>
+#include <platform/scene/material_helpers.h>
+#include <platform/scene/scene.h>
+#include <platform/scene/virtual_object.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+using Vector = M_Vector3Template<float>;
+using Matrix = M_Matrix4x3Template<float>;
+
+TEST(Framing, BringsEveryPointIntoThePictureAndTouchesTwoOppositeEdges)
+{
+    const std::array<TW2::render::Viewpoint, 3> viewpoints{TW2::render::Viewpoint{},
+                                                           TW2::render::Viewpoint{-120.0F, 60.0F, 20.0F, 1.0F},
+                                                           TW2::render::Viewpoint{90.0F, -10.0F, 90.0F, 1.0F}};
+    std::vector<Vector> points;
+    for (int i = 0; i < 60; ++i)
+    {
+        const auto t = static_cast<float>(i);
+        points.push_back({100.0F + 7.0F * std::sin(t), 3.0F * std::cos(2.0F * t), -20.0F + 11.0F * std::sin(3.0F * t)});
+    }
+    for (const auto& viewpoint : viewpoints)
+    {
+        P_Camera camera;
+        TW2::render::frameCamera(camera, points, viewpoint, 1.5F);
+        const M_Matrix4Template<float> toPicture =
+            M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix();
+        float widest = 0.0F;
+        for (const Vector& point : points)
+        {
+            const Vector p = toPicture.projectPoint(point);
+            widest = std::max({widest, std::abs(p.x), std::abs(p.y)});
+            EXPECT_GT(p.z, 0.0F);
+            EXPECT_LT(p.z, 1.0F);
+        }
+        EXPECT_NEAR(widest * viewpoint.m_fMargin, 1.0F, 1e-3F);
+    }
+}
+
+TEST(Framing, LeavesOutWhatIsNotDrawn)
+{
+    P_VirtualObject object(2);
+    P_VertexFormat format;
+    format.constructFromOldVertexFormat(P_VertexFormat::POSITION);
+    for (int primitive = 0; primitive < 2; ++primitive)
+    {
+        P_TriangleMesh& mesh = *object.createTriangleMesh(primitive, nullptr, format);
+        mesh.allocate(1, 3, false);
+        mesh.lock();
+        mesh.getVertexBuffer().setPosition(0, {10.0F * static_cast<float>(primitive), 1.0F, 2.0F});
+        mesh.unlock();
+    }
+    object.setMatrix(M_Matrix4x3Template<float>::translation({0.0F, 5.0F, 0.0F}));
+    object.getPrimitiveInstance(0)->setVisible(false);
+    std::vector<Vector> vertices;
+    TW2::render::collectVertices(object, vertices);
+    ASSERT_EQ(vertices.size(), 3U) << "those of the visible primitive";
+    EXPECT_EQ(vertices[0], (Vector{10.0F, 6.0F, 2.0F})) << "in world space";
+    object.enable(false);
+    vertices.clear();
+    TW2::render::collectVertices(object, vertices);
+    EXPECT_TRUE(vertices.empty());
+}
+
+TEST(Framing, LeavesOutPointsThatAreNoPlaces)
+{
+    for (const float bad : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()})
+    {
+        TW2::render::Bounds bounds;
+        for (const Vector& point : {Vector{1, 2, 3}, {bad, 0, 0}, {0, bad, 0}, {0, 0, bad}, Vector{4, 0, 5}})
+        {
+            bounds.add(point);
+        }
+        EXPECT_EQ(bounds.m_vMinimum, (Vector{1, 0, 3}));
+        EXPECT_EQ(bounds.m_vMaximum, (Vector{4, 2, 5}));
+    }
+}
+
+TEST(Studio, LightComesFromTheUpperLeftTheRightAndBehindAsTheCameraSees)
+{
+    for (const float azimuth : {0.0F, 80.0F, 200.0F})
+    {
+        P_Camera camera;
+        const std::array<Vector, 2> points{Vector{-1, -1, -1}, Vector{1, 1, 1}};
+        TW2::render::frameCamera(camera, points, {azimuth, 0.0F}, 1.0F);
+        P_Scene scene;
+        const TW2::render::StudioLights lights(scene, camera, 0.5F);
+        Vector main;
+        Vector side;
+        Vector behind;
+        float strength[3] = {};
+        for (const P_BaseObject* child : scene.getChildren())
+        {
+            const auto& light = dynamic_cast<const P_DirectionalLight&>(*child);
+            const Matrix& place = light.getObjectToWorldMatrix();
+            EXPECT_NEAR(place.determinant(), 1.0F, 1e-5F);
+            const Vector seen = camera.getViewMatrix().transformDirection(place.getRow(2));
+            const int kind = seen.z < 0.0F ? 2 : seen.x < 0.0F ? 1 : 0;
+            (kind == 2 ? behind : kind == 1 ? side : main) = seen;
+            EXPECT_EQ(strength[kind], 0.0F) << "one of each";
+            strength[kind] = light.getColor().red;
+            EXPECT_LE(light.getColor().red, 127.5F) << "half the strength";
+        }
+        EXPECT_GT(main.x, 0.3F) << "from the left";
+        EXPECT_LT(main.y, -0.3F) << "and above";
+        EXPECT_LT(side.x, -0.3F) << "from the right";
+        EXPECT_LT(behind.y, -0.3F);
+        EXPECT_GT(strength[0], 2.0F * strength[1]);
+        EXPECT_GT(strength[1], 0.0F);
+        EXPECT_GT(strength[2], 0.0F);
+    }
+}
+
+TEST(Studio, WhatDoublesItsLightIsLitByHalf)
+{
+    P_VirtualObject object(1);
+    EXPECT_EQ(TW2::render::chooseLightStrength(object), 1.0F);
+    P_Material material;
+    object.getPrimitiveInstance(0)->setMaterial(&material);
+    EXPECT_EQ(TW2::render::chooseLightStrength(object), 1.0F);
+    ASSERT_TRUE(P_MaterialHelpers::makeTexture(&material, P_Material::FILTER_MODE::Point));
+    EXPECT_EQ(TW2::render::chooseLightStrength(object), 0.5F);
+}
+
+TEST(Studio, TheGridLiesUnderTheObjectAndFadesOutEvenlyAroundIt)
+{
+    TW2::render::Bounds bounds;
+    bounds.add({-2.0F, 1.0F, -2.0F});
+    bounds.add({6.0F, 4.0F, 2.0F});
+    TW2::render::View view;
+    TW2::render::addGroundGrid(view, bounds);
+    // Beyond the object by its diagonal less a tenth; a quarter of the diagonal, rounded down, from line to line.
+    const float extent = 0.9F * std::sqrt(64.0F + 9.0F + 16.0F) + 4.0F;
+    float farthest = 0.0F;
+    ASSERT_GT(view.m_vecLines.size(), 100U);
+    for (const auto& line : view.m_vecLines)
+    {
+        EXPECT_EQ(line.m_vFrom.y, 1.0F);
+        EXPECT_NEAR((line.m_vTo - line.m_vFrom).length(), 2.0F, 1e-5F);
+        const float away = ((line.m_vFrom + line.m_vTo) * 0.5F - Vector{2.0F, 1.0F, 0.0F}).length();
+        EXPECT_NEAR(line.m_color.alpha, 150.0F * std::max(0.0F, 1.0F - away / extent), 0.01F) << away;
+        farthest = std::max(farthest, away);
+    }
+    EXPECT_NEAR(farthest, extent, 1.0F);
+    view.m_vecLines.clear();
+    TW2::render::addGroundGrid(view, TW2::render::Bounds());
+    EXPECT_TRUE(view.m_vecLines.empty());
+}

@@ -1,0 +1,162 @@
+#include "tests/render/renderer_fixture.h"
+
+#include <platform/scene/directional_light.h>
+#include <platform/scene/material_helpers.h>
+
+namespace
+{
+using namespace support;
+
+class ViewOptions : public RendererFixture
+{
+};
+TW2_IN_BOTH_CONTEXTS(ViewOptions);
+}  // namespace
+
+TEST_P(ViewOptions, TransparentBackgroundsGiveCoverageAsAlpha)
+{
+    addSquare(0.0F, 0.0F, &addColor({255.0F, 0.0F, 0.0F}));
+    addSquare(-1.0F, 0.0F, &addGlass({200, 100, 50}));
+    m_view.m_bTransparent = true;
+    const G_Image picture = draw();
+    const auto alphaAt = [&picture](float x, float y)
+    {
+        return static_cast<int>(picture.getPixel(static_cast<unsigned int>((x + 2.0F) * 16.0F),
+                                                 static_cast<unsigned int>((2.0F - y) * 16.0F))[3]);
+    };
+    EXPECT_EQ(alphaAt(0.5F, 0.5F), 255);
+    EXPECT_EQ(at(picture, 0.5F, 0.5F), red);
+    EXPECT_NEAR(alphaAt(-0.5F, 0.5F), 128, 1);
+    expectColor(picture, -0.5F, 0.5F, {200, 100, 50}, "glass, whose colour is not darkened by what is not there");
+    EXPECT_EQ(alphaAt(-0.5F, -0.5F), 0);
+    m_view.m_bTransparent = false;
+    EXPECT_EQ(draw().getPixel(2, 60)[3], 255) << "opaque otherwise";
+}
+
+TEST_P(ViewOptions, ShowUnlitSurfacesAndNormals)
+{
+    P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
+    ASSERT_TRUE(P_MaterialHelpers::makeTexture(&material, P_Material::FILTER_MODE::Point));
+    material.enableLighting(true);
+    material.setTexture(0, &addMap(1, 1, {200, 100, 30, 255}));
+    P_VirtualObject& square = addSquare(-0.5F, -0.5F, &material);
+    m_view.m_ambientSky = m_view.m_ambientGround = G_FColor();
+    EXPECT_EQ(at(draw(), 0.0F, 0.0F), (std::array<int, 3>{0, 0, 0})) << "no light";
+    m_view.m_eSurface = View::Surface::Unlit;
+    expectColor(draw(), 0.0F, 0.0F, {200, 100, 30}, "unlit");
+    P_Material& plain = *m_materials.emplace_back(std::make_unique<P_Material>());
+    plain.addShadingLayer(P_Material::SHADING_MODE::Gouraud, false);
+    plain.setDiffuseColor({90.0F, 60.0F, 30.0F});
+    plain.setEmissiveColor({10.0F, 0.0F, 0.0F});
+    square.getPrimitiveInstance(0)->setMaterial(&plain);
+    expectColor(draw(), 0.0F, 0.0F, {100, 60, 30}, "unlit, without a texture");
+    m_view.m_eSurface = View::Surface::Normals;
+    expectColor(draw(), 0.0F, 0.0F, {128, 128, 0}, "a normal along negative z");
+    Matrix turned;  // by 30 degrees around y: the normal (0, 0, -1) becomes (-0.5, 0, -0.866)
+    turned.setRow(0, {std::sqrt(0.75F), 0.0F, -0.5F});
+    turned.setRow(2, {0.5F, 0.0F, std::sqrt(0.75F)});
+    square.setMatrix(turned);
+    expectColor(draw(), 0.1F, 0.2F, {64, 128, 17}, "a turned normal");
+}
+
+TEST_P(ViewOptions, ShowWhatThePickedBoneMoves)
+{
+    std::array<Matrix, 2> bones;
+    P_VirtualObject& skin = addSkin(&addColor({0.0F, 0.0F, 255.0F}), bones.data());
+    skin.setMatrix(Matrix::translation({-0.5F, -0.5F, 0.0F}));
+    P_VirtualObject& rigid = addSquare(-1.5F, -0.5F, &addColor({0.0F, 0.0F, 255.0F}));
+    m_view.m_eSurface = View::Surface::BoneWeights;
+    const std::array<int, 3> none{0, 0, 255};
+    expectColor(draw(), 0.0F, 0.0F, none, "no bone is picked");
+    m_view.m_iPickedBone = 1;
+    const G_Image half = draw();
+    expectColor(half, 0.0F, 0.0F, {0, 255, 0}, "half its weight");
+    EXPECT_GT(at(half, -1.0F, 0.0F)[2], 200) << "a rigid mesh has no weights";
+    m_view.m_pPickedMesh = &rigid;
+    EXPECT_GT(at(draw(), -1.0F, 0.0F)[0], 200) << "a mesh that is the bone";
+
+    m_view.m_eSurface = View::Surface::Materials;
+    m_view.m_bHighlight = true;
+    m_view.m_highlightColor = G_FColor(255.0F, 0.0F, 0.0F);
+    const G_Image lit = draw();
+    expectColor(lit, 0.0F, 0.0F, {96, 0, 159}, "0.75 x 0.5 of the highlight");
+    expectColor(lit, -1.0F, 0.0F, {191, 0, 64}, "0.75 of the highlight");
+}
+
+TEST_P(ViewOptions, DrawTrianglesAsLines)
+{
+    addSquare(-1.0F, -1.0F, &addColor({255.0F, 0.0F, 0.0F}))
+        .setMatrix(
+            []
+            {
+                Matrix large;
+                large.m[0][0] = large.m[1][1] = 2.0F;
+                large.setTranslation({-1.0F, -1.0F, 0.0F});
+                return large;
+            }());
+    m_view.m_wireColor = G_FColor(0.0F, 255.0F, 0.0F);
+    m_view.m_eWireframe = View::Wireframe::Only;
+    const auto count = [](const G_Image& picture, const std::array<int, 3>& color)
+    {
+        int found = 0;
+        for (int x = 0; x < 64; ++x)
+        {
+            // A row through the upper half: it meets the left side, the diagonal and the right side.
+            const std::array<int, 3> is = at(picture, -2.0F + static_cast<float>(x) / 16.0F + 0.01F, 0.5F);
+            found += std::abs(is[0] - color[0]) + std::abs(is[1] - color[1]) + std::abs(is[2] - color[2]) < 60 ? 1 : 0;
+        }
+        return found;
+    };
+    const G_Image only = draw();
+    EXPECT_EQ(count(only, red), 0);
+    EXPECT_GE(count(only, background), 54);
+    EXPECT_LE(count(only, background), 61) << "two sides and the diagonal";
+    EXPECT_EQ(at(only, -0.5F, -0.5F), background) << "the diagonal runs from the upper left to the lower right";
+    m_view.m_eWireframe = View::Wireframe::Over;
+    const G_Image over = draw();
+    EXPECT_GE(count(over, red), 25);
+    EXPECT_LT(count(over, red), 32) << "lines lie over the surface";
+}
+
+TEST_P(ViewOptions, ThrowAShadowOnTheGround)
+{
+    // A square plate one unit above the ground somewhere, seen from above at a slant; the light comes straight down.
+    const Vector stage{3.0F, 0.0F, -2.0F};
+    P_Material& color = addColor({255.0F, 0.0F, 0.0F});
+    color.setBackfaceCullingMode(P_Material::CullingMode::None);
+    Matrix plate;
+    plate.setRow(1, {0.0F, 0.0F, 1.0F});
+    plate.setRow(2, {0.0F, 1.0F, 0.0F});
+    plate.setTranslation(stage + Vector{-0.5F, 1.0F, -0.5F});
+    addSquare(0.0F, 0.0F, &color).setMatrix(plate);
+    P_DirectionalLight sun;
+    Matrix down;
+    down.setRow(1, {0.0F, 0.0F, 1.0F});
+    down.setRow(2, {0.0F, -1.0F, 0.0F});
+    sun.setMatrix(down);
+    sun.addTo(&m_scene);
+    m_camera.lookAt(stage + Vector{0.0F, 2.0F, -6.0F}, stage, {0.0F, 1.0F, 0.0F});
+    m_view.m_topColor = m_view.m_bottomColor = G_FColor(200.0F, 200.0F, 200.0F);
+    const auto project = [&](const Vector& point)
+    {
+        const Vector place = (M_Matrix4Template<float>(m_camera.getViewMatrix()) * m_camera.getProjectionMatrix())
+                                 .projectPoint(stage + point);
+        return std::pair(2.0F * place.x, 2.0F * place.y);
+    };
+    const std::array<int, 3> ground{200, 200, 200};
+    const auto [underX, underY] = project({});
+    const auto [besideX, besideY] = project({0.8F, 0.0F, 0.0F});
+    EXPECT_EQ(at(draw(), underX, underY), ground) << "no shadow is asked for";
+
+    View::Shadow& shadow = m_view.m_shadow.emplace();
+    shadow.m_fStrength = 0.5F;
+    shadow.m_casters.add(stage + Vector{-0.5F, 1.0F, -0.5F});
+    shadow.m_casters.add(stage + Vector{0.5F, 1.0F, 0.5F});
+    const G_Image shadowed = draw();
+    expectColor(shadowed, underX, underY, {100, 100, 100}, "under the plate");
+    EXPECT_EQ(at(shadowed, besideX, besideY), ground) << "beside the plate";
+    const auto [plateX, plateY] = project({0.0F, 1.0F, 0.0F});
+    EXPECT_EQ(at(shadowed, plateX, plateY), red) << "the plate itself";
+    sun.enable(false);
+    EXPECT_EQ(at(draw(), underX, underY), ground) << "no light, no shadow";
+}

@@ -1,0 +1,120 @@
+#include "render/offscreen_context.h"
+#include "render/render_exception.h"
+#include "render/scene_renderer.h"
+#include "tests/support/run_command.h"
+#include "viewer/commands.h"
+#include "viewer/failure.h"
+#include "viewer/pictures.h"
+#include "viewer/render_command.h"
+#include "viewer/viewer.h"
+
+#include <platform/image/image.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#if defined(TW2_HAS_RENDER)
+// The command that the viewer gives for its picture draws that picture.
+TEST(RenderAsViewed, TheCommandForAPictureDrawsIt)
+{
+    std::optional<TW2::render::OffscreenContext> context;
+    try
+    {
+        context.emplace();
+    }
+    catch (const TW2::render::RenderException& exception)
+    {
+        GTEST_SKIP() << exception.getErrorMessage();
+    }
+    constexpr unsigned int width = 96;
+    constexpr unsigned int height = 64;
+    TW2::render::SceneRenderer renderer;
+    const support::TemporaryDirectory folder;
+    for (const std::vector<const char*>& lines : std::vector<std::vector<const char*>>{
+             // The ground lies under the first pose for the one and under the pose that is drawn for the other.
+             {"seek 0", "show axes on", "show shadow off"},
+             {"seek 0.5", "show grid off", "show shadow off"},
+             {"clip sprout_dance", "seek 0.3", "look left", "zoom 0.7", "show skeleton on", "show grid off",
+              "show shadow off"},
+             {"seek 0.4", "blend 1 sprout_dance 0.6", "blend 0 sprout_sway 0.2", "orbit 40 20", "bone 3",
+              "show grid off", "show shadow off"},
+             {"surface normals", "show grid off", "pan 0.1 0.2", "show bounds on"},
+             {"surface unlit", "wireframe over", "show dark on", "look back", "show shadow off"},
+             {"surface weights", "bone 4", "show shadow off", "wireframe none"},
+             {"wireframe only", "show studio-lights off", "look top"},
+             {"show mesh off", "show skeleton on", "show grid off", "orbit -170 -40"}})
+    {
+        TW2::viewer::Viewer viewer;
+        viewer.open(TW2_SAMPLE "/sprout.script");
+        TW2::viewer::execute(viewer, "play off");
+        std::string all;
+        for (const char* line : lines)
+        {
+            TW2::viewer::execute(viewer, line);
+            all += std::string(line) + "; ";
+        }
+        viewer.update(0.0);
+        const G_Image seen = TW2::viewer::takePicture(viewer, renderer, width, height);
+        EXPECT_EQ(TW2::viewer::listWhatRenderLeavesOut(viewer), "") << all;
+
+        std::istringstream words(TW2::viewer::makeRenderCommand(viewer, width, height));
+        std::vector<std::string> arguments;
+        for (std::string word; words >> word;)
+        {
+            arguments.push_back(word == "picture.png" ? folder.file(word) : word);
+        }
+        ASSERT_EQ(arguments.at(0), "tw2");
+        arguments.erase(arguments.begin());
+        const support::CommandResult result = support::runTW2(arguments);
+        ASSERT_EQ(result.status, 0) << result.errors;
+        const G_Image drawn(folder.file("picture.png").c_str());
+        ASSERT_EQ(drawn.getSize(), seen.getSize());
+        int different = 0;
+        for (std::size_t i = 0; i < seen.getSize(); ++i)
+        {
+            different += std::abs(seen.getPixels()[i] - drawn.getPixels()[i]) > 24 ? 1 : 0;
+        }
+        EXPECT_LT(different, 40) << all << TW2::viewer::makeRenderCommand(viewer, width, height);
+    }
+}
+
+TEST(RenderAsViewed, ALoopIsWrittenOnceAndTheClockStandsWhereItStood)
+{
+    std::optional<TW2::render::OffscreenContext> context;
+    try
+    {
+        context.emplace();
+    }
+    catch (const TW2::render::RenderException& exception)
+    {
+        GTEST_SKIP() << exception.getErrorMessage();
+    }
+    TW2::render::SceneRenderer renderer;
+    const support::TemporaryDirectory folder;
+    TW2::viewer::Viewer viewer;
+    viewer.open(TW2_SAMPLE "/sprout.script");
+    TW2::viewer::execute(viewer, "play off");
+    TW2::viewer::execute(viewer, "seek 0.7");
+    TW2::viewer::writeLoop(viewer, renderer, folder.file("loop.gif"), 48, 32, 10.0);
+    EXPECT_EQ(viewer.getPlayback().getTime(), 0.7);
+    // Each picture is announced by a control block that tells how long it stands, in hundredths of a second.
+    const std::string bytes = folder.read("loop.gif");
+    int shown = 0;
+    for (std::size_t at = bytes.find("\x21\xF9\x04"); at != std::string::npos && at + 7 < bytes.size();
+         at = bytes.find("\x21\xF9\x04", at + 1))
+    {
+        const auto delay = static_cast<unsigned char>(bytes[at + 4]) + 256 * static_cast<unsigned char>(bytes[at + 5]);
+        shown += bytes[at + 7] == 0 ? delay : 0;
+    }
+    EXPECT_EQ(shown, 200) << "sway repeats after two seconds";
+    TW2::viewer::writeLoop(viewer, renderer, folder.file("loop.webp"), 48, 32, 10.0);
+    EXPECT_EQ(folder.read("loop.webp").substr(8, 4), "WEBP");
+    TW2::viewer::execute(viewer, "clip sprout_rest");
+    EXPECT_THROW(TW2::viewer::writeLoop(viewer, renderer, folder.file("rest.gif"), 48, 32, 10.0), TW2::viewer::Failure);
+}
+#endif

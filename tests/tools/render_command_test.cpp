@@ -1,0 +1,228 @@
+#include "tests/support/run_command.h"
+#include "tests/support/temporary_directory.h"
+
+#include <tw2/io/camera_chunk.h>
+
+#include <platform/image/image.h>
+#include <platform/runtime/memory_file_writer.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#ifdef TW2_HAS_RENDER
+namespace
+{
+using support::CommandResult;
+using support::runTW2;
+
+const std::string s_sample = TW2_SAMPLE "/sprout.script";
+
+/// The command on the sample, drawn small; skips where there is no driver.
+class RenderCommand : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (render({"--png", file("any.png")}).errors.find("No OpenGL driver") != std::string::npos)
+        {
+            GTEST_SKIP() << "no OpenGL driver";
+        }
+    }
+
+    static CommandResult render(const std::vector<std::string>& how, const std::string& script = s_sample)
+    {
+        std::vector<std::string> arguments{"render", script, "--size", "48x32"};
+        arguments.insert(arguments.end(), how.begin(), how.end());
+        return runTW2(arguments);
+    }
+
+    /// The picture that such arguments give.
+    G_Image draw(std::vector<std::string> how, const std::string& script = s_sample)
+    {
+        how.insert(how.end(), {"--png", file("drawn.png")});
+        const CommandResult result = render(how, script);
+        EXPECT_EQ(result.status, 0) << result.errors;
+        return G_Image(file("drawn.png").c_str());
+    }
+
+    [[nodiscard]] std::string file(const std::string& name) const { return m_directory.file(name); }
+    [[nodiscard]] bool exists(const std::string& name) const { return std::filesystem::exists(file(name)); }
+
+    static bool isRefused(const std::vector<std::string>& how, const std::string& reason)
+    {
+        const CommandResult result = render(how);
+        return result.status == 1 && result.errors.find(reason) != std::string::npos &&
+               std::ranges::count(result.errors, '\n') == 1;
+    }
+
+    /// Pixels that differ by more than a little.
+    static unsigned int countDifferent(const G_Image& a, const G_Image& b)
+    {
+        unsigned int count = 0;
+        for (std::size_t i = 0; i < a.getSize(); i += 4)
+        {
+            bool same = true;
+            for (std::size_t channel = 0; channel < 4; ++channel)
+            {
+                same &= std::abs(a.getPixels()[i + channel] - b.getPixels()[i + channel]) <= 6;
+            }
+            count += same ? 0 : 1;
+        }
+        return count;
+    }
+
+    support::TemporaryDirectory m_directory;
+};
+}  // namespace
+
+TEST_F(RenderCommand, WritesEveryKindOfPicture)
+{
+    const CommandResult drawn = render({"--animation", "sway", "--from", "0.5", "--to", "0.7", "--fps", "10", "-o",
+                                        file("one.png"), "-o", file("n##.png"), "--sheet", file("sheet.png"), "-o",
+                                        file("sway.GIF"), "-o", file("sway.webp"), "--skeleton"});
+    ASSERT_EQ(drawn.status, 0) << drawn.errors;
+    for (const char* name : {"one.png", "n00.png", "n01.png", "n02.png"})
+    {
+        const G_Image picture(file(name).c_str());
+        EXPECT_EQ(picture.getWidth(), 48U) << name;
+        EXPECT_EQ(picture.getHeight(), 32U) << name;
+        EXPECT_FALSE(picture.isUniform()) << name;
+        EXPECT_NE(drawn.output.find(name), std::string::npos) << "what was written is told";
+    }
+    EXPECT_FALSE(exists("n03.png"));
+    EXPECT_TRUE(exists("sheet.png"));
+    EXPECT_EQ(m_directory.read("sway.GIF").substr(0, 6), "GIF89a");
+    EXPECT_EQ(m_directory.read("sway.webp").substr(8, 4), "WEBP");
+}
+
+TEST_F(RenderCommand, FadesEndInTheSecondAnimation)
+{
+    const auto fade = [this](std::vector<std::string> how)
+    {
+        how.insert(how.end(), {"--eye", "0", "4", "-20", "--time", "0.3"});
+        draw(how);
+        return m_directory.read("drawn.png");
+    };
+    EXPECT_EQ(fade({"--blend", "sway:dance", "--weight", "1"}), fade({"--animation", "dance"}));
+    EXPECT_EQ(fade({"--blend", "dance:0", "--weight", "1"}), fade({"--animation", "0"}));
+    EXPECT_NE(fade({"--blend", "sway:dance", "--weight", "0.5"}), fade({"--animation", "dance"}));
+    EXPECT_EQ(fade({"--blend", "sway:dance", "--weight", "0..1"}), fade({"--animation", "sway"})) << "its begin";
+}
+
+TEST_F(RenderCommand, ALoopIsShownOnceWithoutItsFirstPictureAgain)
+{
+    // The dance has 41 frames at 30 per second and loops to its first: it repeats after 40 frames.
+    ASSERT_EQ(render({"--animation", "dance", "--fps", "15", "-o", file("n##.png")}).status, 0);
+    EXPECT_TRUE(exists("n19.png"));
+    EXPECT_FALSE(exists("n20.png")) << "40 frames at 30 per second are 20 pictures at 15 per second";
+    const G_Image first(file("n00.png").c_str());
+    EXPECT_GT(countDifferent(first, G_Image(file("n19.png").c_str())), 0U) << "the last picture is not the first one";
+    // A range that is asked for is shown with its end.
+    ASSERT_EQ(render({"--animation", "dance", "--fps", "15", "--to", "0.2", "-o", file("r##.png")}).status, 0);
+    EXPECT_TRUE(exists("r03.png"));
+    EXPECT_FALSE(exists("r04.png"));
+}
+
+TEST_F(RenderCommand, ASheetOfALongTimeNeedsOnlyThePicturesOnIt)
+{
+    ASSERT_EQ(
+        render({"--to", "100000", "--sheet", file("sheet.png"), "--sheet-pictures", "3", "--columns", "3"}).status, 0);
+    EXPECT_EQ(G_Image(file("sheet.png").c_str()).getWidth(), 3 * 50 + 2U);
+    EXPECT_TRUE(isRefused({"--to", "100000", "--gif", file("long.gif")}, "more than 10000"));
+    EXPECT_FALSE(exists("long.gif"));
+}
+
+TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
+{
+    EXPECT_TRUE(isRefused({}, "say what to write"));
+    EXPECT_NE(runTW2({"render", s_sample, "--png", "x.png", "--size", "huge"}).errors.find("WIDTHxHEIGHT"),
+              std::string::npos);
+    EXPECT_TRUE(isRefused({"--frames", "x.png"}, "place for the number"));
+    EXPECT_TRUE(isRefused({"--gif", "x.gif", "--from", "2", "--to", "1"}, "ends before it begins"));
+    EXPECT_TRUE(isRefused({"-o", "x.jpg"}, ".png, .gif or .webp"));
+    EXPECT_TRUE(isRefused({"--gif", "x.png"}, "ends in .gif"));
+    EXPECT_TRUE(isRefused({"-o", "x.png", "-o", "y.png"}, "same kind"));
+    EXPECT_TRUE(isRefused({"-o", "x.gif", "--transparent"}, "half transparent"));
+    EXPECT_TRUE(isRefused({"-o", "x.png", "--camera", "side"}, "the files have none"));
+    EXPECT_EQ(render({"-o", "x.png", "--camera", "side", "--turntable"}).status, 2);
+    EXPECT_EQ(render({"-o", "x.png", "--target", "0", "0", "0"}).status, 2);
+}
+
+TEST_F(RenderCommand, ShowsSurfacesAndBackgroundAsAsked)
+{
+    const std::vector<std::string> plain{"--no-grid", "--no-shadow", "--time", "0"};
+    const G_Image usual = draw(plain);
+    for (const char* option : {"--wireframe", "--normals", "--unlit", "--skeleton", "--no-lights"})
+    {
+        std::vector<std::string> how = plain;
+        how.emplace_back(option);
+        EXPECT_GT(countDifferent(usual, draw(how)), 10U) << option;
+    }
+    EXPECT_GT(countDifferent(usual, draw({"--no-grid", "--time", "0"})), 5U) << "the shadow";
+    EXPECT_GT(countDifferent(usual, draw({"--no-shadow", "--time", "0"})), 20U) << "the grid";
+    const G_Image transparent = draw({"--transparent", "--no-shadow", "--time", "0"});
+    EXPECT_EQ(transparent.getPixel(0, 0)[3], 0);
+    unsigned int opaque = 0;
+    for (std::size_t i = 3; i < transparent.getSize(); i += 4)
+    {
+        opaque += transparent.getPixels()[i] == 255 ? 1 : 0;
+    }
+    EXPECT_GT(opaque, 20U) << "the object";
+    EXPECT_LT(opaque, 48U * 32U / 2);
+}
+
+TEST_F(RenderCommand, GoesAroundWhatStandsStill)
+{
+    ASSERT_EQ(render({"--animation", "0", "--turntable", "--fps", "1", "-o", file("t#.png")}).status, 0);
+    EXPECT_TRUE(exists("t3.png"));
+    EXPECT_FALSE(exists("t4.png")) << "four seconds";
+    // The sprout in its rest pose is round; the ground's grid, which is not drawn from the same side, tells the turn.
+    EXPECT_GT(countDifferent(G_Image(file("t0.png").c_str()), G_Image(file("t1.png").c_str())), 20U);
+    // The object turns to the left: as if the camera went to the right, a quarter with each picture.
+    std::vector<std::string> axes{"--animation", "0", "--axes", "--no-mesh", "--no-grid", "--no-shadow"};
+    std::vector<std::string> turning = axes;
+    turning.insert(turning.end(), {"--turntable", "--fps", "1", "-o", file("a#.png")});
+    ASSERT_EQ(render(turning).status, 0);
+    axes.insert(axes.end(), {"--time", "0", "--azimuth", ""});
+    for (int quarter = 0; quarter < 4; ++quarter)
+    {
+        const G_Image turned(file("a" + std::to_string(quarter) + ".png").c_str());
+        axes.back() = std::to_string(35 - 90 * quarter);
+        EXPECT_LE(countDifferent(turned, draw(axes)), 6U) << quarter;
+        axes.back() = std::to_string(35 + 90 * (quarter + 1));
+        EXPECT_GT(countDifferent(turned, draw(axes)), 15U) << quarter;
+    }
+}
+
+TEST_F(RenderCommand, LooksThroughACameraOfTheFiles)
+{
+    std::filesystem::copy(TW2_SAMPLE, file("sample"), std::filesystem::copy_options::recursive);
+    TW2::CameraChunk camera;
+    camera.name = "Front";
+    camera.transform.setTranslation({1.0F, 4.0F, -20.0F});
+    camera.value0 = 60.0F;
+    camera.value1 = 0.5F;
+    camera.value2 = 100.0F;
+    S_MemoryFileWriter writer;
+    writer << camera;
+    const std::string geometry = file("sample/sprout_skin.tw");
+    std::ofstream(geometry, std::ios::app | std::ios::binary)
+        .write(reinterpret_cast<const char*>(writer.getBytes().data()),
+               static_cast<std::streamsize>(writer.getBytes().size()));
+    const std::string script = file("sample/sprout.script");
+    // 60 degrees from left to right in a picture of 3 to 2.
+    const double vertical = 360.0 / std::acos(-1.0) * std::atan(std::tan(std::acos(-1.0) / 6.0) / 1.5);
+    const G_Image expected =
+        draw({"--eye", "1", "4", "-20", "--target", "1", "4", "0", "--angle", std::to_string(vertical), "--time", "0"});
+    EXPECT_EQ(countDifferent(draw({"--camera", "front", "--time", "0"}, script), expected), 0U);
+    const CommandResult wrong = render({"--camera", "back", "-o", file("x.png")}, script);
+    EXPECT_NE(wrong.errors.find("the cameras are: Front"), std::string::npos) << wrong.errors;
+}
+#endif

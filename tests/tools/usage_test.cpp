@@ -1,0 +1,55 @@
+#include "tests/support/run_command.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+/// What a person gets who does not know the command yet.
+namespace
+{
+TEST(Usage, WrongWordsAreToldWithWhatWouldBeRight)
+{
+    const support::TemporaryDirectory folder;
+    const std::string model = folder.file("hero.GLB");
+    std::ofstream(model) << "glTF";
+    struct Case
+    {
+        std::vector<std::string> m_vecArguments;
+        int m_iStatus;
+        std::string m_strSaid;
+    };
+    const std::vector<Case> cases{
+        {{"inf", "x"}, 2, "there is no command \"inf\"; the nearest is \"info\""},
+        {{"analyse"}, 2, "the nearest is \"analyze\""},
+        {{"rendr"}, 2, "the nearest is \"render\""},
+        {{"pplay"}, 2, "the nearest is \"play\""},
+        {{"xview"}, 2, "the nearest is \"view\""},
+        {{"covnert"}, 2, "the nearest is \"convert\""},
+        {{"info", model}, 1, "is a model, not a script: \"tw2 convert " + model + " -o FOLDER\""},
+        {{"play", model}, 1, "is a model, not a script"},
+    };
+    for (const Case& each : cases)
+    {
+        const support::CommandResult result = support::runTW2(each.m_vecArguments);
+        EXPECT_EQ(result.status, each.m_iStatus) << each.m_vecArguments.front();
+        EXPECT_NE(result.errors.find(each.m_strSaid), std::string::npos) << result.errors;
+        EXPECT_TRUE(result.output.empty()) << result.output;
+    }
+    const support::CommandResult version = support::runTW2({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_TRUE(version.output.starts_with("tw2 ")) << version.output;
+}
+
+#if defined(TW2_HAS_CONVERT)
+TEST(Usage, AToleranceOfNothingIsAnsweredWithOneThatIsSomething)
+{
+    const support::CommandResult result =
+        support::runTW2({"convert", "hero.glb", "-o", "out", "--tolerance", "0", "0.1"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE((result.output + result.errors).find("must be a number above 0, such as 0.000001"), std::string::npos)
+        << result.errors;
+}
+#endif
+}  // namespace

@@ -1,0 +1,363 @@
+#include "tests/motion/moving_files.h"
+#include "viewer/commands.h"
+#include "viewer/failure.h"
+#include "viewer/render_command.h"
+#include "viewer/viewer.h"
+
+#include <tw2/lod/object_animation_lods.h>
+#include <tw2/motion/animation_mixer.h>
+#include <tw2/object/object_animation.h>
+
+#include <platform/scene/lod_object.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace
+{
+using support::MovingFiles;
+using support::takePose;
+using TW2::viewer::execute;
+using TW2::viewer::Failure;
+using TW2::viewer::MixerPlayback;
+using TW2::viewer::Viewer;
+using Vector = M_Vector3Template<float>;
+
+constexpr int walk = 1;
+constexpr int wave = 2;
+
+/// A chain of six bones: 0 rest, 1 walk (1 s, a step at 0.25 s and 0.75 s, 1.5 units ahead), 2 wave (once, 1 s).
+class ViewerMotion : public testing::Test
+{
+protected:
+    ViewerMotion()
+    {
+        TW2::KeyframeAnimationChunk travel = support::makeTrack("travel", 0.0f, 31, 30);
+        travel.keys.back().matrix = support::Matrix::translation({0, 0, 1.5f});
+        const std::string file = m_files.writeAnimation("travel.tw", {travel});
+        m_files.addMotion(0, 11, "name rest", false);
+        m_files.addMotion(
+            walk, 31,
+            "name walk rootmotion \"" + file + "\" event { time 0.25 name left } event { time 0.75 name right }");
+        m_files.addMotion(wave, 31, "name wave", false, 80.0f);
+        m_viewer.open(m_files.writeScript());
+        m_viewer.getShow().m_bGrid = false;
+    }
+    void run(const std::vector<const char*>& lines)
+    {
+        for (const char* line : lines)
+        {
+            execute(m_viewer, line);
+        }
+    }
+    void pass(double seconds, int steps = 10)
+    {
+        for (int i = 0; i < steps; ++i)
+        {
+            m_viewer.update(seconds / steps);
+        }
+    }
+    TW2::TW_VirtualObject& object() { return m_viewer.getObject()->getObject(); }
+    Vector placeOf(unsigned int bone) { return object().getMesh(bone)->getObjectToWorldMatrix().getTranslation(); }
+    std::string refuse(const char* line)
+    {
+        try
+        {
+            execute(m_viewer, line);
+        }
+        catch (const std::exception& error)
+        {
+            return error.what();
+        }
+        return "taken";
+    }
+
+    MovingFiles m_files;
+    Viewer m_viewer;
+};
+
+TEST_F(ViewerMotion, TheMixerFadesFromOneAnimationIntoAnotherAsTheLibraryDoes)
+{
+    run({"clip walk", "seek 0.2", "mix-fade 0.4", "mixer on", "travel off", "mix wave"});
+    pass(0.3, 3);
+    TW2::TW_ObjectAnimation other(m_viewer.getObject()->getSkeleton());
+    TW2::TW_AnimationMixer mixer(other);
+    mixer.play(walk, {.start = 0.2F});
+    mixer.play(wave, {.fade = 0.4F});
+    for (int i = 0; i < 3; ++i)
+    {
+        mixer.update(0.3 / 3);
+    }
+    EXPECT_TRUE(support::isSame(takePose(object()), takePose(other)));
+    ASSERT_EQ(m_viewer.getMixer().getParts().size(), 2U);
+    EXPECT_NEAR(m_viewer.getMixer().getParts()[1].m_fWeight, 0.75F, 1e-5F);
+    EXPECT_NEAR(m_viewer.getPlayback().getTime(), 0.3, 1e-6) << "the clock shows what is faded to";
+    pass(0.3);
+    EXPECT_EQ(m_viewer.getMixer().getParts().size(), 1U) << "what has faded out is gone";
+}
+
+TEST_F(ViewerMotion, ALayerPlaysBelowItsBoneOnlyAndFadesOut)
+{
+    run({"clip walk", "mixer on", "travel off", "mix-fade 0.1", "add-layer replace bone3", "mix wave 1"});
+    pass(0.5);
+    TW2::TW_ObjectAnimation walking(m_viewer.getObject()->getSkeleton());
+    TW2::TW_ObjectAnimation waving(m_viewer.getObject()->getSkeleton());
+    walking.animateObject(walk, 0.5F, nullptr);
+    waving.animateObject(wave, 0.5F, nullptr);
+    const auto isAt = [this](unsigned int bone, TW2::TW_ObjectAnimation& other)
+    {
+        return (object().getMesh(bone)->getMatrix().getRow(0) - other.getMesh(bone)->getMatrix().getRow(0)).length() <
+               1e-4F;
+    };
+    EXPECT_TRUE(isAt(2, walking));
+    EXPECT_FALSE(isAt(2, waving));
+    EXPECT_TRUE(isAt(4, waving));
+    EXPECT_FALSE(isAt(4, walking));
+    run({"layer-weight 1 0"});
+    m_viewer.update(0.0);
+    EXPECT_TRUE(isAt(4, walking));
+    run({"layer-weight 1 1", "unmix 1"});
+    pass(0.2);
+    walking.animateObject(walk, 0.7F, nullptr);
+    EXPECT_TRUE(isAt(4, walking)) << "faded out";
+    EXPECT_EQ(refuse("mix wave 2"), "there are layers 0 to 1, not 2");
+    run({"clear-layers"});
+    EXPECT_TRUE(m_viewer.getMixer().getLayers().empty());
+    EXPECT_NEAR(m_viewer.getMixer().getTime(), 0.7, 1e-4) << "layer 0 plays on";
+}
+
+TEST_F(ViewerMotion, WhatTheMixerDoesGoesOnWhenTheFileIsLoadedAgain)
+{
+    run({"clip walk", "mixer on", "mix-fade 0.4", "add-layer additive", "add-layer replace bone3", "layer-weight 2 0.7",
+         "mix wave 2", "mix wave"});
+    pass(0.3);
+    const auto pose = takePose(object());
+    const Vector place = object().getPosition();
+    EXPECT_GT(place.z, 0.2F);
+    const Vector eye = m_viewer.getCamera().getEye();
+    const auto shares = [this]
+    {
+        std::vector<float> weights;
+        for (const MixerPlayback::Part& part : m_viewer.getMixer().getParts())
+        {
+            weights.push_back(part.m_fWeight);
+        }
+        return weights;
+    };
+    const auto before = shares();
+    ASSERT_EQ(before.size(), 3U);
+    run({"reload"});
+    ASSERT_TRUE(m_viewer.getMixer().isOn());
+    m_viewer.update(0.0);
+    EXPECT_EQ(shares(), before);
+    EXPECT_EQ(m_viewer.getMixer().getEvents().size(), 1U);
+    EXPECT_TRUE(support::isSame(takePose(object()), pose));
+    EXPECT_EQ(object().getPosition(), place);
+    EXPECT_EQ(m_viewer.getCamera().getEye(), eye);
+    EXPECT_EQ(m_viewer.getMixer().getLayers().size(), 2U);
+    pass(0.2);
+    EXPECT_GT(object().getPosition().z, place.z) << "it walks on";
+
+    // Without the animation that played the rest of it cannot go on: what is left begins anew, where it was.
+    const std::string script = m_viewer.getObject()->getScriptFile();
+    std::ifstream file(script);
+    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    text.replace(text.find("index 2"), 7, "index 7");
+    std::ofstream(script) << text;
+    const Vector there = object().getPosition();
+    run({"reload"});
+    ASSERT_TRUE(m_viewer.getMixer().isOn());
+    EXPECT_EQ(m_viewer.getMixer().getParts().size(), 1U);
+    EXPECT_TRUE(m_viewer.getMixer().getLayers().empty());
+    m_viewer.update(0.0);
+    EXPECT_EQ(object().getPosition(), there);
+}
+
+TEST_F(ViewerMotion, EventsAreToldAsTheyPassNewestFirst)
+{
+    run({"clip walk", "mixer on"});
+    pass(0.5);
+    ASSERT_EQ(m_viewer.getMixer().getEvents().size(), 1U);
+    pass(1.0);
+    const auto& events = m_viewer.getMixer().getEvents();
+    ASSERT_EQ(events.size(), 3U);
+    EXPECT_EQ(events[0].m_strName, "left");
+    EXPECT_EQ(events[1].m_strName, "right");
+    EXPECT_EQ(events[0].m_strAnimation, "walk");
+    EXPECT_NEAR(events[0].m_dSeconds, 1.25, 1e-6);
+    EXPECT_NEAR(events[2].m_dSeconds, 0.25, 1e-6);
+    pass(20.0, 200);
+    EXPECT_EQ(events.size(), 8U) << "old ones are forgotten";
+}
+
+TEST_F(ViewerMotion, TravelCarriesTheObjectAndTheEyeGoesAlong)
+{
+    run({"clip walk", "mixer on"});
+    m_viewer.update(0.0);
+    const Vector eye = m_viewer.getCamera().getEye();
+    pass(2.0, 40);
+    EXPECT_NEAR(object().getPosition().z, 3.0F, 1e-3F) << "twice 1.5";
+    EXPECT_NEAR((m_viewer.getCamera().getEye() - eye).z, 3.0F, 1e-3F);
+    run({"speed -1"});
+    pass(1.0, 20);
+    EXPECT_NEAR(object().getPosition().z, 1.5F, 1e-3F) << "backwards";
+    run({"speed 1", "travel off"});
+    pass(1.0, 20);
+    EXPECT_NEAR(object().getPosition().z, 1.5F, 1e-3F) << "on the spot";
+    run({"home"});
+    EXPECT_EQ(object().getPosition().z, 0.0F);
+    run({"travel on"});
+    pass(0.5);
+    run({"mixer off"});
+    EXPECT_EQ(object().getPosition().z, 0.0F) << "back for the playback";
+}
+
+TEST_F(ViewerMotion, PausingSeekingAndStepsHoldForTheMixer)
+{
+    run({"clip walk", "mixer on", "travel off", "play off", "seek 0.4"});
+    pass(1.0);
+    EXPECT_NEAR(m_viewer.getMixer().getTime(), 0.4, 1e-6);
+    run({"step 1"});
+    pass(1.0);
+    EXPECT_NEAR(m_viewer.getMixer().getTime(), 13.0 / 30.0, 1e-5);
+    run({"back"});
+    pass(0.0);
+    TW2::TW_ObjectAnimation other(m_viewer.getObject()->getSkeleton());
+    other.animateObjectFrame(walk, 12.0F, nullptr);
+    EXPECT_LT(support::getDifference(takePose(object()), takePose(other)), 1e-4F);
+}
+
+TEST_F(ViewerMotion, ABoneReachesItsPointAndLooksWhereItIsTold)
+{
+    run({"clip walk", "play off", "reach chain bone5 6", "target 1.5 3 1"});
+    m_viewer.update(0.0);
+    EXPECT_LT((placeOf(5) - Vector{1.5F, 3.0F, 1.0F}).length(), 0.01F);
+    run({"reach two-bones bone4", "target 0 2 0.5"});
+    m_viewer.update(0.0);
+    EXPECT_LT((placeOf(4) - Vector{0.0F, 2.0F, 0.5F}).length(), 0.01F);
+    m_viewer.update(0.0);
+    const Vector before = placeOf(4);
+    run({"look front", "move-target 0.05 0"});
+    m_viewer.update(0.0);
+    EXPECT_GT((placeOf(4) - before).length(), 0.01F);
+
+    run({"reach look bone5 1", "forward y", "target 9 9 9"});
+    m_viewer.update(0.0);
+    const auto& head = object().getMesh(5)->getObjectToWorldMatrix();
+    const Vector wanted = (Vector{9.0F, 9.0F, 9.0F} - head.getTranslation()).normalized();
+    EXPECT_NEAR(head.getRow(1).normalized().dot(wanted), 1.0F, 1e-3F);
+    run({"target eye", "orbit 30 0"});
+    m_viewer.update(0.0);
+    const Vector eye = (m_viewer.getCamera().getEye() - head.getTranslation()).normalized();
+    EXPECT_NEAR(object().getMesh(5)->getObjectToWorldMatrix().getRow(1).normalized().dot(eye), 1.0F, 1e-3F);
+    run({"reach none"});
+    m_viewer.update(0.0);
+    TW2::TW_ObjectAnimation other(m_viewer.getObject()->getSkeleton());
+    other.animateObject(walk, static_cast<float>(m_viewer.getPlayback().getTime()), nullptr);
+    EXPECT_TRUE(support::isSame(takePose(object()), takePose(other))) << "let go";
+}
+
+TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)
+{
+    struct Case
+    {
+        const char* m_szLine;
+        const char* m_szSaid;
+    };
+    for (const Case& each :
+         {Case{"mix walk", "the mixer is off"}, Case{"home", "the mixer is off"}, Case{"reach look", "pick the bone"},
+          Case{"reach two-bones bone1", "\"bone1\" has 1 bones above it"}, Case{"target eye", "no bone looks"},
+          Case{"move-target 1 0", "nothing reaches"}, Case{"forward up", "none of: x, -x"}})
+    {
+        EXPECT_NE(refuse(each.m_szLine).find(each.m_szSaid), std::string::npos)
+            << each.m_szLine << ": " << refuse(each.m_szLine);
+    }
+    run({"mixer on"});
+    for (const Case& each :
+         {Case{"blend 1 wave", "the mixer plays"}, Case{"freeze", "the mixer plays"},
+          Case{"group bone2 wave", "the mixer plays"}, Case{"unmix 1", "there is no layer yet"},
+          Case{"add-layer replace nose", "no bone \"nose\""}, Case{"add-layer replace bone1 -1", "0 or more bones"}})
+    {
+        EXPECT_NE(refuse(each.m_szLine).find(each.m_szSaid), std::string::npos)
+            << each.m_szLine << ": " << refuse(each.m_szLine);
+    }
+}
+
+TEST_F(ViewerMotion, ALoadedFileBeginsWithoutMixerAndReach)
+{
+    run({"mixer on", "add-layer additive", "reach chain bone5", "crowd 2"});
+    pass(0.3);
+    const std::string script = m_viewer.getObject()->getScriptFile();
+    m_viewer.open(script);
+    EXPECT_FALSE(m_viewer.getMixer().isOn());
+    EXPECT_EQ(m_viewer.getReaching().getBone(), -1);
+    pass(0.3);
+    EXPECT_EQ(object().getPosition().z, 0.0F);
+}
+
+TEST_F(ViewerMotion, TheRenderCommandSaysWhatItLeavesOut)
+{
+    EXPECT_EQ(listWhatRenderLeavesOut(m_viewer), "");
+    run({"crowd 3", "mixer on"});
+    EXPECT_EQ(listWhatRenderLeavesOut(m_viewer), "what the mixer plays, the crowd");
+}
+
+/// An object at two levels of detail, of six bones and of four, the far one from 40 units on.
+class ViewerLevels : public testing::Test
+{
+protected:
+    ViewerLevels()
+    {
+        std::string script;
+        for (MovingFiles* files : {&m_near, &m_far})
+        {
+            files->addMotion(0, 11, "name rest", false);
+            files->addMotion(walk, 31, "name walk");
+            files->writeScript();
+            const std::string folder = files->getDirectory().getPath().string() + "/";
+            const bool isNear = files == &m_near;
+            script += std::string(isNear ? "near" : "far") + "\n{\n    geometry { exportdata \"" + folder +
+                      "geometry.tw\" distance " + (isNear ? "40" : "400") + " }\n";
+            script += "    animation { index 0 name rest filename \"" + folder + "animation1.tw\" }\n";
+            script += "    animation { index 1 name walk filename \"" + folder + "animation2.tw\" }\n}\n";
+        }
+        m_viewer.open(m_near.getDirectory().write("levels.script", script));
+    }
+    int usedLevel()
+    {
+        m_viewer.update(0.0);
+        auto& levels = dynamic_cast<TW2::TW_ObjectAnimationLODs&>(m_viewer.getObject()->getObject());
+        return levels.getEngineLODObject()->getUsedLevel();
+    }
+
+    MovingFiles m_near{6};
+    MovingFiles m_far{4};
+    Viewer m_viewer;
+};
+
+TEST_F(ViewerLevels, LevelsOfAnObjectWithoutSkinAreChosenByDistanceOrByHand)
+{
+    EXPECT_EQ(m_viewer.getObject()->getChoice().m_strName, "near (levels of detail)");
+    ASSERT_EQ(m_viewer.getObject()->getLevelCount(), 2);
+    EXPECT_EQ(usedLevel(), 0);
+    execute(m_viewer, "zoom 10");
+    EXPECT_EQ(usedLevel(), 1);
+    execute(m_viewer, "level 0");
+    EXPECT_EQ(usedLevel(), 0);
+    execute(m_viewer, "level 1");
+    execute(m_viewer, "zoom 0.1");
+    EXPECT_EQ(usedLevel(), 1);
+    EXPECT_EQ(m_viewer.getObject()->getDrawn().getTotalMeshes(), 4U) << "what is shown is what is drawn";
+    EXPECT_THROW(execute(m_viewer, "level 2"), Failure);
+    execute(m_viewer, "level auto");
+    EXPECT_EQ(usedLevel(), 0);
+    execute(m_viewer, "object far");
+    EXPECT_EQ(m_viewer.getObject()->getLevelCount(), 1);
+}
+}  // namespace

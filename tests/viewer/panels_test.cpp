@@ -1,0 +1,504 @@
+#include "viewer/window/panels.h"
+
+#include "tests/support/character_files.h"
+#include "viewer/commands.h"
+#include "viewer/viewer.h"
+#include "viewer/window/animation_panel.h"
+#include "viewer/window/clock_panel.h"
+#include "viewer/window/requests.h"
+
+#include <gtest/gtest.h>
+#include <imgui.h>
+
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+/// The panels without a window: what they say, and what they ask for wherever somebody clicks.
+namespace
+{
+using TW2::viewer::execute;
+using TW2::viewer::Requests;
+using TW2::viewer::Viewer;
+
+constexpr float width = 320.0F;
+constexpr float height = 1800.0F;
+
+/// Somebody with a mouse before all panels, one below the other and with every part of them unfolded.
+class Hand
+{
+public:
+    /// `window`: with the menu and the panels where the window has them, instead of one below the other.
+    explicit Hand(Viewer& viewer, bool window = false)
+        : m_viewer(viewer), m_bWindow(window), m_pContext(ImGui::CreateContext(&getAtlas()))
+    {
+        ImGuiIO& io = ImGui::GetIO();
+        io.IniFilename = nullptr;
+        io.DisplaySize = {width, height};
+        io.DeltaTime = 0.1F;
+        io.ClipboardUserData = &m_strCopied;
+        io.SetClipboardTextFn = [](void* text, const char* copied) { *static_cast<std::string*>(text) = copied; };
+        show();
+        show();
+    }
+    ~Hand() { ImGui::DestroyContext(m_pContext); }
+    Hand(const Hand&) = delete;
+    Hand& operator=(const Hand&) = delete;
+
+    void click(float x, float y)
+    {
+        ImGui::GetIO().MousePos = {x, y};
+        for (const bool down : {false, true, false})
+        {
+            ImGui::GetIO().MouseDown[0] = down;
+            show();
+        }
+        show();
+    }
+    /// Everything that is written.
+    std::string read()
+    {
+        m_bReads = true;
+        show();
+        return m_strCopied;
+    }
+    [[nodiscard]] std::vector<std::string> getAsked() const
+    {
+        std::vector<std::string> asked = m_requests.m_vecLines;
+        const std::pair<bool, const char*> others[] = {{m_requests.m_bPicture, "(picture)"},
+                                                       {m_requests.m_bLoop, "(loop)"},
+                                                       {m_requests.m_bCopyRenderCommand, "(command)"},
+                                                       {m_requests.m_bReloadModel, "(load again)"},
+                                                       {m_requests.m_bQuit, "(quit)"}};
+        for (const auto& [is, what] : others)
+        {
+            if (is)
+            {
+                asked.emplace_back(what);
+            }
+        }
+        return asked;
+    }
+    [[nodiscard]] TW2::viewer::Rectangle getFree() const { return m_panels.getFree(m_viewer, width, height); }
+    [[nodiscard]] bool hasPopUp() const { return m_bPopUp; }
+
+    TW2::viewer::Messages m_messages;
+    TW2::viewer::Panels m_panels;
+
+private:
+    static ImFontAtlas& getAtlas()
+    {
+        static ImFontAtlas s_atlas;
+        unsigned char* pixels = nullptr;
+        int columns = 0;
+        int rows = 0;
+        s_atlas.GetTexDataAsAlpha8(&pixels, &columns, &rows);
+        return s_atlas;
+    }
+
+    void show()
+    {
+        ImGui::NewFrame();
+        if (m_bWindow)
+        {
+            m_panels.draw(m_viewer, m_messages, m_requests);
+        }
+        else
+        {
+            showAll();
+        }
+        m_bPopUp = ImGui::IsPopupOpen(nullptr, ImGuiPopupFlags_AnyPopup);
+        ImGui::Render();
+    }
+
+    void showAll()
+    {
+        ImGui::SetNextWindowPos({0.0F, 0.0F});
+        ImGui::SetNextWindowSize({width, height});
+        ImGui::Begin("all", nullptr, ImGuiWindowFlags_NoDecoration);
+        for (const char* part : {"Group of bones", "###bones", "###materials", "Mixer", "Look and reach"})
+        {
+            ImGui::GetStateStorage()->SetInt(ImGui::GetID(part), 1);
+        }
+        if (m_bReads)
+        {
+            ImGui::LogToClipboard();
+        }
+        ImGui::PushItemWidth(-0.45F * width);
+        TW2::viewer::drawAnimationPanel(m_viewer, m_requests);
+        m_motion.draw(m_viewer, m_requests);
+        TW2::viewer::drawShown(m_viewer, m_requests);
+        m_bones.draw(m_viewer, m_requests);
+        TW2::viewer::drawMaterials(m_viewer);
+        m_crowd.draw(m_viewer, m_requests);
+        TW2::viewer::drawClock(m_viewer, m_requests);
+        ImGui::PopItemWidth();
+        if (m_bReads)
+        {
+            ImGui::LogFinish();
+        }
+        ImGui::End();
+    }
+
+    Viewer& m_viewer;
+    bool m_bWindow;
+    ImGuiContext* m_pContext;
+    Requests m_requests;
+    TW2::viewer::BonePanel m_bones;
+    TW2::viewer::MotionPanel m_motion;
+    TW2::viewer::CrowdPanel m_crowd;
+    std::string m_strCopied;
+    bool m_bReads = false;
+    bool m_bPopUp = false;
+};
+
+/// Lines whose numbers are where a slider was clicked.
+std::string leaveOutNumbers(const std::string& line)
+{
+    return std::regex_replace(line, std::regex("-?[0-9]+[.][0-9]+|^(crowd) [0-9]+"), "$1#");
+}
+
+/// What stands there but for what depends on how fast the machine is.
+std::string read(Viewer& viewer)
+{
+    return std::regex_replace(Hand(viewer).read(), std::regex("[^\n]* (ns per bone|ms|a second|KB per copy)\n"), "");
+}
+
+/// The lines of a text that do not stand in another one.
+std::string findNew(const std::string& text, const std::string& before)
+{
+    std::string lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+    {
+        lines += ("\n" + before).find("\n" + line + "\n") == std::string::npos ? line + "\n" : "";
+    }
+    return lines;
+}
+
+/// What clicks ask for, every line once, sorted.
+class Sweep
+{
+public:
+    Sweep(Viewer& viewer, bool window) : m_viewer(viewer), m_bWindow(window) {}
+
+    /// Clicks at a place and, where that unfolds something and `further` asks for it, then at all places below.
+    void click(float x, float y, bool further)
+    {
+        Hand hand(m_viewer, m_bWindow);
+        hand.click(x, y);
+        take(hand);
+        for (float below = y + step; further && hand.hasPopUp() && below < y + 170.0F; below += step)
+        {
+            Hand second(m_viewer, m_bWindow);
+            second.click(x, y);
+            second.click(x + 5.0F, below);
+            take(second);
+        }
+    }
+    [[nodiscard]] std::string getText() const
+    {
+        std::string all;
+        for (const std::string& line : m_asked)
+        {
+            all += line + "\n";
+        }
+        return all;
+    }
+
+    static constexpr float step = 7.0F;
+
+private:
+    void take(const Hand& hand)
+    {
+        for (const std::string& line : hand.getAsked())
+        {
+            m_asked.insert(leaveOutNumbers(line));
+        }
+    }
+
+    Viewer& m_viewer;
+    bool m_bWindow;
+    std::set<std::string> m_asked;
+};
+
+/// What the controls ask for.
+std::string sweep(Viewer& viewer)
+{
+    Sweep sweep(viewer, false);
+    for (const float x : {15.0F, 40.0F, 70.0F, 100.0F, 130.0F, 170.0F, 230.0F, 290.0F})
+    {
+        for (float y = 5.0F; y < height; y += Sweep::step)
+        {
+            sweep.click(x, y, x > 100.0F && x < 200.0F);
+        }
+    }
+    return sweep.getText();
+}
+}  // namespace
+
+/// A character of three bones and two animations.
+class PanelsTest : public testing::Test
+{
+protected:
+    PanelsTest()
+    {
+        m_files.m_materials.materials.resize(2);
+        m_files.m_materials.materials[0].name = "material0";
+        m_files.m_materials.materials[1].name = "material1";
+        m_viewer.open(m_files.write());
+        m_viewer.update(0.1);
+    }
+    void run(const std::vector<const char*>& lines)
+    {
+        for (const char* line : lines)
+        {
+            execute(m_viewer, line);
+        }
+        m_viewer.update(0.1);
+    }
+
+    support::CharacterFiles m_files{{3, 6, 2, 2, 8}};
+    Viewer m_viewer;
+};
+
+TEST_F(PanelsTest, SayAndAskForWhatThereIs)
+{
+    const std::string plain = read(m_viewer);
+    EXPECT_EQ(plain, R"({ object: skin }
+Animations (N, P)
+animation0
+animation1
+### Blend ###
+{ animation0 } { 1.00 }
+{ (none) } { 0.00 }
+{ (none) } { 0.00 }
+{ cross mode: normalized }
+[ Freeze (Z) ]
+### Group of bones ###
+Pick a bone, in the picture or in the tree: it and all below it can play something else.
+### Mixer ###
+[ ] play by the mixer (M)
+Fades into what is chosen, plays layers, tells events, lets the object travel.
+### Look and reach ###
+Pick a bone, in the picture or in the tree: it can look at a point or reach for it.
+### Show ###
+[x] mesh
+[ ] skeleton (S)
+[ ] bone names
+[ ] bone axes
+[ ] bounding volumes
+[x] grid
+[x] shadow
+[ ] dark
+[x] studio lights
+{ surface: materials }
+{ wireframe (W): none }
+### Bones (3) ###
+{ part of a name }
+Bone0
+Bone1
+Bone2
+### Materials (2) ###
+material0
+   layers
+material1
+   layers
+### Crowd and costs ###
+{ 0 } copies
+{ 0.100 s }
+[ |< ] [ < ] [ Pause ] [ > ] [x] loop { speed 1.00 } frame 1.0  animation0
+)");
+    const std::string asked = sweep(m_viewer);
+    EXPECT_EQ(asked, R"(back
+blend 0 0
+blend 0 0 #
+blend 0 1
+blend 1 0
+blend 1 1
+blend 1 none
+blend 2 0
+blend 2 1
+bone 0
+bone 1
+bone 2
+clip 0
+clip 1
+crossmode linear
+crossmode normalized
+crossmode orthonormalized
+crowd#
+freeze
+loop off
+mixer on
+object "skeleton"
+object "skin"
+object "skinFar"
+play
+play off
+seek #
+seek 0
+show axes on
+show bounds on
+show dark on
+show grid off
+show mesh off
+show names on
+show shadow off
+show skeleton on
+show studio-lights off
+speed #
+step 1
+surface materials
+surface normals
+surface unlit
+surface weights
+wireframe none
+wireframe only
+wireframe over
+)");
+}
+
+TEST_F(PanelsTest, ShowWhatIsPickedFrozenAndGrouped)
+{
+    const std::string plain = read(m_viewer);
+    const std::string asked = sweep(m_viewer);
+    run({"bone 1", "freeze", "group 1 1"});
+    EXPECT_EQ(findNew(read(m_viewer), plain), R"([ Freeze (Z) ] [ Fade out (X) ]
+{ 1.00 } frozen
+Bone1 and below plays
+{ animation1 }
+{ does: none }
+### Picked bone ###
+1  Bone1 [ let go ]
+at 0.168 0.200 0.500
+moves (units): x y z
+0.1 to 0.5
+turns (degrees): x y z
+1.535 to 46.06
+4 keys in 8 frames
+{ 0.200 s }
+[ |< ] [ < ] [ Pause ] [ > ] [x] loop { speed 1.00 } frame 2.0  animation0
+)");
+    EXPECT_EQ(findNew(sweep(m_viewer), asked), R"(bone none
+fade #
+frozen #
+group 1 0
+group 1 1
+reach chain 1
+reach look 1
+reach none
+reach two-bones 1
+ungroup
+)");
+}
+
+TEST_F(PanelsTest, ShowWhatTheMixerPlaysAndWhatReaches)
+{
+    const std::string plain = read(m_viewer);
+    const std::string asked = sweep(m_viewer);
+    run({"bone 1", "mixer on", "add-layer additive 1 1", "add-layer replace", "mix 1 1", "reach look 2"});
+    EXPECT_EQ(findNew(read(m_viewer), plain), R"([x] play by the mixer (M)
+{ 0.30 } fade (s)
+[ ] in step
+[x] travel (T) [ Home (B) ]
+animation0  100 %
+animation1  33 %
+layer 1, added: Bone1
+{ plays: animation1 }
+{ 1.00 } weight
+layer 2: all bones
+{ plays: (none) }
+{ 1.00 } weight
+new layer for Bone1 and below:
+{ 0 bones } falloff
+[ Replace ] [ Add ] [ Clear ]
+{ does: look }
+{ along its: z }
+{ 2.33 } { 0.57 } { -2.31 }
+[ At the eye ] or Ctrl and drag
+### Picked bone ###
+1  Bone1 [ let go ]
+at 0.498 0.237 0.148
+moves (units): x y z
+0.1 to 0.5
+turns (degrees): x y z
+1.535 to 46.06
+4 keys in 8 frames
+{ 0.200 s }
+[ |< ] [ < ] [ Pause ] [ > ] [x] loop { speed 1.00 } frame 2.0  animation0
+)");
+    const std::string askedOfMixer = sweep(m_viewer);
+    EXPECT_EQ(findNew(askedOfMixer, asked), R"(add-layer additive 1 0
+add-layer replace 1 0
+bone none
+clear-layers
+forward -x
+forward -y
+forward -z
+forward x
+forward y
+forward z
+home
+in-step on
+layer-weight 1 #
+layer-weight 2 #
+mix 0 1
+mix 0 2
+mix 1 1
+mix 1 2
+mix-fade #
+mixer off
+reach chain 2
+reach look 2
+reach two-bones 2
+target eye
+travel off
+unmix 1
+unmix 2
+)");
+    EXPECT_EQ(askedOfMixer.find("blend"), std::string::npos) << "the mixer has no place for it";
+}
+
+TEST_F(PanelsTest, TheMenuAsksForWhatItSays)
+{
+    Sweep sweep(m_viewer, true);
+    for (float x = 10.0F; x < 150.0F; x += 12.0F)
+    {
+        sweep.click(x, 8.0F, true);
+    }
+    EXPECT_EQ(sweep.getText(), R"((command)
+(load again)
+(loop)
+(picture)
+(quit)
+frame
+look back
+look corner
+look front
+look left
+look right
+look top
+)");
+}
+
+TEST_F(PanelsTest, LeaveThePictureFreeAndLetErrorsBeClosed)
+{
+    Hand hand(m_viewer, true);
+    const TW2::viewer::Rectangle free = hand.getFree();
+    EXPECT_NEAR(free.m_fLeft, 0.27F * width, 1e-3F);
+    EXPECT_NEAR(free.m_fWidth, 0.46F * width, 1e-3F);
+    EXPECT_GT(free.m_fTop, 10.0F);
+    EXPECT_LT(free.m_fTop + free.m_fHeight, height - 40.0F);
+    hand.m_panels.toggle();
+    EXPECT_EQ(hand.getFree().m_fLeft, 0.0F);
+    EXPECT_EQ(hand.getFree().m_fWidth, width);
+    hand.m_messages.m_strError = "It is broken.";
+    for (float y = free.m_fTop; y < free.m_fTop + 100.0F && !hand.m_messages.m_strError.empty(); y += Sweep::step)
+    {
+        hand.click(0.5F * width, y);
+    }
+    EXPECT_EQ(hand.m_messages.m_strError, "");
+}

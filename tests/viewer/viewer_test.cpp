@@ -1,0 +1,387 @@
+#include "viewer/viewer.h"
+
+#include "render/offscreen_context.h"
+#include "render/picture_target.h"
+#include "render/render_exception.h"
+#include "render/scene_renderer.h"
+#include "tests/support/temporary_directory.h"
+#include "viewer/commands.h"
+#include "viewer/failure.h"
+#include "viewer/file_watch.h"
+#include "viewer/key_curves.h"
+
+#include <platform/runtime/exception.h>
+#include <platform/scene/virtual_object.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <set>
+
+namespace
+{
+namespace fs = std::filesystem;
+using TW2::viewer::Command;
+using TW2::viewer::execute;
+using TW2::viewer::executeKey;
+using TW2::viewer::Failure;
+using TW2::viewer::FileWatch;
+using TW2::viewer::KeyCurves;
+using TW2::viewer::OrbitCamera;
+using TW2::viewer::Viewer;
+
+const std::string s_sample = TW2_SAMPLE "/sprout.script";
+
+TEST(OrbitCamera, ShowsEveryPointAndTurnsAroundTheMiddleOfThem)
+{
+    using Vector = M_Vector3Template<float>;
+    std::vector<Vector> corners;
+    for (unsigned int i = 0; i < 8; ++i)
+    {
+        corners.push_back({(i & 1U) ? 13.0F : 7.0F, (i & 2U) ? 4.0F : 0.0F, (i & 4U) ? -1.0F : -2.0F});
+    }
+    for (const float aspect : {0.5F, 1.0F, 2.0F})
+    {
+        OrbitCamera orbit;
+        orbit.frame(corners, aspect);
+        EXPECT_LT((orbit.m_vTarget - Vector{10.0F, 2.0F, -1.5F}).length(), 1.5F);
+        for (const float turn : {0.0F, 90.0F, 200.0F})
+        {
+            orbit.orbit(turn, 0.0F);
+            P_Camera camera;
+            orbit.apply(camera, aspect);
+            const float half = std::tan(camera.getVerticalAngle() * 3.14159265F / 360.0F);
+            const Vector seen = camera.getViewMatrix().transformPoint(orbit.m_vTarget);
+            EXPECT_NEAR(seen.x / (seen.z * half * aspect), 0.0F, 1e-4F);
+            EXPECT_NEAR(seen.y / (seen.z * half), 0.0F, 1e-4F);
+            EXPECT_NEAR((orbit.getEye() - orbit.m_vTarget).length(), orbit.m_fDistance, 1e-3F);
+        }
+        orbit = OrbitCamera();
+        orbit.frame(corners, aspect);
+        P_Camera camera;
+        orbit.apply(camera, aspect);
+        const float half = std::tan(camera.getVerticalAngle() * 3.14159265F / 360.0F);
+        for (const Vector& corner : corners)
+        {
+            const Vector seen = camera.getViewMatrix().transformPoint(corner);
+            EXPECT_LE(std::abs(seen.x / (seen.z * half * aspect)), 1.0F);
+            EXPECT_LE(std::abs(seen.y / (seen.z * half)), 1.0F);
+        }
+    }
+}
+
+TEST(OrbitCamera, PansWithThePictureAndStopsBeforeThePoles)
+{
+    OrbitCamera orbit;
+    const auto eye = orbit.getEye();
+    const auto target = orbit.m_vTarget;
+    orbit.pan(0.5F, 0.0F);
+    EXPECT_EQ((orbit.getEye() - eye).y, 0.0F);
+    const float height = 2.0F * orbit.m_fDistance * std::tan(orbit.m_fVerticalAngle * 3.14159265F / 360.0F);
+    EXPECT_NEAR((orbit.m_vTarget - target).length(), 0.5F * height, 1e-4F);
+    orbit.orbit(0.0F, 500.0F);
+    EXPECT_EQ(orbit.m_fElevation, 89.0F);
+    orbit.zoom(1e-9F);
+    EXPECT_GT(orbit.m_fDistance, 0.0F);
+}
+
+TEST(Viewer, ABrokenFileIsToldAndTheOldObjectPlaysOn)
+{
+    const support::TemporaryDirectory folder;
+    Viewer viewer;
+    viewer.open(s_sample);
+    execute(viewer, "clip sprout_dance");
+    execute(viewer, "seek 0.5");
+    {
+        std::ofstream broken(folder.getPath() / "broken.script");
+        broken << "skeleton { geometry { exportdata \"nothing.tw\" } }";
+    }
+    EXPECT_THROW(viewer.open((folder.getPath() / "broken.script").string()), S_Exception);
+    ASSERT_NE(viewer.getObject(), nullptr);
+    EXPECT_EQ(viewer.getPlayback().getMainAnimation(), 2);
+    viewer.update(0.25);
+    EXPECT_NEAR(viewer.getPlayback().getTime(), 0.75, 1e-9);
+}
+
+TEST(Viewer, LoadsAChangedFileAgainAndKeepsWhatIsShown)
+{
+    const support::TemporaryDirectory folder;
+    for (const fs::directory_entry& entry : fs::directory_iterator(TW2_SAMPLE))
+    {
+        fs::copy(entry.path(), folder.getPath() / entry.path().filename(), fs::copy_options::recursive);
+    }
+    const fs::path script = folder.getPath() / "sprout.script";
+    Viewer viewer;
+    viewer.open(script.string());
+    FileWatch watch;
+    watch.watch(viewer.getObject()->getFiles());
+    execute(viewer, "clip sprout_dance");
+    execute(viewer, "seek 0.5");
+    execute(viewer, "bone 4");
+    execute(viewer, "crowd 3");
+    EXPECT_FALSE(watch.hasChanged());
+
+    fs::last_write_time(folder.getPath() / "sprout_dance.tw", fs::file_time_type::clock::now() + std::chrono::hours(1));
+    EXPECT_FALSE(watch.hasChanged()) << "it may still be written";
+    EXPECT_TRUE(watch.hasChanged());
+    EXPECT_FALSE(watch.hasChanged()) << "told once";
+
+    execute(viewer, "reload");
+    EXPECT_EQ(viewer.getPlayback().getMainAnimation(), 2);
+    EXPECT_NEAR(viewer.getPlayback().getTime(), 0.5, 1e-9);
+    EXPECT_EQ(viewer.getPickedBone(), 4);
+    EXPECT_EQ(viewer.getCrowd().getCount(), 3U);
+
+    fs::resize_file(folder.getPath() / "sprout_dance.tw", 40);
+    EXPECT_THROW(execute(viewer, "reload"), S_Exception);
+    ASSERT_NE(viewer.getObject(), nullptr);
+    EXPECT_EQ(viewer.getPlayback().getMainAnimation(), 2);
+}
+
+TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
+{
+    struct Case
+    {
+        const char* m_szLine;
+        const char* m_szSaid;
+    };
+    Viewer viewer;
+    EXPECT_THROW(execute(viewer, "clip walk"), Failure) << "nothing is loaded";
+    viewer.open(s_sample);
+    for (const Case& each :
+         {Case{"dance", "no command \"dance\""}, Case{"clip", "it is: clip NAME"}, Case{"clip walk", "sprout_dance"},
+          Case{"seek soon", "\"soon\" is not a number"}, Case{"show teeth", "skeleton"},
+          Case{"show grid maybe", "off, on, toggle"}, Case{"bone head", "no bone \"head\""},
+          Case{"crowd 20000", "0 to 10000"}, Case{"surface gold", "weights"}, Case{"step 1.5", "not a whole number"}})
+    {
+        try
+        {
+            execute(viewer, each.m_szLine);
+            ADD_FAILURE() << each.m_szLine << " was taken";
+        }
+        catch (const Failure& failure)
+        {
+            EXPECT_NE(std::string(failure.what()).find(each.m_szSaid), std::string::npos) << failure.what();
+        }
+    }
+}
+
+TEST(Viewer, EveryKeyDoesItsOneCommand)
+{
+    Viewer viewer;
+    viewer.open(s_sample);
+    std::set<std::string_view> keys;
+    for (const Command& command : TW2::viewer::listCommands())
+    {
+        if (!command.m_strKey.empty())
+        {
+            EXPECT_TRUE(keys.insert(command.m_strKey).second) << command.m_strKey << " has two commands";
+            EXPECT_TRUE(executeKey(viewer, command.m_strKey)) << command.m_strKey;
+        }
+    }
+    EXPECT_FALSE(executeKey(viewer, "%"));
+    const bool playing = viewer.getPlayback().isPlaying();
+    executeKey(viewer, "Space");
+    EXPECT_NE(viewer.getPlayback().isPlaying(), playing);
+}
+
+TEST(Viewer, SettingsBringBackWhatWasShown)
+{
+    Viewer one;
+    execute(one, "show skeleton on");
+    execute(one, "show grid off");
+    execute(one, "surface normals");
+    execute(one, "wireframe over");
+    execute(one, "loop off");
+    execute(one, "speed -0.5");
+    Viewer two;
+    for (const std::string& line : TW2::viewer::describeSettings(one))
+    {
+        execute(two, line);
+    }
+    EXPECT_EQ(TW2::viewer::describeSettings(two), TW2::viewer::describeSettings(one));
+    EXPECT_TRUE(two.getShow().m_bSkeleton);
+    EXPECT_FALSE(two.getShow().m_bGrid);
+    EXPECT_EQ(two.getPlayback().getSpeed(), -0.5);
+}
+
+TEST(Viewer, ACrowdStandsApartAndIsPosedLaterAndLater)
+{
+    Viewer viewer;
+    viewer.open(s_sample);
+    execute(viewer, "play off");
+    execute(viewer, "seek 0.3");
+    execute(viewer, "crowd 5");
+    viewer.update(0.0);
+    std::set<std::pair<float, float>> places{{0.0F, 0.0F}};
+    TW2::TW_VirtualObject& object = viewer.getObject()->getObject();
+    const auto first = object.getMesh(5)->getMatrix();
+    for (const auto& copy : viewer.getCrowd().getCopies())
+    {
+        EXPECT_TRUE(places.insert({copy->getPosition().x, copy->getPosition().z}).second);
+    }
+    EXPECT_NE(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), first);
+    object.animateObject(1, static_cast<float>(0.3 + 0.137), nullptr);
+    EXPECT_EQ(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), object.getMesh(5)->getMatrix());
+}
+
+TEST(Viewer, ACrowdFillsASquareBehindTheObject)
+{
+    Viewer viewer;
+    viewer.open(s_sample);
+    execute(viewer, "crowd 24");
+    float spacing = 1e9F;
+    for (const auto& copy : viewer.getCrowd().getCopies())
+    {
+        const float aside = std::abs(copy->getPosition().x);
+        spacing = aside > 0.0F ? std::min(spacing, aside) : spacing;
+    }
+    std::set<std::pair<long, long>> places{{0, 0}};
+    for (const auto& copy : viewer.getCrowd().getCopies())
+    {
+        const float column = copy->getPosition().x / spacing;
+        const float row = copy->getPosition().z / spacing;
+        EXPECT_NEAR(column, std::round(column), 1e-3F);
+        EXPECT_NEAR(row, std::round(row), 1e-3F);
+        EXPECT_LE(std::abs(column), 2.01F);
+        EXPECT_GE(row, 0.0F);
+        EXPECT_LE(row, 4.01F);
+        places.insert({std::lround(column), std::lround(row)});
+    }
+    EXPECT_EQ(places.size(), 25U);
+}
+
+TEST(Viewer, PicksTheBoneWhoseNameStandsThere)
+{
+    Viewer viewer;
+    viewer.open(s_sample, "skeleton");
+    for (const char* line : {"play off", "clip sprout_dance", "seek 0.4", "look left"})
+    {
+        execute(viewer, line);
+    }
+    viewer.update(0.0);
+    const auto labels = viewer.getLabels(400, 300);
+    ASSERT_EQ(labels.size(), 8U);
+    float farthest = 0.0F;
+    for (const Viewer::Label& label : labels)
+    {
+        const float x = label.m_fX / 200.0F - 1.0F;
+        farthest = std::max(farthest, std::abs(x));
+        viewer.pick(x, 1.0F - label.m_fY / 150.0F);
+        EXPECT_EQ(viewer.getPickedBone(), label.m_iBone);
+    }
+    EXPECT_GT(farthest, 0.05F) << "not all of them in the middle";
+}
+
+TEST(Viewer, PicksTheBoneThatMovesWhatIsClicked)
+{
+    Viewer viewer;
+    viewer.open(s_sample);
+    execute(viewer, "play off");
+    execute(viewer, "clip sprout_rest");
+    execute(viewer, "look front");
+    viewer.update(0.0);
+    // From the front the stalk stands in the middle, its root at the bottom: bones follow upwards.
+    int last = -1;
+    int picked = 0;
+    for (float y = -0.85F; y < 0.85F; y += 0.1F)
+    {
+        viewer.pick(0.0F, y);
+        if (viewer.getPickedBone() >= 0)
+        {
+            EXPECT_GE(viewer.getPickedBone(), last) << y;
+            last = viewer.getPickedBone();
+            ++picked;
+        }
+    }
+    EXPECT_GT(picked, 10);
+    EXPECT_GE(last, 5);
+    viewer.pick(0.95F, 0.95F);
+    EXPECT_EQ(viewer.getPickedBone(), -1);
+}
+
+TEST(Viewer, CurvesAreWhatTheBonePlaysAndKnowItsKeys)
+{
+    Viewer viewer;
+    viewer.open(s_sample);
+    const KeyCurves curves = TW2::viewer::sampleCurves(*viewer.getObject(), 3, 1);
+    ASSERT_EQ(curves.m_aValues[0].size(), 61U);
+    TW2::TW_VirtualObject& object = viewer.getObject()->getObject();
+    for (const unsigned int frame : {0U, 7U, 33U, 60U})
+    {
+        object.animateObjectFrame(1, static_cast<float>(frame), nullptr);
+        const auto matrix = object.getMesh(3)->getMatrix();
+        EXPECT_EQ(curves.m_aValues[1][frame], matrix.getTranslation().y);
+        const float z = std::atan2(matrix.getRow(0).y, matrix.getRow(0).x) * 57.29578F;
+        EXPECT_NEAR(curves.m_aValues[5][frame], z, 1e-3F);
+    }
+    EXPECT_EQ(curves.m_vecKeyFrames.front(), 0);
+    EXPECT_TRUE(std::ranges::is_sorted(curves.m_vecKeyFrames));
+    EXPECT_TRUE(TW2::viewer::sampleCurves(*viewer.getObject(), 99, 1).isEmpty());
+}
+
+/// Pictures of the states that the controls make: each differs from the plain one where it should.
+TEST(Viewer, EveryWayOfShowingChangesThePicture)
+{
+    std::optional<TW2::render::OffscreenContext> context;
+    try
+    {
+        context.emplace();
+    }
+    catch (const TW2::render::RenderException& exception)
+    {
+        GTEST_SKIP() << exception.getErrorMessage();
+    }
+    TW2::render::SceneRenderer renderer;
+    const TW2::render::PictureTarget target(160, 120, 1);
+    const auto draw = [&](const std::vector<const char*>& lines)
+    {
+        Viewer viewer;
+        viewer.open(s_sample);
+        execute(viewer, "play off");
+        execute(viewer, "seek 0.5");
+        for (const char* line : lines)
+        {
+            execute(viewer, line);
+        }
+        viewer.update(0.0);
+        target.bind();
+        viewer.draw(renderer, 160, 120);
+        const G_Image image = target.read();
+        return std::vector<unsigned char>(image.getPixels(), image.getPixels() + image.getSize());
+    };
+    const auto plain = draw({});
+    EXPECT_TRUE(draw({}) == plain) << "the same picture twice";
+    for (const char* line : {"show mesh off",
+                             "show skeleton on",
+                             "show bounds on",
+                             "show axes on",
+
+                             "show grid off",
+                             "show shadow off",
+                             "show studio-lights off",
+                             "show dark on",
+                             "surface unlit",
+                             "surface normals",
+                             "surface weights",
+                             "wireframe over",
+                             "wireframe only",
+                             "bone 4",
+                             "seek 1.2",
+                             "clip sprout_dance",
+                             "crowd 2",
+                             "orbit 20 0",
+                             "zoom 0.5",
+                             "pan 0.2 0",
+                             "group 3 sprout_dance"})
+    {
+        EXPECT_TRUE(draw({line}) != plain) << line;
+    }
+    EXPECT_TRUE(draw({"surface weights", "bone 6"}) != draw({"surface weights", "bone 1"}));
+}
+}  // namespace

@@ -1,0 +1,64 @@
+#include "viewer/scene_view.h"
+
+#include "render/overlays.h"
+#include "render/studio.h"
+#include "viewer/show.h"
+
+#include <tw2/object/object_animation.h>
+
+namespace TW2::viewer
+{
+render::View makeView(const Show& show)
+{
+    render::View view;
+    if (show.m_bDark)
+    {
+        view.m_topColor = {44.0F, 49.0F, 57.0F};
+        view.m_bottomColor = {24.0F, 26.0F, 30.0F};
+    }
+    view.m_bTransparent = show.m_bTransparent;
+    view.m_bSurfaces = show.m_bMesh;
+    view.m_eSurface = show.m_eSurface;
+    view.m_eWireframe = show.m_eWireframe;
+    return view;
+}
+
+render::View makeView(const Show& show, const Shown& shown)
+{
+    render::View view = makeView(show);
+    view.m_iPickedBone = shown.m_iPickedBone;
+    if (shown.m_iPickedBone >= 0)
+    {
+        view.m_bHighlight = show.m_eSurface == render::View::Surface::Materials;
+        view.m_pPickedMesh = &shown.m_skeleton != &shown.m_drawn
+                                 ? nullptr
+                                 : shown.m_skeleton.getMesh(static_cast<unsigned int>(shown.m_iPickedBone));
+    }
+    if (show.m_bShadow && show.m_bMesh)
+    {
+        view.m_shadow.emplace(render::View::Shadow{shown.m_casters, shown.m_ground.m_vMinimum.y});
+    }
+    if (show.m_bGrid)
+    {
+        render::addGroundGrid(view, shown.m_ground);
+    }
+    if (show.m_bSkeleton)
+    {
+        render::addSkeleton(view, shown.m_skeleton, G_FColor(230.0F, 80.0F, 40.0F));
+    }
+    if (show.m_bAxes)
+    {
+        render::addAxes(view, shown.m_skeleton, 0.03F * shown.m_fSize);
+    }
+    if (show.m_bBounds)
+    {
+        const G_FColor color(60.0F, 130.0F, 230.0F);
+        // A character whose files give no volume has none of its own; what is drawn of it has.
+        P_BaseObject& object =
+            shown.m_object.getBoundingRadius() > 0.0F ? shown.m_object : static_cast<P_BaseObject&>(shown.m_drawn);
+        render::addBoundingBox(view, object, color);
+        render::addBoundingSphere(view, object, color);
+    }
+    return view;
+}
+}  // namespace TW2::viewer

@@ -1,0 +1,490 @@
+#include "viewer/viewer.h"
+
+#include "render/scene_renderer.h"
+#include "render/studio.h"
+#include "viewer/failure.h"
+#include "viewer/find_by.h"
+#include "viewer/picking.h"
+#include "viewer/text.h"
+
+#include <tw2/io/loader.h>
+#include <tw2/object/object_animation.h>
+
+#include <platform/scene/virtual_object.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <numbers>
+
+namespace TW2::viewer
+{
+namespace
+{
+using Vector = M_Vector3Template<float>;
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point begin)
+{
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+void addCross(render::View& view, const Vector& place, float size)
+{
+    const G_FColor color(250.0F, 60.0F, 160.0F);
+    for (const Vector& side : {Vector{size, 0.0F, 0.0F}, Vector{0.0F, size, 0.0F}, Vector{0.0F, 0.0F, size}})
+    {
+        view.m_vecOverlayLines.push_back({place - side, place + side, color});
+    }
+}
+
+void smooth(double& mean, double value)
+{
+    constexpr double share = 0.05;
+    mean = mean > 0.0 ? mean + (value - mean) * share : value;
+}
+}  // namespace
+
+Viewer::Viewer() : m_scene(&m_context)
+{
+    m_context.setCurrentCamera(&m_camera);
+}
+
+Viewer::~Viewer()
+{
+    clear();
+}
+
+void Viewer::open(const std::string& scriptFile, const std::string& choice)
+{
+    TW_Loader::freeCachedFile();
+    start(std::make_unique<LoadedObject>(scriptFile, choice));
+    m_bFrameWanted = true;
+}
+
+void Viewer::reload()
+{
+    if (!m_pObject)
+    {
+        throw Failure("nothing is loaded that could be loaded again");
+    }
+    const std::string file = m_pObject->getScriptFile();
+    const std::string choice = m_pObject->getChoice().m_strName;
+    TW_Loader::freeCachedFile();
+    // Textures are shared by name while anybody uses them: only when the old object has gone do new ones come. What
+    // does not load now would not load then, and the old object stays.
+    {
+        const LoadedObject proof(file, choice);
+    }
+    const int clip = m_playback.getMainAnimation();
+    const double time = m_playback.getTime();
+    const std::size_t copies = m_crowd.getCount();
+    const int level = m_iLevel;
+    const std::string bone =
+        m_iPickedBone >= 0 ? m_pObject->getBones()[static_cast<std::size_t>(m_iPickedBone)].m_strName : std::string();
+    const std::shared_ptr<const MixerPlayback::Kept> mixed = m_mixer.interrupt();
+    clear();
+    start(std::make_unique<LoadedObject>(file, choice));
+    if (m_playback.findClip(clip))
+    {
+        m_playback.setClip(clip);
+        m_playback.seek(time);
+    }
+    const auto& bones = m_pObject->getBones();
+    const auto found = findBy(bones, bone, &LoadedObject::Bone::m_strName);
+    m_iPickedBone = bone.empty() || found == bones.end() ? -1 : static_cast<int>(found - bones.begin());
+    if (mixed)
+    {
+        m_mixer.resume(*m_pObject, *mixed, m_playback.getMainAnimation(), m_playback.getTime());
+    }
+    setLevel(level < m_pObject->getLevelCount() ? level : -1);
+    setCrowd(copies);
+}
+
+void Viewer::start(std::unique_ptr<LoadedObject> object)
+{
+    clear();
+    m_pObject = std::move(object);
+    ++m_uiLoads;
+    m_pObject->getObject().addTo(&m_scene);
+    m_playback.reset(m_pObject->getClips());
+    m_fileLights.load(m_pObject->getGeometryFiles(), m_pObject->getDrawn(), m_scene);
+    for (const LoadedObject::TextureSet& set : m_pObject->getTextureSets())
+    {
+        m_vecTextureSets.push_back(set.m_strName);
+    }
+    pose(0.0);
+    m_scene.executeFrame();
+    std::vector<Vector> points;
+    collectPoints(points);
+    m_restBounds = {};
+    for (const Vector& point : points)
+    {
+        m_restBounds.add(point);
+    }
+}
+
+void Viewer::clear() noexcept
+{
+    m_mixer.stop();
+    m_reaching.stop();
+    m_playback.forgetObjects();
+    m_playback.reset({});
+    m_crowd.clear();
+    m_fileLights.clear();
+    m_vecTextureSets.clear();
+    m_iPickedBone = -1;
+    m_iLevel = -1;
+    m_pObject.reset();
+}
+
+/// Everything that is in the picture at some moment of what plays now.
+void Viewer::frame(float aspect)
+{
+    constexpr int moments = 12;
+    std::vector<Vector> points;
+    for (int i = 1; m_pObject && i < moments; ++i)
+    {
+        m_playback.apply(m_pObject->getObject(), m_playback.getPeriod() * i / moments);
+        m_scene.executeFrame();
+        collectPoints(points);
+    }
+    if (m_pObject)
+    {
+        pose(0.0);
+        m_scene.executeFrame();
+    }
+    collectPoints(points);
+    for (const std::unique_ptr<TW_VirtualObject>& copy : m_crowd.getCopies())
+    {
+        for (unsigned int corner = 0; corner < 8; ++corner)
+        {
+            const Vector& low = m_restBounds.m_vMinimum;
+            const Vector& high = m_restBounds.m_vMaximum;
+            points.push_back(copy->getPosition() + Vector{(corner & 1U) ? high.x : low.x,
+                                                          (corner & 2U) ? high.y : low.y,
+                                                          (corner & 4U) ? high.z : low.z});
+        }
+    }
+    if (!points.empty())
+    {
+        m_orbit.frame(points, aspect);
+    }
+}
+
+void Viewer::settleFrame()
+{
+    if (m_bFrameWanted)
+    {
+        m_scene.executeFrame();
+        frame(m_fAspect);
+        m_framedOrbit = m_orbit;
+        m_bFrameWanted = false;
+    }
+}
+
+void Viewer::collectPoints(std::vector<Vector>& points)
+{
+    if (!m_pObject)
+    {
+        return;
+    }
+    render::collectVertices(m_pObject->getObject(), points);
+    for (unsigned int i = 0; points.empty() && i < m_pObject->getSkeleton().getTotalMeshes(); ++i)
+    {
+        points.push_back(m_pObject->getSkeleton().getMesh(i)->getObjectToWorldMatrix().getTranslation());
+    }
+    std::erase_if(points, [](const Vector& point) { return !std::isfinite(point.x + point.y + point.z); });
+}
+
+void Viewer::setCrowd(std::size_t copies)
+{
+    constexpr std::size_t most = 10000;
+    if (copies > most)
+    {
+        throw Failure("a crowd has 0 to " + std::to_string(most) + " copies, not " + std::to_string(copies));
+    }
+    m_playback.forgetObjects();
+    m_crowd.clear();
+    if (m_pObject && copies > 0)
+    {
+        const Vector size = m_restBounds.m_vMaximum - m_restBounds.m_vMinimum;
+        m_bFrameWanted = true;
+        m_crowd.build(*m_pObject, m_scene, copies, 1.2F * std::max({size.x, size.z, 0.25F * size.y, 1e-3F}));
+    }
+}
+
+void Viewer::pick(float x, float y)
+{
+    m_iPickedBone = m_pObject ? pickBone(m_pObject->getDrawn(), m_pObject->getSkeleton(), m_camera, x, y) : -1;
+}
+
+void Viewer::setTextureAnimation(const std::string& set, bool on)
+{
+    if (!m_pObject || findBy(m_pObject->getTextureSets(), set, &LoadedObject::TextureSet::m_strName) ==
+                          m_pObject->getTextureSets().end())
+    {
+        throw Failure("there is no animated texture \"" + set + "\"");
+    }
+    std::erase(m_vecTextureSets, set);
+    if (on)
+    {
+        m_vecTextureSets.push_back(set);
+    }
+}
+
+bool Viewer::isTextureAnimationOn(const std::string& set) const
+{
+    return std::find(m_vecTextureSets.begin(), m_vecTextureSets.end(), set) != m_vecTextureSets.end();
+}
+
+void Viewer::setCrossMode(InterpolationMode mode)
+{
+    if (m_pObject)
+    {
+        m_pObject->getSkeleton().setCrossMode(mode);
+        setCrowd(m_crowd.getCount());  // copies take over the mode when they are made
+    }
+}
+
+InterpolationMode Viewer::getCrossMode() const
+{
+    return m_pObject ? m_pObject->getSkeleton().getCrossMode() : InterpolationMode::Linear;
+}
+
+void Viewer::freeze()
+{
+    if (m_pObject)
+    {
+        m_playback.freeze(m_pObject->getObject());
+    }
+}
+
+void Viewer::playClip(int animation)
+{
+    if (m_mixer.isOn())
+    {
+        m_mixer.play(animation);
+    }
+    m_playback.setClip(animation);
+}
+
+void Viewer::seek(double seconds)
+{
+    m_playback.seek(seconds);
+    if (m_mixer.isOn())
+    {
+        m_mixer.seek(m_playback.getTime());
+    }
+}
+
+void Viewer::step(int frames)
+{
+    m_playback.step(frames);
+    if (m_mixer.isOn())
+    {
+        m_mixer.seek(m_playback.getTime());
+    }
+}
+
+void Viewer::setMixing(bool on)
+{
+    if (!m_pObject || !on)
+    {
+        const Vector place = m_pObject ? m_pObject->getObject().getPosition() : Vector{};
+        m_mixer.stop();
+        if (m_pObject)
+        {
+            m_pObject->getObject().setMatrix({});
+            m_orbit.m_vTarget = m_orbit.m_vTarget - place;
+            m_framedOrbit.m_vTarget = m_framedOrbit.m_vTarget - place;
+        }
+        return;
+    }
+    m_playback.forgetExtras();
+    m_mixer.start(*m_pObject, m_playback.getMainAnimation(), m_playback.getTime());
+}
+
+void Viewer::moveTarget(float right, float up)
+{
+    const std::optional<Vector> target = m_reaching.getTarget();
+    if (!target)
+    {
+        throw Failure("nothing reaches for a point that could be moved");
+    }
+    const M_Matrix4x3Template<float>& world = m_camera.getObjectToWorldMatrix();
+    const float depth = (*target - world.getTranslation()).dot(world.getRow(2));
+    const float height = 2.0F * depth * std::tan(m_camera.getVerticalAngle() * std::numbers::pi_v<float> / 360.0F);
+    m_reaching.setTarget(*target + world.getRow(0) * (right * height) + world.getRow(1) * (up * height));
+}
+
+void Viewer::setLevel(int level)
+{
+    if (m_pObject)
+    {
+        m_pObject->setLevel(level);
+        m_iLevel = level;
+    }
+}
+
+void Viewer::pose(double seconds)
+{
+    if (!m_pObject)
+    {
+        return;
+    }
+    if (m_mixer.isOn())
+    {
+        m_mixer.update(seconds);
+        m_playback.seek(m_mixer.getTime());
+    }
+    else
+    {
+        m_playback.apply(m_pObject->getObject());
+    }
+    m_reaching.apply(m_orbit.getEye());
+    m_crowd.pose(m_playback);
+    applyVisibility();
+    const auto time = static_cast<float>(m_playback.getTime());
+    for (const std::string& set : m_vecTextureSets)
+    {
+        m_pObject->getObject().animateTexture(toEngineText(set), time);
+    }
+    m_fileLights.animate(time);
+}
+
+void Viewer::applyVisibility()
+{
+    const int animation = m_show.m_bVisibility ? m_playback.getMainAnimation() : -1;
+    const auto time = static_cast<float>(m_playback.getTime());
+    m_pObject->followVisibility(m_pObject->getObject(), animation, time);
+    for (const std::unique_ptr<TW_VirtualObject>& copy : m_crowd.getCopies())
+    {
+        m_pObject->followVisibility(*copy, animation, time);
+    }
+}
+
+void Viewer::update(double seconds)
+{
+    // While it plays, the mixer moves the clock.
+    const bool mixed = m_mixer.isOn();
+    const double passed = mixed && m_playback.isPlaying() ? seconds * m_playback.getSpeed() : 0.0;
+    if (!mixed)
+    {
+        m_playback.update(seconds);
+    }
+    const Clock::time_point begin = Clock::now();
+    if (m_lastUpdate)
+    {
+        smooth(m_timing.m_dPicture, std::chrono::duration<double>(begin - *m_lastUpdate).count() * 1e3);
+    }
+    m_lastUpdate = begin;
+    const Vector before = m_pObject ? m_pObject->getObject().getPosition() : Vector{};
+    pose(passed);
+    const double posed = secondsSince(begin);
+    if (m_pObject)
+    {
+        // The eye goes along with what travels.
+        const Vector travelled = m_pObject->getObject().getPosition() - before;
+        m_orbit.m_vTarget = m_orbit.m_vTarget + travelled;
+        m_framedOrbit.m_vTarget = m_framedOrbit.m_vTarget + travelled;
+    }
+    prepare(m_fAspect);
+    if (m_pObject)
+    {
+        m_crowd.addCost(posed, m_dFrameSeconds, m_pObject->getBones().size() * (m_crowd.getCount() + 1));
+    }
+    smooth(m_timing.m_dUpdate, secondsSince(begin) * 1e3);
+}
+
+/// Brings camera and lights where the eye is and runs the scene's frame.
+void Viewer::prepare(float aspect)
+{
+    // Who has not moved the camera since wants to see the whole object in the new shape of the picture, too.
+    m_bFrameWanted = m_bFrameWanted || (aspect != m_fAspect && m_orbit == m_framedOrbit);
+    m_fAspect = aspect;
+    settleFrame();
+    m_orbit.apply(m_camera, aspect);
+    m_fileLights.enable(m_show.m_bFileLights);
+    m_pStudioLights.reset();
+    if (m_show.m_bStudioLights && m_pObject)
+    {
+        m_pStudioLights = std::make_unique<render::StudioLights>(m_scene, m_camera,
+                                                                 render::chooseLightStrength(m_pObject->getDrawn()));
+    }
+    const Clock::time_point begin = Clock::now();
+    m_scene.executeFrame();
+    m_dFrameSeconds = secondsSince(begin);
+    m_preparedOrbit = m_orbit;
+}
+
+Shown Viewer::getShown() const
+{
+    LoadedObject& object = *m_pObject;
+    // Room for what reaches out of the first pose.
+    const float reach = 0.5F * m_restBounds.getSize();
+    render::Bounds ground;
+    render::Bounds casters;
+    const auto add = [&](const Vector& shift)
+    {
+        ground.add(m_restBounds.m_vMinimum + shift);
+        ground.add(m_restBounds.m_vMaximum + shift);
+        casters.add(m_restBounds.m_vMinimum + shift - Vector{reach, reach, reach});
+        casters.add(m_restBounds.m_vMaximum + shift + Vector{reach, reach, reach});
+    };
+    const Vector place = object.getObject().getPosition();
+    add(place);
+    for (const std::unique_ptr<TW_VirtualObject>& copy : m_crowd.getCopies())
+    {
+        add(copy->getPosition());
+    }
+    return {object.getObject(),     object.getSkeleton(), object.getDrawn(), ground, casters,
+            m_restBounds.getSize(), m_iPickedBone};
+}
+
+render::View Viewer::makeView() const
+{
+    if (!m_pObject)
+    {
+        return viewer::makeView(m_show);
+    }
+    render::View view = viewer::makeView(m_show, getShown());
+    if (m_reaching.getKind() != Reaching::Kind::None && m_reaching.getTarget())
+    {
+        addCross(view, *m_reaching.getTarget(), 0.03F * m_restBounds.getSize());
+    }
+    return view;
+}
+
+void Viewer::draw(render::SceneRenderer& renderer, unsigned int width, unsigned int height)
+{
+    const float aspect = static_cast<float>(std::max(width, 1U)) / static_cast<float>(std::max(height, 1U));
+    if (m_bFrameWanted || aspect != m_fAspect || m_orbit != m_preparedOrbit)
+    {
+        prepare(aspect);
+    }
+    const Clock::time_point begin = Clock::now();
+    renderer.draw(m_scene, m_camera, makeView());
+    smooth(m_timing.m_dDraw, secondsSince(begin) * 1e3);
+}
+
+std::vector<Viewer::Label> Viewer::getLabels(unsigned int width, unsigned int height) const
+{
+    std::vector<Label> labels;
+    const float half = std::tan(m_camera.getVerticalAngle() * 3.14159265F / 360.0F);
+    for (std::size_t i = 0; m_pObject && i < m_pObject->getBones().size(); ++i)
+    {
+        const P_VirtualObject* mesh = m_pObject->getSkeleton().getMesh(static_cast<unsigned int>(i));
+        const Vector place = m_camera.getViewMatrix().transformPoint(mesh->getObjectToWorldMatrix().getTranslation());
+        if (place.z <= m_camera.getNearDistance())
+        {
+            continue;
+        }
+        const float x = place.x / (place.z * half * m_camera.getAspect());
+        const float y = place.y / (place.z * half);
+        labels.push_back({(x + 1.0F) * 0.5F * static_cast<float>(width), (1.0F - y) * 0.5F * static_cast<float>(height),
+                          static_cast<int>(i)});
+    }
+    return labels;
+}
+}  // namespace TW2::viewer

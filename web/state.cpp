@@ -1,0 +1,199 @@
+#include "web/state.h"
+
+#include "json/writer.h"
+#include "viewer/commands.h"
+#include "viewer/viewer.h"
+
+#include <sstream>
+
+namespace TW2::viewer
+{
+namespace
+{
+void writeClips(json::Writer& json, const LoadedObject& object)
+{
+    json.key("clips");
+    json.beginArray();
+    for (const Clip& clip : object.getClips())
+    {
+        json.beginObject();
+        json.member("index", clip.m_iIndex);
+        json.member("name", clip.m_strName);
+        json.member("frames", clip.m_uiFrames);
+        json.member("rate", clip.m_fFrameRate);
+        json.member("period", clip.m_dPeriod);
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void writeBones(json::Writer& json, const LoadedObject& object)
+{
+    json.key("bones");
+    json.beginArray();
+    for (const LoadedObject::Bone& bone : object.getBones())
+    {
+        json.beginObject();
+        json.member("name", bone.m_strName);
+        json.member("parent", bone.m_iParent);
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void writeMaterials(json::Writer& json, const LoadedObject& object)
+{
+    json.key("materials");
+    json.beginArray();
+    for (const LoadedObject::Material& material : object.getMaterials())
+    {
+        json.beginObject();
+        json.member("name", material.m_strName);
+        json.member("setUp", material.m_szSetUp);
+        json.endObject();
+    }
+    json.endArray();
+}
+
+void writeMixer(json::Writer& json, const MixerPlayback& mixer)
+{
+    json.member("mixing", mixer.isOn());
+    json.member("fade", mixer.getFade());
+    json.member("inStep", mixer.isInStep());
+    json.member("travelling", mixer.isTravelling());
+    json.key("parts");
+    json.beginArray();
+    for (const MixerPlayback::Part& part : mixer.getParts())
+    {
+        json.beginObject();
+        json.member("animation", part.m_iAnimation);
+        json.member("layer", part.m_iLayer);
+        json.member("weight", part.m_fWeight);
+        json.endObject();
+    }
+    json.endArray();
+    json.key("layers");
+    json.beginArray();
+    for (const MixerPlayback::Layer& layer : mixer.getLayers())
+    {
+        json.beginObject();
+        json.member("additive", layer.m_bAdditive);
+        json.member("bone", layer.m_iBone);
+        json.member("weight", layer.m_fWeight);
+        json.endObject();
+    }
+    json.endArray();
+    json.key("events");
+    json.beginArray();
+    for (const MixerPlayback::PassedEvent& event : mixer.getEvents())
+    {
+        json.beginObject();
+        json.member("name", event.m_strName);
+        json.member("animation", event.m_strAnimation);
+        json.member("seconds", event.m_dSeconds);
+        json.endObject();
+    }
+    json.endArray();
+}
+}  // namespace
+
+std::string describeObject(const Viewer& viewer)
+{
+    std::ostringstream stream;
+    json::Writer json(stream);
+    json.beginObject();
+    if (const LoadedObject* object = viewer.getObject())
+    {
+        json.member("script", object->getScriptFile());
+        json.member("choice", object->getChoice().m_strName);
+        json.key("choices");
+        json.beginArray();
+        for (const LoadedObject::Choice& choice : object->getChoices())
+        {
+            json.value(choice.m_strName);
+        }
+        json.endArray();
+        json.member("levels", object->getLevelCount());
+        json.member("skinned", object->isSkinned());
+        json.member("lights", viewer.getFileLights().getCount());
+        writeClips(json, *object);
+        writeBones(json, *object);
+        writeMaterials(json, *object);
+        json.key("textures");
+        json.beginArray();
+        for (const LoadedObject::TextureSet& set : object->getTextureSets())
+        {
+            json.value(set.m_strName);
+        }
+        json.endArray();
+    }
+    json.endObject();
+    return stream.str();
+}
+
+std::string describeState(const Viewer& viewer)
+{
+    const Playback& playback = viewer.getPlayback();
+    const Crowd::Cost& cost = viewer.getCrowd().getCost();
+    std::ostringstream stream;
+    json::Writer json(stream);
+    json.beginObject();
+    json.member("time", playback.getTime());
+    json.member("period", playback.getPeriod());
+    json.member("frame", playback.getFrame());
+    json.member("playing", playback.isPlaying());
+    json.key("slots");
+    json.beginArray();
+    for (const Playback::Slot& slot : playback.getSlots())
+    {
+        json.beginObject();
+        json.member("animation", slot.m_iAnimation);
+        json.member("weight", slot.m_fWeight);
+        json.endObject();
+    }
+    json.endArray();
+    json.member("frozen", playback.getFrozenWeight());
+    json.member("crossMode", static_cast<int>(viewer.getCrossMode()));
+    json.member("level", viewer.getLevel());
+    json.member("groupBone", playback.getGroupBone());
+    json.member("groupAnimation", playback.getGroupAnimation());
+    json.member("bone", viewer.getPickedBone());
+    json.member("azimuth", viewer.getCamera().m_fAzimuth);
+    json.member("distance", viewer.getCamera().m_fDistance);
+    json.member("crowd", viewer.getCrowd().getCount());
+    json.member("poseNanoseconds", cost.m_dPoseNanosecondsPerBone);
+    json.member("frameNanoseconds", cost.m_dFrameNanosecondsPerBone);
+    json.member("milliseconds", cost.m_dMilliseconds);
+    json.member("drawMilliseconds", viewer.getTiming().m_dDraw);
+    writeMixer(json, viewer.getMixer());
+    json.member("reachKind", static_cast<int>(viewer.getReaching().getKind()));
+    json.member("reachBone", viewer.getReaching().getBone());
+    json.key("settings");
+    json.beginArray();
+    for (const std::string& line : describeSettings(viewer))
+    {
+        json.value(line);
+    }
+    json.endArray();
+    json.endObject();
+    return stream.str();
+}
+
+std::string describeCommands()
+{
+    std::ostringstream stream;
+    json::Writer json(stream);
+    json.beginArray();
+    for (const Command& command : listCommands())
+    {
+        json.beginObject();
+        json.member("name", command.m_strName);
+        json.member("arguments", command.m_strArguments);
+        json.member("help", command.m_strHelp);
+        json.member("key", command.m_strKey);
+        json.endObject();
+    }
+    json.endArray();
+    return stream.str();
+}
+}  // namespace TW2::viewer
