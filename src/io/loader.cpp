@@ -214,7 +214,7 @@ void TW_Loader::walk()
         const std::size_t begin = chunk.getBodyOffset();
         dispatch(id);
         walk.takeBack();
-        if (!chunk.isValid())
+        if (!chunk.isValid() || &chunk.getMemoryFile() != &sm_cachedMemoryFile)
         {
             S_String name;  // what is in memory is not the file of this name any more
             name.swap(sm_strCachedMemoryFile);

@@ -295,7 +295,9 @@ TEST_F(Loader, AWalkGoesOnBehindItsChunkWhereverACallbackMovesTheFile)
         EXPECT_FALSE(kept.isValid());
     }
 
+    S_MemoryFile other;
     const std::function<void(S_MemoryFile&)> replacements[] = {
+        [&](S_MemoryFile& f) { f.swap(other); },
         [](S_MemoryFile& f) { f.destruct(); },
         [&](S_MemoryFile& f) { f.construct(S_String(file.c_str()), S_MemoryFile::accessRead); },
     };
