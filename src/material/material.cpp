@@ -81,14 +81,34 @@ void TW_Material::initializeMembers() noexcept
 void TW_Material::construct(const TWMaterialChunk& chunk)
 {
     destruct();
+    TW_Material built;  // the callbacks of textures and materials may do with this one what they like
+    built.build(chunk);
+    destruct();
+    takeOver(built);
+}
+
+/// Builds an unconstructed material that no callback knows of.
+void TW_Material::build(const TWMaterialChunk& chunk)
+{
     m_bConstructed = true;
     ++sm_iTemplateMaterial;
-    S_Rollback rollback([this]() noexcept { destruct(); });
     m_piReferenceCount = new S_OwnCounter(1);
     m_strName = chunk.name;
     m_bInvisibleGeometry = chunk.invisibleGeometry;
     Builder(*this, chunk).build();
-    rollback.keep();
+}
+
+/// Makes an unconstructed material hold what another one was built of; that one stays a holder beside it.
+void TW_Material::takeOver(TW_Material& built)
+{
+    m_bConstructed = true;
+    ++sm_iTemplateMaterial;
+    m_strName.swap(built.m_strName);
+    m_mapTextureMatrices.swap(built.m_mapTextureMatrices);
+    m_vecTextureMatrixLayers.swap(built.m_vecTextureMatrixLayers);
+    m_vecTextureMatrices.swap(built.m_vecTextureMatrices);
+    copyNumbers(built);
+    shareEngineMaterial(built);
 }
 
 void TW_Material::construct(const TW_Material& other)
@@ -120,11 +140,16 @@ void TW_Material::construct(const TW_Material& other)
 void TW_Material::copyValues(const TW_Material& other)
 {
     m_strName = other.m_strName;
-    m_bInvisibleGeometry = other.m_bInvisibleGeometry;
-    m_bSpecularEnabled = other.m_bSpecularEnabled;
     m_mapTextureMatrices = other.m_mapTextureMatrices;
     m_vecTextureMatrixLayers = other.m_vecTextureMatrixLayers;
     m_vecTextureMatrices = other.m_vecTextureMatrices;
+    copyNumbers(other);
+}
+
+void TW_Material::copyNumbers(const TW_Material& other)
+{
+    m_bInvisibleGeometry = other.m_bInvisibleGeometry;
+    m_bSpecularEnabled = other.m_bSpecularEnabled;
     for (const TextureSlot& slot : sm_aTextureSlots)
     {
         this->*slot.m_pLayer = other.*slot.m_pLayer;

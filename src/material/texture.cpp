@@ -74,8 +74,10 @@ void TW_Texture::construct(const CreateInfo& info)
 {
     destruct();
     S_String name = info.name;
-    SharedMap* map = findMap(info.filename, info.alphaFilename);
-    m_pSharedMap = map ? map : createMap(info);
+    SharedMap* const found = findMap(info.filename, info.alphaFilename);
+    SharedMap* const map = found ? found : createMap(info);
+    destruct();  // what the callback has made of this texture meanwhile
+    m_pSharedMap = map;
     ++m_pSharedMap->referenceCount;
     m_strName.swap(name);
     m_bConstructed = true;

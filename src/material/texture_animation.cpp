@@ -53,14 +53,16 @@ void TextureAnimation::construct(const MaterialTextureChunk& slot, const Materia
     {
         throw TW_Exception_TextureNotFound(slot.name.c_str());
     }
-    S_Rollback rollback([this]() noexcept { destruct(); });
-    m_bConstructed = true;
-    createFrames(slot, alpha ? alpha->frameFiles : S_Vector<S_String>());
+    TextureAnimation built;  // the callback of textures may do with this one what it likes
+    built.m_bConstructed = true;
+    built.createFrames(slot, alpha ? alpha->frameFiles : S_Vector<S_String>());
     if (slot.playback == MaterialTextureChunk::PLAYBACK_PING_PONG)
     {
-        appendPlayedBackwards();
+        built.appendPlayedBackwards();
     }
-    rollback.keep();
+    destruct();
+    m_bConstructed = true;
+    m_vecFrames.swap(built.m_vecFrames);
     m_iFramesPerSecond = slot.framesPerSecond;
     m_bLooping = slot.playback != MaterialTextureChunk::PLAYBACK_ONCE;
     m_iStartFrame = slot.randomStart ? std::rand() % static_cast<int>(m_vecFrames.size()) : slot.startFrame;

@@ -155,7 +155,10 @@ private:
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     [[nodiscard]] const TextureSlot* selectSlot(TextureType type) const noexcept;
     [[nodiscard]] bool canBeShared() const noexcept;
+    void build(const TWMaterialChunk& chunk);
+    void takeOver(TW_Material& built);
     void copyValues(const TW_Material& other);
+    void copyNumbers(const TW_Material& other);
     void shareEngineMaterial(const TW_Material& other) noexcept;
     void copyEngineMaterial(const TW_Material& other);
     /// @name The white map of solid layers: made for the first material that has one, gone with the last

@@ -67,6 +67,7 @@ public:
     /// @}
 
 private:
+    TextureAnimation() noexcept { initializeMembers(); }
     void initializeMembers() noexcept;
     void createFrames(const MaterialTextureChunk& slot, const S_Vector<S_String>& alphaFiles);
     void appendPlayedBackwards();
