@@ -145,21 +145,28 @@ void getVertexMap(S_Vector<int>& map, const MeshChunk& record, std::size_t group
     }
 }
 
+/// The material of a group; null when the object has none of that name.
+const TW_Material* findMaterial(const TW_ObjectAnimation& object, const MeshChunk& record, std::size_t group)
+{
+    const TW_MaterialManager* const materials = record.hasMaterials ? object.getMaterialManager() : nullptr;
+    return materials ? materials->findMaterial(record.materials.names[group]) : nullptr;
+}
+
 /// One primitive per material name, or a single one without names.
-void buildPrimitives(P_VirtualObject& mesh, const MeshChunk& record, const TW_MaterialManager* materials,
+void buildPrimitives(P_VirtualObject& mesh, const MeshChunk& record, const TW_ObjectAnimation& object,
                      TW_MeshCallback& factory)
 {
     const std::size_t count = record.hasMaterials ? record.materials.names.size() : 1;
     S_Vector<int> vertexMap;
     for (std::size_t g = 0; g < count; ++g)
     {
-        const TW_Material* const material =
-            record.hasMaterials && materials ? materials->findMaterial(record.materials.names[g]) : nullptr;
         const int primitive = static_cast<int>(g);
+        const int flags = getVertexFormatFlags(findMaterial(object, record, g));
         getVertexMap(vertexMap, record, g);
-        P_TriangleMesh* const geometry = factory.createTriangleMesh(
-            &mesh, primitive, getVertexFormatFlags(material), static_cast<int>(getGroupTriangleCount(record, g)),
-            static_cast<int>(getGroupVertexCount(record, g)), vertexMap);
+        P_TriangleMesh* const geometry =
+            factory.createTriangleMesh(&mesh, primitive, flags, static_cast<int>(getGroupTriangleCount(record, g)),
+                                       static_cast<int>(getGroupVertexCount(record, g)), vertexMap);
+        const TW_Material* const material = findMaterial(object, record, g);  // a host's factory may have exchanged it
         if (material)
         {
             applyMaterial(*mesh.getPrimitiveInstance(primitive), *material);
@@ -197,7 +204,7 @@ void TW_ObjectAnimationMeshCallback::operator()(MeshChunk& record)
     mesh->setMatrix(record.transform);
     if (!record.hasInstance)
     {
-        buildPrimitives(*mesh, record, m_pObject->getMaterialManager(), *this);
+        buildPrimitives(*mesh, record, *m_pObject, *this);
     }
     // Meshes have volumes of their own, which follow their vertices.
     mesh->setEngineFlag(P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME, false);

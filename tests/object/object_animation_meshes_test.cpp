@@ -417,3 +417,46 @@ TEST(ObjectAnimationMeshes, AHostsMeshCallbackBuildsGeometryInItsOwnWay)
     EXPECT_EQ(counter.m_asked, (std::vector<int>{7, 3}));
     EXPECT_EQ(object.getTotalMeshes(), 2u);
 }
+
+TEST(ObjectAnimationMeshes, AHostsMeshCallbackMayTakeTheObjectAwayWhileItIsBuilt)
+{
+    class Taker : public TW_ObjectAnimationMeshCallback
+    {
+    public:
+        Taker(TW_ObjectAnimation* object, int at) : TW_ObjectAnimationMeshCallback(object), m_object(*object), m_iAt(at)
+        {
+        }
+        P_TriangleMesh* createTriangleMesh(P_VirtualObject* mesh, int primitive, int flags, int triangles, int vertices,
+                                           const S_Vector<int>& vertexMap) override
+        {
+            if (m_iAt-- == 0)
+            {
+                m_object.destruct();
+            }
+            return TW_ObjectAnimationMeshCallback::createTriangleMesh(mesh, primitive, flags, triangles, vertices,
+                                                                      vertexMap);
+        }
+
+    private:
+        TW_ObjectAnimation& m_object;
+        int m_iAt;
+    };
+    ObjectFiles files;
+    files.addMaterials(MaterialListChunk{"", {makeSolidMaterial("skin"), makeSolidMaterial("cloth")}});
+    for (const char* name : {"a", "b"})
+    {
+        MeshChunk mesh = makeMesh(name, "a", {{3, 1}, {3, 1}});
+        mesh.hasParent = mesh.name == "b";
+        setMaterials(mesh, {"skin", "cloth"});
+        files.addMesh(mesh);
+    }
+    const std::string script = files.writeScript();
+    for (int at = 0; at < 4; ++at)
+    {
+        TW_ObjectAnimation object;
+        Taker taker(&object, at);
+        EXPECT_THROW(object.construct(script.c_str(), "object", &taker, false), TW_Exception_InvalidGeometry) << at;
+        EXPECT_FALSE(object.isConstructed());
+        EXPECT_EQ(object.getTotalMeshes(), 0u);
+    }
+}
