@@ -24,13 +24,17 @@ S_String findSizeFault(const MeshChunk& mesh, std::size_t group, std::size_t ver
         .str();
 }
 
-/// Lists the polygons of each material in order; those of none of them come after the last.
-void sortPolygons(const S_Vector<int>& faceMaterials, std::size_t materials, LegacyMeshLists& lists)
+/// Lists the polygons of each material in order; those of none of them, or without a number, come after the last.
+void sortPolygons(const MeshChunk& mesh, LegacyMeshLists& lists)
 {
-    const auto getPlace = [materials](int material)
-    { return material < 0 ? materials : std::min(static_cast<std::size_t>(material), materials); };
-    listByBucket(lists.materialStarts, lists.materialPolygons, materials + 1, faceMaterials.size(), 1,
-                 [&](std::size_t polygon) { return getPlace(faceMaterials[polygon]); });
+    const std::size_t materials = mesh.materials.names.size();
+    const S_Vector<int>& faceMaterials = mesh.materials.faceMaterials;
+    const auto getPlace = [&](std::size_t polygon)
+    {
+        const int material = polygon < faceMaterials.size() ? faceMaterials[polygon] : -1;
+        return material < 0 ? materials : std::min(static_cast<std::size_t>(material), materials);
+    };
+    listByBucket(lists.materialStarts, lists.materialPolygons, materials + 1, mesh.faces.polygons.size(), 1, getPlace);
 }
 
 /// Appends the group of one material: its vertices are numbered in the order in which its corners name them.
@@ -62,7 +66,7 @@ void appendGroup(std::size_t group, LegacyMeshLists& lists)
 S_String makeGroups(const MeshChunk& mesh, LegacyMeshLists& lists)
 {
     const std::size_t materials = mesh.materials.names.size();
-    sortPolygons(mesh.materials.faceMaterials, materials, lists);
+    sortPolygons(mesh, lists);
     if (const unsigned int left = lists.materialStarts[materials + 1] - lists.materialStarts[materials]; left > 0)
     {
         Sys.verbose("Mesh \"%s\": %u polygons name none of the %zu materials and are left out\n", mesh.name.c_str(),

@@ -146,18 +146,6 @@ S_String findLegacyChannelFault(const MeshChunk& mesh, std::size_t slot)
                            "coordinates");
 }
 
-S_String findLegacyMaterialFault(const MeshChunk& mesh)
-{
-    const std::size_t materials = countMaterials(mesh);
-    const S_Vector<int>& faceMaterials = mesh.materials.faceMaterials;
-    if (materials >= 2 && faceMaterials.size() != mesh.faces.polygons.size())
-    {
-        return S_STR("a material for each of the %zu polygons, found %zu", mesh.faces.polygons.size(),
-                     faceMaterials.size())
-            .str();
-    }
-    return {};
-}
 }  // namespace
 
 S_String findFault(const MeshVertexChunk& vertices)
@@ -212,10 +200,6 @@ S_String findLegacyFault(const MeshChunk& mesh)
     for (std::size_t slot = 0; fault.empty() && slot < mesh.channels.size(); ++slot)
     {
         fault = findLegacyChannelFault(mesh, slot);
-    }
-    if (fault.empty())
-    {
-        fault = findLegacyMaterialFault(mesh);
     }
     return fault;
 }

@@ -389,8 +389,6 @@ TEST(LegacyMesh, DamageIsAnErrorThatNamesTheValue)
                 HasSubstr("texture channel 0, polygon 1 to name coordinates from 0 to below 18, found 18"));
     EXPECT_THAT(failureAfter([](LegacyMesh& mesh) { mesh.channels[0].polygons.pop_back(); }),
                 HasSubstr("as many polygons in texture channel 0 as in the mesh, 8, found 7"));
-    EXPECT_THAT(failureAfter([](LegacyMesh& mesh) { mesh.faceMaterials.pop_back(); }),
-                HasSubstr("a material for each of the 8 polygons, found 7"));
 }
 
 TEST(LegacyMesh, MaterialNumbersOutsideTheNamesAreNoError)
@@ -414,6 +412,11 @@ TEST(LegacyMesh, MaterialNumbersOutsideTheNamesAreNoError)
     EXPECT_THAT(rest.faces.groupCounts, testing::ElementsAre(3u, 1u));
     EXPECT_EQ(rest.vertices.groupCounts[0], whole.vertices.groupCounts[0]);
     EXPECT_EQ(rest.vertices.groupCounts[1], 3u);
+
+    mesh.faceMaterials = {0, 1, 1, 1, 0};
+    EXPECT_THAT(convert(mesh).faces.groupCounts, testing::ElementsAre(2u, 3u)) << "polygons without a number";
+    mesh.faceMaterials = {0, 1, 1, 1, 0, 1, 1, 0, 0, 1};
+    EXPECT_EQ(convert(mesh).faces.indices, whole.faces.indices) << "numbers without a polygon";
 
     mesh.faceMaterials.assign(8, -1);
     const MeshChunk none = convert(mesh);
