@@ -62,7 +62,6 @@ public:
 
     /// The message; valid as long as the exception is unchanged.
     [[nodiscard]] virtual const char* getErrorMessage() const noexcept;
-    /// The same as `getErrorMessage`.
     /// The message, and in parentheses what was added to it by `addHint`; valid as long as the exception is unchanged.
     [[nodiscard]] const char* what() const noexcept final;
 

@@ -158,6 +158,10 @@ TW_Material* TW_MaterialManager::getMaterial(int index) const noexcept
 
 void TW_MaterialManager::remapMaterials(P_VirtualObject* object, TW_MaterialManager* source)
 {
+    if (!object || !source)
+    {
+        return;
+    }
     const S_MemoryScope scope(memoryScopeName);
     S_Map<const P_Material*, const S_String*> names;
     for (const TW_Material* material : source->m_vecMaterials)

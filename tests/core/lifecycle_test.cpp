@@ -274,6 +274,8 @@ TEST(NullArguments, AreNothingToAskAboutAndAnErrorToBuildFrom)
     object.shareAnimation(0, nullptr);
     object.remapMaterials(nullptr);
     character.remapMaterials(nullptr);
+    object.getMaterialManager()->remapMaterials(object.getMesh(0), nullptr);
+    object.getMaterialManager()->remapMaterials(nullptr, character.getSkeleton()->getMaterialManager());
     TW_ObjectAnimation::loadMaterials(nullptr, file.c_str());
     EXPECT_THROW(object.loadMaterials(noName), S_FileException);
     EXPECT_THROW(object.appendAnimations(noScript, 0, false), TW_Exception_InvalidScriptParameter);

@@ -70,7 +70,8 @@ public:
         return static_cast<unsigned int>(m_vecMaterials.size());
     }
     /// Gives the primitives of `object`, which use engine materials of `source`, this manager's materials of the same
-    /// names. A primitive whose material is not one of `source`, or whose name is not found here, is left alone.
+    /// names. A primitive whose material is not one of `source`, or whose name is not found here, is left alone. Null
+    /// changes nothing.
     void remapMaterials(P_VirtualObject* object, TW_MaterialManager* source);
     /// Has all materials' textures ready before they are first drawn; throws what reading a texture throws.
     void addToTextureMemory();
