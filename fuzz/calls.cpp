@@ -31,7 +31,10 @@ class World
 {
 public:
     World(const Files& files, Choices& choices)
-        : m_files(files), m_choices(choices), m_script(files.m_script.c_str()), m_callbacks(files)
+        : m_files(files),
+          m_choices(choices),
+          m_script(files.m_script.c_str()),
+          m_callbacks(files, choices, [this] { callInside(); })
     {
     }
 
@@ -39,6 +42,9 @@ public:
     {
         m_callbacks.m_iLoadAt = m_choices.below(8) == 0 ? 1 + m_choices.below(6) : 0;
         m_callbacks.m_iThrowAt = m_choices.below(8) == 0 ? 1 + m_choices.below(6) : 0;
+        m_callbacks.m_iCallAt = m_choices.below(4) == 0 ? 1 + m_choices.below(12) : 0;
+        m_callbacks.m_iChange = m_choices.below(8);
+        TW_ObjectAnimation::setKeyframeAnimationCallback(m_choices.flip() ? &m_callbacks : nullptr);
         if (m_choices.below(8) == 0)
         {
             S_Memory::failAllocation(1 + m_choices.below(256) * (1 + m_choices.below(4)));
@@ -130,6 +136,50 @@ private:
                 return move();
             default:
                 return play(pickAny());
+        }
+    }
+
+    /// What a host's callback does during a load: with what is being loaded, too.
+    void callInside()
+    {
+        m_motion.reset();
+        const bool passesOn = m_choices.flip();
+        try
+        {
+            switch (m_choices.below(6))
+            {
+                case 0:
+                    return destructPart();
+                case 1:
+                    return pick(m_objects).destruct();
+                case 2:
+                    return pick(m_characters).destruct();
+                case 3:
+                    return m_choices.flip() ? pick(m_levels).destruct() : pick(m_skinned).destruct();
+                case 4:
+                    return executeFrame();
+                default:
+                    return call();
+            }
+        }
+        catch (const S_Exception&)
+        {
+            if (passesOn)
+            {
+                throw;
+            }
+        }
+    }
+
+    void destructPart()
+    {
+        if (m_choices.flip())
+        {
+            return pickCharacter()->destruct();
+        }
+        if (TW_ObjectAnimation* const part = pickObject())
+        {
+            part->destruct();
         }
     }
 
@@ -455,7 +505,9 @@ private:
             require(object.isConstructed() == (object.getSkeleton() != nullptr),
                     "a constructed character has a skeleton");
             require(object.isConstructed() == (object.getSkin() != nullptr), "a constructed character has a skin");
-            require(object.getBoneMatrixCount() == static_cast<int>(object.getTotalMeshes()), "a matrix per bone");
+            require(object.getBoneMatrixCount() == static_cast<int>(object.getTotalMeshes()) ||
+                        !object.getSkeleton()->isConstructed(),
+                    "a matrix per bone");
         }
         for (const TW_ObjectAnimationLODs& object : m_levels)
         {

@@ -6,14 +6,17 @@
 #include <tw2/tw2.h>
 
 #include <platform/runtime/memory_file_writer.h>
+#include <platform/runtime/rollback.h>
 #include <platform/scene/virtual_object.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 // What the sequences of calls are made of: choices from bytes, files to build from, callbacks that load and throw.
 namespace calls
@@ -79,32 +82,62 @@ struct Files
     std::string m_moves;
 };
 
-/// Loads and throws inside other loads, as it is told.
-class Callbacks : public TW_LoadMeshCallback, public TW_MeshLoadedCallback
+/// Loads, throws and calls whatever else a host may call inside other loads, as it is told.
+class Callbacks : public TW_LoadMeshCallback,
+                  public TW_MeshLoadedCallback,
+                  public TW_MeshParentNotFoundCallback,
+                  public TW_ObjectKeyframeAnimationCallback,
+                  public TW_MaterialCallback
 {
 public:
-    explicit Callbacks(const Files& files) : m_files(files)
+    Callbacks(const Files& files, Choices& choices, std::function<void()> call)
+        : m_files(files), m_choices(choices), m_call(std::move(call))
     {
         TW_ObjectAnimation::setLoadMeshCallback(this);
         TW_ObjectAnimation::setMeshLoadedCallback(this);
+        TW_ObjectAnimation::setMeshParentNotFoundCallback(this);
+        TW_Material::setCallback(this);
     }
     ~Callbacks() override
     {
         TW_ObjectAnimation::setLoadMeshCallback(nullptr);
         TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
+        TW_ObjectAnimation::setMeshParentNotFoundCallback(nullptr);
+        TW_ObjectAnimation::setKeyframeAnimationCallback(nullptr);
+        TW_Material::setCallback(nullptr);
     }
     Callbacks(const Callbacks&) = delete;
     Callbacks& operator=(const Callbacks&) = delete;
 
-    bool operator()(MeshChunk&) override
+    bool operator()(MeshChunk& record) override
     {
         act();
-        return true;
+        switch (m_bInner ? -1 : m_iChange)
+        {
+            case 1:
+                return m_choices.flip();
+            case 2:
+                record.hasParent = m_choices.flip();
+                record.parentName = "nowhere";
+                return true;
+            case 3:
+                record.hasInstance = m_choices.below(4) == 0;
+                record.instanceOf = "Bone0";
+                return true;
+            default:
+                return true;
+        }
     }
     void operator()(TW_ObjectAnimation*, P_VirtualObject*) override { act(); }
+    void operator()(P_VirtualObject*, const S_String&) override { act(); }
+    void operator()(int, TW_KeyframeAnimation*) override { act(); }
+    void operator()(P_Material*, const TWMaterialChunk&) override { act(); }
+    void operator()(int&, int&, const TWMaterialChunk&) override { act(); }
 
-    int m_iLoadAt = 0;  ///< counted down at every call
+    int m_iLoadAt = 0;  ///< counted down at every call, as are the next two
     int m_iThrowAt = 0;
+    int m_iCallAt = 0;
+    int m_iChange = 0;  ///< what is done to the records of meshes
 
 private:
     void act()
@@ -113,13 +146,23 @@ private:
         {
             throw std::runtime_error("thrown by a callback");
         }
+        if (m_iCallAt > 0 && --m_iCallAt == 0)
+        {
+            m_iCallAt = m_choices.below(4);
+            m_call();
+        }
         if (m_iLoadAt > 0 && --m_iLoadAt == 0)
         {
+            const bool outer = std::exchange(m_bInner, true);
+            const S_Rollback restore([this, outer]() noexcept { m_bInner = outer; });
             const TW_VertexAnimation inner(m_files.m_script.c_str(), "skeleton", "skin");
             require(inner.getTotalMeshes() == 4, "a load inside a load is complete");
         }
     }
 
     const Files& m_files;
+    Choices& m_choices;
+    std::function<void()> m_call;
+    bool m_bInner = false;
 };
 }  // namespace calls
