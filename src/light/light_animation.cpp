@@ -171,6 +171,10 @@ void TW_PointLightAnimation::animate(P_PointLight* light, float time) const
 
 void TW_PointLightAnimation::animateFrame(P_PointLight* light, float frame) const
 {
+    if (!light)
+    {
+        return;
+    }
     applyColor(*light, frame);
     applyTrack(m_pFallOff, m_iFallOffFrame, frame, [light](float range) { light->setFalloffRange(range); });
 }
@@ -202,6 +206,10 @@ void TW_DirectionalLightAnimation::animate(P_DirectionalLight* light, float time
 
 void TW_DirectionalLightAnimation::animateFrame(P_DirectionalLight* light, float frame) const
 {
+    if (!light)
+    {
+        return;
+    }
     applyColor(*light, frame);
 }
 
@@ -232,6 +240,10 @@ void TW_SpotLightAnimation::animate(P_SpotLight* light, float time) const
 
 void TW_SpotLightAnimation::animateFrame(P_SpotLight* light, float frame) const
 {
+    if (!light)
+    {
+        return;
+    }
     applyColor(*light, frame);
     applyTrack(m_pFallOff, m_iFallOffFrame, frame, [light](float range) { light->setFalloffRange(range); });
     applyTrack(m_pFallOffAngle, m_iFallOffAngleFrame, frame,

@@ -197,6 +197,10 @@ void TW_ObjectAnimationMeshCallback::operator()(MeshChunk& record)
     {
         return;
     }
+    if (!m_pObject)
+    {
+        throw TW_Exception_InvalidGeometry(S_STR("Mesh \"%s\" has no object to be added to", record.name.c_str()));
+    }
     requireSound(record);
     std::unique_ptr<P_VirtualObject> mesh = createMesh(record, *m_pObject);
     hangUnderParent(*mesh, record, *m_pObject);

@@ -1,3 +1,4 @@
+#include "object/object_animation_script.h"
 #include "skin/skeleton_bone.h"
 
 #include <tw2/core/exceptions.h>
@@ -73,11 +74,6 @@ void TW_VertexAnimation::Skin::initializeMembers() noexcept
 void TW_VertexAnimation::Skin::construct(const SkinChunk& chunk)
 {
     destruct();
-    const S_String invalid = chunk.findInvalidValue();
-    if (!invalid.empty())
-    {
-        throw TW_Exception_InvalidGeometry(S_STR("SKD contradicts itself: %s", invalid.c_str()));
-    }
     take(SkinChunk(chunk));
 }
 
@@ -97,7 +93,7 @@ void TW_VertexAnimation::Skin::construct(const Skin& other)
     m_bConstructed = other.m_bConstructed;
 }
 
-/// Makes a valid record the object's own.
+/// Makes a record the object's own.
 void TW_VertexAnimation::Skin::take(SkinChunk&& chunk)
 {
     S_Handle shared(new SharedChunk);
@@ -111,14 +107,19 @@ bool TW_VertexAnimation::Skin::boneHasVerticesWeighted(const char* boneName) con
 {
     const auto& names = m_pChunk->boneNames;
     const auto& bones = m_pChunk->influenceBones;
-    const auto found = std::find_if(names.begin(), names.end(),
-                                    [boneName](const S_String& name) { return S_CaselessNameEqual()(name, boneName); });
+    const auto found =
+        std::find_if(names.begin(), names.end(),
+                     [name = orEmpty(boneName)](const S_String& bone) { return S_CaselessNameEqual()(bone, name); });
     return found != names.end() &&
            std::find(bones.begin(), bones.end(), static_cast<int>(found - names.begin())) != bones.end();
 }
 
 void TW_VertexAnimation::Skin::checkDataValidity(TW_VertexAnimation* vertexAnimation) const
 {
+    if (!vertexAnimation || !vertexAnimation->getSkin() || !vertexAnimation->getSkeleton())
+    {
+        throw TW_Exception_InvalidGeometry("SKD is checked against a character, and none is given that is constructed");
+    }
     const TW_ObjectAnimation& skin = *vertexAnimation->getSkin();
     const TW_ObjectAnimation& skeleton = *vertexAnimation->getSkeleton();
     const auto& objects = m_pChunk->objectNames;

@@ -129,7 +129,7 @@ const int* getBoneCountList(const TW_VertexAnimation::Skin& skin, int primitive,
 }  // namespace
 
 TW_SkinMeshCallback::TW_SkinMeshCallback(TW_ObjectAnimation* skin, TW_VertexAnimation* vertexAnimation) noexcept
-    : TW_ObjectAnimationMeshCallback(skin), m_pVertexAnimation(vertexAnimation), m_bBonesMapped(false)
+    : TW_ObjectAnimationMeshCallback(skin), m_pVertexAnimation(vertexAnimation)
 {
 }
 
@@ -139,43 +139,50 @@ P_TriangleMesh* TW_SkinMeshCallback::createTriangleMesh(P_VirtualObject* mesh, i
                                                         int triangleCount, int vertexCount,
                                                         const S_Vector<int>& vertexMap)
 {
-    if (!m_pVertexAnimation->getSkeleton() || !m_pVertexAnimation->getSkinData())
-    {
-        throw TW_Exception_InvalidGeometry(
-            S_STR("Skin mesh \"%s\" has no skeleton or no SKD to follow", mesh->getName().c_str()));
-    }
-    const TW_VertexAnimation::Skin& skin = *m_pVertexAnimation->getSkinData();
-    const SkinVertices vertices(skin, *mesh, primitive, vertexCount, vertexMap);
+    takeSkinData(*mesh);
+    const SkinVertices vertices(m_skinData, *mesh, primitive, vertexCount, vertexMap);
     int maxBones = 0;
     for (int v = 0; v < vertexCount; ++v)
     {
-        maxBones = std::max(maxBones, skin.getVertexBoneCount(vertices.getPrimitive(), vertices(v)));
+        maxBones = std::max(maxBones, m_skinData.getVertexBoneCount(vertices.getPrimitive(), vertices(v)));
     }
     if (maxBones > maximumBonesPerVertex)
     {
         throw P_DriverException_TooManyBonesPerVertex();
     }
-    mapBones();
 
     P_VertexFormat format;
     format.constructFromOldVertexFormat(static_cast<unsigned int>(vertexFormatFlags) |
                                         static_cast<unsigned int>(maxBones) << P_VertexFormat::boneCountShift);
     P_SkinMesh* skinMesh = mesh->createSkinMesh(primitive, nullptr, format);
     skinMesh->allocate(static_cast<unsigned int>(triangleCount), static_cast<unsigned int>(vertexCount), false);
-    skinMesh->setBoneCountList(getBoneCountList(skin, primitive, vertexCount));
-    writeInfluences(*skinMesh, skin, vertices, vertexCount, m_vecBoneMap);
+    skinMesh->setBoneCountList(getBoneCountList(m_skinData, primitive, vertexCount));
+    writeInfluences(*skinMesh, m_skinData, vertices, vertexCount, m_vecBoneMap);
     return skinMesh;
 }
 
-/// A bone that the skeleton lacks takes the mesh of its own number; the check of the finished object rejects it.
-void TW_SkinMeshCallback::mapBones()
+/// Takes the skin data for all meshes, so that a host's callback that exchanges them changes nothing. A bone that the
+/// skeleton lacks takes the mesh of its own number; the check of the finished object rejects it.
+void TW_SkinMeshCallback::takeSkinData(const P_VirtualObject& mesh)
 {
-    if (m_bBonesMapped)
+    if (m_skinData.isConstructed())
     {
         return;
     }
+    if (!m_pVertexAnimation || !m_pVertexAnimation->getSkeleton() || !m_pVertexAnimation->getSkinData() ||
+        !m_pVertexAnimation->getSkinData()->isConstructed())
+    {
+        throw TW_Exception_InvalidGeometry(
+            S_STR("Skin mesh \"%s\" has no skeleton or no SKD to follow", mesh.getName().c_str()));
+    }
+    const TW_VertexAnimation::Skin& skinData = *m_pVertexAnimation->getSkinData();
+    if (const S_String invalid = skinData.getSkinChunk().findInvalidValue(); !invalid.empty())
+    {
+        throw TW_Exception_InvalidGeometry(
+            S_STR("Skin mesh \"%s\" has an SKD that contradicts itself: %s", mesh.getName().c_str(), invalid.c_str()));
+    }
     const TW_ObjectAnimation& skeleton = *m_pVertexAnimation->getSkeleton();
-    const S_Vector<S_String>& names = m_pVertexAnimation->getSkinData()->getSkinChunk().boneNames;
+    const S_Vector<S_String>& names = skinData.getSkinChunk().boneNames;
     const unsigned int meshes = skeleton.getTotalMeshes();
     if (meshes == 0 && !names.empty())
     {
@@ -185,9 +192,9 @@ void TW_SkinMeshCallback::mapBones()
     for (std::size_t b = 0; b < names.size(); ++b)
     {
         const auto expected = static_cast<unsigned int>(b);
-        const int mesh = findSkeletonBone(skeleton, names[b], expected);
-        m_vecBoneMap[b] = mesh >= 0 ? static_cast<unsigned int>(mesh) : expected % meshes;
+        const int bone = findSkeletonBone(skeleton, names[b], expected);
+        m_vecBoneMap[b] = bone >= 0 ? static_cast<unsigned int>(bone) : expected % meshes;
     }
-    m_bBonesMapped = true;
+    m_skinData = skinData;
 }
 }  // namespace TW2

@@ -268,7 +268,7 @@ void TW_VertexAnimation::constructSkin(S_Script& script, Block block, bool withV
     }
     TW_SkinMeshCallback callback(m_pSkin, this);
     m_pSkin->construct(&script, block, &callback, withVisibility);
-    m_pSkin->m_pGeometryData = std::allocate_shared<const Skin>(S_Allocator<Skin>(), *m_pSkinData);
+    m_pSkin->m_pGeometryData = std::allocate_shared<const Skin>(S_Allocator<Skin>(), callback.getSkinData());
 }
 
 void TW_VertexAnimation::addSkin(S_Script& script, int block, bool withVisibility)

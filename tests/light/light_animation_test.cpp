@@ -147,6 +147,11 @@ TEST(LightAnimations, PointAndDirectionalLightsTakeWhatTheyHave)
     sun.animate(&sunLight, 1.0f);
     EXPECT_EQ(sunLight.getColor(), pointLight.getColor());
 
+    // No light, nothing to change.
+    point.animate(nullptr, 1.0f);
+    sun.animateFrame(nullptr, 1.0f);
+    TW_SpotLightAnimation(makeLamp<SpotLightAnimationChunk>()).animate(nullptr, 1.0f);
+
     support::VerboseCapture log;
     sun.dump();
     TW_SpotLightAnimation(makeLamp<SpotLightAnimationChunk>()).dump();

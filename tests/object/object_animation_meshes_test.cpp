@@ -416,6 +416,10 @@ TEST(ObjectAnimationMeshes, AHostsMeshCallbackBuildsGeometryInItsOwnWay)
     object.construct(files.writeScript().c_str(), "object", &counter, false);
     EXPECT_EQ(counter.m_asked, (std::vector<int>{7, 3}));
     EXPECT_EQ(object.getTotalMeshes(), 2u);
+
+    Counter nobodys(nullptr);
+    MeshChunk record = makeMesh("c", "", {{3, 1}});
+    EXPECT_THROW(nobodys(record), TW_Exception_InvalidGeometry);
 }
 
 TEST(ObjectAnimationMeshes, AHostsMeshCallbackMayTakeTheObjectAwayWhileItIsBuilt)

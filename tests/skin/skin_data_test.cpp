@@ -3,7 +3,9 @@
 
 #include <tw2/core/exceptions.h>
 #include <tw2/core/static_data.h>
+#include <tw2/io/mesh_chunk.h>
 #include <tw2/object/object_animation.h>
+#include <tw2/object/object_animation_callbacks.h>
 #include <tw2/skin/skin_mesh_callback.h>
 #include <tw2/skin/vertex_animation.h>
 
@@ -95,14 +97,74 @@ TEST(SkinData, AFileAnswersPerPrimitiveVertexAndInfluence)
     support::expectNothingLeftByFailedAllocations([&name] { const Skin skin(name); });
 }
 
-TEST(SkinData, ARecordThatContradictsItselfIsNotTaken)
+TEST(SkinData, ARecordOfAHostsIsTakenAsItIsAndAnswersFromTheListsThatItHas)
 {
-    SkinChunk chunk = makeThreeVertices();
+    SkinChunk chunk;
+    chunk.boneNames = {"Hip", "Hand"};
+    chunk.influenceBones = {0};
     Skin skin(chunk);
-    chunk.influenceBones[4] = 8;
-    EXPECT_EQ(support::messageOf([&] { skin.construct(chunk); }),
-              "TW2: Invalid Geometry: SKD contradicts itself: influence 4: bone 8 of 8 bones");
-    EXPECT_FALSE(skin.isConstructed());
+    EXPECT_TRUE(skin.boneHasVerticesWeighted("hip"));
+    EXPECT_FALSE(skin.boneHasVerticesWeighted("Hand"));
+    EXPECT_FALSE(skin.boneHasVerticesWeighted(static_cast<const char*>(nullptr)));
+
+    chunk = makeThreeVertices();
+    chunk.boneNames.clear();
+    skin.construct(chunk);
+    EXPECT_EQ(skin.getVertexBone(0, 1, 2), 4);
+    EXPECT_TRUE(skin.isConstructed());
+}
+
+TEST(SkinData, AreCheckedAgainstACharacterThatIsConstructed)
+{
+    const support::CharacterFiles files;
+    TW_VertexAnimation character(files.write().c_str(), "skeleton", "skin");
+    const Skin skin(*character.getSkinData());
+    EXPECT_NO_THROW(skin.checkDataValidity(&character));
+    EXPECT_THROW(skin.checkDataValidity(nullptr), TW_Exception_InvalidGeometry);
+    character.destruct();
+    EXPECT_THROW(skin.checkDataValidity(&character), TW_Exception_InvalidGeometry);
+}
+
+TEST(SkinData, ThatAHostExchangesWhileTheSkinIsLoadedMoveNoMeshAndAreChecked)
+{
+    class Exchange : public TW_LoadMeshCallback
+    {
+    public:
+        Exchange() { TW_ObjectAnimation::setLoadMeshCallback(this); }
+        ~Exchange() override { TW_ObjectAnimation::setLoadMeshCallback(nullptr); }
+        bool operator()(MeshChunk& record) override
+        {
+            if (record.name == m_strAt)
+            {
+                m_character.getSkinData()->construct(m_chunk);
+            }
+            return true;
+        }
+        TW_VertexAnimation m_character;
+        S_String m_strAt;
+        SkinChunk m_chunk;
+    };
+    support::CharacterFiles files;
+    files.m_skinMeshes.push_back(files.m_skinMeshes.front());
+    files.m_skinMeshes.back().name = "cape";
+    files.m_skin.objectNames.push_back("cape");
+    const std::string script = files.write();
+    Exchange exchange;
+    exchange.m_chunk = files.m_skin;
+    exchange.m_strAt = "cape";
+    exchange.m_character.construct(script.c_str(), "skeleton", "skin");
+    for (unsigned int mesh = 0; mesh < 2; ++mesh)
+    {
+        const P_SkinMesh& made = *exchange.m_character.getSkin()->getMesh(mesh)->getPrimitive(0)->asSkinMesh();
+        EXPECT_EQ(made.getBoneCountList()[3], files.m_skin.vertexBoneCounts[3]) << "the record is kept for the meshes";
+    }
+
+    exchange.m_chunk.influenceBones[4] = 8;
+    exchange.m_strAt = "body";
+    EXPECT_EQ(support::messageOf([&] { exchange.m_character.construct(script.c_str(), "skeleton", "skin"); }),
+              "TW2: Invalid Geometry: Skin mesh \"body\" has an SKD that contradicts itself: influence 4: bone 8 of 8 "
+              "bones");
+    EXPECT_FALSE(exchange.m_character.isConstructed());
 }
 
 TEST(SkinData, ThatDoNotFitTheCharacterAreNamed)
@@ -203,4 +265,6 @@ TEST(SkinMeshes, SlotsAreSortedByWeightUnlessAVertexMapNamesTheVertices)
     TW_VertexAnimation empty;
     TW_SkinMeshCallback lost(character.getSkin(), &empty);
     EXPECT_THROW(lost.createTriangleMesh(&mesh, 0, 0x30, 1, 3, {}), TW_Exception_InvalidGeometry);
+    TW_SkinMeshCallback none(character.getSkin(), nullptr);
+    EXPECT_THROW(none.createTriangleMesh(&mesh, 0, 0x30, 1, 3, {}), TW_Exception_InvalidGeometry);
 }

@@ -42,7 +42,7 @@ public:
     /// Any time or frame; looping is as the record said.
     /// @{
 
-    /// Gives `light` its values at `time` in seconds.
+    /// Gives `light` its values at `time` in seconds; nothing happens to null.
     void animate(P_DirectionalLight* light, float time) const;
     /// The same at a frame, which may lie between two whole ones.
     void animateFrame(P_DirectionalLight* light, float frame) const;

@@ -39,7 +39,7 @@ public:
     /// Any time or frame; looping is as the record said.
     /// @{
 
-    /// Gives `light` its values at `time` in seconds.
+    /// Gives `light` its values at `time` in seconds; nothing happens to null.
     void animate(P_SpotLight* light, float time) const;
     /// The same at a frame, which may lie between two whole ones.
     void animateFrame(P_SpotLight* light, float frame) const;

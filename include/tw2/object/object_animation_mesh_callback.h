@@ -25,7 +25,7 @@ public:
     /// Builds one mesh: geometry, materials, place in the hierarchy. A parent is looked for among the meshes already
     /// built. A material that the object does not have leaves its group without material; an instance of a mesh that
     /// the object does not have throws TW_Exception_InvalidGeometry, and so does a record, changed or made by a host,
-    /// whose parts do not fit each other.
+    /// whose parts do not fit each other, and any record without an object.
     void operator()(MeshChunk& record) override;
     /// A rigid triangle mesh; the vertex map is not used.
     P_TriangleMesh* createTriangleMesh(P_VirtualObject* mesh, int primitive, int vertexFormatFlags, int triangleCount,

@@ -226,7 +226,7 @@ public:
     /// For hosts without a scene that calls `executeAlways`: writes the bone matrices for the pose as it is, whatever
     /// the camera sees. Nothing happens without a skeleton or a skin. Allocates nothing.
     void updateBones();
-    /// One per bone of the skin data, which need not be all bones of the skeleton.
+    /// One per mesh of the skeleton, in the order of its meshes; skin data may name fewer, in another order.
     [[nodiscard]] int getBoneMatrixCount() const noexcept { return static_cast<int>(m_vecBoneMatrices.size()); }
     /// Bone 0 to `getBoneMatrixCount()` - 1.
     [[nodiscard]] const M_Matrix4x3Template<float>& getBoneMatrix(int bone) const noexcept
@@ -353,8 +353,8 @@ private:
 /// The content of one skin data file.
 ///
 /// Copies share the record. Indices are not checked by the queries: primitives, vertices and influences must exist. The
-/// record itself is checked when it comes in, so that a vertex of a primitive always leads to influences and bones that
-/// exist.
+/// record of a file is checked when it is read, so that a vertex of a primitive always leads to influences and bones
+/// that exist; one that a host has made is taken as it is, and `SkinChunk::findInvalidValue` tells whether it is sound.
 class TW2_API TW_VertexAnimation::Skin : public S_Allocated
 {
 public:
@@ -364,7 +364,7 @@ public:
 
     /// Not constructed, with an empty record.
     Skin() noexcept;
-    /// Copies a record. Throws TW_Exception_InvalidGeometry when one of its indices points outside its list.
+    /// Copies a record, which may be incomplete: a query needs the lists that it reads.
     explicit Skin(const SkinChunk& chunk);
     /// Reads a skin data file. Throws what reading throws: S_FileException, S_MemoryFileException.
     explicit Skin(const S_String& fileName);
@@ -434,7 +434,7 @@ public:
 
     /// The whole record; valid until the skin is constructed anew.
     [[nodiscard]] const SkinChunk& getSkinChunk() const noexcept { return *m_pChunk; }
-    /// Whether any vertex follows the bone of that name (any letter case).
+    /// Whether any vertex follows the bone of that name (any letter case; null is the empty name).
     [[nodiscard]] bool boneHasVerticesWeighted(const char* boneName) const;
     /// The same with a string of the host's.
     template <TW_String Bone>
@@ -443,7 +443,8 @@ public:
         return boneHasVerticesWeighted(boneName.c_str());
     }
     /// Throws TW_Exception_InvalidGeometry unless the object names are those of the skin's meshes, in order, and every
-    /// bone name is that of a mesh of the skeleton (any letter case).
+    /// bone name is that of a mesh of the skeleton (any letter case). So it does for null and for an object that is not
+    /// constructed.
     void checkDataValidity(TW_VertexAnimation* vertexAnimation) const;
     /// @}
 
