@@ -18,12 +18,12 @@ public:
     TW_MaterialCallback(const TW_MaterialCallback&) noexcept;
     /// Changes nothing.
     TW_MaterialCallback& operator=(const TW_MaterialCallback&) noexcept;
-    virtual ~TW_MaterialCallback();
 
     /// The engine material is complete.
     virtual void operator()(P_Material* material, const TWMaterialChunk& chunk);
     /// No layer is added yet; either count may be changed, for layers that the host adds later. Negative counts are
     /// taken as 0.
     virtual void operator()(int& layerCount, int& textureCoordinateCount, const TWMaterialChunk& chunk);
+    virtual ~TW_MaterialCallback();
 };
 }  // namespace TW2

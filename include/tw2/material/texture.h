@@ -148,8 +148,8 @@ private:
 class TW2_API TW_TextureCallback
 {
 public:
-    virtual ~TW_TextureCallback();
     /// `info` has its directories filled in. An exception ends the construction of the texture.
     virtual void operator()(P_Map* map, const TW_Texture::CreateInfo& info) = 0;
+    virtual ~TW_TextureCallback();
 };
 }  // namespace TW2

@@ -17,10 +17,10 @@ struct MeshChunk;
 class TW2_API TW_LoadMeshCallback
 {
 public:
-    virtual ~TW_LoadMeshCallback();
     /// False leaves the record out. The record may be changed; it lives only for the call. Parts that do not fit each
     /// other any more end the construction with TW_Exception_InvalidGeometry.
     virtual bool operator()(MeshChunk& record) = 0;
+    virtual ~TW_LoadMeshCallback();
 };
 
 /// Told of each mesh after it was added to its object. Set with `TW_ObjectAnimation::setMeshLoadedCallback`; stays the
@@ -28,9 +28,9 @@ public:
 class TW2_API TW_MeshLoadedCallback
 {
 public:
-    virtual ~TW_MeshLoadedCallback();
     /// Called once per mesh. An exception ends the construction and reaches whoever began it.
     virtual void operator()(TW_ObjectAnimation* object, P_VirtualObject* mesh) = 0;
+    virtual ~TW_MeshLoadedCallback();
 };
 
 /// Told of a mesh whose parent is not, or not yet, a mesh of the object. The mesh hangs under nothing unless the
@@ -39,9 +39,9 @@ public:
 class TW2_API TW_MeshParentNotFoundCallback
 {
 public:
-    virtual ~TW_MeshParentNotFoundCallback();
     /// Called instead of hanging the mesh under its parent; `parentName` is the name that was not found.
     virtual void operator()(P_VirtualObject* mesh, const S_String& parentName) = 0;
+    virtual ~TW_MeshParentNotFoundCallback();
 };
 
 /// Given the keyframe animations whose target is not a mesh of the object; without this callback such an animation is
@@ -49,8 +49,8 @@ public:
 class TW2_API TW_ObjectKeyframeAnimationCallback
 {
 public:
-    virtual ~TW_ObjectKeyframeAnimationCallback();
     /// Who wants to keep `animation` takes a reference (`increaseObjectReferenceCount`).
     virtual void operator()(int animationIndex, TW_KeyframeAnimation* animation) = 0;
+    virtual ~TW_ObjectKeyframeAnimationCallback();
 };
 }  // namespace TW2
