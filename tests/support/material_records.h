@@ -52,7 +52,7 @@ inline TW2::MaterialTextureChunk& fillTexture(TW2::MaterialTextureChunk& texture
 }
 
 /// Everything that an engine material says about itself, one line per layer, coordinate set and state that is not the
-/// default; maps by their file names, blendings and filters by their numbers.
+/// default; maps by their file names, blendings and filters by names of their own.
 [[nodiscard]] std::string describe(const P_Material& material);
 /// The same, and what meshes must know.
 [[nodiscard]] std::string describe(const TW2::TW_Material& material);
