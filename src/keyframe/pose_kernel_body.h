@@ -11,6 +11,8 @@
 #include <platform/math/float4.h>
 #include <platform/math/matrix_rows.h>
 
+#include <utility>
+
 namespace TW2
 {
 /// A matrix per lane. `F` is M_Float4 or one of its like.
@@ -80,15 +82,20 @@ struct PoseLanes
         return value.combine(otherwise, [&mask](const F& a, const F& b) { return whereMask(mask, a, b); });
     }
 
-    S_ALWAYS_INLINE void correct(InterpolationMode mode) noexcept
+    /// Corrects some poses row by row, each row of all of them before the next row: a row waits for the square roots
+    /// and quotients of the one before, and what other poses have to do fills the time.
+    template <std::size_t... i>
+    S_ALWAYS_INLINE static void correct(PoseLanes* poses, InterpolationMode mode, std::index_sequence<i...>) noexcept
     {
         if (mode == InterpolationMode::Normalized)
         {
-            m_rows.normalize();
+            (poses[i].m_rows.normalize(), ...);
         }
         else if (mode == InterpolationMode::Orthonormalized)
         {
-            m_rows.orthonormalize();
+            (poses[i].m_rows.template orthonormalizeRow<0>(), ...);
+            (poses[i].m_rows.template orthonormalizeRow<1>(), ...);
+            (poses[i].m_rows.template orthonormalizeRow<2>(), ...);
         }
     }
 
@@ -116,35 +123,61 @@ class PoseKernelBody
 public:
     static void run(const PoseBatch& batch) noexcept
     {
-        for (std::size_t at = 0; at < batch.m_uiCount; at += F::laneCount)
+        std::size_t at = 0;
+        for (; at + F::laneCount < batch.m_uiCount; at += 2 * F::laneCount)
         {
-            Pose matrices;
-            if (batch.m_bReadsMatrices)
-            {
-                matrices = Pose::load(batch.m_matrices + at);
-            }
-            for (std::size_t step = 0; step < batch.m_uiSteps; ++step)
-            {
-                apply(batch.m_steps[step], at, matrices);
-            }
-            matrices.correct(batch.m_correction);
-            const std::size_t left = batch.m_uiCount - at;
-            matrices.store(batch.m_matrices + at, left < F::laneCount ? left : F::laneCount);
+            run(batch, at, std::make_index_sequence<2>());
+        }
+        if (at < batch.m_uiCount)
+        {
+            run(batch, at, std::make_index_sequence<1>());
         }
     }
 
 private:
     using Pose = PoseLanes<F>;
 
-    S_ALWAYS_INLINE static void apply(const PoseStep& step, std::size_t at, Pose& matrices) noexcept
+    // laneCount matrices from `at` on for each i, the last ones of which may be missing.
+    template <std::size_t... i>
+    S_ALWAYS_INLINE static void run(const PoseBatch& batch, std::size_t at, std::index_sequence<i...> all) noexcept
     {
-        if (step.m_form != PoseStep::Form::Mixed)
+        Pose matrices[sizeof...(i)];
+        if (batch.m_bReadsMatrices)
         {
-            Pose pose = step.m_form == PoseStep::Form::Packed ? blendPacked(step, at) : blendRigid(step.m_rigid, at);
-            pose.correct(step.m_mode);
-            write(step, pose, matrices);
+            ((matrices[i] = Pose::load(batch.m_matrices + at + i * F::laneCount)), ...);
+        }
+        for (std::size_t step = 0; step < batch.m_uiSteps; ++step)
+        {
+            apply(batch.m_steps[step], at, matrices, all);
+        }
+        Pose::correct(matrices, batch.m_correction, all);
+        (store(matrices[i], batch, at + i * F::laneCount), ...);
+    }
+    S_ALWAYS_INLINE static void store(const Pose& matrices, const PoseBatch& batch, std::size_t at) noexcept
+    {
+        const std::size_t left = batch.m_uiCount - at;
+        matrices.store(batch.m_matrices + at, left < F::laneCount ? left : F::laneCount);
+    }
+
+    template <std::size_t... i>
+    S_ALWAYS_INLINE static void apply(const PoseStep& step, std::size_t at, Pose* matrices,
+                                      std::index_sequence<i...> all) noexcept
+    {
+        if (step.m_form == PoseStep::Form::Mixed)
+        {
+            (applyMixed(step, at + i * F::laneCount, matrices[i]), ...);
             return;
         }
+        Pose poses[] = {sample(step, at + i * F::laneCount)...};
+        Pose::correct(poses, step.m_mode, all);
+        (write(step, poses[i], matrices[i]), ...);
+    }
+    S_ALWAYS_INLINE static Pose sample(const PoseStep& step, std::size_t at) noexcept
+    {
+        return step.m_form == PoseStep::Form::Packed ? blendPacked(step, at) : blendRigid(step.m_rigid, at);
+    }
+    S_ALWAYS_INLINE static void applyMixed(const PoseStep& step, std::size_t at, Pose& matrices) noexcept
+    {
         const Pose before = matrices;
         write(step, sampleMixed(step, at), matrices);
         if (const auto isAbsent = isSet(step.m_mixed.m_isAbsent + at); any(isAbsent))

@@ -57,7 +57,7 @@ void applyMode(Matrix& matrix, InterpolationMode mode) noexcept
     }
     float* const places[4] = {matrix.data(), matrix.data(), matrix.data(), matrix.data()};
     Lanes pose = Lanes::load(places);
-    pose.correct(mode);
+    Lanes::correct(&pose, mode, std::make_index_sequence<1>());
     pose.store(places, 1);
 }
 
