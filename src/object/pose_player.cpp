@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <numeric>
 
 namespace TW2
 {
@@ -138,14 +139,8 @@ void PosePlayer::play() noexcept
     for (std::size_t mesh = 0; mesh < m_uiCount;)
     {
         unsigned int meshes[poseBatchSize];
-        std::size_t count = 0;
-        for (; mesh < m_uiCount && count < poseBatchSize; ++mesh)
-        {
-            if (isSelected(mesh) && (writesAll || isReached(mesh)))
-            {
-                meshes[count++] = static_cast<unsigned int>(mesh);
-            }
-        }
+        const std::size_t count =
+            writesAll && !m_pGroup ? collectAll(mesh, meshes) : collectSelected(mesh, writesAll, meshes);
         if (count != 0)
         {
             playBatch({meshes, count, writesAll && !m_pGroup});
@@ -161,6 +156,28 @@ void PosePlayer::play() noexcept
     }
     m_correction = InterpolationMode::Linear;
     m_uiSteps = 0;
+}
+
+std::size_t PosePlayer::collectAll(std::size_t& mesh, unsigned int (&meshes)[poseBatchSize]) const noexcept
+{
+    const std::size_t count = std::min(poseBatchSize, m_uiCount - mesh);
+    std::iota(meshes, meshes + count, static_cast<unsigned int>(mesh));
+    mesh += count;
+    return count;
+}
+
+std::size_t PosePlayer::collectSelected(std::size_t& mesh, bool evenUnreached,
+                                        unsigned int (&meshes)[poseBatchSize]) const noexcept
+{
+    std::size_t count = 0;
+    for (; mesh < m_uiCount && count < poseBatchSize; ++mesh)
+    {
+        if (isSelected(mesh) && (evenUnreached || isReached(mesh)))
+        {
+            meshes[count++] = static_cast<unsigned int>(mesh);
+        }
+    }
+    return count;
 }
 
 void PosePlayer::playBatch(const PoseMeshes& meshes) noexcept

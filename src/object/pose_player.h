@@ -66,6 +66,12 @@ private:
     [[nodiscard]] bool isReached(std::size_t mesh) const noexcept;
     [[nodiscard]] bool reachesAll() const noexcept;
     [[nodiscard]] Matrix& access(std::size_t mesh) const noexcept;
+    /// @name The next meshes to play from `mesh` on, which moves behind the last one that was looked at; how many
+    /// @{
+    std::size_t collectAll(std::size_t& mesh, unsigned int (&meshes)[poseBatchSize]) const noexcept;
+    std::size_t collectSelected(std::size_t& mesh, bool evenUnreached,
+                                unsigned int (&meshes)[poseBatchSize]) const noexcept;
+    /// @}
     void playBatch(const PoseMeshes& meshes) noexcept;
     void mark(const unsigned int* meshes, std::size_t count) noexcept;
     void markSelected() noexcept;
