@@ -17,11 +17,11 @@ void forEachShownMesh(const P_BaseObject& root, Visit visit)
     {
         const P_BaseObject* object = pending.back();
         pending.pop_back();
-        if (const auto* mesh = dynamic_cast<const P_VirtualObject*>(object))
+        if (const P_VirtualObject* mesh = object->asMesh())
         {
             visit(*mesh);
         }
-        if (const auto* levels = dynamic_cast<const P_LODObject*>(object))
+        if (const P_LODObject* levels = object->asLODObject())
         {
             if (const P_BaseObject* used = levels->getUsedLODObject())
             {

@@ -163,7 +163,7 @@ void addSkeleton(View& view, const P_BaseObject& root, const G_FColor& color)
     forEachShownMesh(root,
                      [&view, &color](const P_VirtualObject& mesh)
                      {
-                         if (const auto* parent = dynamic_cast<const P_VirtualObject*>(mesh.getParent()))
+                         if (const P_VirtualObject* parent = mesh.getParent() ? mesh.getParent()->asMesh() : nullptr)
                          {
                              view.m_vecOverlayLines.push_back({parent->getObjectToWorldMatrix().getTranslation(),
                                                                mesh.getObjectToWorldMatrix().getTranslation(), color});

@@ -7,6 +7,7 @@
 #include <platform/scene/scene.h>
 #include <platform/scene/scene_exception.h>
 #include <platform/scene/subtree.h>
+#include <platform/scene/virtual_object.h>
 
 namespace
 {
@@ -229,6 +230,16 @@ void P_BaseObject::setFramePreparation(P_FramePreparation* preparation)
 P_BaseObject::ObjectType P_BaseObject::getType() const
 {
     return ObjectType::Object;
+}
+
+const P_VirtualObject* P_BaseObject::asMesh() const noexcept
+{
+    return m_eKind == Kind::Mesh ? static_cast<const P_VirtualObject*>(this) : nullptr;
+}
+
+const P_LODObject* P_BaseObject::asLODObject() const noexcept
+{
+    return m_eKind == Kind::LevelOfDetail ? static_cast<const P_LODObject*>(this) : nullptr;
 }
 
 const char* P_BaseObject::getObjectType() const

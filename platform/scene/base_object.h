@@ -13,7 +13,9 @@
 class P_Camera;
 class P_Context;
 class P_FramePreparation;
+class P_LODObject;
 class P_Scene;
+class P_VirtualObject;
 
 /// An object of the scene: a place in the tree, a transform relative to its parent, bounding volumes, a name.
 ///
@@ -80,6 +82,10 @@ public:
 
     /// The kind of object.
     [[nodiscard]] virtual ObjectType getType() const;
+    /// The object as a mesh, of a derived class too; null when it is none.
+    [[nodiscard]] const P_VirtualObject* asMesh() const noexcept;
+    /// The object as one with levels of detail, of a derived class too; null when it is none.
+    [[nodiscard]] const P_LODObject* asLODObject() const noexcept;
     /// Shows or hides the object itself. New objects are enabled.
     virtual void enable(bool enabled);
 

@@ -6,11 +6,12 @@
 #include <typeinfo>
 
 /// Whether a frame calls nothing of the object. A derived class may have operations of its own that a frame calls. Its
-/// objects become members of blocks only when they are complete, so that their type is known here.
+/// objects become members of blocks only when they are complete, so that their type is known here. Types are told apart
+/// by where their descriptions are: a class of a host that is built without RTTI has none to look into.
 bool P_BaseObject::isPlain() const noexcept
 {
     return m_bMember && m_eKind == Kind::Mesh && !(m_uiEngineFlags & (FLAG_BOUNDING_SPHERE | FLAG_BOUNDING_BOX)) &&
-           !m_bVisualization && !m_bVertexNormalVisualization && typeid(*this) == typeid(P_VirtualObject);
+           !m_bVisualization && !m_bVertexNormalVisualization && &typeid(*this) == &typeid(P_VirtualObject);
 }
 
 /// Of a plain object, which is a mesh: whether there is something to draw.

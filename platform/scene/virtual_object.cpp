@@ -68,7 +68,7 @@ const char* P_VirtualObject::getObjectType() const
 
 void P_VirtualObject::duplicate(const P_BaseObject& other)
 {
-    const auto* mesh = dynamic_cast<const P_VirtualObject*>(&other);
+    const P_VirtualObject* mesh = other.asMesh();
     if (mesh == this)
     {
         return;

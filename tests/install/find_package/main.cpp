@@ -4,6 +4,9 @@
 #include <tw2/version.h>
 
 #include <platform/math/matrix4x3.h>
+#include <platform/scene/scene.h>
+#include <platform/scene/transform_block.h>
+#include <platform/scene/virtual_object.h>
 
 #include <cstdio>
 #include <cstring>
@@ -22,6 +25,33 @@ public:
     int m_iHeard = 0;
 };
 
+// A mesh of the host's own, whose class the engine does not know and asks for.
+class Door : public P_VirtualObject
+{
+public:
+    Door() { enable(false); }
+    int m_iFrames = 0;
+
+private:
+    bool executeAlways() override
+    {
+        ++m_iFrames;
+        return P_VirtualObject::executeAlways();
+    }
+};
+
+bool isCalledEveryFrame(Door& door)
+{
+    P_TransformBlock block;
+    block.append(door);
+    P_Scene scene;
+    door.addTo(&scene);
+    scene.executeFrame();
+    P_VirtualObject copy;
+    copy.duplicate(door);
+    return door.m_iFrames == 1 && !copy.isEnabled();
+}
+
 bool complainsOf(const S_Exception& exception, const char* name)
 {
     std::puts(exception.what());
@@ -35,6 +65,11 @@ int main()
 {
     const auto there = M_Matrix4x3Template<float>::translation({1.0F, 2.0F, 3.0F});
     if ((there * there).getTranslation().z != 6.0F || Lamps().m_iHeard != 0)
+    {
+        return 1;
+    }
+    Door door;
+    if (!isCalledEveryFrame(door))
     {
         return 1;
     }
