@@ -7,7 +7,8 @@ function(tw2_make_unloadable target)
 endfunction()
 
 # Defines the library `target`, shared unless BUILD_SHARED_LIBS says otherwise, known to hosts as tw2::<name>, whose
-# header <header> has the export macro <prefix>_API.
+# header <header> has the export macro <prefix>_API. An explicit instantiation has <prefix>_EXTERN_TEMPLATE_API in its
+# declaration and <prefix>_TEMPLATE_API in its definition: compilers differ in which of the two they export by.
 function(tw2_add_library target name prefix header)
   set(kind SHARED)
   if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
@@ -15,8 +16,17 @@ function(tw2_add_library target name prefix header)
   endif()
   add_library(${target} ${kind} ${ARGN})
   add_library(tw2::${name} ALIAS ${target})
+  string(CONFIGURE [[
+#if defined(_MSC_VER) && defined(@target@_EXPORTS)
+#  define @prefix@_EXTERN_TEMPLATE_API
+#  define @prefix@_TEMPLATE_API @prefix@_API
+#else
+#  define @prefix@_EXTERN_TEMPLATE_API @prefix@_API
+#  define @prefix@_TEMPLATE_API
+#endif
+]] template_macros @ONLY)
   generate_export_header(${target} BASE_NAME ${prefix} EXPORT_MACRO_NAME ${prefix}_API
-    EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/generated/${header})
+    EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/generated/${header} CUSTOM_CONTENT_FROM_VARIABLE template_macros)
   if(kind STREQUAL STATIC)
     target_compile_definitions(${target} PUBLIC ${prefix}_STATIC_DEFINE)
   endif()

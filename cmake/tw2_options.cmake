@@ -181,13 +181,18 @@ endif()
 
 # Compile and link flags that every target of this project shares.
 add_library(tw2_flags INTERFACE)
-target_compile_options(tw2_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow
-  # The same bits on every machine: a fused multiply-add rounds once where the source rounds twice.
-  -ffp-contract=off
-  # g++ 12 sees overlapping copies where a literal is assigned to a string (its bug 105651).
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-  $<$<BOOL:${TW2_WARNINGS_AS_ERRORS}>:-Werror>)
+if(MSVC)
+  target_compile_options(tw2_flags INTERFACE /W4 /permissive- /utf-8 /fp:precise
+    $<$<CXX_COMPILER_ID:Clang>:/clang:-ffp-contract=off> $<$<BOOL:${TW2_WARNINGS_AS_ERRORS}>:/WX>)
+else()
+  target_compile_options(tw2_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+    # The same bits on every machine: a fused multiply-add rounds once where the source rounds twice.
+    -ffp-contract=off
+    # g++ 12 sees overlapping copies where a literal is assigned to a string (its bug 105651).
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    $<$<BOOL:${TW2_WARNINGS_AS_ERRORS}>:-Werror>)
+endif()
 
 if(EMSCRIPTEN)
   # Failures are exceptions there too.

@@ -72,8 +72,8 @@ int LinearlyOptimizedContainer<T>::getValue(T& out, float frame, int hint) const
     return key;
 }
 
-template class LinearlyOptimizedContainer<float>;
-template class LinearlyOptimizedContainer<G_FColor>;
-template class LinearlyOptimizedContainer<M_Matrix4x3Template<float>>;
-template class LinearlyOptimizedContainer<TW_KeyframeMatrix>;
+template class TW2_TEMPLATE_API LinearlyOptimizedContainer<float>;
+template class TW2_TEMPLATE_API LinearlyOptimizedContainer<G_FColor>;
+template class TW2_TEMPLATE_API LinearlyOptimizedContainer<M_Matrix4x3Template<float>>;
+template class TW2_TEMPLATE_API LinearlyOptimizedContainer<TW_KeyframeMatrix>;
 }  // namespace TW2

@@ -36,6 +36,9 @@ const TW_Material::TextureSlot TW_Material::sm_aTextureSlots[] = {
     {&TW_Material::m_iGlossLayer, &TW_Material::m_pGlossAnimation},
     {&TW_Material::m_iSpecularLayer, &TW_Material::m_pSpecularAnimation}};
 
+/// What a DLL exports has to be defined in it (see platform/exported_constants.cpp).
+constexpr int TW_Material::textureTypeCount;  // NOLINT(readability-redundant-declaration)
+
 TW_MaterialCallback::TW_MaterialCallback() noexcept = default;
 TW_MaterialCallback::TW_MaterialCallback(const TW_MaterialCallback&) noexcept = default;
 TW_MaterialCallback& TW_MaterialCallback::operator=(const TW_MaterialCallback&) noexcept = default;

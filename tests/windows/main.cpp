@@ -1,9 +1,16 @@
 #include <tw2/core/exceptions.h>
+#include <tw2/material/material.h>
 
+#include <platform/image/image.h>
 #include <platform/runtime/exception.h>
 #include <platform/runtime/file.h>
 #include <platform/runtime/hash_map.h>
+#include <platform/runtime/memory_file.h>
+#include <platform/scene/driver.h>
+#include <platform/scene/material.h>
+#include <platform/scene/vertex_format.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
@@ -77,11 +84,33 @@ void checkExceptions()
                exception.getErrorMessage());
     }
 }
+
+template <typename T>
+void expectConstant(const T& constant, T value, const char* name)
+{
+    expect(constant == value, "a constant has its value", name);
+}
+
+/// A reference to a constant of a class needs its address, which a DLL has to have.
+void checkConstants()
+{
+    expectConstant(G_Image::bytesPerPixel, 4U, "G_Image::bytesPerPixel");
+    expectConstant(G_Image::maximumPixels, std::size_t{8192} * 8192, "G_Image::maximumPixels");
+    expectConstant(P_Driver::renderStateCount, 256U, "P_Driver::renderStateCount");
+    expectConstant(P_Material::defaultSortPriority, 3U, "P_Material::defaultSortPriority");
+    expectConstant(P_Material::maximumTextureLayers, 16U, "P_Material::maximumTextureLayers");
+    expectConstant(P_VertexFormat::boneCountShift, 8U, "P_VertexFormat::boneCountShift");
+    expectConstant(P_VertexFormat::maximumBonesPerVertex, 4U, "P_VertexFormat::maximumBonesPerVertex");
+    expectConstant(P_VertexFormat::maximumTextureLayers, 4U, "P_VertexFormat::maximumTextureLayers");
+    expectConstant(S_MemoryFile::headerSize, std::size_t{12}, "S_MemoryFile::headerSize");
+    expectConstant(TW2::TW_Material::textureTypeCount, 4, "TW_Material::textureTypeCount");
+}
 }  // namespace
 
 int main()
 {
     checkNames();
     checkExceptions();
+    checkConstants();
     return failures;
 }

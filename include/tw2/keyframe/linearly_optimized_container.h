@@ -72,8 +72,8 @@ public:
     /// @}
 };
 
-extern template class TW2_API LinearlyOptimizedContainer<float>;
-extern template class TW2_API LinearlyOptimizedContainer<G_FColor>;
-extern template class TW2_API LinearlyOptimizedContainer<M_Matrix4x3Template<float>>;
-extern template class TW2_API LinearlyOptimizedContainer<TW_KeyframeMatrix>;
+extern template class TW2_EXTERN_TEMPLATE_API LinearlyOptimizedContainer<float>;
+extern template class TW2_EXTERN_TEMPLATE_API LinearlyOptimizedContainer<G_FColor>;
+extern template class TW2_EXTERN_TEMPLATE_API LinearlyOptimizedContainer<M_Matrix4x3Template<float>>;
+extern template class TW2_EXTERN_TEMPLATE_API LinearlyOptimizedContainer<TW_KeyframeMatrix>;
 }  // namespace TW2
