@@ -1,8 +1,9 @@
-#include <dlfcn.h>
-#include <malloc.h>
+#include "tests/unload/system.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
+#include <thread>
 
 namespace
 {
@@ -10,38 +11,43 @@ constexpr int rounds = 100;
 /// What the system's loader and the C library keep for themselves is there after so many.
 constexpr int firstRounds = 5;
 
-std::size_t getUsedBytes()
-{
-    return mallinfo2().uordblks;
-}
-
-bool isLoaded(const char* library)
-{
-    void* const handle = dlopen(library, RTLD_NOW | RTLD_NOLOAD);
-    if (handle)
-    {
-        dlclose(handle);
-    }
-    return handle != nullptr;
-}
-
-/// Loads the plug-in, lets it work and unloads it with all that it brought.
+/// Loads the plug-in, lets it work and unloads it with all that it brought. A thread that has worked with it is there
+/// before the one and ends after the other.
 bool runOnce(const char* plugin, const char* mode, const char* const* libraries, int libraryCount)
 {
-    void* const handle = dlopen(plugin, RTLD_NOW | RTLD_LOCAL);
-    if (!handle)
+    std::atomic<PluginFunction> work = nullptr;
+    std::atomic<bool> gone = false;
+    const char* fault = nullptr;
+    std::thread worker(
+        [&]
+        {
+            work.wait(nullptr);
+            fault = work.load()(mode);
+            work = nullptr;
+            work.notify_all();
+            gone.wait(false);
+        });
+
+    void* const handle = loadLibrary(plugin);
+    const PluginFunction run = handle ? findFunction(handle, "tw2_plugin_run") : nullptr;
+    const PluginFunction complain = [](const char*) { return "the plug-in cannot be loaded"; };
+    work = run ? run : complain;
+    work.notify_all();
+    while (const PluginFunction running = work)
     {
-        std::fprintf(stderr, "%s\n", dlerror());
-        return false;
+        work.wait(running);
     }
-    const auto run = reinterpret_cast<void (*)(const char*)>(dlsym(handle, "tw2_plugin_run"));
-    if (!run)
+    if (fault)
     {
-        std::fprintf(stderr, "%s\n", dlerror());
-        return false;
+        std::fprintf(stderr, "%s\n", fault);  // while the text is there
     }
-    run(mode);
-    dlclose(handle);
+    if (handle)
+    {
+        unloadLibrary(handle);
+    }
+    gone = true;
+    gone.notify_all();
+    worker.join();
     for (int i = 0; i < libraryCount; ++i)
     {
         if (isLoaded(libraries[i]))
@@ -50,7 +56,7 @@ bool runOnce(const char* plugin, const char* mode, const char* const* libraries,
             return false;
         }
     }
-    return true;
+    return !fault;
 }
 }  // namespace
 
