@@ -166,11 +166,12 @@ const char* const groundVertexSource = R"(
 uniform mat4 viewProjection;
 uniform mat4 toShadow;
 uniform vec4 area;  // x and z from, x and z to
-uniform float height;
+uniform vec3 ground;  // height at the origin, what it rises along x and z
 out vec3 inShadow;
 void main()
 {
-    vec4 point = vec4(gl_VertexID % 2 == 0 ? area.x : area.z, height, gl_VertexID / 2 == 0 ? area.y : area.w, 1.0);
+    vec4 point = vec4(gl_VertexID % 2 == 0 ? area.x : area.z, 0.0, gl_VertexID / 2 == 0 ? area.y : area.w, 1.0);
+    point.y = ground.x + ground.y * point.x + ground.z * point.z;
     inShadow = 0.5 + 0.5 * (toShadow * point).xyz;
     gl_Position = viewProjection * point;
 }

@@ -19,7 +19,7 @@ namespace
 using Vector = M_Vector3Template<float>;
 
 constexpr GLuint shadowUnit = 9;
-constexpr float steepest = 0.15F;  // how far down a light must shine at least, of 1: flatter shadows never end
+constexpr float flattest = 0.15F;  // how far onto the ground a light must shine, of 1: flatter shadows never end
 
 const P_Light* findLight(const P_Scene& scene)
 {
@@ -115,7 +115,7 @@ bool ShadowMap::update(const P_Scene& scene, const View::Shadow& shadow, const D
         return false;
     }
     const Vector direction = light->getObjectToWorldMatrix().getRow(2).normalized();
-    if (direction.y > -steepest)
+    if (direction.dot(shadow.m_ground.getNormal()) > -flattest)
     {
         return false;
     }
@@ -143,11 +143,13 @@ void ShadowMap::look(const Vector& direction, const View::Shadow& shadow)
     axes.setRow(2, direction);
     const M_Matrix4x3Template<float> toLight = axes.inverse();
     // What throws, and the ground that its shadow reaches, as the light sees them.
+    const Vector normal = shadow.m_ground.getNormal();
     Bounds seen;
     Bounds ground;
     for (const Vector& corner : getCorners(shadow.m_casters))
     {
-        const Vector below = corner + direction * ((shadow.m_fGround - corner.y) / direction.y);
+        const float above = (corner.y - shadow.m_ground.getHeight(corner)) * normal.y;
+        const Vector below = corner - direction * (above / direction.dot(normal));
         seen.add(toLight.transformPoint(corner));
         seen.add(toLight.transformPoint(below));
         ground.add(below);
@@ -207,7 +209,7 @@ void ShadowMap::drawGround(const View::Shadow& shadow, const M_Matrix4Template<f
     GLProgram::set(m_ground.find("toShadow"), m_toShadow);
     GLProgram::set(m_ground.find("shadow"), static_cast<int>(shadowUnit));
     GLProgram::set(m_ground.find("strength"), shadow.m_fStrength);
-    GLProgram::set(m_ground.find("height"), shadow.m_fGround);
+    glUniform3f(m_ground.find("ground"), shadow.m_ground.m_fHeight, shadow.m_ground.m_fRiseX, shadow.m_ground.m_fRiseZ);
     glUniform4f(m_ground.find("area"), m_area[0], m_area[1], m_area[2], m_area[3]);
     glBindVertexArray(m_noArray.get());
     glEnable(GL_BLEND);

@@ -13,7 +13,7 @@ class P_Scene;
 
 namespace TW2::render
 {
-/// The shadow that a directional light throws on level ground.
+/// The shadow that a directional light throws on the ground.
 class ShadowMap
 {
 public:

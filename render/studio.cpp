@@ -117,6 +117,11 @@ float chooseLightStrength(const P_BaseObject& root)
 
 void addGroundGrid(View& view, const Bounds& bounds)
 {
+    addGroundGrid(view, bounds, {.m_fHeight = bounds.m_vMinimum.y});
+}
+
+void addGroundGrid(View& view, const Bounds& bounds, const GroundPlane& ground)
+{
     const float size = bounds.getSize();
     if (size <= 0.0F)
     {
@@ -124,12 +129,16 @@ void addGroundGrid(View& view, const Bounds& bounds)
     }
     const float step = roundDown(size * 0.25F);
     const Vector center = bounds.getCenter();
-    const float ground = bounds.m_vMinimum.y;
     const float extent = 0.9F * size + 0.5F * std::max(bounds.m_vMaximum.x - bounds.m_vMinimum.x,
                                                        bounds.m_vMaximum.z - bounds.m_vMinimum.z);
     const int count = static_cast<int>(std::ceil(extent / step));
     const float originX = std::round(center.x / step) * step;
     const float originZ = std::round(center.z / step) * step;
+    const auto place = [&](float x, float z)
+    {
+        const Vector level{originX + x, 0.0F, originZ + z};
+        return Vector{level.x, ground.getHeight(level), level.z};
+    };
     const auto tint = [extent](float x, float z)
     {
         const float fade = std::clamp(1.0F - std::sqrt(x * x + z * z) / extent, 0.0F, 1.0F);
@@ -148,12 +157,8 @@ void addGroundGrid(View& view, const Bounds& bounds)
             {
                 continue;
             }
-            view.m_vecLines.push_back({{originX + from, ground, originZ + across},
-                                       {originX + to, ground, originZ + across},
-                                       tint(0.5F * (from + to), across)});
-            view.m_vecLines.push_back({{originX + across, ground, originZ + from},
-                                       {originX + across, ground, originZ + to},
-                                       tint(across, 0.5F * (from + to))});
+            view.m_vecLines.push_back({place(from, across), place(to, across), tint(0.5F * (from + to), across)});
+            view.m_vecLines.push_back({place(across, from), place(across, to), tint(across, 0.5F * (from + to))});
         }
     }
 }

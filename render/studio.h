@@ -44,9 +44,11 @@ private:
 /// The strength that suits the materials of what hangs below `root`: see StudioLights.
 [[nodiscard]] float chooseLightStrength(const P_BaseObject& root);
 
-/// Adds a ground grid to the lines of a view: at the lowest point of `bounds`, around it, with lines at a round
+/// Adds a ground grid to the lines of a view: level at the lowest point of `bounds`, around it, with lines at a round
 /// distance.
 void addGroundGrid(View& view, const Bounds& bounds);
+/// The same on a ground of the caller's; `bounds` say around what, and how far.
+void addGroundGrid(View& view, const Bounds& bounds, const GroundPlane& ground);
 
 /// Adds a line from each mesh in `root`'s subtree to its parent mesh, drawn over everything: a skeleton.
 void addSkeleton(View& view, const P_BaseObject& root, const G_FColor& color);

@@ -12,12 +12,31 @@ class P_VirtualObject;
 
 namespace TW2::render
 {
-/// The shadow that the scene's first directional light throws on level ground.
+/// Ground without an end: level, or rising evenly.
+struct GroundPlane
+{
+    float m_fHeight = 0.0F;  ///< y at the world's origin
+    float m_fRiseX = 0.0F;   ///< how much higher it is a unit further along x
+    float m_fRiseZ = 0.0F;   ///< and along z
+
+    /// y of the ground below or above a point.
+    [[nodiscard]] float getHeight(const M_Vector3Template<float>& point) const noexcept
+    {
+        return m_fHeight + m_fRiseX * point.x + m_fRiseZ * point.z;
+    }
+    /// Upwards, of length 1.
+    [[nodiscard]] M_Vector3Template<float> getNormal() const noexcept
+    {
+        return M_Vector3Template<float>(-m_fRiseX, 1.0F, -m_fRiseZ).normalized();
+    }
+};
+
+/// The shadow that the scene's first directional light throws on the ground.
 struct GroundShadow
 {
-    Bounds m_casters;          ///< what throws it, in world space; what lies outside throws none
-    float m_fGround = 0.0F;    ///< height of the ground
-    float m_fStrength = 0.4F;  ///< 0: none, 1: black
+    Bounds m_casters;           ///< what throws it, in world space; what lies outside throws none
+    GroundPlane m_ground = {};  ///< what it falls on
+    float m_fStrength = 0.4F;   ///< 0: none, 1: black
 };
 
 /// What a picture shows besides the scene, and how the scene's surfaces are shown. Colours are on the scale 0 to 255.
@@ -43,7 +62,7 @@ struct View
         Only   ///< instead of the surfaces
     };
 
-    /// What throws the shadow, on which height.
+    /// What throws the shadow, on which ground.
     using Shadow = GroundShadow;
 
     /// @name Background and light

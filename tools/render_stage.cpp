@@ -3,6 +3,7 @@
 #include "tools/commands.h"
 #include "tools/render_cameras.h"
 #include "viewer/scene_view.h"
+#include "viewer/visibility.h"
 
 #include <tw2/object/object_animation.h>
 
@@ -10,6 +11,7 @@
 #include <platform/scene/virtual_object.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -41,6 +43,7 @@ Stage::Stage(const StageArguments& arguments, const std::string& scriptFile, TW2
 {
     m_script.getObject().addTo(&m_scene);
     m_context.setCurrentCamera(nullptr);
+    m_extent = TW2::viewer::Extent(m_script, m_scene, m_context);
     frame(scriptFile);
     m_context.setCurrentCamera(&m_camera);
     placeLights();
@@ -68,10 +71,10 @@ G_Image Stage::draw(double time)
     }
     pose(time);
     m_target.bind();
-    m_renderer.draw(
-        m_scene, m_camera,
-        TW2::viewer::makeView(m_arguments.show, {m_script.getObject(), m_script.getSkeleton(), m_script.getDrawn(),
-                                                 m_bounds, m_bounds, m_bounds.getSize(), m_iPickedBone}));
+    TW2::viewer::Shown shown = TW2::viewer::makeShown(m_script.getObject(), m_script.getSkeleton(), m_script.getDrawn(),
+                                                      m_extent, std::array{m_motion.first, m_motion.second});
+    shown.m_iPickedBone = m_iPickedBone;
+    m_renderer.draw(m_scene, m_camera, TW2::viewer::makeView(m_arguments.show, shown));
     return m_target.read(m_arguments.show.m_bTransparent);
 }
 
@@ -88,6 +91,7 @@ void Stage::pose(double seconds)
     {
         m_script.getObject().animateObject(m_motion.first, time, nullptr);
     }
+    TW2::viewer::followVisibility(m_script.getObject(), m_motion.first, time);
     m_fileLights.animate(time);
     m_scene.executeFrame();
 }

@@ -5,6 +5,7 @@
 #include "render/studio.h"
 #include "tools/render_motion.h"
 #include "viewer/animated_script.h"
+#include "viewer/extent.h"
 #include "viewer/scene_lights.h"
 #include "viewer/show.h"
 
@@ -70,6 +71,7 @@ private:
     P_Scene m_scene;
     P_Camera m_camera;
     M_Matrix4x3Template<float> m_cameraStart;
+    TW2::viewer::Extent m_extent;
     TW2::render::Bounds m_bounds;
     int m_iPickedBone = -1;
     TW2::viewer::SceneLights m_fileLights;

@@ -56,6 +56,15 @@ void Crowd::clear() noexcept
     m_vecCopies.clear();
 }
 
+void Crowd::standOn(const render::GroundPlane& ground) const
+{
+    for (const std::unique_ptr<TW_VirtualObject>& copy : m_vecCopies)
+    {
+        const M_Vector3Template<float> place = copy->getPosition();
+        copy->setPosition(place.x, ground.getHeight(place), place.z);
+    }
+}
+
 void Crowd::pose(Playback& playback) const
 {
     // A step that no loop is a multiple of: nobody marches in step with a neighbour.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <platform/math/vector3.h>
+#include "render/view.h"
 
 #include <cstddef>
 #include <memory>
@@ -45,6 +45,8 @@ public:
     {
         return m_vecCopies;
     }
+    /// Puts every copy onto the ground where it stands.
+    void standOn(const render::GroundPlane& ground) const;
     /// Poses every copy.
     void pose(Playback& playback) const;
 

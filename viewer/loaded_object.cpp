@@ -217,36 +217,6 @@ void LoadedObject::setLevel(int level)
     }
 }
 
-void LoadedObject::followVisibility(TW_VirtualObject& object, int animation, float time) const
-{
-    const auto follow = [=](auto& part)
-    {
-        if (animation >= 0)
-        {
-            part.updateVisibility(animation, time);
-        }
-    };
-    const auto showAll = [](TW_ObjectAnimation& part)
-    {
-        for (unsigned int i = 0; i < part.getTotalMeshes(); ++i)
-        {
-            part.getMesh(i)->enable(true);
-        }
-    };
-    if (auto* const levels = dynamic_cast<TW_ObjectAnimationLODs*>(&object))
-    {
-        for (int i = 0; animation < 0 && i < levels->getLevelCount(); ++i)
-        {
-            showAll(*levels->getLODObject(i));
-        }
-        follow(*levels);
-    }
-    else if (auto* const single = dynamic_cast<TW_ObjectAnimation*>(&object))
-    {
-        animation < 0 ? showAll(*single) : follow(*single);
-    }
-}
-
 std::unique_ptr<TW_VirtualObject> LoadedObject::copy() const
 {
     return m_script.copyObject();

@@ -46,6 +46,7 @@ public:
     [[nodiscard]] const std::vector<Choice>& getChoices() const noexcept { return m_vecChoices; }
     [[nodiscard]] const Choice& getChoice() const noexcept { return m_vecChoices[m_uiChoice]; }
 
+    [[nodiscard]] AnimatedScript& getScript() noexcept { return m_script; }
     [[nodiscard]] TW_VirtualObject& getObject() noexcept { return m_script.getObject(); }
     [[nodiscard]] TW_ObjectAnimation& getSkeleton() noexcept { return m_script.getSkeleton(); }
     /// Of levels of detail what is shown now.
@@ -68,10 +69,6 @@ public:
     [[nodiscard]] int getLevelCount() const;
     /// Shows one level whatever the distance; -1: by distance.
     void setLevel(int level);
-
-    /// Shows and hides the meshes of this object, or of a copy of it, as the visibility tracks of an animation say; -1
-    /// shows all. Skins have none.
-    void followVisibility(TW_VirtualObject& object, int animation, float time) const;
 
     /// A copy that shares geometry and tracks, hanging under nothing.
     [[nodiscard]] std::unique_ptr<TW_VirtualObject> copy() const;

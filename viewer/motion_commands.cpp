@@ -85,6 +85,29 @@ void lookAlong(Viewer& viewer, const Arguments& arguments)
         {axis / 2 == 0 ? sign : 0.0F, axis / 2 == 1 ? sign : 0.0F, axis / 2 == 2 ? sign : 0.0F});
 }
 
+void plant(Viewer& viewer, const Arguments& arguments)
+{
+    const Planting& planting = viewer.getPlanting();
+    const LoadedObject& object = needObject(viewer);
+    if (toSwitch(arguments, 0, planting.isOn()))
+    {
+        viewer.plant(planting.isOn() ? planting.getLegs() : Planting::findLegs(object));
+        return;
+    }
+    viewer.getPlanting().stop();
+}
+
+void addLeg(Viewer& viewer, const Arguments& arguments)
+{
+    const LoadedObject& object = needObject(viewer);
+    const int thigh = arguments.size() > 1 ? object.findBone(arguments[1]) : -1;
+    const Planting::Leg leg = Planting::makeLeg(object, object.findBone(arguments.at(0)), thigh);
+    std::vector<Planting::Leg> legs = viewer.getPlanting().getLegs();
+    std::erase_if(legs, [&leg](const Planting::Leg& other) { return other.m_strFoot == leg.m_strFoot; });
+    legs.push_back(leg);
+    viewer.plant(legs);
+}
+
 const std::array s_commands{
     Command{"mixer", "[on|off]", "play by a mixer: fades, layers, events, travel", "M", "",
             [](Viewer& viewer, const Arguments& a)
@@ -123,6 +146,20 @@ const std::array s_commands{
     Command{"move-target", "RIGHT UP", "move that point, in heights of the picture", "", "",
             [](Viewer& viewer, const Arguments& a) { viewer.moveTarget(toFloat(a.at(0)), toFloat(a.at(1))); }},
     Command{"forward", "x|-x|y|-y|z|-z", "the axis of a bone that it looks along", "", "", lookAlong},
+
+    Command{"plant", "[on|off]", "put the feet on the ground: of the legs that the names of their bones tell", "G", "",
+            plant},
+    Command{"leg", "FOOT [THIGH]", "plant one leg more, from two bones above the foot or from another one", "", "",
+            addLeg},
+    Command{"plant-weight", "WEIGHT", "part of the way that feet go to the ground, 0 to 1", "", "",
+            [](Viewer& viewer, const Arguments& a) { viewer.getPlanting().setWeight(toFloat(a.at(0))); }},
+    Command{"slope", "DEGREES [TOWARDS]",
+            "let the ground rise, -45 to 45 degrees, towards a direction: 0 to the front, 90 to +x", "", "",
+            [](Viewer& viewer, const Arguments& a)
+            {
+                static_cast<void>(needObject(viewer));
+                viewer.setSlope({toFloat(a.at(0)), a.size() > 1 ? toFloat(a[1]) : viewer.getSlope().m_fTowards});
+            }},
 };
 }  // namespace
 

@@ -118,6 +118,8 @@ std::string listWhatRenderLeavesOut(const Viewer& viewer)
     add(playback.getGroupBone() >= 0, "what the group of bones plays");
     add(viewer.getMixer().isOn(), "what the mixer plays");
     add(viewer.getReaching().getKind() != Reaching::Kind::None, "what reaches");
+    add(viewer.getPlanting().isOn(), "the feet on the ground");
+    add(viewer.getSlope().m_fDegrees != 0.0F, "the slope of the ground");
     add(viewer.getCrowd().getCount() > 0, "the crowd");
     add(viewer.getShow().m_bBoneNames, "the names of the bones");
     add(!viewer.getShow().m_bVisibility, "what the visibility tracks hide");

@@ -2,12 +2,38 @@
 
 #include "render/overlays.h"
 #include "render/studio.h"
+#include "viewer/extent.h"
 #include "viewer/show.h"
 
 #include <tw2/object/object_animation.h>
 
 namespace TW2::viewer
 {
+using Vector = M_Vector3Template<float>;
+
+void Shown::add(const render::Bounds& room, const Vector& place)
+{
+    if (room.isEmpty())
+    {
+        return;
+    }
+    m_around.add(room.m_vMinimum + place);
+    m_around.add(room.m_vMaximum + place);
+    // What turns, or is moved by more than its animations, reaches further than its bones do.
+    const float reach = 0.25F * m_fSize;
+    m_casters.add(room.m_vMinimum + place - Vector{reach, reach, reach});
+    m_casters.add(room.m_vMaximum + place + Vector{reach, reach, reach});
+}
+
+Shown makeShown(P_BaseObject& object, TW_ObjectAnimation& skeleton, TW_ObjectAnimation& drawn, const Extent& extent,
+                std::span<const int> animations)
+{
+    const render::Bounds& rest = extent.getRest();
+    Shown shown{object, skeleton, drawn, rest.getSize(), {.m_fHeight = rest.m_vMinimum.y}, {}, {}, -1};
+    shown.add(extent.getRoom(animations), object.getPosition());
+    return shown;
+}
+
 render::View makeView(const Show& show)
 {
     render::View view;
@@ -36,11 +62,11 @@ render::View makeView(const Show& show, const Shown& shown)
     }
     if (show.m_bShadow && show.m_bMesh)
     {
-        view.m_shadow.emplace(render::View::Shadow{shown.m_casters, shown.m_ground.m_vMinimum.y});
+        view.m_shadow.emplace(render::View::Shadow{shown.m_casters, shown.m_ground});
     }
     if (show.m_bGrid)
     {
-        render::addGroundGrid(view, shown.m_ground);
+        render::addGroundGrid(view, shown.m_around, shown.m_ground);
     }
     if (show.m_bSkeleton)
     {

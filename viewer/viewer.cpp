@@ -6,6 +6,7 @@
 #include "viewer/find_by.h"
 #include "viewer/picking.h"
 #include "viewer/text.h"
+#include "viewer/visibility.h"
 
 #include <tw2/io/loader.h>
 #include <tw2/object/object_animation.h>
@@ -82,6 +83,8 @@ void Viewer::reload()
     const int level = m_iLevel;
     const std::string bone =
         m_iPickedBone >= 0 ? m_pObject->getBones()[static_cast<std::size_t>(m_iPickedBone)].m_strName : std::string();
+    const Slope slope = m_slope;
+    const std::vector<Planting::Leg> legs = m_planting.getLegs();
     const std::shared_ptr<const MixerPlayback::Kept> mixed = m_mixer.interrupt();
     clear();
     start(std::make_unique<LoadedObject>(file, choice));
@@ -98,7 +101,23 @@ void Viewer::reload()
         m_mixer.resume(*m_pObject, *mixed, m_playback.getMainAnimation(), m_playback.getTime());
     }
     setLevel(level < m_pObject->getLevelCount() ? level : -1);
+    m_slope = slope;
     setCrowd(copies);
+    plantAgain(legs);
+}
+
+/// As far as the new object has the bones for it.
+void Viewer::plantAgain(const std::vector<Planting::Leg>& legs)
+{
+    const auto& bones = m_pObject->getBones();
+    const auto isThere = [&bones](const std::string& name)
+    { return findBy(bones, name, &LoadedObject::Bone::m_strName) != bones.end(); };
+    if (!legs.empty() &&
+        std::all_of(legs.begin(), legs.end(),
+                    [&isThere](const Planting::Leg& leg) { return isThere(leg.m_strThigh) && isThere(leg.m_strFoot); }))
+    {
+        plant(legs);
+    }
 }
 
 void Viewer::start(std::unique_ptr<LoadedObject> object)
@@ -113,21 +132,16 @@ void Viewer::start(std::unique_ptr<LoadedObject> object)
     {
         m_vecTextureSets.push_back(set.m_strName);
     }
+    m_extent = Extent(m_pObject->getScript(), m_scene, m_context);
     pose(0.0);
-    m_scene.executeFrame();
-    std::vector<Vector> points;
-    collectPoints(points);
-    m_restBounds = {};
-    for (const Vector& point : points)
-    {
-        m_restBounds.add(point);
-    }
 }
 
 void Viewer::clear() noexcept
 {
     m_mixer.stop();
     m_reaching.stop();
+    m_planting.stop();
+    m_slope = {};
     m_playback.forgetObjects();
     m_playback.reset({});
     m_crowd.clear();
@@ -159,8 +173,8 @@ void Viewer::frame(float aspect)
     {
         for (unsigned int corner = 0; corner < 8; ++corner)
         {
-            const Vector& low = m_restBounds.m_vMinimum;
-            const Vector& high = m_restBounds.m_vMaximum;
+            const Vector& low = m_extent.getRest().m_vMinimum;
+            const Vector& high = m_extent.getRest().m_vMaximum;
             points.push_back(copy->getPosition() + Vector{(corner & 1U) ? high.x : low.x,
                                                           (corner & 2U) ? high.y : low.y,
                                                           (corner & 4U) ? high.z : low.z});
@@ -208,9 +222,10 @@ void Viewer::setCrowd(std::size_t copies)
     m_crowd.clear();
     if (m_pObject && copies > 0)
     {
-        const Vector size = m_restBounds.m_vMaximum - m_restBounds.m_vMinimum;
+        const Vector size = m_extent.getRest().m_vMaximum - m_extent.getRest().m_vMinimum;
         m_bFrameWanted = true;
         m_crowd.build(*m_pObject, m_scene, copies, 1.2F * std::max({size.x, size.z, 0.25F * size.y, 1e-3F}));
+        m_crowd.standOn(m_slope.getPlane());
     }
 }
 
@@ -305,6 +320,27 @@ void Viewer::setMixing(bool on)
     m_mixer.start(*m_pObject, m_playback.getMainAnimation(), m_playback.getTime());
 }
 
+void Viewer::setSlope(const Slope& slope)
+{
+    if (std::abs(slope.m_fDegrees) > Slope::steepest)
+    {
+        throw Failure("ground rises or falls by 0 to " + std::to_string(static_cast<int>(Slope::steepest)) +
+                      " degrees");
+    }
+    m_slope = slope;
+    m_crowd.standOn(m_slope.getPlane());
+    pose(0.0);
+}
+
+void Viewer::plant(const std::vector<Planting::Leg>& legs)
+{
+    if (m_pObject)
+    {
+        m_planting.start(*m_pObject, legs);
+        pose(0.0);
+    }
+}
+
 void Viewer::moveTarget(float right, float up)
 {
     const std::optional<Vector> target = m_reaching.getTarget();
@@ -342,6 +378,7 @@ void Viewer::pose(double seconds)
     {
         m_playback.apply(m_pObject->getObject());
     }
+    standOnGround();
     m_reaching.apply(m_orbit.getEye());
     m_crowd.pose(m_playback);
     applyVisibility();
@@ -353,14 +390,26 @@ void Viewer::pose(double seconds)
     m_fileLights.animate(time);
 }
 
+/// Puts the object, which travels as if the ground was level, onto the slope, and its feet onto the ground.
+void Viewer::standOnGround()
+{
+    TW_VirtualObject& object = m_pObject->getObject();
+    const auto level = m_mixer.isOn() ? static_cast<float>(m_mixer.getPlace().m_vTranslation.y) : 0.0F;
+    const Vector place = object.getPosition();
+    render::GroundPlane ground = m_slope.getPlane();
+    ground.m_fHeight = level;
+    object.setPosition(place.x, ground.getHeight(place), place.z);
+    m_planting.apply(ground);
+}
+
 void Viewer::applyVisibility()
 {
     const int animation = m_show.m_bVisibility ? m_playback.getMainAnimation() : -1;
     const auto time = static_cast<float>(m_playback.getTime());
-    m_pObject->followVisibility(m_pObject->getObject(), animation, time);
+    followVisibility(m_pObject->getObject(), animation, time);
     for (const std::unique_ptr<TW_VirtualObject>& copy : m_crowd.getCopies())
     {
-        m_pObject->followVisibility(*copy, animation, time);
+        followVisibility(*copy, animation, time);
     }
 }
 
@@ -420,26 +469,35 @@ void Viewer::prepare(float aspect)
 
 Shown Viewer::getShown() const
 {
-    LoadedObject& object = *m_pObject;
-    // Room for what reaches out of the first pose.
-    const float reach = 0.5F * m_restBounds.getSize();
-    render::Bounds ground;
-    render::Bounds casters;
-    const auto add = [&](const Vector& shift)
+    std::vector<int> animations;
+    for (const Playback::Slot& slot : m_playback.getSlots())
     {
-        ground.add(m_restBounds.m_vMinimum + shift);
-        ground.add(m_restBounds.m_vMaximum + shift);
-        casters.add(m_restBounds.m_vMinimum + shift - Vector{reach, reach, reach});
-        casters.add(m_restBounds.m_vMaximum + shift + Vector{reach, reach, reach});
-    };
-    const Vector place = object.getObject().getPosition();
-    add(place);
+        if (slot.m_iAnimation >= 0 && (slot.m_fWeight > 0.0F || animations.empty()))
+        {
+            animations.push_back(slot.m_iAnimation);
+        }
+    }
+    animations.push_back(m_playback.getGroupAnimation());
+    for (const MixerPlayback::Part& part : m_mixer.getParts())
+    {
+        animations.push_back(part.m_iAnimation);
+    }
+    Shown shown =
+        makeShown(m_pObject->getObject(), m_pObject->getSkeleton(), m_pObject->getDrawn(), m_extent, animations);
+    shown.m_iPickedBone = m_iPickedBone;
+    const render::GroundPlane rise = m_slope.getPlane();
+    shown.m_ground.m_fRiseX = rise.m_fRiseX;
+    shown.m_ground.m_fRiseZ = rise.m_fRiseZ;
+    const render::Bounds room = m_extent.getRoom(animations);
     for (const std::unique_ptr<TW_VirtualObject>& copy : m_crowd.getCopies())
     {
-        add(copy->getPosition());
+        shown.add(room, copy->getPosition());
     }
-    return {object.getObject(),     object.getSkeleton(), object.getDrawn(), ground, casters,
-            m_restBounds.getSize(), m_iPickedBone};
+    if (m_reaching.getTarget())
+    {
+        shown.m_casters.add(*m_reaching.getTarget());
+    }
+    return shown;
 }
 
 render::View Viewer::makeView() const
@@ -451,7 +509,7 @@ render::View Viewer::makeView() const
     render::View view = viewer::makeView(m_show, getShown());
     if (m_reaching.getKind() != Reaching::Kind::None && m_reaching.getTarget())
     {
-        addCross(view, *m_reaching.getTarget(), 0.03F * m_restBounds.getSize());
+        addCross(view, *m_reaching.getTarget(), 0.03F * m_extent.getRest().getSize());
     }
     return view;
 }

@@ -3,14 +3,17 @@
 #include "render/bounds.h"
 #include "render/view.h"
 #include "viewer/crowd.h"
+#include "viewer/extent.h"
 #include "viewer/loaded_object.h"
 #include "viewer/mixer_playback.h"
 #include "viewer/orbit_camera.h"
+#include "viewer/planting.h"
 #include "viewer/playback.h"
 #include "viewer/reaching.h"
 #include "viewer/scene_lights.h"
 #include "viewer/scene_view.h"
 #include "viewer/show.h"
+#include "viewer/slope.h"
 
 #include <platform/scene/camera.h>
 #include <platform/scene/context.h>
@@ -73,7 +76,8 @@ public:
     /// Loads a script and looks at the object; `choice`: one of `LoadedObject::getChoices`, empty for the best one.
     void open(const std::string& scriptFile, const std::string& choice = {});
     /// Loads the present script again, from the disk, and keeps camera, clip, time, what is shown and what the
-    /// mixer does, as far as the new object has the bones and animations for it; a bone that reaches lets go.
+    /// mixer does, as far as the new object has the bones and animations for it, the ground and feet on it; a bone that
+    /// reaches lets go.
     void reload();
     /// Null while nothing is loaded.
     [[nodiscard]] LoadedObject* getObject() noexcept { return m_pObject.get(); }
@@ -96,6 +100,8 @@ public:
     [[nodiscard]] const MixerPlayback& getMixer() const noexcept { return m_mixer; }
     [[nodiscard]] Reaching& getReaching() noexcept { return m_reaching; }
     [[nodiscard]] const Reaching& getReaching() const noexcept { return m_reaching; }
+    [[nodiscard]] Planting& getPlanting() noexcept { return m_planting; }
+    [[nodiscard]] const Planting& getPlanting() const noexcept { return m_planting; }
     /// @}
 
     /// @name Playing, by the playback alone or by the mixer
@@ -116,6 +122,12 @@ public:
 
     /// Moves what a bone reaches for, in heights of the picture there. Throws Failure when nothing does.
     void moveTarget(float right, float up);
+
+    /// Tilts the ground, and puts everybody onto it. Throws Failure when it would be too steep.
+    void setSlope(const Slope& slope);
+    [[nodiscard]] const Slope& getSlope() const noexcept { return m_slope; }
+    /// Plants the feet of these legs from now on: see Planting::start.
+    void plant(const std::vector<Planting::Leg>& legs);
 
     /// Lets the next picture show the whole object, and its crowd, from the present direction.
     void frameNext() noexcept { m_bFrameWanted = true; }
@@ -154,7 +166,9 @@ public:
 private:
     void start(std::unique_ptr<LoadedObject> object);
     void clear() noexcept;
+    void plantAgain(const std::vector<Planting::Leg>& legs);
     void pose(double seconds);
+    void standOnGround();
     void applyVisibility();
     void frame(float aspect);
     void prepare(float aspect);
@@ -171,10 +185,12 @@ private:
     Playback m_playback;
     MixerPlayback m_mixer;
     Reaching m_reaching;
+    Planting m_planting;
+    Slope m_slope;
     Crowd m_crowd;
     SceneLights m_fileLights;
     std::unique_ptr<render::StudioLights> m_pStudioLights;
-    render::Bounds m_restBounds;                ///< around the first pose, seen from where the object stands
+    Extent m_extent;
     std::vector<std::string> m_vecTextureSets;  ///< those that run
     unsigned int m_uiLoads = 0;
     int m_iPickedBone = -1;

@@ -152,6 +152,15 @@ TEST(Studio, TheGridLiesUnderTheObjectAndFadesOutEvenlyAroundIt)
         farthest = std::max(farthest, away);
     }
     EXPECT_NEAR(farthest, extent, 1.0F);
+    const auto level = view.m_vecLines;
+    view.m_vecLines.clear();
+    TW2::render::addGroundGrid(view, bounds, {.m_fHeight = 0.5F, .m_fRiseX = 0.25F, .m_fRiseZ = -0.125F});
+    ASSERT_EQ(view.m_vecLines.size(), level.size());
+    for (std::size_t i = 0; i < level.size(); ++i)
+    {
+        const Vector& from = view.m_vecLines[i].m_vFrom;
+        EXPECT_EQ(from, Vector(level[i].m_vFrom.x, 0.5F + 0.25F * from.x - 0.125F * from.z, level[i].m_vFrom.z));
+    }
     view.m_vecLines.clear();
     TW2::render::addGroundGrid(view, TW2::render::Bounds());
     EXPECT_TRUE(view.m_vecLines.empty());

@@ -157,6 +157,17 @@ TEST_P(ViewOptions, ThrowAShadowOnTheGround)
     EXPECT_EQ(at(shadowed, besideX, besideY), ground) << "beside the plate";
     const auto [plateX, plateY] = project({0.0F, 1.0F, 0.0F});
     EXPECT_EQ(at(shadowed, plateX, plateY), red) << "the plate itself";
+    // Ground that rises along x meets the line of light a little higher under the one side, lower under the other.
+    shadow.m_ground = {.m_fHeight = -0.4F * stage.x, .m_fRiseX = 0.4F};
+    const G_Image sloping = draw();
+    for (const float side : {-0.35F, 0.35F})
+    {
+        const auto [x, y] = project({side, 0.4F * side, 0.3F});
+        expectColor(sloping, x, y, {100, 100, 100}, "on the slope");
+    }
+    const auto [aboveX, aboveY] = project({0.7F, 0.4F * 0.7F, 0.0F});
+    EXPECT_EQ(at(sloping, aboveX, aboveY), ground) << "beside the plate, uphill";
+    shadow.m_ground = {};
     sun.enable(false);
     EXPECT_EQ(at(draw(), underX, underY), ground) << "no light, no shadow";
 }

@@ -106,7 +106,7 @@ TEST_F(RenderCommand, FadesEndInTheSecondAnimation)
 {
     const auto fade = [this](std::vector<std::string> how)
     {
-        how.insert(how.end(), {"--eye", "0", "4", "-20", "--time", "0.3"});
+        how.insert(how.end(), {"--eye", "0", "4", "-20", "--time", "0.3", "--no-grid", "--no-shadow"});
         draw(how);
         return m_directory.read("drawn.png");
     };

@@ -273,7 +273,10 @@ TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)
     for (const Case& each :
          {Case{"mix walk", "the mixer is off"}, Case{"home", "the mixer is off"}, Case{"reach look", "pick the bone"},
           Case{"reach two-bones bone1", "\"bone1\" has 1 bones above it"}, Case{"target eye", "no bone looks"},
-          Case{"move-target 1 0", "nothing reaches"}, Case{"forward up", "none of: x, -x"}})
+          Case{"move-target 1 0", "nothing reaches"}, Case{"forward up", "none of: x, -x"},
+          Case{"plant on", "no bone is called foot or ankle"}, Case{"leg bone1", "no two bones above it"},
+          Case{"leg bone2", "\"bone0\" hangs under no bone"}, Case{"leg bone3 bone2", "a bone between"},
+          Case{"leg bone3 bone5", "\"bone3\" does not hang under \"bone5\""}, Case{"slope 50", "0 to 45 degrees"}})
     {
         EXPECT_NE(refuse(each.m_szLine).find(each.m_szSaid), std::string::npos)
             << each.m_szLine << ": " << refuse(each.m_szLine);

@@ -118,7 +118,8 @@ private:
         ImGui::SetNextWindowPos({0.0F, 0.0F});
         ImGui::SetNextWindowSize({width, height});
         ImGui::Begin("all", nullptr, ImGuiWindowFlags_NoDecoration);
-        for (const char* part : {"Group of bones", "###bones", "###materials", "Mixer", "Look and reach"})
+        for (const char* part :
+             {"Group of bones", "###bones", "###materials", "Mixer", "Look and reach", "Ground and feet"})
         {
             ImGui::GetStateStorage()->SetInt(ImGui::GetID(part), 1);
         }
@@ -284,6 +285,10 @@ Pick a bone, in the picture or in the tree: it and all below it can play somethi
 Fades into what is chosen, plays layers, tells events, lets the object travel.
 ### Look and reach ###
 Pick a bone, in the picture or in the tree: it can look at a point or reach for it.
+### Ground and feet ###
+[ ] feet on the ground (G)
+{ 0 degrees } ground rises
+{ 0 degrees } towards
 ### Show ###
 [x] mesh
 [ ] skeleton (S)
@@ -336,6 +341,7 @@ mixer on
 object "skeleton"
 object "skin"
 object "skinFar"
+plant on
 play
 play off
 seek #
@@ -349,6 +355,8 @@ show names on
 show shadow off
 show skeleton on
 show studio-lights off
+slope #
+slope # #
 speed #
 step 1
 surface materials
@@ -371,6 +379,7 @@ TEST_F(PanelsTest, ShowWhatIsPickedFrozenAndGrouped)
 Bone1 and below plays
 { animation1 }
 { does: none }
+[ Plant Bone1 ]
 ### Picked bone ###
 1  Bone1 [ let go ]
 at 0.168 0.200 0.500
@@ -387,6 +396,7 @@ fade #
 frozen #
 group 1 0
 group 1 1
+leg 1
 reach chain 1
 reach look 1
 reach none
@@ -419,6 +429,7 @@ new layer for Bone1 and below:
 { along its: z }
 { 2.33 } { 0.57 } { -2.31 }
 [ At the eye ] or Ctrl and drag
+[ Plant Bone1 ]
 ### Picked bone ###
 1  Bone1 [ let go ]
 at 0.498 0.237 0.148
@@ -445,6 +456,7 @@ home
 in-step on
 layer-weight 1 #
 layer-weight 2 #
+leg 1
 mix 0 1
 mix 0 2
 mix 1 1
@@ -460,6 +472,25 @@ unmix 1
 unmix 2
 )");
     EXPECT_EQ(askedOfMixer.find("blend"), std::string::npos) << "the mixer has no place for it";
+}
+
+TEST_F(PanelsTest, ShowTheFeetOnTheGround)
+{
+    m_viewer.open(TW2_SAMPLE "/walker.script");
+    run({"play off"});
+    const std::string plain = read(m_viewer);
+    const std::string asked = sweep(m_viewer);
+    run({"plant on", "slope 10 0"});
+    EXPECT_EQ(findNew(read(m_viewer), plain), R"([x] feet on the ground (G)
+{ 10 degrees } ground rises
+{ 1.00 } weight
+thigh_left to foot_left: off by 0.000
+thigh_right to foot_right: off by 0.000
+hips: moved by -0.024
+)");
+    const std::string askedNow = findNew(sweep(m_viewer), asked);
+    EXPECT_NE(askedNow.find("plant off\n"), std::string::npos) << askedNow;
+    EXPECT_NE(askedNow.find("plant-weight #\n"), std::string::npos) << askedNow;
 }
 
 TEST_F(PanelsTest, TheMenuAsksForWhatItSays)

@@ -174,7 +174,7 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
 TEST(Viewer, EveryKeyDoesItsOneCommand)
 {
     Viewer viewer;
-    viewer.open(s_sample);
+    viewer.open(TW2_SAMPLE "/walker.script");
     std::set<std::string_view> keys;
     for (const Command& command : TW2::viewer::listCommands())
     {
@@ -375,6 +375,8 @@ TEST(Viewer, EveryWayOfShowingChangesThePicture)
                              "seek 1.2",
                              "clip sprout_dance",
                              "crowd 2",
+                             "slope 10",
+                             "slope 10 90",
                              "orbit 20 0",
                              "zoom 0.5",
                              "pan 0.2 0",

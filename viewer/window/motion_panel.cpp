@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace TW2::viewer
@@ -56,30 +57,70 @@ std::size_t findAxis(const M_Vector3Template<float>& forward)
     }
     return 4;
 }
+
+/// A part of the panel, which unfolds itself when a key or a command has turned on what it is about.
+bool beginPart(const char* label, bool on, bool& wasOn)
+{
+    if (on && !std::exchange(wasOn, on))
+    {
+        ImGui::SetNextItemOpen(true);
+    }
+    wasOn = on;
+    return ImGui::CollapsingHeader(label);
+}
+
+/// Feet on a slope, and the slope.
+void drawGround(const Viewer& viewer, Requests& requests)
+{
+    const Planting& planting = viewer.getPlanting();
+    checkbox("feet on the ground (G)", "plant", planting.isOn(), requests);
+    float degrees = viewer.getSlope().m_fDegrees;
+    if (ImGui::SliderFloat("ground rises", &degrees, -30.0F, 30.0F, "%.0f degrees"))
+    {
+        requests.ask("slope " + toWord(degrees));
+    }
+    float towards = viewer.getSlope().m_fTowards;
+    if (ImGui::SliderFloat("towards", &towards, 0.0F, 360.0F, "%.0f degrees"))
+    {
+        requests.ask("slope " + toWord(degrees) + " " + toWord(towards));
+    }
+    if (planting.isOn())
+    {
+        float weight = planting.getWeight();
+        if (ImGui::SliderFloat("weight", &weight, 0.0F, 1.0F, "%.2f"))
+        {
+            requests.ask("plant-weight " + toWord(weight));
+        }
+        for (std::size_t i = 0; i < planting.getLegs().size(); ++i)
+        {
+            const Planting::Leg& leg = planting.getLegs()[i];
+            ImGui::TextWrapped("%s to %s: off by %.3f", leg.m_strThigh.c_str(), leg.m_strFoot.c_str(),
+                               static_cast<double>(planting.getLeft(i)));
+        }
+        ImGui::TextWrapped("%s: moved by %.3f", planting.getPelvis().c_str(),
+                           static_cast<double>(planting.getPelvisShift()));
+    }
+    const int bone = viewer.getPickedBone();
+    if (bone >= 0)
+    {
+        button(("Plant " + nameOf(viewer, bone)).c_str(), "leg " + std::to_string(bone), requests);
+    }
+}
 }  // namespace
 
 void MotionPanel::draw(Viewer& viewer, Requests& requests)
 {
-    // What a key or a command has turned on shows itself.
-    const bool mixes = viewer.getMixer().isOn();
-    if (mixes && !m_bMixing)
-    {
-        ImGui::SetNextItemOpen(true);
-    }
-    m_bMixing = mixes;
-    if (!viewer.getPlayback().getClips().empty() && ImGui::CollapsingHeader("Mixer"))
+    if (!viewer.getPlayback().getClips().empty() && beginPart("Mixer", viewer.getMixer().isOn(), m_bMixing))
     {
         drawMixer(viewer, requests);
     }
-    const bool reaches = viewer.getReaching().getBone() >= 0;
-    if (reaches && !m_bReaching)
-    {
-        ImGui::SetNextItemOpen(true);
-    }
-    m_bReaching = reaches;
-    if (ImGui::CollapsingHeader("Look and reach"))
+    if (beginPart("Look and reach", viewer.getReaching().getBone() >= 0, m_bReaching))
     {
         drawReach(viewer, requests);
+    }
+    if (beginPart("Ground and feet", viewer.getPlanting().isOn() || viewer.getSlope().m_fDegrees != 0.0F, m_bPlanting))
+    {
+        drawGround(viewer, requests);
     }
 }
 

@@ -5,7 +5,8 @@ namespace TW2::viewer
 class Viewer;
 struct Requests;
 
-/// What a game does with the object: the mixer with its layers, events and travel, and a bone that looks or reaches.
+/// What a game does with the object: the mixer with its layers, events and travel, a bone that looks or reaches,
+/// and feet on the ground.
 class MotionPanel
 {
 public:
@@ -19,5 +20,6 @@ private:
     int m_iFalloff = 0;  ///< of the next layer
     bool m_bMixing = false;
     bool m_bReaching = false;
+    bool m_bPlanting = false;
 };
 }  // namespace TW2::viewer
