@@ -80,6 +80,7 @@ public:
                    const std::vector<int>& surfaces, Warnings& warnings)
         : m_scene(scene),
           m_document(scene.getDocument()),
+          m_uiPlace(place),
           m_place(scene.getPlaces()[place]),
           m_geometry(geometry),
           m_vecSurfaces(surfaces),
@@ -245,6 +246,14 @@ private:
         }
     }
 
+    /// From the mesh to a bone, where a file does not say it: as both stand at rest, or as `link` says of the bone.
+    [[nodiscard]] Matrixd findOffset(std::size_t bone, const std::vector<double>& link) const
+    {
+        const FbxPose& pose = m_scene.getPose();
+        const Matrixd bound = link.size() == 16 ? mirrorZ(takeRows(link.data())) : pose.getWorld(bone, 0.0);
+        return pose.getWorld(m_uiPlace, 0.0) * bound.inverse();
+    }
+
     void addBone(const FbxObject& cluster)
     {
         const std::vector<const FbxObject*> nodes = m_scene.getObjects().getChildren(cluster.m_iId, "Model");
@@ -261,17 +270,20 @@ private:
         {
             return;
         }
-        if (node < 0 || transform.size() != 16)
+        if (node < 0)
         {
             m_warnings.add(m_strPart + ": bone \"" + std::string(cluster.m_name) +
-                           "\" is no node of the model, or not bound, and left out");
+                           "\" is no node of the model and left out");
             return;
         }
+        const Matrixd offset = transform.size() == 16
+                                   ? mirrorZ(takeRows(transform.data()))
+                                   : findOffset(static_cast<std::size_t>(node), numbers("TransformLink"));
         for (auto& [material, joiner] : m_mapMeshes)
         {
             Bone bone;
             bone.m_iNode = node;
-            bone.m_offset = mirrorZ(takeRows(transform.data()));
+            bone.m_offset = offset;
             for (std::size_t i = 0; i < std::min(points.size(), weights.size()); ++i)
             {
                 const double weight = weights[i];
@@ -292,6 +304,7 @@ private:
 
     const FbxScene& m_scene;
     const FbxDocument& m_document;
+    std::size_t m_uiPlace;
     const FbxPlace& m_place;
     const FbxObject& m_geometry;
     const std::vector<int>& m_vecSurfaces;

@@ -59,22 +59,50 @@ const std::array<std::size_t, 3>& getAxes(int order)
     return orders[order >= 0 && order < 6 ? static_cast<std::size_t>(order) : 0];
 }
 
-/// The angles of which `rotateFbx` makes a rotation.
-Vector3d toAngles(const Matrixd& rotation, int order)
+/// The same direction as `angle`, less than half a turn away from `near`.
+double turnNear(double angle, double near)
+{
+    constexpr double turn = 360.0;
+    return angle - turn * std::round((angle - near) / turn);
+}
+
+/// The angles of which `rotateFbx` makes a rotation: of all that do, those that are closest to `near`.
+///
+/// Where the second one is upright, the others turn about one axis, and only their sum is known. Within `calm` (the
+/// cosine of the second) of there, the third is drawn to `near` the more, the less it matters, and the first makes up
+/// for it, so that neither whirls around.
+Vector3d toAngles(const Matrixd& rotation, int order, const Vector3d& near, double calm)
 {
     constexpr double degrees = 180.0 / std::numbers::pi;
-    constexpr double upright = 1.0 - 1e-12;
+    constexpr double upright = 1e-6;
     const auto& [first, second, third] = getAxes(order);
     const double side = (first + 1) % 3 == second ? 1.0 : -1.0;
     const auto& m = rotation.m;
     const double sine = std::clamp(-side * m[first][third], -1.0, 1.0);
-    const bool isUpright = std::abs(sine) > upright;
-    std::array<double, 3> angles{};
-    angles[second] = std::asin(sine) * degrees;
-    angles[first] = degrees * (isUpright ? std::atan2(-side * m[third][second], m[second][second])
-                                         : std::atan2(side * m[second][third], m[third][third]));
-    angles[third] = isUpright ? 0.0 : degrees * std::atan2(side * m[first][second], m[first][first]);
-    return {angles[0], angles[1], angles[2]};
+    const double cosine = std::sqrt(1.0 - sine * sine);
+    const std::array<double, 3> close{near.x, near.y, near.z};
+    const auto choose = [&](double one, double two, double three)
+    {
+        std::array<double, 3> angles{};
+        angles[third] = turnNear(three, close[third]);
+        const double part = cosine < calm ? cosine / calm : 1.0;
+        const double calmed = close[third] + (angles[third] - close[third]) * part;
+        one += (calmed - angles[third]) * (sine > 0.0 ? side : -side);
+        angles[first] = turnNear(one, close[first]);
+        angles[second] = turnNear(two, close[second]);
+        angles[third] = calmed;
+        return Vector3d(angles[0], angles[1], angles[2]);
+    };
+    const double middle = std::asin(sine) * degrees;
+    if (cosine < upright)
+    {
+        return choose(std::atan2(-side * m[third][second], m[second][second]) * degrees, middle, 0.0);
+    }
+    const double one = std::atan2(side * m[second][third], m[third][third]) * degrees;
+    const double three = std::atan2(side * m[first][second], m[first][first]) * degrees;
+    const Vector3d straight = choose(one, middle, three);
+    const Vector3d over = choose(one + 180.0, 180.0 - middle, three + 180.0);
+    return (straight - near).lengthSquared() <= (over - near).lengthSquared() ? straight : over;
 }
 
 /// The product of two factors, each to a power. What is multiplied whole keeps its sign in the product.
@@ -308,10 +336,13 @@ Matrixd FbxPose::blendRotations(std::size_t index, double seconds) const
             continue;
         }
         const int order = layer.m_bAdds ? place.m_iRotationOrder : 0;
+        constexpr double oneDegree = 0.0175;
+        const double calm = order == place.m_iRotationOrder ? 0.0 : oneDegree;
         const Matrixd below = rotateFbx(angles, order);
         const Matrixd top = rotateFbx(own, order);
-        angles = toAngles(
-            layer.m_bAdds ? turnShortest(Matrixd(), top, weight) * below : turnShortest(below, top, weight), order);
+        angles = layer.m_bAdds
+                     ? toAngles(turnShortest(Matrixd(), top, weight) * below, order, angles + own * weight, calm)
+                     : toAngles(turnShortest(below, top, weight), order, angles + (own - angles) * weight, calm);
     }
     return rotateFbx(angles, place.m_iRotationOrder);
 }
@@ -382,15 +413,17 @@ Matrixd FbxPose::makeLocalIn(std::size_t index, double seconds, const World* aro
         return translated(parts.m_rest, parts.m_vTranslation);
     }
     const auto parent = static_cast<std::size_t>(place.m_iParent);
-    if (place.m_eInherit == FbxPlace::Inherit::NoParentScale && m_vecPlaces[parent].m_bJoint)
+    Matrixd local = translated(parts.m_rest, parts.m_vTranslation);
+    if (place.m_eInherit == FbxPlace::Inherit::NoParentScale)
     {
+        // The node still stands where its parent's scale puts it.
         const Matrixd scale = makeParts(parent, seconds).m_scaling;
         constexpr double nothing = 1e-9;
         const auto back = [](double factor) { return std::abs(factor) > nothing ? 1.0 / factor : factor; };
-        return translated(parts.m_rest * scaling({back(scale.m[0][0]), back(scale.m[1][1]), back(scale.m[2][2])}),
-                          parts.m_vTranslation);
+        const Vector3d standsAt = local.getTranslation();
+        local = withoutTranslation(local) * scaling({back(scale.m[0][0]), back(scale.m[1][1]), back(scale.m[2][2])});
+        return translated(local, standsAt);
     }
-    const Matrixd local = translated(parts.m_rest, parts.m_vTranslation);
     if (!around || place.m_eInherit != FbxPlace::Inherit::RotationsFirst || !m_vecUnevenAbove[index])
     {
         return local;
@@ -450,6 +483,13 @@ void FbxPose::prepare()
 Matrixd FbxPose::getLocal(std::size_t place, double seconds) const
 {
     return mirrorZ(makeLocal(place, seconds));
+}
+
+Matrixd FbxPose::getWorld(std::size_t place, double seconds) const
+{
+    const int parent = m_vecPlaces[place].m_iParent;
+    const Matrixd local = getLocal(place, seconds);
+    return parent < 0 ? local : local * getWorld(static_cast<std::size_t>(parent), seconds);
 }
 
 bool FbxPose::isScaled(std::size_t place) const

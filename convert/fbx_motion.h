@@ -66,12 +66,11 @@ struct FbxPlace
     {
         RotationsFirst,  ///< all, but all rotations come before all scales
         All,
-        NoParentScale  ///< all but the parent's own scale, when the parent is a joint
+        NoParentScale  ///< all but the parent's own scale
     };
     std::int64_t m_iId = 0;
     std::string m_strName;
     int m_iParent = -1;
-    bool m_bJoint = false;
     int m_iRotationOrder = 0;
     Inherit m_eInherit = Inherit::All;
     Vector3d m_vTranslation;
@@ -146,6 +145,8 @@ public:
     void prepare();
     /// The local matrix of a node at `seconds` of the file.
     [[nodiscard]] Matrixd getLocal(std::size_t place, double seconds) const;
+    /// The same relative to the scene.
+    [[nodiscard]] Matrixd getWorld(std::size_t place, double seconds) const;
     /// Whether anything moves a node relative to its parent.
     [[nodiscard]] bool isMoved(std::size_t place) const;
 

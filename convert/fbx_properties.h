@@ -3,6 +3,7 @@
 #include "convert/fbx_document.h"
 #include "convert/model.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace TW2::convert
@@ -79,12 +80,13 @@ private:
     {
         for (const List& list : {m_list, m_template})
         {
-            for (const FbxElement& property : list.m_pElement ? list.m_pElement->m_vecChildren : s_none)
+            // Of two with one name the later one holds.
+            const std::vector<FbxElement>& all = list.m_pElement ? list.m_pElement->m_vecChildren : s_none;
+            const auto found = std::find_if(all.rbegin(), all.rend(),
+                                            [name](const FbxElement& property) { return property.getText(0) == name; });
+            if (found != all.rend())
             {
-                if (property.getText(0) == name)
-                {
-                    return {&property, list.m_uiFirst};
-                }
+                return {&*found, list.m_uiFirst};
             }
         }
         return {};

@@ -16,8 +16,6 @@ FbxPlace readPlace(const FbxObject& object, int parent, const FbxElement* otherw
     place.m_iId = object.m_iId;
     place.m_strName = object.m_name;
     place.m_iParent = parent;
-    place.m_bJoint = object.m_type == "LimbNode";
-    place.m_iRotationOrder = properties.getInteger("RotationOrder", 0);
     place.m_eInherit = static_cast<FbxPlace::Inherit>(std::clamp(properties.getInteger("InheritType", 0), 0, 2));
     place.m_vTranslation = properties.getVector("Lcl Translation", {});
     place.m_vRotation = properties.getVector("Lcl Rotation", {});
@@ -26,8 +24,14 @@ FbxPlace readPlace(const FbxObject& object, int parent, const FbxElement* otherw
     place.m_vRotationPivot = properties.getVector("RotationPivot", {});
     place.m_vScalingOffset = properties.getVector("ScalingOffset", {});
     place.m_vScalingPivot = properties.getVector("ScalingPivot", {});
-    place.m_vPreRotation = properties.getVector("PreRotation", {});
-    place.m_vPostRotation = properties.getVector("PostRotation", {});
+    // Else these say only within which limits the node turns.
+    const bool turnsBy = properties.getInteger("RotationActive", 1) != 0;
+    if (turnsBy && properties.getInteger("RotationSpaceForLimitOnly", 0) == 0)
+    {
+        place.m_iRotationOrder = properties.getInteger("RotationOrder", 0);
+        place.m_vPreRotation = properties.getVector("PreRotation", {});
+        place.m_vPostRotation = properties.getVector("PostRotation", {});
+    }
     FbxPlace geometric;
     geometric.m_vTranslation = properties.getVector("GeometricTranslation", {});
     geometric.m_vRotation = properties.getVector("GeometricRotation", {});
