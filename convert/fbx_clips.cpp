@@ -1,6 +1,7 @@
 #include "convert/fbx_clips.h"
 
 #include "convert/fbx_properties.h"
+#include "convert/fbx_tangents.h"
 #include "convert/node_motion.h"
 
 #include <algorithm>
@@ -109,6 +110,7 @@ FbxCurve readCurve(const FbxDocument& document, const FbxElement& element)
     const std::vector<double> data = takeFloats(numbers("KeyAttrDataFloat"));
     const std::vector<double> counts = numbers("KeyAttrRefCount");
     FbxCurve curve;
+    std::vector<FbxTangents> tangents;
     std::size_t set = 0;  // keys of one kind share their attributes
     double left = counts.empty() ? 0.0 : counts[0];
     for (std::size_t i = 0; i < std::min(times.size(), values.size()); ++i)
@@ -124,6 +126,7 @@ FbxCurve readCurve(const FbxDocument& document, const FbxElement& element)
         }
         left -= 1.0;
         FbxCurve::Key key;
+        FbxTangents slopes;
         key.m_dTime = times[i] / fbxTicksPerSecond;
         key.m_dValue = values[i];
         const auto flag = set < flags.size() ? static_cast<unsigned int>(toWhole(flags[set])) : 0U;
@@ -134,8 +137,7 @@ FbxCurve readCurve(const FbxDocument& document, const FbxElement& element)
         else if ((flag & cubic) != 0 && set * 4 + 3 < data.size())
         {
             key.m_eKind = FbxCurve::Kind::Cubic;
-            key.m_dLeaving = data[set * 4];
-            key.m_dArriving = data[set * 4 + 1];
+            slopes = {flag, {data[set * 4], data[set * 4 + 1], data[set * 4 + 2]}};
             // Both weights stand in the bits of one float, in ten-thousandths.
             const auto bits = std::bit_cast<std::uint32_t>(static_cast<float>(data[set * 4 + 2]));
             constexpr double unit = 1e-4;
@@ -149,7 +151,9 @@ FbxCurve readCurve(const FbxDocument& document, const FbxElement& element)
             }
         }
         curve.m_vecKeys.push_back(key);
+        tangents.push_back(slopes);
     }
+    setFbxSlopes(curve.m_vecKeys, tangents);
     std::ranges::stable_sort(curve.m_vecKeys, {}, &FbxCurve::Key::m_dTime);
     readFbxExtrapolation(element, curve);
     return curve;
@@ -213,16 +217,18 @@ void addTrack(const FbxScene& scene, const FbxObject& node, FbxPose::Layer* laye
     }
 }
 
+/// Whether a switch of a layer is on.
+bool isOn(const FbxObject& layer, std::string_view name)
+{
+    return FbxProperties(layer.m_pElement).getInteger(name, 0) != 0;
+}
+
 /// Adds a layer to a stack: the first is what the others are blended with.
 void addLayer(const FbxScene& scene, const FbxObject& object, bool first, FbxTakeMotion& take)
 {
     constexpr int adds = 0;
     constexpr int covers = 1;  // whatever its weight; 2 covers by its weight
     const FbxProperties properties(object.m_pElement);
-    if (properties.getInteger("Mute", 0) != 0)
-    {
-        return;
-    }
     const int mode = properties.getInteger("BlendMode", adds);
     FbxPose::Layer layer;
     layer.m_bAdds = mode == adds;
@@ -261,11 +267,15 @@ std::vector<FbxTakeMotion> readStacks(const FbxScene& scene)
         FbxTakeMotion& take = takes.emplace_back();
         take.m_name = stack.m_name;
         take.m_pose = scene.getPose();
-        bool first = true;
-        for (const FbxObject* layer : scene.getObjects().getChildren(stack.m_iId, "AnimationLayer"))
+        const std::vector<const FbxObject*> layers = scene.getObjects().getChildren(stack.m_iId, "AnimationLayer");
+        const auto isAlone = [](const FbxObject* layer) { return isOn(*layer, "Solo") && !isOn(*layer, "Mute"); };
+        const bool some = std::ranges::any_of(layers, isAlone);
+        for (const FbxObject* layer : layers)
         {
-            addLayer(scene, *layer, first, take);
-            first = false;
+            if (some ? isAlone(layer) : !isOn(*layer, "Mute"))
+            {
+                addLayer(scene, *layer, layer == layers.front(), take);
+            }
         }
         const FbxProperties properties(stack.m_pElement);
         for (const auto& [name, time] : {std::pair("LocalStart", &take.m_start), {"LocalStop", &take.m_stop}})

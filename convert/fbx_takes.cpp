@@ -1,5 +1,6 @@
 #include "convert/fbx_clips.h"
 #include "convert/fbx_properties.h"
+#include "convert/fbx_tangents.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,17 +28,18 @@ public:
         std::vector<FbxCurve::Key> keys;
         while (m_uiAt < m_keys.m_vecValues.size())
         {
-            m_vecAutomatic.push_back(false);
+            m_vecTangents.emplace_back();
             keys.push_back(readKey());
         }
-        for (std::size_t i = 0; i < keys.size(); ++i)
+        for (std::size_t i = 1; i < keys.size(); ++i)
         {
-            if (m_vecAutomatic[i])
+            // What arrives is said with the key before; an automatic one says nothing, so nothing breaks off here.
+            if (m_vecTangents[i - 1].m_uiFlags != 0 && m_vecTangents[i].m_uiFlags == 0)
             {
-                keys[i].m_dLeaving = findSlope(keys, i);
-                keys[i].m_dArriving = findSlope(keys, i + 1);
+                m_vecTangents[i - 1].m_numbers[1] = m_vecTangents[i].m_numbers[0];
             }
         }
+        setFbxSlopes(keys, m_vecTangents);
         return keys;
     }
 
@@ -94,13 +96,18 @@ private:
         constexpr std::int64_t newer = 4005;
         unsigned int weights = 1;
         const char kind = takeLetter();
-        m_vecAutomatic.back() = kind != 's' && kind != 'b';
+        FbxTangents& tangents = m_vecTangents.back();
+        if (kind != 's' && kind != 'b')
+        {
+            // Left to the program: so that the curve does not leave the range of its keys.
+            tangents.m_uiFlags = FbxTangents::Auto | FbxTangents::TimeIndependent | FbxTangents::Progressive;
+        }
         switch (kind)
         {
             case 's':
             case 'b':
-                key.m_dLeaving = takeNumber();
-                key.m_dArriving = takeNumber();
+                tangents.m_numbers[0] = takeNumber();
+                tangents.m_numbers[1] = takeNumber();
                 weights = m_iVersion == withoutWeights ? 0 : 1;
                 break;
             case 'a':
@@ -149,32 +156,11 @@ private:
         }
     }
 
-    /// The slopes that the file leaves to the program: through the neighbours, level at the highest and lowest values
-    /// and never so steep that the curve would leave the range of its keys (Fritsch and Carlson's bound).
-    static double findSlope(const std::vector<FbxCurve::Key>& keys, std::size_t i)
-    {
-        if (i == 0 || i + 1 >= keys.size())
-        {
-            return 0.0;
-        }
-        const auto rise = [&](std::size_t from)
-        { return (keys[from + 1].m_dValue - keys[from].m_dValue) / (keys[from + 1].m_dTime - keys[from].m_dTime); };
-        const double before = rise(i - 1);
-        const double after = rise(i);
-        if (!(before * after > 0.0) || !std::isfinite(before * after))
-        {
-            return 0.0;
-        }
-        const double most = 3.0 * std::min(std::abs(before), std::abs(after));
-        return std::clamp((keys[i + 1].m_dValue - keys[i - 1].m_dValue) / (keys[i + 1].m_dTime - keys[i - 1].m_dTime),
-                          -most, most);
-    }
-
     const FbxDocument& m_document;
     const FbxElement& m_keys;
     std::int64_t m_iVersion;
     std::size_t m_uiAt = 0;
-    std::vector<bool> m_vecAutomatic;  ///< per key
+    std::vector<FbxTangents> m_vecTangents;  ///< per key
 };
 
 FbxCurve readCurve(const FbxDocument& document, const FbxElement& channel)
