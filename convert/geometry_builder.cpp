@@ -184,6 +184,7 @@ std::vector<GeometryBuilder::Influences> chooseInfluences(const Mesh& mesh, int 
     std::vector<std::vector<Influence>> all(mesh.m_vecPositions.size());
     for (std::size_t bone = 0; bone < mesh.m_vecBones.size(); ++bone)
     {
+        summary.m_uiUnbound += mesh.m_vecBones[bone].m_bHolder ? mesh.m_vecBones[bone].m_vecWeights.size() : 0;
         for (const auto& [vertex, weight] : mesh.m_vecBones[bone].m_vecWeights)
         {
             all[vertex].push_back({joints[bone], weight});
@@ -203,7 +204,6 @@ std::vector<GeometryBuilder::Influences> chooseInfluences(const Mesh& mesh, int 
         }
         if (list.empty())
         {
-            summary.m_uiUnbound += mesh.m_vecBones.empty() ? 0 : 1;
             list.push_back({holder, 1.0F});
         }
         float total = 0.0F;

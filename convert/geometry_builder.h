@@ -66,7 +66,7 @@ struct InfluenceSummary
 };
 
 /// The four strongest influences of each vertex, their weights adding up to 1. `joints` says on which joint each bone
-/// of the mesh hangs. A vertex that no bone moves, or every vertex of a mesh without bones, hangs on joint `holder`.
+/// of the mesh hangs. What has no bones hangs on joint `holder`.
 [[nodiscard]] std::vector<GeometryBuilder::Influences> chooseInfluences(const Mesh& mesh, int holder,
                                                                         const std::vector<int>& joints,
                                                                         InfluenceSummary& summary);

@@ -243,6 +243,8 @@ void addBones(const GltfFile& file, const Attributes& attributes, const std::str
         bones[i].m_iNode = skin.m_vecNodes[i];
         bones[i].m_offset = skin.m_vecOffsets[i];
     }
+    std::vector<unsigned int> first;  // set of joints
+    std::vector<bool> moved(mesh.m_vecPositions.size(), false);
     for (int set = 0; attributes.has("JOINTS_" + std::to_string(set)); ++set)
     {
         const std::string meaning = "JOINTS_" + std::to_string(set);
@@ -260,6 +262,16 @@ void addBones(const GltfFile& file, const Attributes& attributes, const std::str
                           "names joint " + std::to_string(joints[i]) + " of a skin of " + std::to_string(bones.size()));
             }
             bones[joints[i]].m_vecWeights.emplace_back(static_cast<unsigned int>(i / perSet), weights[i]);
+            moved[i / perSet] = true;
+        }
+        first = first.empty() ? joints : std::move(first);
+    }
+    // A vertex whose weights are all zero goes with its first joint: where the mesh's own node stands says nothing.
+    for (std::size_t vertex = 0; vertex < std::min(moved.size(), first.size() / perSet); ++vertex)
+    {
+        if (const unsigned int joint = first[vertex * perSet]; !moved[vertex] && joint < bones.size())
+        {
+            bones[joint].m_vecWeights.emplace_back(static_cast<unsigned int>(vertex), 1.0F);
         }
     }
     mesh.m_vecBones = std::move(bones);

@@ -48,6 +48,7 @@ struct Bone
     int m_iNode = 0;
     Matrixd m_offset;  ///< mesh space to bone space, when the mesh was bound: the inverse bind matrix
     std::vector<std::pair<unsigned int, float>> m_vecWeights;  ///< vertex and weight
+    bool m_bHolder = false;  ///< no bone of the file: the mesh's node, on which vertices hang that no bone moves
 };
 
 /// Triangles with one material.

@@ -46,6 +46,50 @@ Model read(const std::string& fileName, const ImportOptions& options)
                            "this program was built without Assimp and reads glTF, FBX and COLLADA only");
 #endif
 }
+
+/// What no bone of a skin moves hangs on the node that shows it: that becomes a bone of the mesh.
+void hangOnHolder(Mesh& mesh, int holder)
+{
+    std::vector<bool> moved(mesh.m_vecPositions.size(), false);
+    for (const Bone& bone : mesh.m_vecBones)
+    {
+        for (const auto& [vertex, weight] : bone.m_vecWeights)
+        {
+            moved[vertex] = true;
+        }
+    }
+    Bone bone;
+    bone.m_iNode = holder;
+    bone.m_bHolder = true;
+    for (const unsigned int vertex : mesh.m_vecIndices)
+    {
+        if (!moved[vertex])
+        {
+            moved[vertex] = true;
+            bone.m_vecWeights.emplace_back(vertex, 1.0F);
+        }
+    }
+    if (!bone.m_vecWeights.empty())
+    {
+        mesh.m_vecBones.push_back(std::move(bone));
+    }
+}
+
+void hangOnHolders(Model& model)
+{
+    for (std::size_t node = model.m_vecNodes.size(); node-- > 0;)
+    {
+        for (const int index : model.m_vecNodes[node].m_vecMeshes)
+        {
+            Mesh& mesh = model.m_vecMeshes[static_cast<std::size_t>(index)];
+            const bool hangs = !mesh.m_vecBones.empty() && !mesh.m_vecBones.back().m_bHolder;
+            if (hangs)
+            {
+                hangOnHolder(mesh, static_cast<int>(node));
+            }
+        }
+    }
+}
 }  // namespace
 
 Model readModel(const std::string& fileName, const ImportOptions& options)
@@ -59,6 +103,7 @@ Model readModel(const std::string& fileName, const ImportOptions& options)
         throw ConvertException(fileName.c_str(), "there is no such file");
     }
     Model model = read(fileName, options);
+    hangOnHolders(model);
     const bool anyTriangles = std::any_of(model.m_vecMeshes.begin(), model.m_vecMeshes.end(),
                                           [](const Mesh& mesh) { return !mesh.m_vecIndices.empty(); });
     if (!anyTriangles && model.m_vecClips.empty())

@@ -179,7 +179,8 @@ TEST(OldFbx, SkinAndMaterialsAreThoseOfTheFile)
         EXPECT_NEAR(normal.z, -1.0F, 1e-6F) << "a file without normals gets them on the side that is seen";
     }
 
-    ASSERT_EQ(bent.m_vecBones.size(), 1U);
+    ASSERT_EQ(bent.m_vecBones.size(), 2U);
+    EXPECT_TRUE(bent.m_vecBones[1].m_bHolder) << "of the vertices that the bone does not move";
     EXPECT_EQ(model.m_vecNodes.at(static_cast<std::size_t>(bent.m_vecBones[0].m_iNode)).m_strName, "bone");
     EXPECT_LT(largestDifference(bent.m_vecBones[0].m_offset, move(-1, -2, 3)), 1e-12);
     const std::vector<std::pair<unsigned int, float>> weights{{4, 1.0F}, {2, 0.5F}};

@@ -250,6 +250,10 @@ TEST(Fbx, FurtherLayersAreBlendedAsTheFileSays)
 			P: "ScaleAccumulationMode", "enum", "", "",1)",
                   1.0, 65.0, 2.5},
              Case{"mute", R"(P: "Mute", "bool", "", "",1)", 1.0, 90.0, 1.0},
+             Case{"alone", R"(P: "Solo", "bool", "", "",1)", 1.0, 40.0, 4.0},
+             Case{"mute and alone", R"(P: "Solo", "bool", "", "",1
+			P: "Mute", "bool", "", "",1)",
+                  1.0, 90.0, 1.0},
              Case{"a weight that grows", R"(P: "Weight", "Number", "", "A+",7)", 0.5, 65.0, 2.0},
          })
     {
@@ -333,6 +337,179 @@ TEST(Fbx, ARotationThatALayerAddsComesBeforeTheOneBelowInEveryOrderOfAngles)
         const std::string text = makeFbx(property, "4", "0,0,0,0", "", objects, links);
         EXPECT_LT(largestDifference(sampleLower(text, 0.5), tilt * turnZ(45.0)), 1e-6) << "order " << order;
     }
+}
+
+TEST(Fbx, ALayerThatCoversMoreAndMoreEndsInItsOwnAngles)
+{
+    // Over a second the second layer's angles take the place of the first one's. Of some the middle one is upright, of
+    // others it is beyond that.
+    const auto makeLayer = [](int mode, int order, double middle)
+    {
+        const std::string objects = R"(	AnimationLayer: 21, "AnimLayer::more", "" {
+		Properties70:  {
+			P: "BlendMode", "enum", "", "",)" +
+                                    std::to_string(mode) + R"(
+			P: "Weight", "Number", "", "A+",7
+		}
+	}
+	AnimationCurveNode: 22, "AnimCurveNode::R", "" {
+		Properties70:  {
+			P: "d|X", "Number", "", "A",-45
+			P: "d|Y", "Number", "", "A",)" +
+                                    std::to_string(middle) + R"(
+			P: "d|Z", "Number", "", "A",0
+		}
+	}
+	AnimationCurveNode: 24, "AnimCurveNode::Weight", "" {
+	}
+	AnimationCurve: 25, "AnimCurve::", "" {
+		KeyTime: *2 {
+			a: 0,46186158000
+		}
+		KeyValueFloat: *2 {
+			a: 0,100
+		}
+		KeyAttrFlags: *1 {
+			a: 4
+		}
+		KeyAttrDataFloat: *4 {
+			a: 0,0,0,0
+		}
+		KeyAttrRefCount: *1 {
+			a: 2
+		}
+	}
+)";
+        const std::string links = R"(	C: "OO",21,10
+	C: "OO",22,21
+	C: "OP",22,2, "Lcl Rotation"
+	C: "OP",24,21, "Weight"
+	C: "OO",24,21
+	C: "OP",25,24, "d|Weight"
+)";
+        return makeFbx(R"(P: "RotationOrder", "enum", "", "",)" + std::to_string(order), "4", "0,0,0,0", "", objects,
+                       links);
+    };
+    for (int order = 0; order < 6; ++order)
+    {
+        for (const double middle : {90.0, 120.0})
+        {
+            const support::TemporaryDirectory directory;
+            const Model blended =
+                TW2::convert::readModel(directory.write("blended.fbx", makeLayer(2, order, middle)), {});
+            const Model covered =
+                TW2::convert::readModel(directory.write("covered.fbx", makeLayer(1, order, middle)), {});
+            const ClipSampler sampler(blended, blended.m_vecClips.at(0));
+            const Matrixd end = ClipSampler(covered, covered.m_vecClips.at(0)).sample(1, 1.0);
+            EXPECT_LT(largestDifference(sampler.sample(1, 1.0), end), 1e-6) << "order " << order << ", " << middle;
+            EXPECT_LT(largestDifference(sampler.sample(1, 0.9999), end), 0.03) << "order " << order << ", " << middle;
+        }
+    }
+}
+
+TEST(Fbx, SlopesThatTheFileLeavesToTheProgramComeFromTheKeysAround)
+{
+    struct Case
+    {
+        const char* m_szWhat;
+        const char* m_szFlags;
+        const char* m_szNumbers;
+        double m_dFirst;   // slope behind the first key
+        double m_dSecond;  // slope at the second
+    };
+    // The keys are 0 at 0 s, 90 at 1 s, 30 at 2 s.
+    for (const Case& one : {
+             Case{"straight from neighbour to neighbour", "8456", "0,0,0,0", 90.0, 15.0},
+             Case{"not beyond the keys' values", "24840", "0,0,0,0", 0.0, 0.0},
+             Case{"the numbers are no slopes", "24840", "60,60,0,0", 0.0, 0.0},
+             Case{"by how far away the neighbours are", "264", "0,0,0,0", 90.0, 15.0},
+             Case{"drawn half to what follows", "264", "50,-50,0,0", 90.0, -22.5},
+             Case{"as before where both sides differ", "264", "0,50,0,0", 90.0, 52.5},
+             Case{"with tension, continuity and bias of nothing", "520", "0,0,0,0", 90.0, 15.0},
+             Case{"with tension", "520", "0.5,0,0,0", 45.0, 7.5},
+             Case{"of the user", "1032", "60,60,0,0", 60.0, 60.0},
+         })
+    {
+        const double degrees = 90.0 * 0.15625 + one.m_dFirst * 0.140625 - one.m_dSecond * 0.046875;
+        const Matrixd lower = sampleLower(makeFbx("", one.m_szFlags, one.m_szNumbers), 0.25);
+        EXPECT_LT(largestDifference(lower, turnZ(degrees)), 1e-9) << one.m_szWhat;
+    }
+}
+
+TEST(Fbx, ANodeWhoseRotationSpaceIsOffTurnsWithoutIt)
+{
+    const std::string space = R"(			P: "PreRotation", "Vector3D", "Vector", "",20,0,0
+			P: "PostRotation", "Vector3D", "Vector", "",0,5,0
+			P: "RotationOrder", "enum", "", "",5
+)";
+    for (const char* off :
+         {R"(P: "RotationActive", "bool", "", "",0)", R"(P: "RotationSpaceForLimitOnly", "bool", "", "",1)"})
+    {
+        EXPECT_LT(largestDifference(sampleLower(makeFbx(space + off, "4", "0,0,0,0"), 1.0), turnZ(90.0)), 1e-9) << off;
+    }
+    const std::string on = space + R"(P: "RotationActive", "bool", "", "",1)";
+    EXPECT_GT(largestDifference(sampleLower(makeFbx(on, "4", "0,0,0,0"), 1.0), turnZ(90.0)), 0.1);
+}
+
+TEST(Fbx, ANodeWithoutItsParentsScaleStandsWhereThatPutsIt)
+{
+    // The later of two properties with one name holds.
+    std::string text = makeFbx(R"(			P: "InheritType", "enum", "", "",2
+			P: "Lcl Translation", "Lcl Translation", "", "A",5,0,0
+			P: "RotationPivot", "Vector3D", "Vector", "",1,0,0)",
+                               "4", "0,0,0,0");
+    const std::string upper = R"(P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3)";
+    text.replace(text.find(upper), upper.size(),
+                 upper + "\n\t\t\tP: \"Lcl Scaling\", \"Lcl Scaling\", \"\", \"A\",2,4,8");
+    const Matrixd whole = move(-1, 0, 0) * turnZ(90.0) * move(1, 0, 0) * move(5, 0, 0);
+    Matrixd expected = whole;
+    for (int row = 0; row < 3; ++row)
+    {
+        const Vector3d axis = whole.getRow(row);
+        expected.setRow(row, {axis.x / 2.0, axis.y / 4.0, axis.z / 8.0});
+    }
+    EXPECT_LT(largestDifference(sampleLower(text, 1.0), expected), 1e-9);
+}
+
+TEST(Fbx, WhatNoBoneMovesHangsOnTheMeshsNodeAndBonesWithoutAMatrixAreBoundAtRest)
+{
+    const std::string objects = R"(	Geometry: 20, "Geometry::", "Mesh" {
+		Vertices: *9 {
+			a: 0,0,0,1,0,0,0,1,0
+		}
+		PolygonVertexIndex: *3 {
+			a: 0,1,-3
+		}
+	}
+	Model: 21, "Model::shown", "Mesh" {
+		Properties70:  {
+			P: "Lcl Translation", "Lcl Translation", "", "A",7,0,0
+		}
+	}
+	Deformer: 30, "Deformer::", "Skin" {
+	}
+	Deformer: 31, "SubDeformer::", "Cluster" {
+		Indexes: *1 {
+			a: 1
+		}
+		Weights: *1 {
+			a: 0.5
+		}
+	}
+)";
+    const std::string links =
+        "\tC: \"OO\",21,0\n\tC: \"OO\",20,21\n\tC: \"OO\",30,20\n\tC: \"OO\",31,30\n\tC: \"OO\",2,31\n";
+    const support::TemporaryDirectory directory;
+    const Model model =
+        TW2::convert::readModel(directory.write("skin.fbx", makeFbx("", "4", "0,0,0,0", "", objects, links)), {});
+    const std::vector<Bone>& bones = model.m_vecMeshes.at(0).m_vecBones;
+    ASSERT_EQ(bones.size(), 2U);
+    EXPECT_EQ(bones[0].m_vecWeights.size(), 1U);
+    EXPECT_LT(largestDifference(bones[0].m_offset, move(6, -2, 3)), 1e-12) << "(7, 0, 0) seen from (1, 2, -3)";
+    EXPECT_EQ(model.m_vecNodes.at(static_cast<std::size_t>(bones[1].m_iNode)).m_strName, "shown");
+    EXPECT_TRUE(bones[1].m_bHolder);
+    EXPECT_EQ(bones[1].m_vecWeights.size(), 2U);
+    EXPECT_LT(largestDifference(bones[1].m_offset, Matrixd()), 1e-12);
 }
 
 TEST(Fbx, NumbersThatNoWholeNumberIsAreNoFlags)

@@ -302,13 +302,13 @@ TEST(GltfMotion, KeepsTheMirrorOfANodeThatTurns)
 
 TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
 {
-    const auto make = [](std::uint8_t joint, int node = 2)
+    const auto make = [](std::uint8_t joint, int node = 2, std::uint8_t last = 255)
     {
         GltfText text;
         const int positions = text.addFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
         const int joints = text.add(std::vector<std::uint8_t>{0, joint, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0},
                                     GltfText::UNSIGNED_BYTE, "VEC4");
-        const int weights = text.add(std::vector<std::uint8_t>{51, 204, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0},
+        const int weights = text.add(std::vector<std::uint8_t>{51, 204, 0, 0, 255, 0, 0, 0, last, 0, 0, 0},
                                      GltfText::UNSIGNED_BYTE, "VEC4", R"(,"normalized":true)");
         std::vector<float> matrices(32, 0.0F);
         for (std::size_t i : {0U, 5U, 10U, 15U, 16U, 21U, 26U, 31U})
@@ -330,6 +330,10 @@ TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
     EXPECT_EQ(bones[1].m_offset.getTranslation(), Vector3d(0, 0, 4));
     ASSERT_EQ(bones[1].m_vecWeights.size(), 3U);
     EXPECT_FLOAT_EQ(bones[1].m_vecWeights[0].second, 0.8F);
+    const Model unweighted = read(make(1, 2, 0));
+    const std::vector<TW2::convert::Bone>& all = unweighted.m_vecMeshes.at(0).m_vecBones;
+    ASSERT_EQ(all.size(), 2U) << "a vertex without weights goes with its first joint, not with the mesh's node";
+    EXPECT_THAT(all[1].m_vecWeights, testing::Contains(testing::Pair(2U, 1.0F)));
     EXPECT_THAT(getRefusal(make(7)), testing::HasSubstr("meshes[0].primitives[0].attributes.JOINTS_0: names joint 7"));
     // No scene names the nodes of this file: nothing looked at the joints before the skin does.
     EXPECT_THAT(getRefusal(make(1, 3)), testing::HasSubstr("skins[0]"));
