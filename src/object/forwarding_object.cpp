@@ -58,8 +58,7 @@ TW_ForwardingObject::LoadScope::~LoadScope()
 {
     if (--m_object.m_iLoads == 0 && m_object.m_bGivenUp)
     {
-        m_object.m_bGivenUp = false;
-        m_object.takeApart();
+        m_object.destruct();
     }
 }
 
@@ -68,14 +67,24 @@ void TW_ForwardingObject::LoadScope::requireObject() const
     TW2::requireObject(!m_object.m_bGivenUp);
 }
 
-void TW_ForwardingObject::giveUp() noexcept
+void TW_ForwardingObject::destruct() noexcept
 {
-    if (isLoading())
+    m_bGivenUp = isLoading();
+    if (m_bConstructed && !m_bGivenUp)
     {
-        m_bGivenUp = true;
-        return;
+        takeApart();
+        m_bConstructed = false;
     }
-    takeApart();
+}
+
+bool TW_ForwardingObject::isToCopy(const TW_ForwardingObject& source) noexcept
+{
+    const bool isComplete = source.m_bConstructed && !source.isLoading();
+    if (&source != this && !isComplete)
+    {
+        destruct();
+    }
+    return &source != this && isComplete;
 }
 /// @}
 

@@ -192,8 +192,7 @@ Matrix invert(const Matrix& matrix)
 }
 }  // namespace
 
-/// Fixes the rest pose and lets the skin's meshes read the bone matrices. Ends every construction.
-void TW_VertexAnimation::setUpBones()
+void TW_VertexAnimation::complete()
 {
     m_vecBoneMatrices.assign(getSkeleton()->getTotalMeshes(), Matrix::identity());
     handOutBoneMatrices();

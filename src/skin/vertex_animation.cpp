@@ -25,7 +25,6 @@ TW_VertexAnimation::~TW_VertexAnimation()
 
 void TW_VertexAnimation::initializeMembers() noexcept
 {
-    m_bConstructed = false;
     m_pSharedSkeleton = nullptr;
     m_pSkin = nullptr;
     m_pSkinData = nullptr;
@@ -37,19 +36,11 @@ void TW_VertexAnimation::initializeMembers() noexcept
     setFramePreparation(this);
 }
 
-void TW_VertexAnimation::destruct() noexcept
-{
-    giveUp();
-}
-
 void TW_VertexAnimation::takeApart() noexcept
 {
-    if (m_bConstructed)
-    {
-        m_pSharedSkeleton = nullptr;
-        releaseSkin();
-        initializeMembers();
-    }
+    m_pSharedSkeleton = nullptr;
+    releaseSkin();
+    initializeMembers();
 }
 
 /// The skin data go last: an engine may read bone counts in place.

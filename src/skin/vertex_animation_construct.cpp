@@ -1,5 +1,6 @@
 #include "core/release_guard.h"
 #include "io/file_content.h"
+#include "object/forwarding_build.h"
 #include "object/object_animation_script.h"
 
 #include <tw2/core/exceptions.h>
@@ -8,8 +9,6 @@
 #include <tw2/skin/skin_mesh_callback.h>
 #include <tw2/skin/vertex_animation.h>
 
-#include <platform/runtime/memory_scope.h>
-#include <platform/runtime/rollback.h>
 #include <platform/runtime/script.h>
 #include <platform/runtime/str.h>
 #include <platform/scene/virtual_object.h>
@@ -33,23 +32,6 @@ S_String describe(const S_Script& script, int block)
     return describe(script, script.getBlockName(static_cast<unsigned int>(block)));
 }
 }  // namespace
-
-/// Builds from scratch by `steps`, which make skeleton and skin; whatever throws leaves the object not constructed.
-template <typename Steps>
-void TW_VertexAnimation::build(const Steps& steps)
-{
-    const S_MemoryScope scope(memoryScopeName);
-    destruct();
-    S_Rollback rollback([this]() noexcept { destruct(); });
-    const LoadScope load(*this);
-    load.requireObject();
-    m_bConstructed = true;
-    setEngineFlag(FLAG_BOUNDING_SPHERE, false);
-    steps();
-    load.requireObject();
-    setUpBones();
-    rollback.keep();
-}
 
 /// @name Constructors
 /// @{
@@ -186,13 +168,8 @@ void TW_VertexAnimation::construct(const TW_ObjectAnimation& skeleton, S_Script*
 
 void TW_VertexAnimation::construct(const TW_VertexAnimation& other, TW_MaterialManager* materialManager)
 {
-    if (&other == this)
+    if (!isToCopy(other))
     {
-        return;
-    }
-    if (!other.m_bConstructed || other.isLoading())
-    {
-        destruct();
         return;
     }
     const ReleaseGuard passed(materialManager);

@@ -1,19 +1,13 @@
 #pragma once
 
-#include <tw2/core/text.h>
 #include <tw2/export.h>
-#include <tw2/object/forwarding_object.h>
+#include <tw2/lod/levels_of_detail.h>
 
-#include <platform/runtime/allocator.h>
-
-class P_LODObject;
 class S_Script;
 
 namespace TW2
 {
 class TW_MaterialManager;
-class TW_ObjectAnimation;
-class TW_VertexAnimation;
 
 /// One skinned character at several levels of detail: a vertex animation per level, all on one skeleton, of which the
 /// engine shows the one that fits the camera's distance.
@@ -27,7 +21,7 @@ class TW_VertexAnimation;
 /// of all levels and hangs below this object; its manual bounding volumes are those of the whole. Textures are animated
 /// and uploaded on every level; what is asked about them is asked of the level in use or, while none is in use, of the
 /// last one.
-class TW2_API TW_VertexAnimationLODs : public TW_ForwardingObject
+class TW2_API TW_VertexAnimationLODs : public TW_LevelsOfDetail<TW_VertexAnimation>
 {
 public:
     /// @name Life
@@ -38,7 +32,7 @@ public:
     /// @{
 
     /// Not constructed: no levels.
-    TW_VertexAnimationLODs() { initializeMembers(); }
+    TW_VertexAnimationLODs() = default;
     /// The skeleton from a block; level i is the skin of block `blockIndices[i]`, shown up to the distance
     /// `distances[i]`.
     TW_VertexAnimationLODs(S_Script* skeletonScript, int skeletonBlock, int levelCount, S_Script* skinScript,
@@ -81,44 +75,13 @@ public:
                    bool withVisibility = false);
     /// Copies with the materials of a manager; null: with the levels' own.
     void construct(const TW_VertexAnimationLODs& source, TW_MaterialManager* materials);
-    /// Deletes the levels; nothing happens to an object that has none.
-    void destruct() noexcept;
-    /// False before the first `construct` and after `destruct`.
-    [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
-    /// @name Levels
-    /// @{
-
-    /// The engine's level-of-detail object, which hangs below this object and chooses the level in use.
-    [[nodiscard]] P_LODObject* getEngineLODObject() const noexcept { return m_pEngineLODObject; }
-    /// Chooses the level in use for the camera now; the scene does it every frame.
-    void calculateLOD();
-    /// 0 for an object that is not constructed.
-    [[nodiscard]] int getLevelCount() const;
-    /// Level 0 to `getLevelCount()` - 1; null when the engine shows something else there.
-    [[nodiscard]] TW_VertexAnimation* getLODObject(int level) const;
-    /// The level in use; null when none is.
-    [[nodiscard]] TW_VertexAnimation* getUsedLODObject() const;
-    /// The skeleton of all levels.
+    /// The skeleton of all levels; null for an object that is not constructed.
     [[nodiscard]] TW_ObjectAnimation* getSkeleton() const;
-    /// @}
 
-    /// @name On every level
-    /// A result is true when it is true for any level.
-    /// @{
-
-    /// Replaces the skins' materials by those of a file.
-    void loadMaterials(const char* fileName);
-    /// The same with a string of the host's.
-    template <TW_String File>
-    void loadMaterials(const File& fileName)
-    {
-        loadMaterials(fileName.c_str());
-    }
-    /// Replaces the skins' materials by those of a manager (not taken over).
+    /// Replaces the skins' materials on every level by those of a manager (not taken over).
     void remapMaterials(TW_MaterialManager* manager);
-    /// @}
 
     /// @name On level 0
     /// @{
@@ -135,25 +98,11 @@ public:
     [[nodiscard]] const char* getObjectType() const override;
     /// @}
 
-protected:
-    /// Nothing to do each frame; returns true, so that the levels are always visited.
-    bool executeAlways() override;
-
 private:
     [[nodiscard]] TW_ObjectAnimation* getPart(Operations operations, unsigned int i) const override;
-    void takeApart() noexcept override;
-    void initializeMembers() noexcept;
-    template <typename Steps>
-    void build(const Steps& steps);
     template <typename ConstructFirst>
     void buildFromScript(int levelCount, S_Script* script, const int* blockIndices, const float* distances,
                          bool withVisibility, const ConstructFirst& constructFirst);
-    TW_VertexAnimation& addLevel();
-    void enterLevel(int level, float range);
-
-    bool m_bConstructed;
-    P_LODObject* m_pEngineLODObject;
-    int m_iLevelCount;
-    S_Vector<TW_VertexAnimation*> m_vecLevels;
+    void complete() override;
 };
 }  // namespace TW2

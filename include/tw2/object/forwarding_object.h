@@ -16,6 +16,11 @@ namespace TW2
 class TW2_API TW_ForwardingObject : public TW_VirtualObject
 {
 public:
+    /// Deletes the parts, unless other objects share them; the object is as default-constructed.
+    void destruct() noexcept;
+    /// False before the first `construct`, after `destruct` and after a construction that threw.
+    [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
+
     [[nodiscard]] TW_ObjectAnimation* getPlayedObject(unsigned int i) const override;
 
     /// @name Animations
@@ -138,11 +143,18 @@ protected:
     };
     /// Whether a scope stands around the object.
     [[nodiscard]] bool isLoading() const noexcept { return m_iLoads != 0; }
-    /// Takes the object apart: now, or when its load ends.
-    void giveUp() noexcept;
+
+    /// Builds from scratch by `steps`; whatever throws leaves the object not constructed.
+    template <typename Steps>
+    void build(const Steps& steps);
+    /// Whether this object is to become a copy of `source`. It is not when it is the source; when the source is not
+    /// constructed, or still being built, it is destructed, too.
+    [[nodiscard]] bool isToCopy(const TW_ForwardingObject& source) noexcept;
 
 private:
-    /// Lets go of all parts; nothing happens to an object that is not constructed.
+    /// Called when the steps of a construction have made all parts.
+    virtual void complete() {}
+    /// Lets go of all parts of a constructed object, however far its construction has come.
     virtual void takeApart() noexcept = 0;
     /// The i-th part that `operations` go to; null behind the last.
     [[nodiscard]] virtual TW_ObjectAnimation* getPart(Operations operations, unsigned int i) const = 0;
@@ -153,7 +165,8 @@ private:
     Result ask(Operations operations, Result (TW_VirtualObject::*operation)(Arguments...) const,
                const Given&... arguments) const;
 
+    bool m_bConstructed = false;
+    bool m_bGivenUp = false;  ///< destructed while it is loaded
     int m_iLoads = 0;         ///< scopes that there are
-    bool m_bGivenUp = false;  ///< destructed in one of them
 };
 }  // namespace TW2

@@ -198,10 +198,6 @@ public:
                    TW_MaterialManager* materialManager);
     void construct(const TW_ObjectAnimation& skeleton, S_Script* script, int skinBlock, bool withVisibility = false);
     void construct(const TW_VertexAnimation& other, TW_MaterialManager* materialManager = nullptr);
-    /// Lets skeleton and skin go; the object is as default-constructed.
-    void destruct() noexcept;
-    /// False before the first `construct`, after `destruct` and after a construction that threw.
-    [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}
 
     /// @name Parts
@@ -297,9 +293,6 @@ private:
     [[nodiscard]] TW_ObjectAnimation* getPart(Operations operations, unsigned int i) const override;
     void takeApart() noexcept override;
     void initializeMembers() noexcept;
-    /// What all forms have in common around the steps of one.
-    template <typename Steps>
-    void build(const Steps& steps);
 
     /// @name Skeleton
     /// @{
@@ -327,7 +320,8 @@ private:
 
     /// @name Bones
     /// @{
-    void setUpBones();
+    /// Fixes the rest pose and lets the skin's meshes read the bone matrices.
+    void complete() override;
     void handOutBoneMatrices();
     void takeReferencePose();
     void prepareFrame(unsigned long long frame) noexcept override;
@@ -337,7 +331,6 @@ private:
     void validateWorldMatrices();
     /// @}
 
-    bool m_bConstructed;
     S_Handle<SharedSkeleton> m_pSharedSkeleton;
     TW_ObjectAnimation* m_pSkin;
     Skin* m_pSkinData;

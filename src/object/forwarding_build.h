@@ -1,0 +1,25 @@
+#pragma once
+
+#include <tw2/object/forwarding_object.h>
+
+#include <platform/runtime/memory_scope.h>
+#include <platform/runtime/rollback.h>
+
+namespace TW2
+{
+template <typename Steps>
+void TW_ForwardingObject::build(const Steps& steps)
+{
+    const S_MemoryScope scope("TW Memory Container");
+    destruct();
+    S_Rollback rollback([this]() noexcept { destruct(); });
+    const LoadScope load(*this);
+    load.requireObject();
+    m_bConstructed = true;
+    setEngineFlag(FLAG_BOUNDING_SPHERE, false);
+    steps();
+    load.requireObject();
+    complete();
+    rollback.keep();
+}
+}  // namespace TW2
