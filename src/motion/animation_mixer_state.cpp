@@ -138,35 +138,33 @@ void TW_AnimationMixer::restoreState(const S_Bytes& state)
     {
         fail(S_STR("%zu bytes, found %zu", (headerNumbers + layers + plays * playNumbers) * number, state.size()));
     }
-    S_Vector<double> layerWeights(m_vecLayers.size());
-    for (double& weight : layerWeights)
+    const auto readWeight = [&fail](Reader& from)
     {
-        weight = in.getDouble();
+        const double weight = from.getDouble();
         if (!(weight >= 0.0 && weight <= 1.0))
         {
             fail(S_STR("weights of layers from 0 to 1, found %g", weight));
         }
-    }
-    S_Vector<Play> restored;
-    restored.reserve(m_vecPlays.capacity());
-    for (std::uint64_t i = 0; i < plays; ++i)
+        return weight;
+    };
+    const auto readPlay = [&](Reader& from, std::uint64_t i)
     {
         Play play;
-        play.m_uiId = static_cast<PlayId>(in.getUnsigned());
-        play.m_iAnimation = static_cast<int>(in.getWhole());
-        const std::uint64_t identity = in.getUnsigned();
-        const long long layer = in.getWhole();
-        const long long mask = in.getWhole();
-        play.m_iSync = static_cast<int>(in.getWhole());
-        play.m_iLoops = static_cast<int>(in.getWhole());
-        play.m_moment.m_dFrame = in.getDouble();
-        play.m_moment.m_iLoop = in.getWhole();
-        play.m_dSpeed = in.getDouble();
-        play.m_dWeight = in.getDouble();
-        play.m_dTarget = in.getDouble();
-        play.m_dFadeLeft = in.getDouble();
-        play.m_dFadeOut = in.getDouble();
-        const auto flags = static_cast<int>(in.getUnsigned());
+        play.m_uiId = static_cast<PlayId>(from.getUnsigned());
+        play.m_iAnimation = static_cast<int>(from.getWhole());
+        const std::uint64_t identity = from.getUnsigned();
+        const long long layer = from.getWhole();
+        const long long mask = from.getWhole();
+        play.m_iSync = static_cast<int>(from.getWhole());
+        play.m_iLoops = static_cast<int>(from.getWhole());
+        play.m_moment.m_dFrame = from.getDouble();
+        play.m_moment.m_iLoop = from.getWhole();
+        play.m_dSpeed = from.getDouble();
+        play.m_dWeight = from.getDouble();
+        play.m_dTarget = from.getDouble();
+        play.m_dFadeLeft = from.getDouble();
+        play.m_dFadeOut = from.getDouble();
+        const auto flags = static_cast<int>(from.getUnsigned());
         play.m_bLeaving = (flags & FLAG_LEAVING) != 0;
         play.m_bFresh = (flags & FLAG_FRESH) != 0;
         play.m_bFinished = (flags & FLAG_FINISHED) != 0;
@@ -189,12 +187,26 @@ void TW_AnimationMixer::restoreState(const S_Bytes& state)
         }
         play.m_iLayer = static_cast<int>(layer);
         play.m_iMask = static_cast<int>(mask);
-        restored.push_back(play);
-    }
-    m_vecPlays.swap(restored);
-    for (std::size_t i = 0; i < m_vecLayers.size(); ++i)
+        return play;
+    };
+    // Once to see that all can be taken, then to take it: so nothing has to be kept aside.
+    Reader again = in;
+    for (std::uint64_t i = 0; i < layers; ++i)
     {
-        m_vecLayers[i].m_dWeight = layerWeights[i];
+        (void)readWeight(in);
+    }
+    for (std::uint64_t i = 0; i < plays; ++i)
+    {
+        (void)readPlay(in, i);
+    }
+    for (Layer& layer : m_vecLayers)
+    {
+        layer.m_dWeight = readWeight(again);
+    }
+    m_vecPlays.clear();
+    for (std::uint64_t i = 0; i < plays; ++i)
+    {
+        m_vecPlays.push_back(readPlay(again, i));
     }
     m_uiNextId = nextId;
     m_travel = {};
