@@ -3,11 +3,15 @@
 #include "tests/support/character_files.h"
 #include "tests/support/object_files.h"
 
+#include <tw2/lod/vertex_animation_lods.h>
+#include <tw2/motion/motion.h>
 #include <tw2/object/bone_group_handle.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_state.h>
 #include <tw2/skin/vertex_animation.h>
 
+#include <platform/runtime/script.h>
+#include <platform/scene/camera.h>
 #include <platform/scene/context.h>
 #include <platform/scene/scene.h>
 #include <platform/scene/virtual_object.h>
@@ -38,6 +42,9 @@ public:
         object = m_files.build("orthonormalized", true);
         m_strSkinnedScript = m_skinnedFiles.write();
         skinned = makeSkinned();
+        const int skins[] = {1, 2};
+        S_Script script(m_strSkinnedScript.c_str());
+        levels = std::make_unique<TW2::TW_VertexAnimationLODs>(&script, 0, 2, &script, skins);
     }
 
     static std::string name(unsigned int mesh) { return "bone" + std::to_string(mesh); }
@@ -53,6 +60,7 @@ public:
 
     std::unique_ptr<TW2::TW_ObjectAnimation> object;
     std::unique_ptr<TW2::TW_VertexAnimation> skinned;
+    std::unique_ptr<TW2::TW_VertexAnimationLODs> levels;
 
 private:
     std::vector<TW2::KeyframeAnimationChunk> makeTracks()
@@ -75,6 +83,26 @@ private:
     support::ObjectFiles m_files;
     support::CharacterFiles m_skinnedFiles;
     std::string m_strSkinnedScript;
+};
+
+/// A number for all matrices that were seen so far, in their order.
+class Sum
+{
+public:
+    void see(const M_Matrix4x3Template<float>& matrix)
+    {
+        for (int i = 0; i < 12; ++i)
+        {
+            std::uint32_t bits = 0;
+            std::memcpy(&bits, matrix.data() + i, sizeof(bits));
+            see(bits);
+        }
+    }
+    void see(std::uint32_t bits) { m_uSeen = (m_uSeen ^ bits) * 0x100000001B3u; }
+    [[nodiscard]] std::uint64_t get() const { return m_uSeen; }
+
+private:
+    std::uint64_t m_uSeen = 0xCBF29CE484222325u;
 };
 
 /// Does with a copy of each prototype what a host does in a frame, and sums up what it sees.
@@ -113,7 +141,7 @@ public:
         m_scene.executeFrame();
         for (int bone = 0; bone < m_skinned.getBoneMatrixCount(); ++bone)
         {
-            see(m_skinned.getBoneMatrix(bone));
+            m_sum.see(m_skinned.getBoneMatrix(bone));
         }
     }
     /// Frames `first` to `end` - 1, and what was seen so far.
@@ -123,25 +151,16 @@ public:
         {
             playFrame(number);
         }
-        return m_uSeen;
+        return m_sum.get();
     }
 
 private:
-    void see(const M_Matrix4x3Template<float>& matrix)
-    {
-        for (int i = 0; i < 12; ++i)
-        {
-            std::uint32_t bits = 0;
-            std::memcpy(&bits, matrix.data() + i, sizeof(bits));
-            m_uSeen = (m_uSeen ^ bits) * 0x100000001B3u;
-        }
-    }
     void see(const TW2::TW_ObjectAnimation& object)
     {
         for (unsigned int mesh = 0; mesh < object.getTotalMeshes(); ++mesh)
         {
-            see(object.getMesh(mesh)->getObjectToWorldMatrix());
-            m_uSeen = m_uSeen * 2 + (object.getMesh(mesh)->isEnabled() ? 1 : 0);
+            m_sum.see(object.getMesh(mesh)->getObjectToWorldMatrix());
+            m_sum.see(object.getMesh(mesh)->isEnabled() ? 1U : 0U);
         }
     }
 
@@ -151,5 +170,80 @@ private:
     P_Scene m_scene;
     TW2::TW_ObjectAnimationState m_state;
     TW2::TW_BoneGroupHandle m_group;
-    std::uint64_t m_uSeen = 0xCBF29CE484222325u;
+    Sum m_sum;
+};
+
+/// Does what a game does with a character of its own: a mixer with layers and masks, hands and feet that reach, levels
+/// of detail before a camera. Sums up what it sees.
+class Mover
+{
+public:
+    explicit Mover(const Prototypes& prototypes)
+        : m_character(*prototypes.levels),
+          m_mixer(m_character, 4),
+          m_arm(m_character, "Bone0", "Bone3"),
+          m_spine(m_character, "Bone0", "Bone7"),
+          m_feet(m_character, "Bone0", {{"Bone1", "Bone7"}}),
+          m_clock(m_character, 1),
+          m_travel(m_character, 1)
+    {
+        m_context.setCurrentCamera(&m_camera);
+        m_camera.addTo(&m_scene);
+        m_character.addTo(&m_scene);
+        m_mixer.addLayer({.mask = m_mixer.addMask(TW2::TW_BoneMask::below(m_character, "Bone1", 1))});
+        m_mixer.addLayer({.additive = true, .weight = 0.5F});
+    }
+
+    void playFrame(unsigned int number)
+    {
+        if (number % 10 == 0)
+        {
+            m_mixer.play(number % 20 == 0 ? 1 : 0, {.fade = 0.3F, .sync = 1});
+            m_mixer.play(1, {.fade = 0.1F, .loops = 1, .layer = 1, .fadeOut = 0.1F});
+            m_mixer.play(1, {.layer = 2});
+        }
+        m_mixer.update(0.07);
+        for (TW2::TW_MixerEvent event; m_mixer.nextEvent(event);)
+        {
+        }
+        m_clock.advance(0.11);
+        m_sum.see(m_travel.getTravel(m_clock.getLastStep()).toMatrix());
+        const float t = 0.05F * static_cast<float>(number % 40);
+        m_arm.reachTwoBones({.target = {t, 1.0F, 0.5F}, .weight = 0.7F});
+        m_spine.aim({.target = {t, 1.0F, 5.0F}, .limit = 20.0F});
+        m_spine.reach({.target = {0.5F, t, 1.0F}, .weight = 0.5F});
+        m_feet.plant([t](const auto& foot) { return TW2::TW_GroundPoint{foot.x * t}; });
+        m_character.setPosition(0.0F, 0.0F, number % 8 < 4 ? 5.0F : 150.0F);
+        m_scene.executeFrame();
+        for (int level = 0; level < m_character.getLevelCount(); ++level)
+        {
+            const TW2::TW_VertexAnimation& shown = *m_character.getLODObject(level);
+            for (int bone = 0; bone < shown.getBoneMatrixCount(); ++bone)
+            {
+                m_sum.see(shown.getBoneMatrix(bone));
+            }
+        }
+    }
+    /// Frames `first` to `end` - 1, and what was seen so far.
+    std::uint64_t play(unsigned int first, unsigned int end)
+    {
+        for (unsigned int number = first; number < end; ++number)
+        {
+            playFrame(number);
+        }
+        return m_sum.get();
+    }
+
+private:
+    P_Context m_context;
+    P_Camera m_camera;
+    P_Scene m_scene{&m_context};
+    TW2::TW_VertexAnimationLODs m_character;
+    TW2::TW_AnimationMixer m_mixer;
+    TW2::TW_BoneChain m_arm;
+    TW2::TW_BoneChain m_spine;
+    TW2::TW_FootPlanter m_feet;
+    TW2::TW_AnimationClock m_clock;
+    TW2::TW_RootMotion m_travel;
+    Sum m_sum;
 };

@@ -15,6 +15,8 @@
 
 #include <atomic>
 #include <deque>
+#include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -42,11 +44,11 @@ void runOnThreads(unsigned int count, const Work& work, const Meanwhile& meanwhi
 }
 
 /// Players on a thread each, which see what one player alone sees, beside something else on this thread.
-template <typename Meanwhile>
+template <typename Kind = Player, typename Meanwhile>
 void expectUndisturbedPlayers(const Prototypes& prototypes, const Meanwhile& meanwhile)
 {
-    const std::uint64_t expected = Player(prototypes).play(0, frameCount);
-    std::deque<Player> players;
+    const std::uint64_t expected = Kind(prototypes).play(0, frameCount);
+    std::deque<Kind> players;
     for (unsigned int i = 0; i < threadCount; ++i)
     {
         players.emplace_back(prototypes);
@@ -91,6 +93,56 @@ TEST(Threads, PlayWhileOneLoadsCopiesAndDestroysOtherObjects)
                                      EXPECT_TRUE(skinnedCopy.animateObjectFrame(1, 5.0F, nullptr));
                                  }
                              });
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
+}
+
+TEST(Threads, MixLayersReachAndShowLevelsWhileOneCopiesAndDestroysOthers)
+{
+    const Prototypes prototypes;
+    const long long live = S_Memory::getLiveCount();
+    expectUndisturbedPlayers<Mover>(prototypes,
+                                    [&prototypes]
+                                    {
+                                        for (unsigned int round = 0; round < 20; ++round)
+                                        {
+                                            Mover mover(prototypes);
+                                            mover.play(0, round % 5);
+                                            TW_VertexAnimationLODs copy(*prototypes.levels);
+                                            copy = *prototypes.levels;
+                                            copy.destruct();
+                                        }
+                                    });
+    EXPECT_EQ(S_Memory::getLiveCount(), live);
+}
+
+TEST(Threads, EachMakesItsCopiesAndLetsThemGoInItsTurnWhileTheOthersPlay)
+{
+    const Prototypes prototypes;
+    const long long live = S_Memory::getLiveCount();
+    const std::uint64_t expectedOfPlayer = Player(prototypes).play(0, 10);
+    const std::uint64_t expectedOfMover = Mover(prototypes).play(0, 10);
+    std::mutex turn;  // copies are made and go on one thread at a time
+    runOnThreads(
+        threadCount,
+        [&](unsigned int)
+        {
+            for (int round = 0; round < 12; ++round)
+            {
+                std::optional<Player> player;
+                std::optional<Mover> mover;
+                {
+                    const std::lock_guard lock(turn);
+                    player.emplace(prototypes);
+                    mover.emplace(prototypes);
+                }
+                EXPECT_EQ(player->play(0, 10), expectedOfPlayer);
+                EXPECT_EQ(mover->play(0, 10), expectedOfMover);
+                const std::lock_guard lock(turn);
+                player.reset();
+                mover.reset();
+            }
+        },
+        [] {});
     EXPECT_EQ(S_Memory::getLiveCount(), live);
 }
 
