@@ -4,6 +4,7 @@
 import argparse
 import hashlib
 import json
+import math
 import os
 import random
 import re
@@ -13,6 +14,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 LIBRARY_ROOMS = ["core", "io", "keyframe", "light", "lod", "material", "motion", "object", "skin"]
@@ -371,9 +373,11 @@ class Tests:
         try:
             return process.wait(timeout=wall_seconds) == 0
         except subprocess.TimeoutExpired:
-            os.killpg(process.pid, signal.SIGKILL)
-            process.wait()
             return False
+        finally:
+            if process.poll() is None:
+                os.killpg(process.pid, signal.SIGKILL)
+                process.wait()
 
     def measure(self):
         """Times every suite without a fault. Tests that fail then say nothing about faults and are left out."""
@@ -400,24 +404,70 @@ class Tests:
         return not all(self.run(suites) for suites in self.stages_of(room))
 
 
-def try_room(build, tests, room, faults, count):
-    tried, unnoticed = 0, []
+class Verdicts:
+    """What has come of each fault, kept from one run to the next."""
+
+    def __init__(self, path, go_on):
+        self.path = path
+        self.known = {}
+        if go_on and path.exists():
+            for line in path.read_text().splitlines():
+                verdict, _, fault = line.partition(" ")
+                self.known[fault] = verdict
+        elif not go_on:
+            path.unlink(missing_ok=True)
+
+    def find(self, fault):
+        """Faults that nobody noticed are tried again: the tests may have become better."""
+        verdict = self.known.get(str(fault))
+        return None if verdict == "unnoticed" else verdict
+
+    def add(self, fault, verdict):
+        with self.path.open("a") as file:
+            file.write(f"{verdict} {fault}\n")
+
+
+class Tally:
+    """The faults of a room that were tried."""
+
+    def __init__(self, room):
+        self.room, self.tried, self.unnoticed = room, 0, 0
+
+    def add(self, verdict):
+        self.tried += verdict != "void"
+        self.unnoticed += verdict == "unnoticed"
+
+    def __str__(self):
+        noticed = self.tried - self.unnoticed
+        return f"{self.room}: {noticed} of {self.tried} noticed" + (f" ({100 * noticed // self.tried} %)" if self.tried else "")
+
+
+def judge(build, tests, fault, room):
+    try:
+        if not build.make(fault, room):
+            return "void"
+        return "noticed" if tests.notice(room) else "unnoticed"
+    except subprocess.TimeoutExpired:
+        return "void"
+    finally:
+        build.put_back()
+
+
+def try_room(build, tests, verdicts, tally, faults, count, minutes):
+    end = time.monotonic() + 60 * minutes
     for fault in faults:
-        if tried == count:
+        if tally.tried == count:
             break
-        try:
-            if build.make(fault, room):
-                tried += 1
-                if not tests.notice(room):
-                    unnoticed.append(fault)
-                    print(f"  {fault}", flush=True)
-        except subprocess.TimeoutExpired:
-            pass
-        finally:
-            build.put_back()
-    if tried:
-        print(f"{room}: {tried - len(unnoticed)} of {tried} noticed ({100 * (tried - len(unnoticed)) // tried} %)", flush=True)
-    return tried, unnoticed
+        verdict = verdicts.find(fault)
+        if not verdict:
+            if time.monotonic() > end:
+                print(f"{tally.room}: its {minutes:g} minutes are over", flush=True)
+                break
+            verdict = judge(build, tests, fault, tally.room)
+            verdicts.add(fault, verdict)
+        tally.add(verdict)
+        if verdict == "unnoticed":
+            print(f"  {fault}", flush=True)
 
 
 def main():
@@ -426,6 +476,8 @@ def main():
     parser.add_argument("-n", "--count", type=int, default=30, help="faults for each room")
     parser.add_argument("-s", "--seed", default="1", help="other seeds choose other faults")
     parser.add_argument("-l", "--list", help="try the faults in this file")
+    parser.add_argument("-m", "--minutes", type=float, default=math.inf, help="time for each room")
+    parser.add_argument("-c", "--go-on", action="store_true", help="take what earlier runs have noticed as noticed")
     parser.add_argument("rooms", nargs="*", metavar="ROOM", help=" ".join(ROOMS))
     arguments = parser.parse_args()
     for room in arguments.rooms:
@@ -433,23 +485,25 @@ def main():
             parser.error(f"there is no room {room}, only {' '.join(ROOMS)}")
     build = Build(arguments.folder)
     tests = Tests(build)
+    verdicts = Verdicts(arguments.folder / "build" / "verdicts", arguments.go_on)
     rooms = arguments.rooms or ROOMS
-    results = []
+    listed = list(read_list(build.root, arguments.list)) if arguments.list else []
+    tallies = []
+    # Being stopped, by a key or a time limit around this program, ends with what is known by then.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     try:
-        if arguments.list:
-            listed = list(read_list(build.root, arguments.list))
-            for room in rooms:
-                faults = [fault for fault in listed if room_of(fault.path) == room]
-                results.append(try_room(build, tests, room, faults, len(faults)))
-        else:
-            for room in rooms:
-                faults = choose_faults(build.root, room, arguments.seed)
-                results.append(try_room(build, tests, room, faults, arguments.count))
-    finally:
-        build.put_back()
-    tried = sum(result[0] for result in results)
-    unnoticed = sum(len(result[1]) for result in results)
-    print(f"{tried - unnoticed} of {tried} noticed")
+        for room in rooms:
+            faults = [fault for fault in listed if room_of(fault.path) == room]
+            if arguments.list and not faults:
+                continue
+            tallies.append(Tally(room))
+            try_room(build, tests, verdicts, tallies[-1], faults or choose_faults(build.root, room, arguments.seed),
+                     len(faults) or arguments.count, arguments.minutes)
+            print(tallies[-1], flush=True)
+    except KeyboardInterrupt:
+        print(f"stopped; -c goes on\n{tallies[-1]}" if tallies else "stopped")
+    noticed = sum(tally.tried - tally.unnoticed for tally in tallies)
+    print(f"{noticed} of {sum(tally.tried for tally in tallies)} noticed")
 
 
 if __name__ == "__main__":
