@@ -137,7 +137,6 @@ const char* findJPEGDamage(const Bytes& file) noexcept
     enum Mark : unsigned char
     {
         STUFFING = 0x00,  // behind a 0xFF that belongs to the picture's data
-        TEMPORARY = 0x01,
         CODE_TABLES = 0xC4,
         FIRST_RESTART = 0xD0,
         LAST_RESTART = 0xD7,
@@ -158,7 +157,7 @@ const char* findJPEGDamage(const Bytes& file) noexcept
             return nullptr;
         }
         offset += markSize;
-        if (mark == STUFFING || mark == TEMPORARY || (mark >= FIRST_RESTART && mark <= LAST_RESTART))
+        if (mark == STUFFING || (mark >= FIRST_RESTART && mark <= LAST_RESTART))
         {
             continue;
         }

@@ -162,6 +162,8 @@ void inspect(const unsigned char* data, int size, const char* name, std::size_t 
     {
         throw G_ImageException(name, S_STR("not a PNG, JPEG, TGA or BMP picture of up to %zu pixels", pixelLimit));
     }
+    // The rows of a BMP go from top to bottom where its height is below 0.
+    height = height < 0 && height > INT_MIN ? -height : height;
     if (width <= 0 || height <= 0)
     {
         throw G_ImageException(name, S_STR("%i x %i pixels are no picture", width, height));

@@ -179,6 +179,10 @@ std::vector<unsigned char> makeHollowPNG(unsigned int width, unsigned int height
         data = packZeros(raw);
         kind = {1, 0, 0, 0, 0};
     }
+    else if (colors == HollowPNG::GreyAndAlpha)
+    {
+        kind = {8, 4, 0, 0, 0};
+    }
     Bytes header;
     appendBigEndian(header, width);
     appendBigEndian(header, height);

@@ -34,11 +34,12 @@ using Pixel = std::array<unsigned char, 4>;
 
 /// The content of a file; JPEG and BMP do without the alpha.
 [[nodiscard]] std::vector<unsigned char> encodePicture(const G_Image& image, PictureFormat format);
-/// Colours of a hollow PNG: four bytes a pixel; or one bit, and packed as tightly as can be.
+/// Colours of a hollow PNG: four bytes a pixel; one bit, and packed as tightly as can be; two bytes.
 enum class HollowPNG
 {
     Colors,
-    BlackAndWhite
+    BlackAndWhite,
+    GreyAndAlpha
 };
 /// A PNG file whose header says `width` x `height` and whose pixel data are `raw` bytes of 0.
 [[nodiscard]] std::vector<unsigned char> makeHollowPNG(unsigned int width, unsigned int height, std::size_t raw,

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace
@@ -82,10 +83,18 @@ TEST(ImageFormats, APNGOfOneColourMayBeFarSmallerThanItsPixels)
 
 TEST(ImageFormats, AJPEGMayRestartAsOftenAsThereAreMarks)
 {
-    const G_Image image = decode(makeRestartingJPEG());
-    EXPECT_EQ(image.getHeight(), 72U);
-    EXPECT_TRUE(image.isUniform());
-    EXPECT_EQ(image.getPixel(4, 70)[0], 128);
+    Bytes bytes = makeRestartingJPEG();
+    for (const bool filled : {false, true})
+    {
+        const G_Image image = decode(bytes);
+        EXPECT_EQ(image.getHeight(), 72U);
+        EXPECT_TRUE(image.isUniform());
+        EXPECT_EQ(image.getPixel(4, 70)[0], 128);
+        EXPECT_THAT(complaintAbout(cut(bytes, bytes.size() - 2)), HasSubstr("cut off")) << filled;
+        // Any number of bytes 0xFF may stand before a mark.
+        bytes.insert(bytes.end() - 2, 2, 0xFF);
+        bytes.insert(bytes.begin() + 2, 0xFF);
+    }
 }
 
 TEST(ImageFormats, AJPEGWithBytesBehindItsCodeTablesIsRejected)
@@ -108,6 +117,59 @@ TEST(ImageFormats, ABMPNeedsItsRowsWholeButForTheLastPadding)
     {
         EXPECT_THAT(complaintAbout(cut(bytes, end - missing)), HasSubstr("cut off")) << missing << " bytes";
     }
+}
+
+TEST(ImageFormats, ABMPWithTheOldestHeaderIsReadWholeAndRejectedCutOff)
+{
+    // Three by two pixels of 24 bits, the lower row first: blue, black, black and black, black, red.
+    const Bytes bytes{'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 26, 0, 0, 0, 12, 0, 0, 0, 3, 0, 2, 0,   1, 0, 24,
+                      0,   255, 0, 0, 0, 0, 0, 0, 0, 0, 0,  0, 0, 0, 0,  0, 0, 0, 0, 0, 0, 255, 0, 0, 0};
+    const G_Image image = decode(bytes);
+    ASSERT_EQ(image.getHeight(), 2U);
+    EXPECT_EQ(image.getPixel(0, 1)[2], 255);
+    EXPECT_EQ(image.getPixel(2, 0)[0], 255);
+    EXPECT_THAT(complaintAbout(cut(bytes, bytes.size() - 4)), HasSubstr("cut off"));
+}
+
+TEST(ImageFormats, ABMPMayHaveItsRowsFromTopToBottom)
+{
+    const G_Image original = support::makeVariedPicture(5, 3);
+    Bytes bytes = support::encodePicture(original, support::PictureFormat::BMP);
+    ASSERT_EQ(bytes[22], 3);
+    bytes[22] = 0xFD;  // minus three
+    bytes[23] = bytes[24] = bytes[25] = 0xFF;
+    const G_Image image = decode(bytes);
+    ASSERT_EQ(image.getHeight(), 3U);
+    EXPECT_TRUE(std::equal(image.getPixel(0, 0), image.getPixel(0, 0) + 3, original.getPixel(0, 2)));
+    EXPECT_EQ(G_Image::inspect(bytes.data(), bytes.size(), "stone").m_uiHeight, 3U);
+    EXPECT_THAT(complaintAbout(cut(bytes, bytes.size() - 2)), HasSubstr("cut off"));
+    for (const int least : {0x00, 0x80})  // none, and the number that has no opposite
+    {
+        bytes[22] = bytes[23] = bytes[24] = 0;
+        bytes[25] = static_cast<unsigned char>(least);
+        EXPECT_THAT(complaintAbout(bytes), HasSubstr("pixels are no picture")) << least;
+    }
+}
+
+TEST(ImageFormats, ATGAIsMeasuredByWhatItsHeaderSays)
+{
+    const G_Image original = support::makeVariedPicture(6, 4);
+    Bytes named = support::encodePicture(original, support::PictureFormat::TGA);
+    named[0] = 5;  // letters of a name behind the header
+    named.insert(named.begin() + 18, 5, 'n');
+    Bytes withoutPalette = support::encodePicture(original, support::PictureFormat::TGA);
+    withoutPalette[5] = withoutPalette[6] = 255;  // of which only a picture with a palette means anything
+    withoutPalette[7] = 24;
+    for (const Bytes& bytes : {named, withoutPalette})
+    {
+        const G_Image image = decode(bytes);
+        ASSERT_EQ(image.getSize(), original.getSize());
+        EXPECT_TRUE(std::equal(image.getPixels(), image.getPixels() + image.getSize(), original.getPixels()));
+        EXPECT_THAT(complaintAbout(cut(bytes, bytes.size() - 1)), HasSubstr("cut off"));
+    }
+    const Bytes fifteenBits{0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0, 1, 0, 15, 0, 0x00, 0x7C, 0x1F, 0x00};
+    EXPECT_EQ(decode(fifteenBits).getPixel(1, 0)[2], 255);
+    EXPECT_THAT(complaintAbout(cut(fifteenBits, fifteenBits.size() - 1)), HasSubstr("cut off"));
 }
 
 TEST(ImageFormats, ATGAOfRunsIsReadWholeAndRejectedCutOff)
@@ -150,4 +212,6 @@ TEST(ImageFormats, SayTheirSizeAndWhetherTheyHaveAnAlphaWithoutTheirPixels)
         EXPECT_EQ(description.m_bAlpha, withAlpha) << "format " << static_cast<int>(format);
         EXPECT_THROW(static_cast<void>(G_Image::inspect(bytes.data(), bytes.size() / 2, "stone")), G_ImageException);
     }
+    const Bytes grey = support::makeHollowPNG(3, 2, 14, support::HollowPNG::GreyAndAlpha);
+    EXPECT_TRUE(G_Image::inspect(grey.data(), grey.size(), "stone").m_bAlpha);
 }

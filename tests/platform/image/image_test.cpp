@@ -186,6 +186,7 @@ TEST(Image, AWrittenPNGIsReadBackAndReplacesTheOldFileAsAWhole)
     EXPECT_EQ(std::memcmp(image.getPixels(), original.getPixels(), image.getSize()), 0);
 
     EXPECT_THAT(support::messageOf([] { G_Image().writePNG("out.png"); }), HasSubstr("out.png"));
+    EXPECT_THAT(support::messageOf([] { static_cast<void>(G_Image().encodePNG()); }), HasSubstr("nothing to encode"));
     EXPECT_EQ(G_Image("out.png").getWidth(), 16u);
     directory.write("broken.png", "no picture");
     EXPECT_THAT(support::messageOf([] { G_Image("broken.png"); }), HasSubstr("Image \"broken.png\": not a PNG"));
