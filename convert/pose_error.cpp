@@ -52,7 +52,7 @@ PoseError PoseDifference::get() const
 
 ErrorLimit::ErrorLimit(const Tolerance& tolerance)
     : m_dDistanceSquared(tolerance.m_dDistance * tolerance.m_dDistance),
-      m_dCosineSquared(std::pow(std::cos(tolerance.m_dDegrees / degreesPerRadian), 2.0))
+      m_dCosineSquared(std::pow(std::cos(std::min(tolerance.m_dDegrees, 90.0) / degreesPerRadian), 2.0))
 {
 }
 

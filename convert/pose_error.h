@@ -43,7 +43,7 @@ private:
 /// Distance from each joint's origin, in its own space, within which its children and the vertices that it moves lie.
 [[nodiscard]] std::vector<double> measureReach(const Model& model, const Skeleton& skeleton);
 
-/// Whether the difference of two world matrices is within a tolerance.
+/// Whether the difference of two world matrices is within a tolerance. Axes at more than a right angle never are.
 class ErrorLimit
 {
 public:

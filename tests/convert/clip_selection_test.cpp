@@ -9,6 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace
 {
 using namespace convert_test;
@@ -73,6 +76,22 @@ TEST(ClipSelection, PartsOfOneMotionBecomeOneClip)
     EXPECT_EQ(merged.m_vecChannels.size(), 2U);
     EXPECT_EQ(merged.m_dDuration, 2.0);
     EXPECT_THAT(warnings, testing::IsEmpty());
+    EXPECT_FALSE(TW2::convert::areParts({parts[0]})) << "one is no part of anything";
+    // Parts that were cut out of their motions begin together, with the events that lie within them.
+    parts[1].m_dStart = 0.5;
+    parts[1].m_dDuration = 1.0;
+    parts[1].m_vecEvents = {{0.25, "before"}, {0.75, "within"}, {1.75, "behind"}};
+    parts[1].m_vecChannels[0].m_positions.m_eInterpolation = Interpolation::Step;
+    const Clip cut = TW2::convert::mergeClips(makeChain(2), parts, "all", warnings);
+    ASSERT_EQ(cut.m_vecEvents.size(), 1U);
+    EXPECT_NEAR(cut.m_vecEvents[0].m_dTime, 0.25, 1e-12);
+    const Model chain = makeChain(2);
+    const ClipSampler sampler(chain, cut);
+    EXPECT_NEAR(sampler.sample(0, 0.35).getTranslation().x, 0.35, 1e-9);
+    EXPECT_NEAR(sampler.sample(1, 0.35).getTranslation().x, 0.8, 1e-9);
+    const std::vector<double> jumps = sampler.findJumps(1);
+    EXPECT_TRUE(std::any_of(jumps.begin(), jumps.end(), [](double time) { return std::abs(time - 0.3) < 1e-9; }));
+    EXPECT_EQ(TW2::convert::chooseFrameRate(cut), 10);
     parts.push_back(makeClip("c", 1, 1.0, 5.0));
     EXPECT_FALSE(TW2::convert::areParts(parts));
     (void)TW2::convert::mergeClips(makeChain(2), parts, "all", warnings);

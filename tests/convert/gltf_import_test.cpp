@@ -208,9 +208,11 @@ TEST(GltfGeometry, MorphTargetsStandAtTheirWeightUnlessTheyMove)
     {
         GltfText text;
         const int positions = text.addFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
+        const int normals = text.addFloats({0, 0, 1, 0, 0, 1, 0, 0, 1}, "VEC3");
         const int changes = text.addFloats({0, 0, 2, 0, 0, 2, 0, 0, 2}, "VEC3");
         text.set("meshes", R"([{"weights":[0.5],"primitives":[{"attributes":{"POSITION":)" + number(positions) +
-                               R"(},"targets":[{"POSITION":)" + number(changes) + "}]}]}]");
+                               R"(,"NORMAL":)" + number(normals) + R"(},"targets":[{"POSITION":)" + number(changes) +
+                               R"(,"NORMAL":)" + number(changes) + "}]}]}]");
         text.set("nodes", R"([{"mesh":0)" + nodeMembers + "}]");
         if (moving)
         {
@@ -221,7 +223,9 @@ TEST(GltfGeometry, MorphTargetsStandAtTheirWeightUnlessTheyMove)
         }
         const Model model = read(text);
         EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("the motion of morph targets")));
-        return model.m_vecMeshes.at(0).m_vecPositions.at(0).z;
+        const float moved = model.m_vecMeshes.at(0).m_vecPositions.at(0).z;
+        EXPECT_FLOAT_EQ(model.m_vecMeshes.at(0).m_vecNormals.at(0).z, moved - 1.0F) << "normals go the same way";
+        return moved;
     };
     EXPECT_FLOAT_EQ(readWith("", false), -1.0F);
     EXPECT_FLOAT_EQ(readWith(R"(,"weights":[0.25])", false), -0.5F) << "a node's own weights";
@@ -300,6 +304,42 @@ TEST(GltfMotion, KeepsTheMirrorOfANodeThatTurns)
     }
 }
 
+TEST(GltfMotion, AMirroredNodeThatOnlyGrowsKeepsItsTurn)
+{
+    const Model model = readCurve("LINEAR", {0, 1}, {-1, -2, -1, -1, -2, -1}, "scale",
+                                  R"(,"scale":[-1,-2,-1],"rotation":[0,0,0.6,0.8],"translation":[1,2,3])");
+    const TW2::convert::ClipSampler sampler(model, model.m_vecClips.at(0));
+    const TW2::convert::Matrixd played = sampler.sample(1, 0.5);
+    for (int row = 0; row < 4; ++row)
+    {
+        EXPECT_NEAR((played.getRow(row) - model.m_vecNodes[1].m_local.getRow(row)).length(), 0.0, 1e-7) << row;
+    }
+}
+
+TEST(GltfScenes, TheOneThatTheFileNamesIsShownWithItsSurfaces)
+{
+    GltfText text;
+    const int positions = text.addFloats(support::squarePositions, "VEC3");
+    const std::string attributes = R"("attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
+                                   number(text.addIndices(support::squareIndices));
+    text.set("materials", R"([{"name":"red"},{"name":"red"}])");
+    text.set("meshes", R"([{"primitives":[{)" + attributes + R"(},{"material":1,)" + attributes + "}]}]");
+    text.set("nodes", R"([{"name":"first","mesh":0},{"name":"second","mesh":0,"extras":{"kind":"door","size":3}},{}])");
+    text.set("scenes", R"([{"name":"old","nodes":[0]},{"nodes":[1]}])");
+    text.set("scene", "1");
+    const Model model = read(text);
+    ASSERT_EQ(model.m_vecNodes.size(), 1U);
+    EXPECT_EQ(model.m_vecNodes[0].m_strName, "second");
+    EXPECT_EQ(model.m_vecNodes[0].m_strNotes, "kind=door\n") << "what is text";
+    EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("scene \"old\"")));
+    ASSERT_EQ(model.m_vecSurfaces.size(), 3U) << "what has no material has a plain one";
+    EXPECT_NE(model.m_vecSurfaces[0].m_strName, model.m_vecSurfaces[1].m_strName);
+    EXPECT_EQ(model.m_vecSurfaces[2].m_strName, "plain");
+    EXPECT_EQ(model.m_vecSurfaces[2].m_diffuse.getRGB(), G_FColor(255.0F, 255.0F, 255.0F).getRGB());
+    EXPECT_EQ(model.m_vecMeshes.at(0).m_iMaterial, 2);
+    EXPECT_EQ(model.m_vecMeshes.at(1).m_iMaterial, 1);
+}
+
 TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
 {
     const auto make = [](std::uint8_t joint, int node = 2, std::uint8_t last = 255)
@@ -334,7 +374,7 @@ TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
     const std::vector<TW2::convert::Bone>& all = unweighted.m_vecMeshes.at(0).m_vecBones;
     ASSERT_EQ(all.size(), 2U) << "a vertex without weights goes with its first joint, not with the mesh's node";
     EXPECT_THAT(all[1].m_vecWeights, testing::Contains(testing::Pair(2U, 1.0F)));
-    EXPECT_THAT(getRefusal(make(7)), testing::HasSubstr("meshes[0].primitives[0].attributes.JOINTS_0: names joint 7"));
+    EXPECT_THAT(getRefusal(make(2)), testing::HasSubstr("meshes[0].primitives[0].attributes.JOINTS_0: names joint 2"));
     // No scene names the nodes of this file: nothing looked at the joints before the skin does.
     EXPECT_THAT(getRefusal(make(1, 3)), testing::HasSubstr("skins[0]"));
     EXPECT_THAT(getRefusal(make(1, -1)), testing::HasSubstr("skins[0]"));
@@ -349,24 +389,34 @@ TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)
     text.set("extensionsUsed", R"(["KHR_lights_punctual"])");
     text.set("extensions", R"({"KHR_lights_punctual":{"lights":[
         {"type":"spot","intensity":314.15927,"color":[1,0.5,0],"spot":{"innerConeAngle":0.5,"outerConeAngle":0.7853982}},
-        {"type":"directional","intensity":3.1415927}]}})");
+        {"type":"directional","intensity":3.1415927},
+        {"type":"point","intensity":314.15927,"range":20}]}})");
     text.set("cameras",
              R"([{"type":"perspective","perspective":{"yfov":1.5707963,"aspectRatio":1,"znear":0.5,"zfar":50}},
-                            {"name":"flat","type":"orthographic","orthographic":{"xmag":1,"ymag":1,"zfar":9,"znear":1}}])");
+                            {"name":"flat","type":"orthographic","orthographic":{"xmag":1,"ymag":1,"zfar":9,"znear":1}},
+                            {"type":"perspective","perspective":{"yfov":1.5707963,"znear":0.5}}])");
     text.set("nodes", R"([{"mesh":0},{"camera":0},{"camera":1},{"extensions":{"KHR_lights_punctual":{"light":0}}},
-                          {"extensions":{"KHR_lights_punctual":{"light":1}}}])");
+                          {"extensions":{"KHR_lights_punctual":{"light":1}}},
+                          {"camera":2,"extensions":{"KHR_lights_punctual":{"light":2}}}])");
     const Model model = read(text);
-    ASSERT_EQ(model.m_vecCameras.size(), 1U);
+    ASSERT_EQ(model.m_vecCameras.size(), 2U);
+    EXPECT_NEAR(std::tan(model.m_vecCameras[1].m_fHorizontalAngle * std::acos(-1.0) / 360.0), 16.0 / 9.0, 1e-5)
+        << "most screens' shape where the file says none";
+    EXPECT_FLOAT_EQ(model.m_vecCameras[0].m_fFar, 50.0F);
     EXPECT_EQ(model.m_vecCameras[0].m_iNode, 1);
     EXPECT_NEAR(model.m_vecCameras[0].m_fHorizontalAngle, 90.0F, 1e-3F);
     EXPECT_FLOAT_EQ(model.m_vecCameras[0].m_fNear, 0.5F);
     EXPECT_EQ(model.m_vecCameras[0].m_vForward, Vector3d(0, 0, 1)) << "-z of the file, which is mirrored";
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("camera \"flat\"")));
-    ASSERT_EQ(model.m_vecLights.size(), 2U);
+    ASSERT_EQ(model.m_vecLights.size(), 3U);
+    EXPECT_EQ(model.m_vecLights[2].m_eKind, TW2::convert::Light::Kind::Point);
+    EXPECT_NEAR(model.m_vecLights[2].m_fRange, 20.0F, 1e-3F);
+    EXPECT_NEAR(model.m_vecLights[2].m_fBrightness * (1.0F - 10.0F / 20.0F), 1.0F, 1e-4F);
     const TW2::convert::Light& spot = model.m_vecLights[0];
     EXPECT_EQ(spot.m_iNode, 3);
     EXPECT_NEAR(spot.m_color.green, 187.5F, 1.0F) << "half the light";
     EXPECT_NEAR(spot.m_fOuterAngle, 90.0F, 1e-3F);
+    EXPECT_NEAR(spot.m_fInnerAngle, 57.29578F, 1e-3F);
     // 100 pi candela light white fully at a distance of 10; a hundredth of that is left at 100.
     EXPECT_NEAR(spot.m_fRange, 100.0F, 1e-2F);
     EXPECT_NEAR(spot.m_fBrightness * (1.0F - 10.0F / spot.m_fRange), 1.0F, 1e-4F);
@@ -422,6 +472,8 @@ TEST(GltfFiles, SayWhereTheyAreDamaged)
         {R"("mesh":0)", R"("mesh":3)", "nodes[0]: names meshes[3], the file has 1"},
         {R"("mesh":0)", R"("mesh":0,"children":[0])", "nodes[0]: hangs below itself"},
         {R"("nodes":[0])", R"("nodes":[9])", "scenes[0]: names nodes[9]"},
+        {R"("mesh":0}])", R"("mesh":0,"children":[2]},{"children":[2]},{}])",
+         "nodes[2]: hangs below nodes[0] and nodes[1]"},
         {R"("nodes":)", R"("nodes":[,)", "is no glTF file"},
         {R"("version":"2.0"})", R"("version":"2.0"},"extensionsRequired":["VENDOR_fold"])",
          "extensionsRequired: needs the extension VENDOR_fold"},

@@ -47,6 +47,7 @@ TEST(Skeleton, NamesAreToldApartAndKeepTheirLetters)
     }
     EXPECT_THAT(names, testing::ElementsAre("Hüfte", "arm", "Arm_2", "node", "arm_2_2", "arm_3"));
     EXPECT_THAT(warnings, testing::ElementsAre(testing::AllOf(testing::HasSubstr("several nodes have one name"),
+                                                              testing::HasSubstr("\"Arm\" (a second one is written"),
                                                               testing::HasSubstr("3 are written with a number"))));
 }
 

@@ -1,0 +1,178 @@
+#include "convert/material_builder.h"
+
+#include "convert/output_files.h"
+#include "convert/pictures.h"
+#include "convert/surface_plan.h"
+#include "convert/texture_files.h"
+#include "tests/convert/model_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace
+{
+using TW2::TWMaterialChunk;
+using TW2::convert::Model;
+using TW2::convert::Surface;
+
+constexpr G_FColor white(255.0F, 255.0F, 255.0F);
+constexpr G_FColor dark(10.0F, 20.0F, 30.0F);
+
+/// A model whose surface `i` is on a triangle of its own; picture 0 has an alpha, picture 1 has none.
+class WrittenMaterials : public testing::Test
+{
+protected:
+    WrittenMaterials()
+    {
+        for (const int alpha : {64, 255})
+        {
+            G_Image image(2, 2);
+            image.accessPixel(0, 0)[3] = static_cast<unsigned char>(alpha);
+            TW2::convert::Picture picture;
+            picture.m_strName = alpha == 64 ? "leaf.png" : "bark.png";
+            picture.m_vecBytes = TW2::convert::encodePicture(image);
+            picture.m_uiWidth = picture.m_uiHeight = 2;
+            picture.m_bAlpha = picture.m_bClear = alpha == 64;
+            m_model.m_vecPictures.push_back(picture);
+        }
+    }
+
+    Surface& addSurface()
+    {
+        m_model.m_vecMeshes.push_back(convert_test::makeSkin({}));
+        m_model.m_vecMeshes.back().m_iMaterial = static_cast<int>(m_model.m_vecSurfaces.size());
+        Surface& surface = m_model.m_vecSurfaces.emplace_back();
+        surface.m_strName = "s" + std::to_string(m_model.m_vecSurfaces.size());
+        surface.m_diffuse = dark;
+        return surface;
+    }
+
+    /// The material that the last surface becomes.
+    TWMaterialChunk build()
+    {
+        TW2::convert::OutputFiles files;
+        TW2::convert::TextureFiles textures(m_model.m_vecPictures, files);
+        TW2::convert::Warnings warnings;
+        const TW2::MaterialListChunk list =
+            TW2::convert::buildMaterials(m_model, TW2::convert::planSurfaces(m_model, textures, warnings));
+        EXPECT_EQ(list.materials.size(), m_model.m_vecSurfaces.size());
+        EXPECT_EQ(list.materials.back().name, m_model.m_vecSurfaces.back().m_strName.c_str());
+        return list.materials.back();
+    }
+
+    Model m_model;
+};
+}  // namespace
+
+TEST_F(WrittenMaterials, APlainSurfaceKeepsItsColoursItsShineAndItsSides)
+{
+    Surface& surface = addSurface();
+    surface.m_specular = {40.0F, 50.0F, 60.0F};
+    surface.m_fShininess = 20.0F;
+    surface.m_bTwoSided = true;
+    TWMaterialChunk material = build();
+    EXPECT_EQ(material.diffuseColor.getRGB(), dark.getRGB());
+    EXPECT_EQ(material.ambientColor.getRGB(), dark.getRGB());
+    EXPECT_EQ(material.specularColor.getRGB(), surface.m_specular.getRGB());
+    EXPECT_EQ(material.specularExponent, 20.0F);
+    EXPECT_EQ(material.specular, 1);
+    EXPECT_TRUE(material.twoSided);
+    EXPECT_FALSE(material.vertexAlpha || material.alphaTest || material.invisibleGeometry);
+    EXPECT_EQ(material.vertexAlphaValue, 1.0F);
+    EXPECT_EQ(material.shading, TWMaterialChunk::SHADING_GOURAUD);
+    EXPECT_FALSE(material.hasDiffuseTexture());
+    surface.m_fShininess = 1.0F;
+    EXPECT_EQ(build().specular, 0) << "a highlight as wide as the surface is none";
+    surface.m_fShininess = 20.0F;
+    surface.m_specular = {};
+    EXPECT_EQ(build().specular, 0) << "nor is a black one";
+    surface.m_bUnlit = true;
+    EXPECT_EQ(build().shading, TWMaterialChunk::SHADING_CONSTANT);
+    surface.m_bTwoSided = false;
+    EXPECT_FALSE(build().twoSided);
+}
+
+TEST_F(WrittenMaterials, AlphaMeansWhatTheSurfaceSays)
+{
+    struct Case
+    {
+        Surface::Alpha m_eAlpha;
+        int m_iPicture;  ///< of the texture; -1: none
+        float m_fOpacity;
+        float m_fCutOff;
+        bool m_bBlended;
+        bool m_bTested;
+        int m_iReference;
+        float m_fValue;
+        bool m_bInvisible;
+        bool m_bOpacityTexture;
+    };
+    using Alpha = Surface::Alpha;
+    for (const Case& each : {Case{Alpha::Opaque, -1, 0.25F, 0.5F, false, false, 0, 1.0F, false, false},
+                             {Alpha::Blend, -1, 0.25F, 0.5F, true, false, 0, 0.25F, false, false},
+                             {Alpha::Blend, -1, 1.0F, 0.5F, false, false, 0, 1.0F, false, false},
+                             {Alpha::Mask, -1, 0.25F, 0.5F, false, false, 128, 0.25F, true, false},
+                             {Alpha::Mask, -1, 0.75F, 0.5F, false, false, 128, 0.75F, false, false},
+                             {Alpha::Opaque, 0, 0.25F, 0.5F, true, true, 0, 1.0F, false, false},
+                             {Alpha::Blend, 0, 0.25F, 0.5F, true, false, 0, 0.25F, false, true},
+                             {Alpha::Blend, 1, 0.25F, 0.5F, true, false, 0, 0.25F, false, false},
+                             {Alpha::Mask, 0, 0.25F, 0.4F, true, true, 102, 0.25F, false, true},
+                             {Alpha::Mask, 0, 1.0F, 1.5F, true, true, 255, 1.0F, true, true}})
+    {
+        Surface& surface = addSurface();
+        surface.m_eAlpha = each.m_eAlpha;
+        surface.m_fOpacity = each.m_fOpacity;
+        surface.m_fCutOff = each.m_fCutOff;
+        surface.m_diffuseTexture.m_iPicture = each.m_iPicture;
+        const TWMaterialChunk material = build();
+        EXPECT_EQ(material.vertexAlpha, each.m_bBlended) << surface.m_strName;
+        EXPECT_EQ(material.alphaTest, each.m_bTested) << surface.m_strName;
+        EXPECT_EQ(material.alphaReference, each.m_iReference) << surface.m_strName;
+        EXPECT_EQ(material.vertexAlphaValue, each.m_fValue) << surface.m_strName;
+        EXPECT_EQ(material.invisibleGeometry, each.m_bInvisible) << surface.m_strName;
+        EXPECT_EQ(material.hasOpacityTexture(), each.m_bOpacityTexture) << surface.m_strName;
+    }
+}
+
+TEST_F(WrittenMaterials, TexturesAreThoseOfTheSurfaceWithTheirFilters)
+{
+    Surface& surface = addSurface();
+    surface.m_diffuse = white;
+    surface.m_bUnlit = true;
+    surface.m_diffuseTexture.m_iPicture = 1;
+    TWMaterialChunk material = build();
+    ASSERT_TRUE(material.hasDiffuseTexture());
+    EXPECT_EQ(material.accessDiffuseTexture().frameFiles.at(0), "bark.png");
+    EXPECT_EQ(material.accessDiffuseTexture().filter, 3) << "smooth close by and far away";
+    EXPECT_EQ(material.accessDiffuseTexture().mipLevels, 0) << "as many as there are";
+    EXPECT_EQ(material.ambientColor.getRGB(), white.getRGB());
+    EXPECT_EQ(material.shading, TWMaterialChunk::SHADING_NONE);
+    surface.m_diffuseTexture.m_bCoarse = true;
+    surface.m_bUnlit = false;
+    surface.m_emissive = dark;
+    surface.m_emissiveTexture.m_iPicture = 0;
+    material = build();
+    EXPECT_EQ(material.accessDiffuseTexture().filter, 0);
+    ASSERT_TRUE(material.hasReflectionTexture());
+    EXPECT_EQ(material.accessReflectionTexture().filter, 3) << "each texture has its own";
+    EXPECT_EQ(material.reflectionBlend, 1) << "light adds up";
+    EXPECT_EQ(material.reflectionMapping, 2);
+
+    // A picture of the opacity alone lies over a plain colour; colours of vertices are a picture of their own.
+    Surface& cut = addSurface();
+    cut.m_eAlpha = Surface::Alpha::Blend;
+    cut.m_opacityTexture.m_iPicture = 0;
+    cut.m_opacityTexture.m_bCoarse = true;
+    material = build();
+    EXPECT_EQ(material.accessDiffuseTexture().frameFiles.at(0), "s2.png");
+    EXPECT_EQ(material.accessOpacityTexture().frameFiles.at(0), "leaf_2.png") << "the first is tinted by a glow";
+    EXPECT_EQ(material.accessOpacityTexture().filter, 0);
+    Surface& painted = addSurface();
+    painted.m_diffuseTexture.m_iPicture = 1;
+    m_model.m_vecMeshes.back().m_vecColors = {{255, 0, 0, 255}, {0, 255, 0, 255}, {0, 0, 255, 255}};
+    material = build();
+    EXPECT_EQ(material.reflectionBlend, 2) << "colours multiply";
+    EXPECT_EQ(material.accessReflectionTexture().filter, 1);
+    EXPECT_EQ(material.accessReflectionTexture().mipLevels, 1);
+}
