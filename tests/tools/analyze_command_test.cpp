@@ -109,6 +109,28 @@ TEST_F(AnalyzeCommand, TheTreeShowsNestedChunksAndWhatIsInThem)
 )");
 }
 
+TEST_F(AnalyzeCommand, TheTreeShowsEveryTextureOfAMaterial)
+{
+    TW2::MaterialListChunk list;
+    TW2::TWMaterialChunk& material = list.materials.emplace_back();
+    material.name = "all";
+    int number = 0;
+    for (TW2::MaterialTextureChunk* texture :
+         {&material.accessDiffuseTexture(), &material.accessReflectionTexture(), &material.accessSpecularTexture(),
+          &material.accessOpacityTexture(), &material.accessGlossTexture()})
+    {
+        texture->name = ("t" + std::to_string(number++)).c_str();
+    }
+    const CommandResult result =
+        runTW2({"analyze", "--tree", write("list.tw", [&list](S_MemoryFileWriter& writer) { writer << list; })});
+    EXPECT_THAT(result.output, HasSubstr("name \"all\", textures 5\n"));
+    for (const char* name : {"t0", "t1", "t2", "t3", "t4"})
+    {
+        EXPECT_THAT(result.output, HasSubstr("\n    0x10011 Texture, ")) << result.output;
+        EXPECT_THAT(result.output, HasSubstr(std::string(": name \"") + name + "\", files none\n"));
+    }
+}
+
 TEST_F(AnalyzeCommand, JsonIsValidWhateverTheNamesAre)
 {
     const std::string odd =

@@ -106,16 +106,20 @@ TEST(ConvertOptions, ScaleAndUpHoldForClipsToo)
     const GltfCharacter mover = makeMover();
     const TemporaryDirectory directory;
     const std::string model = directory.write("mover.gltf", mover.make());
-    const std::string out = directory.file("out");
-    ASSERT_EQ(runTW2({"convert", model, "-o", out, "--scale", "2", "--up", "z", "--name", "New Name"}).status, 0);
-    const auto object = load(out + "/new_name.script", "object");
-    for (const int clip : {0, 1})
+    for (const char* up : {"x", "y", "z"})
     {
-        object->animateObject(clip + 1, 0.3f, nullptr);
-        const Vec played = getPoint(*object, "top", {0, 0, 0.5});
-        // The file's z points up, as y does here; its y points back.
-        const Vec p = mover.getPoint(clip, 1, 0.3, {0, 0, 0.5}) * 2.0;
-        EXPECT_LT(length(played - Vec{p.x, p.z, -p.y}), 0.01) << clip;
+        const std::string out = directory.file(up);
+        ASSERT_EQ(runTW2({"convert", model, "-o", out, "--scale", "2", "--up", up, "--name", "New Name"}).status, 0);
+        const auto object = load(out + "/new_name.script", "object");
+        for (const int clip : {0, 1})
+        {
+            object->animateObject(clip + 1, 0.3f, nullptr);
+            const Vec played = getPoint(*object, "top", {0, 0, 0.5});
+            // What points up in the file points where y does here; z up: its y points back.
+            const Vec p = mover.getPoint(clip, 1, 0.3, {0, 0, 0.5}) * 2.0;
+            const Vec expected = *up == 'x' ? Vec{-p.y, p.x, p.z} : *up == 'y' ? p : Vec{p.x, p.z, -p.y};
+            EXPECT_LT(length(played - expected), 0.01) << up << clip;
+        }
     }
 }
 
@@ -144,6 +148,76 @@ TEST(ConvertOptions, TheSummaryForProgramsHasAllMembersADocumentPerObject)
     ASSERT_NE(second, std::string::npos);
     EXPECT_TRUE(JsonCheck::isValid(two.output.substr(0, second)));
     EXPECT_TRUE(JsonCheck::isValid(two.output.substr(second)));
+}
+
+TEST(ConvertOptions, TheSummaryCountsWhatWasWritten)
+{
+    // Two squares, each with a material, and one material more; five cameras and a light: each number is there once.
+    GltfText text;
+    const std::string square = R"("attributes":{"POSITION":)" + number(text.addFloats(squarePositions, "VEC3")) +
+                               R"(},"indices":)" + number(text.addIndices(squareIndices)) + "}";
+    text.set("materials", R"([{"name":"a"},{"name":"b"},{"name":"c"}])");
+    text.set("meshes", R"([{"primitives":[{"material":0,)" + square + R"(,{"material":1,)" + square + "]}]");
+    text.set("cameras", R"([{"type":"perspective","perspective":{"yfov":1,"znear":1}}])");
+    text.set("extensions", R"({"KHR_lights_punctual":{"lights":[{"type":"directional"}]}})");
+    text.set("extensionsUsed", R"(["KHR_lights_punctual"])");
+    std::string nodes = R"({"name":"wall","mesh":0},{"extensions":{"KHR_lights_punctual":{"light":0}}})";
+    for (int camera = 0; camera < 5; ++camera)
+    {
+        nodes += R"(,{"camera":0})";
+    }
+    text.set("nodes", "[" + nodes + "]");
+    const TemporaryDirectory directory;
+    const std::string model = directory.write("room.gltf", text.make());
+    const CommandResult told = runTW2({"convert", model, "-o", directory.file("out")});
+    EXPECT_THAT(told.output, HasSubstr("  object of 7 nodes, 8 vertices, 4 triangles in 2 groups, 3 materials, 0 "
+                                       "textures, 5 cameras, 1 lights\n"))
+        << told.errors;
+    const std::string json =
+        runTW2({"convert", model, "-o", directory.file("out"), "--json", "--tolerance", "0.002", "0.1"}).output;
+    for (const auto& [member, value] : {std::pair("nodes", "7"),
+                                        {"vertices", "8"},
+                                        {"triangles", "4"},
+                                        {"groups", "2"},
+                                        {"materials", "3"},
+                                        {"textures", "0"},
+                                        {"cameras", "5"},
+                                        {"lights", "1"},
+                                        {"skinned", "false"},
+                                        {"units", "0.002"},
+                                        {"degrees", "0.1"}})
+    {
+        const std::vector<std::string> found = findMembers(json, member);
+        ASSERT_FALSE(found.empty()) << member;
+        EXPECT_EQ(std::stod("0" + std::string(found[0] == "false" ? "" : found[0])),
+                  std::stod("0" + std::string(value == std::string("false") ? "" : value)))
+            << member;
+    }
+    // A clip is told with the keys that it had and that it has, and with what its file takes.
+    const std::string mover = directory.write("mover.gltf", makeMover().make());
+    const CommandResult moved = runTW2({"convert", mover, "-o", directory.file("out")});
+    std::smatch line;
+    ASSERT_TRUE(std::regex_search(moved.output, line,
+                                  std::regex("\n  1  sway: 31 frames at 30 per second, looping, keys (\\d+) -> (\\d+), "
+                                             "(\\d+) bytes, largest error \\S+ units, \\S+ degrees\n")))
+        << moved.output;
+    EXPECT_GT(std::stoi(line[1]), std::stoi(line[2]));
+    EXPECT_EQ(std::stoul(line[3]), std::filesystem::file_size(directory.file("out/mover_sway.anim.tw")));
+    const CommandResult strict =
+        runTW2({"convert", mover, "-o", directory.file("out"), "--rate", "2", "--tolerance", "1e-6", "1e-6"});
+    EXPECT_THAT(strict.output, HasSubstr("degrees (more than allowed)")) << "two frames a second cannot say it";
+    EXPECT_EQ(moved.output.find("more than allowed"), std::string::npos);
+}
+
+TEST(ConvertOptions, WhatTakesTooLongIsGivenUp)
+{
+    const TemporaryDirectory directory;
+    ASSERT_EQ(mkfifo(directory.file("never.bin").c_str(), 0600), 0);
+    const std::string model =
+        directory.write("model.gltf", R"({"asset":{"version":"2.0"},"buffers":[{"byteLength":9,"uri":"never.bin"}]})");
+    const CommandResult result = runTW2({"convert", model, "-o", directory.file("out"), "--timeout", "1"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tw2: " + model + ": takes longer than 1 seconds\n");
 }
 
 TEST(ConvertOptions, QuietKeepsWarningsAndPicturesAreFoundInOtherFolders)

@@ -213,6 +213,8 @@ TEST(ConvertedSurfaces, GoOnBeyondTheEdgesOfTheirPicture)
         squares.push_back({std::string(unlit) + R"({"baseColorTexture":{"index":0}})", toUri(makeQuarters()),
                            R"({"wrapS":)" + number(wrap) + R"(,"wrapT":)" + number(wrap) + "}", wide});
     }
+    squares.push_back({std::string(unlit) + R"({"baseColorTexture":{"index":0}})", toUri(makeQuarters()),
+                       R"({"wrapS":33071,"wrapT":33648})", wide});
     const G_Image image = draw(squares);
     struct Place
     {
@@ -225,7 +227,8 @@ TEST(ConvertedSurfaces, GoOnBeyondTheEdgesOfTheirPicture)
                                     {1, 0.75, 1.25, red},  {1, 0.25, 1.25, green}, {1, 1.25, 2.75, red},  // mirror
                                     {2, 0.9, 1.25, red},   {2, 0.2, 1.25, red},    {2, 2.8, 0.2, green},
                                     {2, 2.8, 1.75, white},  // clamp
-                                    {2, 1.25, 2.9, blue},  {2, 1.25, 1.25, red}};
+                                    {2, 1.25, 2.9, blue},  {2, 1.25, 1.25, red},   {3, 0.2, 0.75, red},
+                                    {3, 2.8, 0.25, white}, {3, 0.2, 2.75, red}};  // each its own
     for (const Place& place : places)
     {
         expectColor(image, place.m_iSquare + place.m_dX / 3.0, place.m_dY / 3.0, place.m_color,
@@ -243,8 +246,17 @@ TEST(ConvertedSurfaces, TakeTheCoordinatesThatAreMeant)
     };
     Square second{std::string(unlit) + R"({"baseColorTexture":{"index":0,"texCoord":1}})", toUri(makeQuarters())};
     second.m_vecSecondCoordinates = {0.5F, 1, 1, 1, 1, 0.5F, 0.5F, 0.5F};
-    const G_Image image = draw(
-        {second, transformed(R"({"scale":[0.5,0.5],"offset":[0.5,0.25]})"), transformed(R"({"rotation":1.5707963})")});
+    Square moved = transformed(R"({"texCoord":1})");
+    moved.m_vecSecondCoordinates = second.m_vecSecondCoordinates;
+    Square older{R"("emissiveFactor":[0,0,0],"extensions":{"KHR_materials_unlit":{},)"
+                 R"("KHR_materials_pbrSpecularGlossiness":{"diffuseFactor":[1,0,1,1],)"
+                 R"("diffuseTexture":{"index":0,"texCoord":1}}})",
+                 toUri(makeQuarters())};
+    older.m_vecSecondCoordinates = second.m_vecSecondCoordinates;
+    const G_Image image = draw({second, transformed(R"({"scale":[0.5,0.5],"offset":[0.5,0.25]})"),
+                                transformed(R"({"rotation":1.5707963})"), moved, older});
+    expectColor(image, 3.25, 0.25, white, "the set that the transform names");
+    expectColor(image, 4.25, 0.25, {255, 0, 255}, "an older way to say it");
     expectColor(image, 0.25, 0.25, white, "second set");
     expectColor(image, 1.25, 0.25, green, "the right half of the middle");
     expectColor(image, 1.25, 0.75, white, "the right half of the middle");

@@ -128,6 +128,40 @@ TEST_F(RenderCommand, ALoopIsShownOnceWithoutItsFirstPictureAgain)
     ASSERT_EQ(render({"--animation", "dance", "--fps", "15", "--to", "0.2", "-o", file("r##.png")}).status, 0);
     EXPECT_TRUE(exists("r03.png"));
     EXPECT_FALSE(exists("r04.png"));
+    // Of two animations the longer one is shown: sway takes two seconds.
+    ASSERT_EQ(render({"--blend", "dance:sway", "--fps", "2", "-o", file("b#.png")}).status, 0);
+    EXPECT_TRUE(exists("b4.png"));
+    EXPECT_FALSE(exists("b5.png"));
+    // The pictures of a loop share its time evenly, whatever was asked for: 4/3 seconds by 19 pictures.
+    ASSERT_EQ(render({"--animation", "dance", "--fps", "14", "-o", file("dance.gif")}).status, 0);
+    const std::string gif = m_directory.read("dance.gif");
+    int hundredths = 0;
+    for (std::size_t at = gif.find("\x21\xF9\x04"); at != std::string::npos; at = gif.find("\x21\xF9\x04", at + 1))
+    {
+        hundredths += gif[at + 7] == 0 ? static_cast<unsigned char>(gif[at + 4]) : 0;
+    }
+    EXPECT_EQ(hundredths, 133);
+    // On a sheet they stand for equal parts of the loop: the second one of two for its middle.
+    const std::vector<std::string> fixed{"--animation", "dance", "--eye", "0", "4",         "-20",
+                                         "--target",    "0",     "4",     "0", "--no-grid", "--no-shadow"};
+    std::vector<std::string> sheet = fixed;
+    sheet.insert(sheet.end(), {"--sheet", file("two.png"), "--sheet-pictures", "2", "--columns", "2"});
+    ASSERT_EQ(render(sheet).status, 0);
+    std::vector<std::string> middle = fixed;
+    middle.insert(middle.end(), {"--time", "0.6666667"});
+    const G_Image expected = draw(middle);
+    const G_Image both(file("two.png").c_str());
+    unsigned int different = 0;
+    for (unsigned int y = 0; y < 32; ++y)
+    {
+        for (unsigned int x = 0; x < 48; ++x)
+        {
+            different += std::equal(expected.getPixel(x, y), expected.getPixel(x, y) + 4, both.getPixel(52 + x, 2 + y))
+                             ? 0U
+                             : 1U;
+        }
+    }
+    EXPECT_LT(different, 8U);
 }
 
 TEST_F(RenderCommand, ASheetOfALongTimeNeedsOnlyThePicturesOnIt)
@@ -212,6 +246,15 @@ TEST_F(RenderCommand, LooksThroughACameraOfTheFiles)
     camera.value2 = 100.0F;
     S_MemoryFileWriter writer;
     writer << camera;
+    // One that hangs on a bone, which stands three above the ground, and one that sees nothing so near.
+    camera.name = "Rider";
+    camera.hasParent = true;
+    camera.parentName = "stalk3";
+    camera.transform.setTranslation({1.0F, 1.0F, -20.0F});
+    writer << camera;
+    camera.name = "Far";
+    camera.value1 = 60.0F;
+    writer << camera;
     const std::string geometry = file("sample/sprout_skin.tw");
     std::ofstream(geometry, std::ios::app | std::ios::binary)
         .write(reinterpret_cast<const char*>(writer.getBytes().data()),
@@ -222,7 +265,18 @@ TEST_F(RenderCommand, LooksThroughACameraOfTheFiles)
     const G_Image expected =
         draw({"--eye", "1", "4", "-20", "--target", "1", "4", "0", "--angle", std::to_string(vertical), "--time", "0"});
     EXPECT_EQ(countDifferent(draw({"--camera", "front", "--time", "0"}, script), expected), 0U);
+    const std::vector<std::string> rest{"--animation", "0", "--time", "0", "--no-grid", "--no-shadow", "--camera"};
+    const auto through = [&](const std::string& name, const std::vector<std::string>& more = {})
+    {
+        std::vector<std::string> how = rest;
+        how.push_back(name);
+        how.insert(how.end(), more.begin(), more.end());
+        return draw(how, script);
+    };
+    EXPECT_LT(countDifferent(through("rider"), through("front")), 4U);
+    EXPECT_GT(countDifferent(through("rider"), through("rider", {"--no-mesh"})), 20U);
+    EXPECT_EQ(countDifferent(through("far"), through("far", {"--no-mesh"})), 0U) << "nearer than it sees";
     const CommandResult wrong = render({"--camera", "back", "-o", file("x.png")}, script);
-    EXPECT_NE(wrong.errors.find("the cameras are: Front"), std::string::npos) << wrong.errors;
+    EXPECT_NE(wrong.errors.find("the cameras are: Front, Rider, Far"), std::string::npos) << wrong.errors;
 }
 #endif

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -36,6 +37,17 @@ TEST(Usage, WrongWordsAreToldWithWhatWouldBeRight)
         EXPECT_EQ(result.status, each.m_iStatus) << each.m_vecArguments.front();
         EXPECT_NE(result.errors.find(each.m_strSaid), std::string::npos) << result.errors;
         EXPECT_TRUE(result.output.empty()) << result.output;
+    }
+    // A reason stands on one line, and a result that has no place to go is told.
+    const support::CommandResult broken = support::runTW2({"info", folder.file("two\nlines.script")});
+    EXPECT_EQ(broken.status, 1);
+    EXPECT_EQ(std::count(broken.errors.begin(), broken.errors.end(), '\n'), 1) << broken.errors;
+    for (const char* format : {"--json", "--tree"})
+    {
+        const support::CommandResult full =
+            support::runTW2({"analyze", TW2_SAMPLE "/sprout_skin.tw", format}, "sh -c '\"$@\" >/dev/full' sh ");
+        EXPECT_EQ(full.status, 1) << format;
+        EXPECT_EQ(full.errors, "tw2: cannot write to standard output\n") << format;
     }
     const support::CommandResult version = support::runTW2({"--version"});
     EXPECT_EQ(version.status, 0);

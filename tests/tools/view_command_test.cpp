@@ -171,6 +171,12 @@ TEST_F(ViewCommand, SaysWhyAFileCannotBeShownAndThatThereIsNoDisplay)
         EXPECT_NE(result.errors.find(each.m_szSaid), std::string::npos) << result.errors;
         EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
     }
+    for (const char* size : {"479x400", "480x319", "8193x400", "480", "480x320x"})
+    {
+        const support::CommandResult refused = support::runTW2({"view", s_sample, "--size", size});
+        EXPECT_EQ(refused.status, 1) << size;
+        EXPECT_NE(refused.errors.find("from 480x320 to 8192x8192"), std::string::npos) << refused.errors;
+    }
     const support::CommandResult blind =
         support::runTW2({"view", s_sample, "--no-settings"}, "env -u DISPLAY -u WAYLAND_DISPLAY ");
     EXPECT_EQ(blind.status, 1);
