@@ -28,7 +28,7 @@ bool hasLine(const std::vector<View::Line>& lines, const Vector& from, const Vec
                                });
 }
 
-/// One triangle in the plane z = 0 that faces negative z, in an object at (10, 0, 0) twice as wide as high.
+/// One triangle that faces negative z, in an object at (10, 0, 0) that is stretched to twice its width.
 class Overlays : public testing::Test
 {
 protected:
@@ -40,7 +40,7 @@ protected:
         mesh.allocate(1, 3, false);
         mesh.lock();
         mesh.getVertexBuffer().setPosition(0, {0.0F, 0.0F, 0.0F});
-        mesh.getVertexBuffer().setPosition(1, {0.0F, 3.0F, 0.0F});
+        mesh.getVertexBuffer().setPosition(1, {0.0F, 3.0F, 1.0F});
         mesh.getVertexBuffer().setPosition(2, {4.0F, 0.0F, 0.0F});
         for (unsigned int vertex = 0; vertex < 3; ++vertex)
         {
@@ -63,6 +63,7 @@ TEST_F(Overlays, AxesStandWhereTheObjectsStandAndAreAsLongAsAsked)
     TW2::render::addAxes(m_view, m_object, 0.5F);
     ASSERT_EQ(m_view.m_vecOverlayLines.size(), 3U);
     EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.5F, 0.0F, 0.0F}));
+    EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.0F, 0.5F, 0.0F}));
     EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.0F, 0.0F, 0.5F}));
 }
 
@@ -73,6 +74,8 @@ TEST_F(Overlays, BoxesHaveTheTwelveEdgesOfTheObjectsVolume)
     EXPECT_TRUE(hasLine(m_view.m_vecLines, {10.0F, 0.0F, 0.0F}, {18.0F, 0.0F, 0.0F}));
     EXPECT_TRUE(hasLine(m_view.m_vecLines, {10.0F, 3.0F, 0.0F}, {18.0F, 3.0F, 0.0F}));
     EXPECT_TRUE(hasLine(m_view.m_vecLines, {18.0F, 0.0F, 0.0F}, {18.0F, 3.0F, 0.0F}));
+    EXPECT_TRUE(hasLine(m_view.m_vecLines, {10.0F, 3.0F, 0.0F}, {10.0F, 3.0F, 1.0F}));
+    EXPECT_TRUE(hasLine(m_view.m_vecLines, {10.0F, 3.0F, 1.0F}, {18.0F, 3.0F, 1.0F}));
     EXPECT_EQ(m_view.m_vecLines[0].m_color, m_color);
 }
 

@@ -113,7 +113,8 @@ TEST(GIF, PlaysBackWhatWasWrittenAtTheRateAskedFor)
     {
         pictures.push_back(makePicture(64, 48, 2 * step));
     }
-    pictures.push_back(pictures.back());  // nothing changes
+    pictures.push_back(pictures.back());          // nothing changes
+    pictures.back().accessPixel(63, 47)[2] = 10;  // but for one channel in the last corner
     const std::string name = directory.file("motion.gif");
     TW2::render::writeGIF(name.c_str(), pictures, 30.0);
 
@@ -127,6 +128,8 @@ TEST(GIF, PlaysBackWhatWasWrittenAtTheRateAskedFor)
         total += delays[i];
     }
     EXPECT_EQ(total, 43) << "13 frames at 30 per second, in hundredths of a second";
+    EXPECT_NE(directory.read("motion.gif").find(std::string("NETSCAPE2.0\x03\x01\0\0", 15)), std::string::npos)
+        << "for ever";
 }
 
 TEST(GIF, RefusesWhatItCannotShowAndLeavesNoFile)
@@ -137,9 +140,13 @@ TEST(GIF, RefusesWhatItCannotShowAndLeavesNoFile)
     EXPECT_THROW(TW2::render::writeGIF(name.c_str(), pictures, 25.0), TW2::render::RenderException);
     pictures.push_back(makePicture(16, 16, 0));
     EXPECT_THROW(TW2::render::writeGIF(name.c_str(), pictures, 0.0), TW2::render::RenderException);
-    EXPECT_THROW(TW2::render::writeGIF(name.c_str(), pictures, 120.0), TW2::render::RenderException);
-    pictures.push_back(makePicture(17, 16, 0));
-    EXPECT_THROW(TW2::render::writeGIF(name.c_str(), pictures, 25.0), TW2::render::RenderException);
+    EXPECT_THROW(TW2::render::writeGIF(name.c_str(), pictures, 50.5), TW2::render::RenderException);
+    EXPECT_NO_THROW(static_cast<void>(TW2::render::makeGIFWriter(pictures, 50.0)));
+    for (const unsigned int width : {17U, 16U})
+    {
+        const std::vector<G_Image> two{pictures[0], makePicture(width, 33 - width, 0)};
+        EXPECT_THROW(TW2::render::writeGIF(name.c_str(), two, 25.0), TW2::render::RenderException) << width;
+    }
     EXPECT_FALSE(std::filesystem::exists(name));
 }
 
@@ -202,5 +209,10 @@ TEST(ContactSheet, HoldsEveryPictureInReadingOrder)
     }
     pictures.pop_back();
     EXPECT_EQ(TW2::render::makeContactSheet(pictures, 2).getHeight(), 2 * 18 + 2U) << "no row stays empty";
+    EXPECT_EQ(TW2::render::makeContactSheet(pictures, 9).getWidth(), 4 * 22 + 2U) << "nor a column";
+    pictures.resize(6, pictures[0]);
+    EXPECT_EQ(TW2::render::makeContactSheet(pictures).getWidth(), 3 * 22 + 2U) << "a little wider than high";
+    pictures.resize(16, pictures[0]);
+    EXPECT_EQ(TW2::render::makeContactSheet(pictures).getWidth(), 4 * 22 + 2U) << "rather than with empty places";
     EXPECT_THROW(static_cast<void>(TW2::render::makeContactSheet({})), TW2::render::RenderException);
 }

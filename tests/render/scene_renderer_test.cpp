@@ -42,6 +42,9 @@ TEST_P(SceneRenderer, DrawsBlendedSurfacesFromFarToNearOverWhatIsBehindThem)
     first.setMatrix(Matrix::translation({0.0F, 0.0F, -0.1F}));
     second.setMatrix(Matrix::translation({0.0F, 0.0F, -0.2F}));
     expectColor(draw(), 0.5F, 0.5F, {127, 191, 63}, "green before red before white");
+    // A priority comes before the depth.
+    redGlass.setSortPriority(P_Material::defaultSortPriority + 1);
+    expectColor(draw(), 0.5F, 0.5F, {191, 127, 63}, "red last");
 }
 
 TEST_P(SceneRenderer, SkinsFollowTheirBoneMatricesFromFrameToFrame)
@@ -90,6 +93,55 @@ TEST_P(SceneRenderer, EveryCopyInACrowdStandsInItsOwnPlaceAndPose)
         }
     }
     EXPECT_EQ(m_renderer->getKeptMeshCount(), 1U) << "copies share one geometry";
+}
+
+TEST_P(SceneRenderer, ManyCopiesHaveTheirOwnMatricesAndCoordinates)
+{
+    // A square whose texture is red on the left and green on the right; copies bring their coordinates to one of them.
+    P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
+    material.init(1, 1);
+    material.addTextureLayer(0, 0, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point,
+                             P_Material::TEXTURE_ADDRESS_MODE::Wrap);
+    material.setTexture(0, &addMap(2, 1, {255, 0, 0, 255, 0, 255, 0, 255}));
+    material.enableTextureTransformation(0, true);
+    P_VirtualObject& first = addSquare(0.5F, 0.5F, &material);
+    const auto shift = [](P_VirtualObject& object, float by)
+    {
+        M_Matrix4Template<float> matrix;
+        matrix.m[0][0] = 0.25F;
+        matrix.m[3][0] = by;
+        object.getPrimitiveInstance(0)->setTextureMatrix(0, matrix);
+    };
+    shift(first, 0.0F);
+    EXPECT_EQ(at(draw(), 1.0F, 1.0F), red);
+    // More than a row of the texture of matrices holds: all but the last stand behind the first.
+    constexpr int copies = 1100;
+    for (int copy = 0; copy < copies; ++copy)
+    {
+        auto& object = *m_objects.emplace_back(std::make_unique<P_VirtualObject>(first));
+        const bool last = copy + 1 == copies;
+        shift(object, last ? 0.5F : 0.0F);
+        object.setMatrix(Matrix::translation(last ? Vector{-1.5F, -1.5F, 0.0F} : Vector{0.5F, 0.5F, 0.01F}));
+        object.addTo(&m_scene);
+    }
+    const G_Image picture = draw();
+    EXPECT_EQ(at(picture, 1.0F, 1.0F), red);
+    EXPECT_EQ(at(picture, -1.0F, -1.0F), green);
+    EXPECT_EQ(at(picture, 0.0F, 0.0F), background);
+}
+
+TEST_P(SceneRenderer, TakesAsManyLightsAsItCanAndNoMore)
+{
+    m_view.m_ambientSky = m_view.m_ambientGround = G_FColor();
+    addSquare(0.0F, 0.0F, nullptr);
+    std::vector<std::unique_ptr<P_DirectionalLight>> lamps;
+    for (int i = 0; i < 40; ++i)
+    {
+        lamps.push_back(std::make_unique<P_DirectionalLight>());
+        lamps.back()->setColor(G_FColor(10.0F, 0.0F, 0.0F));
+        lamps.back()->addTo(&m_scene);
+    }
+    expectColor(draw(), 0.5F, 0.5F, {160, 0, 0}, "sixteen of forty");
 }
 
 TEST_P(SceneRenderer, MirroredAndUnevenlyScaledSurfacesShowTheirFrontInTheRightLight)
@@ -198,6 +250,11 @@ TEST_P(SceneRenderer, DrawsIntoItsViewportWhateverTheStateAndLeavesTheRestAlone)
     glDepthMask(GL_FALSE);
     glEnable(GL_CULL_FACE);
     glCullFace(GL_FRONT);
+    glEnable(GL_STENCIL_TEST);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(0.0F, 1e9F);
+    glEnable(GL_BLEND);
+    glBlendEquation(GL_FUNC_REVERSE_SUBTRACT);
     glActiveTexture(GL_TEXTURE8);
     m_scene.executeFrame();
     m_renderer->draw(m_scene, m_camera, m_view);
@@ -211,10 +268,34 @@ TEST_P(SceneRenderer, DrawsIntoItsViewportWhateverTheStateAndLeavesTheRestAlone)
     color.setTexture(0, &missing);
     m_scene.executeFrame();
     EXPECT_THROW(m_renderer->draw(m_scene, m_camera, m_view), S_Exception);
-    EXPECT_EQ(glIsEnabled(GL_DEPTH_TEST), GL_FALSE);
-    GLint program = 1;
-    glGetIntegerv(GL_CURRENT_PROGRAM, &program);
-    EXPECT_EQ(program, 0);
+    for (const GLenum state : {GL_DEPTH_TEST, GL_CULL_FACE, GL_BLEND, GL_SCISSOR_TEST, GL_STENCIL_TEST})
+    {
+        EXPECT_EQ(glIsEnabled(state), GL_FALSE) << state;
+    }
+    struct State
+    {
+        GLenum m_eName;
+        GLint m_iValue;
+    };
+    for (const State& state : {State{GL_CURRENT_PROGRAM, 0},
+                               {GL_VERTEX_ARRAY_BINDING, 0},
+                               {GL_ARRAY_BUFFER_BINDING, 0},
+                               {GL_UNIFORM_BUFFER_BINDING, 0},
+                               {GL_ACTIVE_TEXTURE, GL_TEXTURE0},
+                               {GL_SAMPLER_BINDING, 0},
+                               {GL_UNPACK_ALIGNMENT, 4},
+                               {GL_DEPTH_FUNC, GL_LESS},
+                               {GL_DEPTH_WRITEMASK, GL_TRUE},
+                               {GL_FRONT_FACE, GL_CCW},
+                               {GL_BLEND_SRC_RGB, GL_ONE},
+                               {GL_BLEND_DST_RGB, GL_ZERO},
+                               {GL_BLEND_SRC_ALPHA, GL_ONE},
+                               {GL_BLEND_DST_ALPHA, GL_ZERO}})
+    {
+        GLint value = -1;
+        glGetIntegerv(state.m_eName, &value);
+        EXPECT_EQ(value, state.m_iValue) << state.m_eName;
+    }
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 

@@ -112,6 +112,9 @@ TEST_P(ViewOptions, DrawTrianglesAsLines)
     EXPECT_GE(count(only, background), 54);
     EXPECT_LE(count(only, background), 61) << "two sides and the diagonal";
     EXPECT_EQ(at(only, -0.5F, -0.5F), background) << "the diagonal runs from the upper left to the lower right";
+    m_view.m_wireColor.alpha = 0.0F;
+    EXPECT_GE(count(draw(), background), 64) << "lines that are clear";
+    m_view.m_wireColor.alpha = 255.0F;
     m_view.m_eWireframe = View::Wireframe::Over;
     const G_Image over = draw();
     EXPECT_GE(count(over, red), 25);
@@ -168,6 +171,21 @@ TEST_P(ViewOptions, ThrowAShadowOnTheGround)
     const auto [aboveX, aboveY] = project({0.7F, 0.4F * 0.7F, 0.0F});
     EXPECT_EQ(at(sloping, aboveX, aboveY), ground) << "beside the plate, uphill";
     shadow.m_ground = {};
+    P_Material& glass = addGlass({255, 0, 0});
+    glass.setBackfaceCullingMode(P_Material::CullingMode::None);
+    m_objects[0]->getPrimitiveInstance(0)->setMaterial(&glass);
+    EXPECT_EQ(at(draw(), underX, underY), ground) << "what shines through throws none";
+    m_objects[0]->getPrimitiveInstance(0)->setMaterial(&color);
+    expectColor(draw(), underX, underY, {100, 100, 100}, "again");
+    Matrix flat;  // a tenth down for each unit along z: the shadow would never end
+    flat.setRow(2, Vector{0.0F, -0.1F, 1.0F}.normalized());
+    flat.setRow(1, flat.getRow(2).cross(flat.getRow(0)));
+    sun.setMatrix(flat);
+    const G_Image evening = draw();
+    const auto [behindX, behindY] = project({0.0F, 0.0F, 10.0F});
+    EXPECT_EQ(at(evening, underX, underY), ground);
+    EXPECT_EQ(at(evening, behindX, behindY), ground) << "nor does it begin";
+    sun.setMatrix(down);
     sun.enable(false);
     EXPECT_EQ(at(draw(), underX, underY), ground) << "no light, no shadow";
 }
