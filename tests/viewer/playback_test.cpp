@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <memory>
 
 namespace
@@ -69,6 +70,49 @@ TEST_F(PlaybackTest, WithoutLoopingStopsAtTheEndAndBeginsAgainWhenPlayed)
     EXPECT_FALSE(m_playback.isPlaying());
     m_playback.setPlaying(true);
     EXPECT_DOUBLE_EQ(m_playback.getTime(), 0.0);
+    m_playback.setSpeed(-2.0);
+    m_playback.setPlaying(true);
+    EXPECT_DOUBLE_EQ(m_playback.getTime(), 2.0) << "backwards it begins at the end";
+    m_playback.update(0.25);
+    EXPECT_DOUBLE_EQ(m_playback.getTime(), 1.5);
+    EXPECT_TRUE(m_playback.isPlaying());
+    m_playback.step(100);
+    EXPECT_NEAR(m_playback.getFrame(), 60.0, 1e-6);
+    m_playback.step(-100);
+    EXPECT_NEAR(m_playback.getFrame(), 0.0, 1e-6);
+}
+
+TEST_F(PlaybackTest, AnotherObjectIsPlayedAsTheOneBeforeAndAnotherClipAlone)
+{
+    m_playback.setPlaying(false);
+    m_playback.setLooping(false);
+    m_playback.setSpeed(99.0);
+    EXPECT_EQ(m_playback.getSpeed(), 10.0);
+    m_playback.seek(1.0);
+    m_playback.setSlot(1, dance, 1.0F);
+    m_playback.setSlot(2, 0, 1.0F);
+    m_playback.setClip(dance, true);
+    EXPECT_EQ(m_playback.getTime(), 1.0);
+    EXPECT_EQ(m_playback.getMainAnimation(), dance);
+    EXPECT_EQ(m_playback.getSlots()[1].m_iAnimation, -1);
+    EXPECT_EQ(m_playback.getSlots()[2].m_iAnimation, -1);
+    m_playback.setClip(sway);
+    EXPECT_EQ(m_playback.getTime(), 0.0);
+    m_playback.seek(1.0);
+    m_playback.reset(m_object.getClips());
+    EXPECT_FALSE(m_playback.isPlaying());
+    EXPECT_FALSE(m_playback.isLooping());
+    EXPECT_EQ(m_playback.getSpeed(), 10.0);
+    EXPECT_EQ(m_playback.getTime(), 0.0);
+    m_playback.setSpeed(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(m_playback.getSpeed(), 1.0);
+    m_playback.setLooping(true);
+    m_playback.seek(2.0);
+    EXPECT_EQ(m_playback.getTime(), 2.0) << "the end itself can be asked for";
+    m_playback.seek(-0.5);
+    EXPECT_EQ(m_playback.getTime(), 1.5);
+    EXPECT_EQ(pose(4, 0.75), played(4, sway, 0.25F)) << "a copy that is ahead comes round earlier";
+    EXPECT_EQ(pose(4), played(4, sway, 1.5F));
 }
 
 TEST_F(PlaybackTest, StepsFromWholeFrameToWholeFrame)
@@ -129,6 +173,16 @@ TEST_F(PlaybackTest, FadesAFrozenPoseOutAndThenPlaysAsBefore)
     m_playback.update(1.6);
     EXPECT_EQ(m_playback.getFrozenWeight(), 0.0F);
     EXPECT_EQ(pose(5), played(5, sway, 0.4F));
+    m_playback.freeze(m_object.getObject());
+    m_playback.setFrozenWeight(0.5F);
+    m_playback.fadeOut(2.0);
+    m_playback.update(1.0);
+    EXPECT_NEAR(m_playback.getFrozenWeight(), 0.25F, 1e-6F) << "from what it is";
+    m_playback.freeze(m_object.getObject());
+    m_playback.update(1.0);
+    EXPECT_EQ(m_playback.getFrozenWeight(), 1.0F) << "a new one does not go on fading";
+    m_playback.fadeOut(0.0);
+    EXPECT_EQ(m_playback.getFrozenWeight(), 0.0F);
 }
 
 TEST_F(PlaybackTest, AGroupPlaysSomethingElseOnEveryObjectThatIsPosed)
@@ -143,6 +197,9 @@ TEST_F(PlaybackTest, AGroupPlaysSomethingElseOnEveryObjectThatIsPosed)
     m_playback.apply(*copy);
     EXPECT_EQ(copy->getMesh(6)->getMatrix(), inside);
     EXPECT_EQ(copy->getMesh(1)->getMatrix(), above);
+    EXPECT_THROW(m_playback.setGroup(3, 77), Failure);
+    m_playback.setGroup(6, dance);
+    EXPECT_EQ(pose(3), played(3, sway, 0.5F)) << "another group, which begins higher";
     m_playback.clearGroup();
     EXPECT_EQ(pose(6), played(6, sway, 0.5F));
     m_playback.forgetObjects();
