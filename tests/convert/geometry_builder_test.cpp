@@ -98,7 +98,7 @@ TEST(WrittenGeometry, EachGroupFindsItsVerticesCoordinatesAndInfluences)
 
 TEST(Influences, AreTheStrongestFourAndAddUpToOne)
 {
-    // Six bones pull at the first vertex, the fifth strongest least; one at the second; none at the third.
+    // Six bones pull at the first vertex, the fifth one least; one at the second; the third hangs on the mesh's node.
     TW2::convert::Mesh mesh = makeSlope();
     for (unsigned int bone = 0; bone < 6; ++bone)
     {
@@ -106,8 +106,11 @@ TEST(Influences, AreTheStrongestFourAndAddUpToOne)
         added.m_vecWeights.emplace_back(0U, bone == 4 ? 0.125F : 0.25F * static_cast<float>(bone + 1));
     }
     mesh.m_vecBones[5].m_vecWeights.emplace_back(1U, 0.5F);
+    TW2::convert::Bone& node = mesh.m_vecBones.emplace_back();
+    node.m_bHolder = true;
+    node.m_vecWeights.emplace_back(2U, 1.0F);
     TW2::convert::InfluenceSummary summary;
-    const auto chosen = chooseInfluences(mesh, 42, {10, 11, 12, 13, 14, 15}, summary);
+    const auto chosen = chooseInfluences(mesh, 41, {10, 11, 12, 13, 14, 15, 42}, summary);
     ASSERT_EQ(chosen.size(), 3U);
     const int bones[]{15, 13, 12, 11};
     const float weights[]{1.5F, 1.0F, 0.75F, 0.5F};
@@ -118,14 +121,15 @@ TEST(Influences, AreTheStrongestFourAndAddUpToOne)
     }
     EXPECT_EQ(chosen[1][0].m_iBone, 15);
     EXPECT_EQ(chosen[1][0].m_fWeight, 1.0F);
-    EXPECT_EQ(chosen[2][0].m_iBone, 42) << "hangs on what holds the mesh";
+    EXPECT_EQ(chosen[2][0].m_iBone, 42);
     EXPECT_EQ(summary.m_uiReduced, 1U);
     EXPECT_EQ(summary.m_uiMost, 6U);
     EXPECT_EQ(summary.m_uiUnbound, 1U);
     mesh.m_vecBones.clear();
     TW2::convert::InfluenceSummary none;
-    static_cast<void>(chooseInfluences(mesh, 42, {}, none));
-    EXPECT_EQ(none.m_uiUnbound, 0U) << "a mesh without bones misses none";
+    EXPECT_EQ(chooseInfluences(mesh, 41, {}, none)[2][0].m_iBone, 41)
+        << "without bones all hang on what holds the mesh";
+    EXPECT_EQ(none.m_uiUnbound, 0U) << "and miss nothing";
 }
 
 TEST(WrittenGeometry, MakesAGroupMoreWhereIndicesWouldNotReach)
