@@ -138,6 +138,6 @@ bool TW_LevelsOfDetail<Level>::executeAlways()
     return true;
 }
 
-template class TW_LevelsOfDetail<TW_ObjectAnimation>;
-template class TW_LevelsOfDetail<TW_VertexAnimation>;
+template class TW2_TEMPLATE_API TW_LevelsOfDetail<TW_ObjectAnimation>;
+template class TW2_TEMPLATE_API TW_LevelsOfDetail<TW_VertexAnimation>;
 }  // namespace TW2

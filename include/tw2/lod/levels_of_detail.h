@@ -79,6 +79,6 @@ private:
     S_Vector<Level*> m_vecLevels;
 };
 
-extern template class TW2_API TW_LevelsOfDetail<TW_ObjectAnimation>;
-extern template class TW2_API TW_LevelsOfDetail<TW_VertexAnimation>;
+extern template class TW2_EXTERN_TEMPLATE_API TW_LevelsOfDetail<TW_ObjectAnimation>;
+extern template class TW2_EXTERN_TEMPLATE_API TW_LevelsOfDetail<TW_VertexAnimation>;
 }  // namespace TW2
