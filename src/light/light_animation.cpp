@@ -171,12 +171,11 @@ void TW_PointLightAnimation::animate(P_PointLight* light, float time) const
 
 void TW_PointLightAnimation::animateFrame(P_PointLight* light, float frame) const
 {
-    if (!light)
+    if (light)
     {
-        return;
+        applyColor(*light, frame);
+        applyTrack(m_pFallOff, m_iFallOffFrame, frame, [light](float range) { light->setFalloffRange(range); });
     }
-    applyColor(*light, frame);
-    applyTrack(m_pFallOff, m_iFallOffFrame, frame, [light](float range) { light->setFalloffRange(range); });
 }
 
 void TW_PointLightAnimation::dump() const
@@ -206,11 +205,10 @@ void TW_DirectionalLightAnimation::animate(P_DirectionalLight* light, float time
 
 void TW_DirectionalLightAnimation::animateFrame(P_DirectionalLight* light, float frame) const
 {
-    if (!light)
+    if (light)
     {
-        return;
+        applyColor(*light, frame);
     }
-    applyColor(*light, frame);
 }
 
 void TW_DirectionalLightAnimation::dump() const
@@ -240,15 +238,15 @@ void TW_SpotLightAnimation::animate(P_SpotLight* light, float time) const
 
 void TW_SpotLightAnimation::animateFrame(P_SpotLight* light, float frame) const
 {
-    if (!light)
+    if (light)
     {
-        return;
+        applyColor(*light, frame);
+        applyTrack(m_pFallOff, m_iFallOffFrame, frame, [light](float range) { light->setFalloffRange(range); });
+        applyTrack(m_pFallOffAngle, m_iFallOffAngleFrame, frame,
+                   [light](float angle) { light->setFalloffAngle(angle, -1.0F); });
+        applyTrack(m_pHotSpotAngle, m_iHotSpotAngleFrame, frame,
+                   [light](float angle) { light->setHotspotAngle(angle); });
     }
-    applyColor(*light, frame);
-    applyTrack(m_pFallOff, m_iFallOffFrame, frame, [light](float range) { light->setFalloffRange(range); });
-    applyTrack(m_pFallOffAngle, m_iFallOffAngleFrame, frame,
-               [light](float angle) { light->setFalloffAngle(angle, -1.0F); });
-    applyTrack(m_pHotSpotAngle, m_iHotSpotAngleFrame, frame, [light](float angle) { light->setHotspotAngle(angle); });
 }
 
 void TW_SpotLightAnimation::dump() const

@@ -45,32 +45,16 @@ constexpr const char* specularShaderCode =
 /// Filter of the textures that have mip levels.
 Filter withMipLevels(Filter filter, const MaterialTextureChunk& texture) noexcept
 {
-    if (texture.mipLevels == 1)
+    if (texture.mipLevels != 1 && filter == Filter::Point)
     {
-        return filter;
+        return Filter::PointMipMapped;
     }
-    switch (filter)
-    {
-        case Filter::Point:
-            return Filter::PointMipMapped;
-        case Filter::Bilinear:
-            return Filter::BilinearMipMapped;
-        default:
-            return filter;
-    }
+    return texture.mipLevels != 1 && filter == Filter::Bilinear ? Filter::BilinearMipMapped : filter;
 }
 
 Blending selectBlending(int selector) noexcept
 {
-    switch (selector)
-    {
-        case 1:
-            return Blending::Add;
-        case 2:
-            return Blending::Modulate;
-        default:
-            return Blending::Opaque;
-    }
+    return selector == 1 ? Blending::Add : selector == 2 ? Blending::Modulate : Blending::Opaque;
 }
 }  // namespace
 

@@ -23,11 +23,15 @@ public:
     {
     }
 
-    /// Builds from the block that is locked: geometry, then animations.
-    void build(S_Script& script, TW_MeshCallback* meshCallback, bool withVisibility);
+    /// Builds from a block, given by its name or its position: name, geometry, animations.
+    template <typename Block>
+    void build(S_Script& script, Block block, TW_MeshCallback* meshCallback, bool withVisibility);
     /// Copies meshes and animations of another object and the materials of a manager (null: none).
     void copy(const TW_ObjectAnimation& source, bool deepCopy, const TW_MaterialManager* materials);
 
+    /// Loads the animations of a block, given by its name or its position.
+    template <typename Block>
+    void append(S_Script& script, Block block, bool withVisibility);
     /// Loads the "animation" blocks of the block that is locked. When one fails, those before it stay and the object
     /// has no animation of the failing one's index.
     void loadAnimations(S_Script& script, bool withVisibility);

@@ -56,28 +56,13 @@ void TW_ObjectAnimation::construct(S_Script* script, const char* blockName, TW_M
     const S_MemoryScope memory(memoryScopeName);
     S_Rollback rollback([this]() noexcept { destruct(); });
     const S_String name(orEmpty(blockName));  // it may be that of a part, which goes first
-    build(
-        [&]
-        {
-            setName(S_STR("%s, %s", requireScript(script).staticNesting(), name.c_str()));
-            const S_ScriptLockGuard lock(*script);
-            lockObjectBlock(*script, name.c_str());
-            Builder(*this).build(*script, meshCallback, withVisibility);
-        });
+    build([&] { Builder(*this).build(requireScript(script), name.c_str(), meshCallback, withVisibility); });
     rollback.keep();
 }
 
 void TW_ObjectAnimation::construct(S_Script* script, int blockIndex, TW_MeshCallback* meshCallback, bool withVisibility)
 {
-    build(
-        [&]
-        {
-            const char* const nesting = requireScript(script).staticNesting();
-            setName(S_STR("%s, %s", nesting, script->getBlockName(static_cast<unsigned int>(blockIndex))));
-            const S_ScriptLockGuard lock(*script);
-            lockObjectBlock(*script, blockIndex);
-            Builder(*this).build(*script, meshCallback, withVisibility);
-        });
+    build([&] { Builder(*this).build(requireScript(script), blockIndex, meshCallback, withVisibility); });
 }
 
 void TW_ObjectAnimation::construct(const TW_ObjectAnimation& source, bool deepCopy, TW_MaterialManager* materials)
@@ -95,8 +80,13 @@ void TW_ObjectAnimation::construct(const TW_ObjectAnimation& source, bool deepCo
     build([&] { Builder(*this).copy(source, deepCopy, materials ? materials : source.m_pMaterialManager); });
 }
 
-void TW_ObjectAnimation::Builder::build(S_Script& script, TW_MeshCallback* meshCallback, bool withVisibility)
+template <typename Block>
+void TW_ObjectAnimation::Builder::build(S_Script& script, Block block, TW_MeshCallback* meshCallback,
+                                        bool withVisibility)
 {
+    m_object.setName(describeBlock(script, block));
+    const S_ScriptLockGuard lock(script);
+    lockObjectBlock(script, block);
     loadGeometry(script, meshCallback);
     loadAnimations(script, withVisibility);
 }

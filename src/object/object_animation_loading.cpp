@@ -373,6 +373,15 @@ void TW_ObjectAnimation::Builder::describeAnimation(const AnimationParameters& p
     }
 }
 
+template <typename Block>
+void TW_ObjectAnimation::Builder::append(S_Script& script, Block block, bool withVisibility)
+{
+    const S_MemoryScope memory("TW Memory Container");
+    const S_ScriptLockGuard lock(script);
+    lockAnimationBlock(script, block);
+    loadAnimations(script, withVisibility);
+}
+
 void TW_ObjectAnimation::appendAnimations(const char* scriptFileName, const char* blockName, bool withVisibility)
 {
     const S_MemoryScope memory("TW Memory Container");
@@ -382,18 +391,12 @@ void TW_ObjectAnimation::appendAnimations(const char* scriptFileName, const char
 
 void TW_ObjectAnimation::appendAnimations(S_Script* script, const char* blockName, bool withVisibility)
 {
-    const S_MemoryScope memory("TW Memory Container");
-    const S_ScriptLockGuard lock(requireScript(script));
-    lockAnimationBlock(*script, orEmpty(blockName));
-    Builder(*this).loadAnimations(*script, withVisibility);
+    Builder(*this).append(requireScript(script), orEmpty(blockName), withVisibility);
 }
 
 void TW_ObjectAnimation::appendAnimations(S_Script* script, int blockIndex, bool withVisibility)
 {
-    const S_MemoryScope memory("TW Memory Container");
-    const S_ScriptLockGuard lock(requireScript(script));
-    lockAnimationBlock(*script, blockIndex);
-    Builder(*this).loadAnimations(*script, withVisibility);
+    Builder(*this).append(requireScript(script), blockIndex, withVisibility);
 }
 
 void TW_ObjectAnimation::appendSingleAnimation(int index, const S_String& fileName, bool withVisibility)

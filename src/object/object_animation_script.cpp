@@ -10,6 +10,9 @@ namespace TW2
 namespace
 {
 constexpr int unlimited = -1;
+// What stands inside an object's block, and inside one that only adds animations.
+const S_Script::Blocks s_objectBlocks[] = {{"geometry", 1, 1}, {"animation", 0, unlimited}, {nullptr, 0, 0}};
+const S_Script::Blocks s_animationBlocks[] = {{"animation", 0, unlimited}, {nullptr, 0, 0}};
 const S_Script::Blocks s_eventBlocks[] = {{"event", 0, unlimited}, {nullptr, 0, 0}};
 
 /// Makes a block the current one, by its name and how often that may stand there, and checks the blocks inside.
@@ -27,9 +30,6 @@ void lockBlock(S_Script& script, int index, const S_Script::Blocks* inside)
     script.blockCheck(inside, true);
 }
 }  // namespace
-
-const S_Script::Blocks s_objectBlocks[] = {{"geometry", 1, 1}, {"animation", 0, unlimited}, {nullptr, 0, 0}};
-const S_Script::Blocks s_animationBlocks[] = {{"animation", 0, unlimited}, {nullptr, 0, 0}};
 
 S_Script& requireScript(S_Script* script)
 {
@@ -129,6 +129,16 @@ InterpolationMode parseCrossMode(const S_Script& script, const S_String& crossMo
     throw TW_Exception_InvalidScriptParameter(
         script.staticNesting(),
         "\"CrossMode\" can only take values \"linear\", \"normalized\" and \"orthonormalized\"!");
+}
+
+S_String describeBlock(const S_Script& script, const char* blockName)
+{
+    return S_STR("%s, %s", script.staticNesting(), blockName).str();
+}
+
+S_String describeBlock(const S_Script& script, int blockIndex)
+{
+    return describeBlock(script, script.getBlockName(static_cast<unsigned int>(blockIndex)));
 }
 
 void lockObjectBlock(S_Script& script, const char* blockName)

@@ -10,11 +10,6 @@ namespace TW2
 /// @name The blocks and keys of animated objects in scripts
 /// @{
 
-/// What stands inside an object's block: "geometry" once, "animation" any number of times.
-extern const S_Script::Blocks s_objectBlocks[];
-/// What stands inside a block that only adds animations.
-extern const S_Script::Blocks s_animationBlocks[];
-
 /// The script; throws TW_Exception_InvalidScriptParameter when it is null.
 S_Script& requireScript(S_Script* script);
 /// Throws TW_Exception_InvalidGeometry unless an object that is being loaded is still there, which a host's callback
@@ -33,6 +28,9 @@ void requireObject(bool isThere);
 /// place: that tells both, and the line that asks for it. An empty name stays empty.
 void findFile(const S_Script& script, const char* block, unsigned int occurrence, const char* key, S_String& fileName);
 
+/// "nesting, block" of a block at the script's position, after which an object is named that is built from it.
+[[nodiscard]] S_String describeBlock(const S_Script& script, const char* blockName);
+[[nodiscard]] S_String describeBlock(const S_Script& script, int blockIndex);
 /// Checks that the block stands exactly once at the script's position, makes it the current one and checks the blocks
 /// inside.
 void lockObjectBlock(S_Script& script, const char* blockName);

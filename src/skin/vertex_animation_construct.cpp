@@ -20,17 +20,6 @@ namespace TW2
 namespace
 {
 constexpr const char* memoryScopeName = "TW Memory Container";
-
-/// "nesting, block" of a script at its present position.
-S_String describe(const S_Script& script, const char* block)
-{
-    return S_STR("%s, %s", script.staticNesting(), block).str();
-}
-
-S_String describe(const S_Script& script, int block)
-{
-    return describe(script, script.getBlockName(static_cast<unsigned int>(block)));
-}
 }  // namespace
 
 /// @name Constructors
@@ -93,8 +82,9 @@ void TW_VertexAnimation::construct(S_Script* skeletonScript, int skeletonBlock, 
     build(
         [&]
         {
-            setName(S_STR("TW_VertexAnimation %s; %s", describe(requireScript(skeletonScript), skeletonBlock).c_str(),
-                          describe(requireScript(skinScript), skinBlock).c_str()));
+            setName(S_STR("TW_VertexAnimation %s; %s",
+                          describeBlock(requireScript(skeletonScript), skeletonBlock).c_str(),
+                          describeBlock(requireScript(skinScript), skinBlock).c_str()));
             addSkeleton(*skeletonScript, skeletonBlock);
             addSkin(*skinScript, skinBlock, withVisibility);
         });
@@ -332,8 +322,8 @@ void TW_VertexAnimation::buildByName(S_Script& skeletonScript, const char* skele
     m_pSkin = new TW_ObjectAnimation;
     skeleton.construct(&skeletonScript, skeletonBlock, nullptr, false);
     constructSkin(skinScript, skinBlock, withVisibility);
-    setName(S_STR("TW_VertexAnimation %s; %s", describe(skeletonScript, skeletonBlock).c_str(),
-                  describe(skinScript, skinBlock).c_str()));
+    setName(S_STR("TW_VertexAnimation %s; %s", describeBlock(skeletonScript, skeletonBlock).c_str(),
+                  describeBlock(skinScript, skinBlock).c_str()));
     hideSkeleton();
     m_pSkin->addTo(this);
     skeleton.addTo(this);
