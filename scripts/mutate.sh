@@ -6,7 +6,7 @@
 # faults (30) are put into each, the same ones for the same SEED (1). Faults that do not compile or leave the compiled
 # code as it was do not count. LIST is a file with faults of one's own, or those that an earlier run has printed, a line
 # each: file:line `what stands there` -> `what comes there`. A room ends after MINUTES. A run that is stopped tells what
-it knows by then; -c goes on: what was noticed before counts as noticed, what was not is tried again.
+# it knows by then; -c goes on: what was noticed before counts as noticed, what was not is tried again.
 # Everything happens in a copy of the working tree in build/mutate, which also keeps what was built for the next time.
 set -euo pipefail
 # shellcheck source=scripts/bootstrap.sh
