@@ -124,13 +124,18 @@ AnimationWriter::Written AnimationWriter::reduce(const Clip& clip) const
         written.m_reduced = reduceClip(m_model, m_skeleton, played, tolerance, m_options.m_iFrameRate);
         const Seam seam = chooseSeam(written.m_reduced);
         written.m_vecRecords = makeRecords(m_skeleton, written.m_reduced, seam);
+        const int rate = written.m_reduced.m_iFrameRate;
+        const std::vector<double>& times = written.m_reduced.m_vecLookedAt;
         if (travel)
         {
             written.m_travel =
                 makeTravelRecord(*travel, written.m_reduced, seam, tolerance, measureExtent(m_skeleton, m_bounds));
+            written.m_error = m_meter.measure(clip, written.m_vecRecords, *travel, *written.m_travel, rate, times);
         }
-        written.m_error = m_meter.measure(clip, written.m_vecRecords, written.m_travel ? &*written.m_travel : nullptr,
-                                          written.m_reduced.m_iFrameRate, written.m_reduced.m_vecLookedAt);
+        else
+        {
+            written.m_error = m_meter.measure(clip, written.m_vecRecords, rate, times);
+        }
         if (written.m_error.isWithin(m_tolerance) || !written.m_reduced.m_error.isWithin(tolerance))
         {
             break;

@@ -229,14 +229,19 @@ void addKeyTimes(const Channel& channel, std::vector<double>& times)
     }
 }
 
+double getFrameTolerance(double frame) noexcept
+{
+    // The length of a frame is rounded as well (0.0333333), which adds up.
+    constexpr double tolerance = 2e-3;
+    constexpr double drift = 1e-5;
+    return tolerance + drift * frame;
+}
+
 int chooseFrameRate(const Clip& clip)
 {
     constexpr int slowest = 10;
     constexpr int fastest = 120;
     constexpr int otherwise = 60;
-    // Files round their times, and the length of a frame (0.0333333): the latter adds up.
-    constexpr double tolerance = 2e-3;  // frames
-    constexpr double drift = 1e-5;
     std::vector<double> times{clip.m_dStart + clip.m_dDuration};
     for (const Channel& channel : clip.m_vecChannels)
     {
@@ -253,7 +258,7 @@ int chooseFrameRate(const Clip& clip)
                                       [rate](double time)
                                       {
                                           const double frame = time * rate;
-                                          return std::abs(frame - std::round(frame)) < tolerance + drift * frame;
+                                          return std::abs(frame - std::round(frame)) < getFrameTolerance(frame);
                                       });
         if (fits)
         {

@@ -45,4 +45,6 @@ void addJumps(const Channel& channel, std::vector<double>& jumps);
 /// Frames per second at which a clip is sampled: the smallest whole number on whose frames all keys of the clip lie,
 /// from 10 to 120; 60 when there is none.
 [[nodiscard]] int chooseFrameRate(const Clip& clip);
+/// How far from a whole one the frame of a key may be that is meant to lie on it: files round their times.
+[[nodiscard]] double getFrameTolerance(double frame) noexcept;
 }  // namespace TW2::convert

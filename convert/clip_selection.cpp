@@ -72,13 +72,15 @@ void begin(Clip& clip, const Model& model)
     clip.m_root.reset();
 }
 
-void cut(Clip& clip, unsigned long from, unsigned long to, int frameRate, const std::string& fileName)
+void cut(Clip& clip, const std::string& nameInFile, unsigned long from, unsigned long to, int frameRate,
+         const std::string& fileName)
 {
     const int rate = frameRate > 0 ? frameRate : chooseFrameRate(clip);
-    const double last = clip.m_dDuration * rate + 1e-3;
+    const double frames = clip.m_dDuration * rate;
+    const double last = frames + getFrameTolerance(frames);
     if (from > to || static_cast<double>(to) > last)
     {
-        const std::string reason = "clip \"" + clip.m_strName + "\" has the frames 0 to " +
+        const std::string reason = "clip \"" + nameInFile + "\" has the frames 0 to " +
                                    std::to_string(static_cast<unsigned long>(last)) + " at " + std::to_string(rate) +
                                    " per second, not " + std::to_string(from) + " to " + std::to_string(to);
         throw ConvertException(fileName.c_str(), reason.c_str());
@@ -129,7 +131,7 @@ std::vector<Clip> chooseClips(const std::vector<Clip>& clips, const std::vector<
         clip.m_strName = name;
         if (cuts)
         {
-            cut(clip, std::stoul(frames[2]), std::stoul(frames[3]), frameRate, fileName);
+            cut(clip, found->m_strName, std::stoul(frames[2]), std::stoul(frames[3]), frameRate, fileName);
         }
     }
     return chosen;

@@ -17,66 +17,6 @@ namespace TW2::convert
 {
 namespace
 {
-/// Plays records as the library does.
-class Player
-{
-public:
-    /// Both must outlive the player; null: the object does not travel.
-    Player(const Skeleton& skeleton, const std::vector<KeyframeAnimationChunk>& records,
-           const KeyframeAnimationChunk* travel)
-        : m_skeleton(skeleton)
-    {
-        if (travel)
-        {
-            m_pTravel = std::make_unique<TW_KeyframeAnimation>(*travel, false);
-        }
-        for (const KeyframeAnimationChunk& record : records)
-        {
-            m_vecTracks.push_back(std::make_unique<TW_KeyframeAnimation>(record, false));
-        }
-        m_vecLocal.resize(m_vecTracks.size());
-        if (!records.empty())
-        {
-            // A clip that begins again at its last frame does not show that one.
-            const bool again = records.front().header.looping && !records.front().loopInterpolation;
-            m_uiFrames = records.front().totalFrameCount;
-            m_uiFrames -= again && m_uiFrames > 1 ? 1 : 0;
-        }
-    }
-
-    /// The frames from 0 that are shown.
-    [[nodiscard]] unsigned int getFrameCount() const noexcept { return m_uiFrames; }
-
-    /// World matrices at `frame`, one per record.
-    void play(double frame, std::vector<Matrixd>& world) const
-    {
-        for (std::size_t joint = 0; joint < m_vecTracks.size(); ++joint)
-        {
-            M_Matrix4x3Template<float> matrix;
-            m_vecTracks[joint]->animateFrame(matrix, static_cast<float>(frame));
-            m_vecLocal[joint] = toDouble(matrix);
-        }
-        composeWorld(m_skeleton, m_vecLocal, world);
-        if (m_pTravel)
-        {
-            M_Matrix4x3Template<float> place;
-            m_pTravel->animateFrame(place, static_cast<float>(frame));
-            const Matrixd travel = toDouble(place);
-            for (Matrixd& matrix : world)
-            {
-                matrix = matrix * travel;
-            }
-        }
-    }
-
-private:
-    const Skeleton& m_skeleton;
-    std::unique_ptr<TW_KeyframeAnimation> m_pTravel;
-    std::vector<std::unique_ptr<TW_KeyframeAnimation>> m_vecTracks;
-    unsigned int m_uiFrames = 0;
-    mutable std::vector<Matrixd> m_vecLocal;
-};
-
 /// The object as a node that travels; in seconds from the clip's beginning.
 class Carrying : public NodeMotion
 {
@@ -120,6 +60,68 @@ bool isAtJump(const std::set<double>& times, double seconds)
     return next != times.end() && *next <= seconds + near;
 }
 }  // namespace
+
+/// Plays records as the library does.
+class PlaybackMeter::Player
+{
+public:
+    /// Both must outlive the player; null: the object does not travel.
+    Player(const Skeleton& skeleton, const std::vector<KeyframeAnimationChunk>& records,
+           const KeyframeAnimationChunk* travel)
+        : m_skeleton(skeleton)
+    {
+        if (travel)
+        {
+            m_pTravel = std::make_unique<TW_KeyframeAnimation>(*travel, false);
+        }
+        for (const KeyframeAnimationChunk& record : records)
+        {
+            m_vecTracks.push_back(std::make_unique<TW_KeyframeAnimation>(record, false));
+        }
+        m_vecLocal.resize(m_vecTracks.size());
+        if (!records.empty())
+        {
+            m_uiFrames = records.front().totalFrameCount;
+            m_bAgain = records.front().header.looping && !records.front().loopInterpolation && m_uiFrames > 1;
+            m_uiFrames -= m_bAgain ? 1 : 0;
+        }
+    }
+
+    /// The frames from 0 that are shown.
+    [[nodiscard]] unsigned int getFrameCount() const noexcept { return m_uiFrames; }
+    /// Whether the first frame is shown in the place of the last one.
+    [[nodiscard]] bool beginsAgain() const noexcept { return m_bAgain; }
+
+    /// World matrices at `frame`, one per record.
+    void play(double frame, std::vector<Matrixd>& world) const
+    {
+        for (std::size_t joint = 0; joint < m_vecTracks.size(); ++joint)
+        {
+            M_Matrix4x3Template<float> matrix;
+            m_vecTracks[joint]->animateFrame(matrix, static_cast<float>(frame));
+            m_vecLocal[joint] = toDouble(matrix);
+        }
+        composeWorld(m_skeleton, m_vecLocal, world);
+        if (m_pTravel)
+        {
+            M_Matrix4x3Template<float> place;
+            m_pTravel->animateFrame(place, static_cast<float>(frame));
+            const Matrixd travel = toDouble(place);
+            for (Matrixd& matrix : world)
+            {
+                matrix = matrix * travel;
+            }
+        }
+    }
+
+private:
+    const Skeleton& m_skeleton;
+    std::unique_ptr<TW_KeyframeAnimation> m_pTravel;
+    std::vector<std::unique_ptr<TW_KeyframeAnimation>> m_vecTracks;
+    unsigned int m_uiFrames = 0;
+    bool m_bAgain = false;
+    mutable std::vector<Matrixd> m_vecLocal;
+};
 
 std::vector<KeyframeAnimationChunk> makeRecords(const Skeleton& skeleton, const ReducedClip& clip, Seam seam)
 {
@@ -187,20 +189,37 @@ PlaybackMeter::PlaybackMeter(const Model& model, const Skeleton& skeleton)
 {
 }
 
-PoseError PlaybackMeter::measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records,
-                                 const KeyframeAnimationChunk* travel, int frameRate,
+PoseError PlaybackMeter::measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records, int frameRate,
                                  const std::vector<double>& times) const
 {
-    const Player player(m_skeleton, records, travel);
+    return measure(clip, Player(m_skeleton, records, nullptr), std::vector<bool>(records.size(), true), frameRate,
+                   times);
+}
+
+PoseError PlaybackMeter::measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records,
+                                 const Travel& travel, const KeyframeAnimationChunk& record, int frameRate,
+                                 const std::vector<double>& times) const
+{
+    std::vector<bool> measured(records.size(), true);
+    for (std::size_t i = 1; i < travel.getPath().size(); ++i)
+    {
+        measured[static_cast<std::size_t>(travel.getPath()[i])] = false;
+    }
+    return measure(clip, Player(m_skeleton, records, &record), measured, frameRate, times);
+}
+
+PoseError PlaybackMeter::measure(const Clip& clip, const Player& player, const std::vector<bool>& measured,
+                                 int frameRate, const std::vector<double>& times) const
+{
+    const std::size_t joints = measured.size();
     const ClipSampler sampler(m_model, clip);
-    const std::set<double> jumps = findJumps(sampler, records.size());
-    std::vector<Matrixd> shouldLocal(records.size());
+    const std::set<double> jumps = findJumps(sampler, joints);
+    std::vector<Matrixd> shouldLocal(joints);
     std::vector<Matrixd> shouldBe;
     std::vector<Matrixd> world;
     PoseError error;
     PoseDifference difference;
-    const bool again = player.getFrameCount() < records.front().totalFrameCount;
-    const double end = again ? player.getFrameCount() : std::numeric_limits<double>::max();
+    const double end = player.beginsAgain() ? player.getFrameCount() : std::numeric_limits<double>::max();
     for (const double frame : times)
     {
         const double seconds = frame / frameRate;
@@ -208,14 +227,18 @@ PoseError PlaybackMeter::measure(const Clip& clip, const std::vector<KeyframeAni
         {
             continue;
         }
-        for (std::size_t joint = 0; joint < records.size(); ++joint)
+        for (std::size_t joint = 0; joint < joints; ++joint)
         {
             shouldLocal[joint] = sampler.sample(joint, seconds);
         }
         composeWorld(m_skeleton, shouldLocal, shouldBe);
         player.play(frame, world);
-        for (std::size_t joint = 0; joint < records.size(); ++joint)
+        for (std::size_t joint = 0; joint < joints; ++joint)
         {
+            if (!measured[joint])
+            {
+                shouldBe[joint] = world[joint];
+            }
             difference.add(world[joint], shouldBe[joint], m_reach[joint]);
         }
         if (frame == std::floor(frame))

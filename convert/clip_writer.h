@@ -31,15 +31,22 @@ public:
     PlaybackMeter(const Model& model, const Skeleton& skeleton);
 
     /// The largest difference between a clip's own curves and its records in world space: at `times` (frames,
-    /// ascending) of every joint, its axes and its surroundings, at whole frames also of the drawn vertices. `travel`
-    /// (null for none) is the record that carries the object.
+    /// ascending) of every joint, its axes and its surroundings, at whole frames also of the drawn vertices.
+    [[nodiscard]] PoseError measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records, int frameRate,
+                                    const std::vector<double>& times) const;
+    /// The same of a clip whose records were made without its travel, which `record` puts back. The nodes above the one
+    /// that travels are not looked at: they stand still in the clip and are carried with the object.
     [[nodiscard]] PoseError measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records,
-                                    const KeyframeAnimationChunk* travel, int frameRate,
+                                    const Travel& travel, const KeyframeAnimationChunk& record, int frameRate,
                                     const std::vector<double>& times) const;
     /// Makes `bounds` contain what is drawn while the records play.
     void addBounds(const std::vector<KeyframeAnimationChunk>& records, DrawnBounds& bounds) const;
 
 private:
+    class Player;
+    [[nodiscard]] PoseError measure(const Clip& clip, const Player& player, const std::vector<bool>& measured,
+                                    int frameRate, const std::vector<double>& times) const;
+
     const Model& m_model;
     const Skeleton& m_skeleton;
     DrawnSample m_drawn;

@@ -196,9 +196,9 @@ private:
 
     void addScript()
     {
-        const std::string comment = "Made by tw2 convert from " +
-                                    makeLine(std::filesystem::path(m_strModelFile).filename().string()) +
-                                    ".\nFile names are relative to the current directory of the program that loads it.";
+        const std::string comment =
+            "Made by tw2 convert from " + makeLine(std::filesystem::path(m_strModelFile).filename().string()) +
+            ".\nFiles are looked for in the current directory of the program that loads it, then beside this script.";
         m_files.add(m_strBase + ".script", makeScript(comment, m_vecBlocks));
     }
 

@@ -254,4 +254,24 @@ NodeMatch matchNodes(const Model& body, const Model& other, const NodeMap& map)
 {
     return Matcher(body, other).match(map);
 }
+
+int findNode(const Model& model, const std::string& name)
+{
+    const std::string prefix = findPrefix(model);
+    const std::string key = makeKey(name, prefix);
+    int spelled = -1;
+    for (std::size_t i = 0; i < model.m_vecNodes.size(); ++i)
+    {
+        const std::string& own = model.m_vecNodes[i].m_strName;
+        if (own == name)
+        {
+            return static_cast<int>(i);
+        }
+        if (spelled < 0 && !key.empty() && makeKey(own, prefix) == key)
+        {
+            spelled = static_cast<int>(i);
+        }
+    }
+    return spelled;
+}
 }  // namespace TW2::convert

@@ -49,4 +49,7 @@ struct NodeMatch
 /// what most names of a model begin with, marks between words, zeros before numbers, and the side as "left", "L" or
 /// "Lft", before or behind. Of several nodes that fit the first counts.
 [[nodiscard]] NodeMatch matchNodes(const Model& body, const Model& other, const NodeMap& map);
+
+/// The first node of that name; when there is none, the first whose name is spelled otherwise; else -1.
+[[nodiscard]] int findNode(const Model& model, const std::string& name);
 }  // namespace TW2::convert

@@ -1,6 +1,7 @@
 #include "convert/travel.h"
 
 #include "convert/convert_exception.h"
+#include "convert/node_match.h"
 #include "convert/node_motion.h"
 
 #include <algorithm>
@@ -13,11 +14,10 @@ namespace TW2::convert
 {
 namespace
 {
-int findNode(const Model& model, const std::string& name)
+bool isNamed(const Model& model, const std::string& name)
 {
-    const auto found = std::find_if(model.m_vecNodes.begin(), model.m_vecNodes.end(),
-                                    [&name](const Node& node) { return node.m_strName == name; });
-    return found == model.m_vecNodes.end() ? -1 : static_cast<int>(found - model.m_vecNodes.begin());
+    return std::any_of(model.m_vecNodes.begin(), model.m_vecNodes.end(),
+                       [&name](const Node& node) { return node.m_strName == name; });
 }
 
 /// The topmost nodes that clips move: what people look for.
@@ -174,25 +174,23 @@ std::vector<bool> findSeen(const Travel& travel)
 TravelChoice chooseTravel(const Model& model, const std::string& text, const std::string& fileName)
 {
     TravelChoice choice;
-    int node = findNode(model, text);
     const std::size_t colon = text.rfind(':');
-    if (node >= 0 || colon == std::string::npos)
+    const std::string before = text.substr(0, colon);
+    const bool parts = colon != std::string::npos && !isNamed(model, text) && findNode(model, before) >= 0;
+    if (!parts)
     {
         choice.m_bX = choice.m_bZ = choice.m_bYaw = true;
     }
-    else
+    else if (!readParts(text.substr(colon + 1), choice))
     {
-        node = findNode(model, text.substr(0, colon));
-        if (node >= 0 && !readParts(text.substr(colon + 1), choice))
-        {
-            fail(fileName, "root motion \"" + text + "\": expected parts such as \"xz,yaw\" behind the colon, not \"" +
-                               text.substr(colon + 1) + "\"");
-        }
+        fail(fileName, "root motion \"" + text + "\": expected parts such as \"xz,yaw\" behind the colon, not \"" +
+                           text.substr(colon + 1) + "\"");
     }
+    const int node = findNode(model, parts ? before : text);
     if (node < 0)
     {
         fail(fileName,
-             "has no node \"" + text.substr(0, colon) +
+             "has no node \"" + before +
                  "\" whose motion could be travel; the topmost nodes that its clips move: " + listMoved(model));
     }
     choice.m_uiNode = static_cast<std::size_t>(node);

@@ -21,8 +21,9 @@ struct TravelChoice
 };
 
 /// "NODE" (along x and z, and the turn) or "NODE:PARTS", parts being axes and "yaw" with commas between them: "xz,yaw",
-/// "xyz". What a node is called as a whole is its name, also with such signs in it. Throws ConvertException with
-/// `fileName` for a node that is not there and for other parts.
+/// "xyz". What a node is called as a whole is its name, also with such signs in it; names that are spelled otherwise
+/// are found when none is equal. Throws ConvertException with `fileName` for a node that is not there and for other
+/// parts.
 [[nodiscard]] TravelChoice chooseTravel(const Model& model, const std::string& text, const std::string& fileName);
 
 /// How an object travels while a clip plays: where it stands, seen from where it stood at the clip's beginning. Turns

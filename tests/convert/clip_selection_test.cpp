@@ -63,8 +63,24 @@ TEST(ClipSelection, ChoosesRenamesAndCuts)
         return std::string();
     };
     EXPECT_THAT(reasonOf("run"), testing::HasSubstr("has no clip \"run\"; its clips: \"walk\", \"a=b\""));
-    EXPECT_THAT(reasonOf("walk:5-21"), testing::HasSubstr("frames 0 to 20 at 10 per second, not 5 to 21"));
+    EXPECT_THAT(reasonOf("walk=go:5-21"),
+                testing::HasSubstr("clip \"walk\" has the frames 0 to 20 at 10 per second, not 5 to 21"));
     EXPECT_THAT(reasonOf("walk:7-5"), testing::HasSubstr("not 7 to 5"));
+}
+
+TEST(ClipSelection, CutsAtTheLastFrameOfAFileThatRoundsTheLengthOfAFrame)
+{
+    Clip clip = makeClip("climb", 0, 0.0, 0.0);
+    std::vector<double>& times = clip.m_vecChannels[0].m_positions.m_vecTimes;
+    times.clear();
+    for (int i = 0; i < 2752; ++i)
+    {
+        times.push_back(i * 0.0083333);
+    }
+    clip.m_vecChannels[0].m_positions.m_vecValues.resize(times.size());
+    clip.m_dDuration = times.back();
+    const std::vector<Clip> chosen = chooseClips({clip}, {"climb:1-2751"}, 0, "model");
+    EXPECT_NEAR(chosen.front().m_dDuration, 2750 / 120.0, 1e-12);
 }
 
 TEST(ClipSelection, PartsOfOneMotionBecomeOneClip)

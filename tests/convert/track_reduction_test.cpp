@@ -61,8 +61,7 @@ struct Reduced
             times.push_back(i / 4.0);
         }
         return PlaybackMeter(m_model, m_skeleton)
-            .measure(m_clip, makeRecords(m_skeleton, m_reduced, m_reduced.m_eSeam), nullptr, m_reduced.m_iFrameRate,
-                     times);
+            .measure(m_clip, makeRecords(m_skeleton, m_reduced, m_reduced.m_eSeam), m_reduced.m_iFrameRate, times);
     }
 };
 
