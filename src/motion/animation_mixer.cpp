@@ -280,7 +280,9 @@ void TW_AnimationMixer::setWeight(PlayId play, float weight, float fade) noexcep
 {
     if (Play* const found = find(play))
     {
-        found->fadeTo(takeWeight(weight), static_cast<double>(fade));
+        const double target = takeWeight(weight);
+        found->fadeTo(target, static_cast<double>(fade));
+        found->m_bLeaving = found->m_bLeaving && target == 0.0;
     }
 }
 

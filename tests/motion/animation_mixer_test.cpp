@@ -153,6 +153,30 @@ TEST_F(AnimationMixer, AFadeIsStraightAndACrossFadeTakesUpWhatStillPlays)
     EXPECT_NE(mixer.play("walk"), walk) << "playing begins anew";
 }
 
+TEST_F(AnimationMixer, AWeightTakesBackThatSomethingIsStopped)
+{
+    TW_AnimationMixer mixer(*m_object);
+    const auto walk = mixer.play("walk");
+    const auto run = mixer.play("run", {.keepOthers = true});
+    mixer.update(0.1);
+    mixer.stop(run, 0.4f);
+    mixer.update(0.1);
+    EXPECT_EQ(mixer.findPlay("run"), 0u);
+    mixer.setWeight(run, 0.0f, 0.3f);
+    EXPECT_EQ(mixer.findPlay("run"), 0u) << "it is on its way out still";
+    mixer.setWeight(run, 1.0f, 0.2f);
+    EXPECT_EQ(mixer.findPlay("run"), run);
+    mixer.update(0.3);
+    EXPECT_NEAR(mixer.getWeight(run), 0.5f, 1e-6f);
+    EXPECT_NEAR(mixer.getWeight(walk), 0.5f, 1e-6f);
+    mixer.stop(run);
+    mixer.update(0.1);
+    mixer.setWeight(run, 1.0f);
+    mixer.update(0.1);
+    EXPECT_FALSE(mixer.isPlaying(run)) << "what has gone is gone";
+    EXPECT_EQ(mixer.getWeight(walk), 1.0f);
+}
+
 TEST_F(AnimationMixer, WalkAndRunKeepTheirStepsTogether)
 {
     TW_AnimationMixer mixer(*m_object);

@@ -140,7 +140,8 @@ public:
     void stop(PlayId play, float fade = 0.0F) noexcept;
     /// The same for all that plays in a layer.
     void stopLayer(int layer, float fade = 0.0F) noexcept;
-    /// Changes a weight, 0 and up, over so many seconds. One of 0 plays on and costs next to nothing.
+    /// Changes a weight, 0 and up, over so many seconds. One of 0 plays on and costs next to nothing; one above 0 takes
+    /// back that it is stopped, or fades out for something that was played after it.
     void setWeight(PlayId play, float weight, float fade = 0.0F) noexcept;
     /// 1 is the animation's own speed; negative plays backwards. Nothing happens for something that does not play.
     void setSpeed(PlayId play, float speed) noexcept;
