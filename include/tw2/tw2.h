@@ -58,8 +58,9 @@
 #include <platform/scene/context.h>
 #include <platform/scene/virtual_object.h>
 
-// An engine of the host's own need not have these.
-#if __has_include(<platform/scene/scene.h>)
+// An engine of the host's own need not have these. TW2_OWN_ENGINE comes with the target tw2::tw2 there: the folder of
+// platform/ is in reach as well, and what it has of a scene is for its own classes.
+#if !defined(TW2_OWN_ENGINE) && __has_include(<platform/scene/scene.h>)
 #include <platform/scene/camera.h>
 #include <platform/scene/scene.h>
 #endif

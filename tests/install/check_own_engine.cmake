@@ -14,6 +14,7 @@ file(MAKE_DIRECTORY ${host})
 file(WRITE ${host}/CMakeLists.txt "${CMAKE_MATCH_1}")
 file(COPY ${CMAKE_CURRENT_LIST_DIR}/own_engine/main.cpp DESTINATION ${host})
 file(CREATE_LINK ${TW2_SOURCE_DIR} ${host}/tw2 SYMBOLIC)
+# As the guide says: cp -r tw2/tests/contract engine
 file(CREATE_LINK ${TW2_SOURCE_DIR}/tests/contract ${host}/engine SYMBOLIC)
 build_host(${host} own_engine Ninja -D CMAKE_CXX_FLAGS=-fno-rtti)
 run(${WORK_DIR}/own_engine/game ${TW2_SOURCE_DIR}/sample/sprout_dance.tw)

@@ -1,8 +1,4 @@
-#include <tw2/io/loader.h>
-#include <tw2/keyframe/keyframe_animation.h>
-#include <tw2/keyframe/keyframe_animation_chunk.h>
-
-#include <platform/runtime/exception.h>
+#include <tw2/tw2.h>
 
 #include <cstdio>
 
