@@ -279,7 +279,14 @@ void run(Arguments arguments)
     const bool onto = !arguments.script.empty();
     if (onto != arguments.folder.empty())
     {
-        throw CLI::ValidationError("convert", "either -o FOLDER or --onto SCRIPT has to be given");
+        throw CLI::ValidationError("convert",
+                                   onto ? "-o FOLDER and --onto SCRIPT exclude each other: the clips go beside SCRIPT"
+                                        : "either -o FOLDER or --onto SCRIPT has to be given");
+    }
+    if (!onto && std::filesystem::exists(arguments.folder) && !std::filesystem::is_directory(arguments.folder))
+    {
+        throw tools::Failure("-o \"" + arguments.folder +
+                             "\" is a file; expected a folder, which is made when it is missing");
     }
     if (onto)
     {

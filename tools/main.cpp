@@ -1,18 +1,14 @@
 #include "tools/commands.h"
+#include "viewer/text.h"
 
 #include <tw2/version.h>
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <numeric>
 #include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 namespace
 {
@@ -32,24 +28,6 @@ void printReason(std::string reason)
     std::fprintf(stderr, "tw2: %s\n", reason.c_str());
 }
 
-/// How many letters have to be added, left out or replaced to make one word of the other (Levenshtein, 1965).
-std::size_t getDistance(std::string_view from, std::string_view to)
-{
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < from.size(); ++i)
-    {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < to.size(); ++j)
-        {
-            const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({row[j] + 1, row[j + 1] + 1, replaced});
-        }
-    }
-    return row[to.size()];
-}
-
 /// What is said of a first word that is no sub-command: which one is nearest.
 std::string describeUnknown(const std::string& word, const CLI::App& program)
 {
@@ -57,7 +35,7 @@ std::string describeUnknown(const std::string& word, const CLI::App& program)
     std::size_t distance = std::string::npos;
     for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; }))
     {
-        if (const std::size_t now = getDistance(word, command->get_name()); now < distance)
+        if (const std::size_t now = TW2::viewer::countChanges(word, command->get_name()); now < distance)
         {
             distance = now;
             nearest = command->get_name();

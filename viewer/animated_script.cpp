@@ -16,7 +16,10 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <set>
 #include <string_view>
+#include <system_error>
 
 namespace TW2::viewer
 {
@@ -97,6 +100,26 @@ std::size_t findSkeleton(const std::vector<ScriptEntry>& entries, const std::str
     }
     return static_cast<std::size_t>(found - entries.begin());
 }
+
+/// Names of the scripts in a folder, in order.
+std::string listScripts(const std::filesystem::path& folder)
+{
+    std::set<std::string> names;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error))
+    {
+        if (entry.path().extension() == ".script")
+        {
+            names.insert(entry.path().filename().string());
+        }
+    }
+    std::string text;
+    for (const std::string& name : names)
+    {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text.empty() ? "no script" : text;
+}
 }  // namespace
 
 bool isModelFile(const std::string& file)
@@ -110,6 +133,10 @@ bool isModelFile(const std::string& file)
 
 std::vector<ScriptEntry> readScript(const std::string& scriptFile)
 {
+    if (std::error_code error; std::filesystem::is_directory(scriptFile, error))
+    {
+        throw Failure(scriptFile + " is a folder, not a script; in it: " + listScripts(scriptFile));
+    }
     if (isModelFile(scriptFile))
     {
         throw Failure(scriptFile + " is a model, not a script: \"tw2 convert " + scriptFile +
@@ -274,7 +301,8 @@ int AnimatedScript::findBone(const std::string& name) const
         {
             return static_cast<int>(i);
         }
-        if (toLower(bone).find(wanted) != std::string::npos)
+        // It is a part of the name, or is spelled much like it.
+        if (toLower(bone).find(wanted) != std::string::npos || 3 * countChanges(wanted, toLower(bone)) <= wanted.size())
         {
             like += (like.empty() ? "" : ", ") + bone;
         }

@@ -261,7 +261,12 @@ void execute(Viewer& viewer, std::string_view line)
     const auto command = findBy(commands, words.front(), &Command::m_strName);
     if (command == commands.end())
     {
-        throw Failure("there is no command \"" + words.front() + "\"");
+        std::string names;
+        for (const Command& known : commands)
+        {
+            names += (names.empty() ? "" : ", ") + std::string(known.m_strName);
+        }
+        throw Failure("there is no command \"" + words.front() + "\"; there are: " + names);
     }
     words.erase(words.begin());
     if (words.size() < countNeeded(command->m_strArguments))

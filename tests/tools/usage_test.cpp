@@ -30,6 +30,8 @@ TEST(Usage, WrongWordsAreToldWithWhatWouldBeRight)
         {{"covnert"}, 2, "the nearest is \"convert\""},
         {{"info", model}, 1, "is a model, not a script: \"tw2 convert " + model + " -o FOLDER\""},
         {{"play", model}, 1, "is a model, not a script"},
+        {{"info", TW2_SAMPLE}, 1, " is a folder, not a script; in it: sprout.script, walker.script"},
+        {{"info", TW2_SAMPLE "/textures"}, 1, "/textures is a folder, not a script; in it: no script"},
     };
     for (const Case& each : cases)
     {

@@ -282,10 +282,11 @@ TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)
             << each.m_szLine << ": " << refuse(each.m_szLine);
     }
     run({"mixer on"});
-    for (const Case& each :
-         {Case{"blend 1 wave", "the mixer plays"}, Case{"freeze", "the mixer plays"},
-          Case{"group bone2 wave", "the mixer plays"}, Case{"unmix 1", "there is no layer yet"},
-          Case{"add-layer replace nose", "no bone \"nose\""}, Case{"add-layer replace bone1 -1", "0 or more bones"}})
+    for (const Case& each : {Case{"blend 1 wave", "the mixer plays"}, Case{"freeze", "the mixer plays"},
+                             Case{"group bone2 wave", "the mixer plays"}, Case{"unmix 1", "there is no layer yet"},
+                             Case{"add-layer replace nose", "no bone \"nose\""},
+                             Case{"add-layer replace bonne1", "no bone \"bonne1\"; like it: bone0, bone1,"},
+                             Case{"add-layer replace bone1 -1", "0 or more bones"}})
     {
         EXPECT_NE(refuse(each.m_szLine).find(each.m_szSaid), std::string::npos)
             << each.m_szLine << ": " << refuse(each.m_szLine);

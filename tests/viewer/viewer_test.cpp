@@ -153,11 +153,11 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
     Viewer viewer;
     EXPECT_THROW(execute(viewer, "clip walk"), Failure) << "nothing is loaded";
     viewer.open(s_sample);
-    for (const Case& each :
-         {Case{"dance", "no command \"dance\""}, Case{"clip", "it is: clip NAME"}, Case{"clip walk", "sprout_dance"},
-          Case{"seek soon", "\"soon\" is not a number"}, Case{"show teeth", "skeleton"},
-          Case{"show grid maybe", "off, on, toggle"}, Case{"bone head", "no bone \"head\""},
-          Case{"crowd 20000", "0 to 10000"}, Case{"surface gold", "weights"}, Case{"step 1.5", "not a whole number"}})
+    for (const Case& each : {Case{"dance", "no command \"dance\"; there are: open"}, Case{"clip", "it is: clip NAME"},
+                             Case{"clip walk", "sprout_dance"}, Case{"seek soon", "\"soon\" is not a number"},
+                             Case{"show teeth", "skeleton"}, Case{"show grid maybe", "off, on, toggle"},
+                             Case{"bone head", "no bone \"head\""}, Case{"crowd 20000", "0 to 10000"},
+                             Case{"surface gold", "weights"}, Case{"step 1.5", "not a whole number"}})
     {
         try
         {

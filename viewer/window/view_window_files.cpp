@@ -10,6 +10,8 @@
 #include <exception>
 #include <filesystem>
 #include <sstream>
+#include <string>
+#include <string_view>
 
 namespace TW2::viewer
 {
@@ -35,11 +37,14 @@ std::string findScript(const fs::path& folder)
     return *std::min_element(scripts.begin(), scripts.end());
 }
 
-std::string lastLine(const std::string& text)
+/// The last line of what the converter wrote: the reason, without the name of the command that this window belongs to.
+std::string findReason(const std::string& output)
 {
-    const std::size_t end = text.find_last_not_of('\n');
-    const std::size_t begin = end == std::string::npos ? end : text.find_last_of('\n', end);
-    return end == std::string::npos ? text : text.substr(begin + 1, end - begin);
+    constexpr std::string_view command = "tw2: ";
+    const std::size_t end = output.find_last_not_of('\n');
+    const std::size_t begin = end == std::string::npos ? end : output.find_last_of('\n', end);
+    const std::string line = end == std::string::npos ? output : output.substr(begin + 1, end - begin);
+    return line.starts_with(command) ? line.substr(command.size()) : line;
 }
 
 /// The lines of the converter's summary that say what was left out.
@@ -147,7 +152,7 @@ void ViewWindow::pollConversion()
     }
     else if (state == Conversion::State::Failed)
     {
-        fail(lastLine(m_conversion.getOutput()));
+        fail(findReason(m_conversion.getOutput()));
     }
     else
     {
