@@ -16,6 +16,9 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform DESTINATION ${CMAKE_INSTALL_INC
 install(FILES ${PROJECT_BINARY_DIR}/generated/platform/export.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tw2-platform/platform COMPONENT development)
 
+# The character that the documents play.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/sample DESTINATION ${CMAKE_INSTALL_DATADIR}/tw2 COMPONENT development)
+
 # The renderer is a component of the package: who does not ask for it needs no epoxy.
 if(TARGET tw2_render)
   install(TARGETS tw2_render EXPORT tw2RenderTargets ARCHIVE COMPONENT development)

@@ -38,6 +38,8 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tw2-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${own_library})
+# What it opens itself when it draws and when it shows a window: drivers, and letters.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "libegl1, libegl-mesa0, libgl1-mesa-dri, fonts-dejavu-core")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "${PROJECT_DESCRIPTION}: the command that converts, shows and draws models.")
 
 set(CPACK_SOURCE_GENERATOR TXZ)
