@@ -50,6 +50,7 @@ TEST(ClipSelection, ChoosesRenamesAndCuts)
     EXPECT_EQ(chosen[2].m_strName, "x:1-2");
     EXPECT_EQ(chosen[3].m_strName, "c");
     EXPECT_EQ(chosen[4].m_dDuration, 2.0);
+    EXPECT_NEAR(chooseClips(clips, {"walk:5-15"}, 20, "model")[0].m_dDuration, 0.5, 1e-12) << "frames of a given rate";
     const auto reasonOf = [&clips](const std::string& choice)
     {
         try
@@ -94,20 +95,22 @@ TEST(ClipSelection, PartsOfOneMotionBecomeOneClip)
     EXPECT_THAT(warnings, testing::IsEmpty());
     EXPECT_FALSE(TW2::convert::areParts({parts[0]})) << "one is no part of anything";
     // Parts that were cut out of their motions begin together, with the events that lie within them.
-    parts[1].m_dStart = 0.5;
+    parts[0].m_root = scale(0.5);  // from a file with another space
+    parts[1].m_dStart = 0.45;
     parts[1].m_dDuration = 1.0;
     parts[1].m_vecEvents = {{0.25, "before"}, {0.75, "within"}, {1.75, "behind"}};
     parts[1].m_vecChannels[0].m_positions.m_eInterpolation = Interpolation::Step;
     const Clip cut = TW2::convert::mergeClips(makeChain(2), parts, "all", warnings);
     ASSERT_EQ(cut.m_vecEvents.size(), 1U);
-    EXPECT_NEAR(cut.m_vecEvents[0].m_dTime, 0.25, 1e-12);
+    EXPECT_NEAR(cut.m_vecEvents[0].m_dTime, 0.3, 1e-12);
     const Model chain = makeChain(2);
     const ClipSampler sampler(chain, cut);
-    EXPECT_NEAR(sampler.sample(0, 0.35).getTranslation().x, 0.35, 1e-9);
-    EXPECT_NEAR(sampler.sample(1, 0.35).getTranslation().x, 0.8, 1e-9);
+    EXPECT_NEAR(sampler.sample(0, 0.35).getTranslation().x, 0.175, 1e-9);
+    EXPECT_NEAR(sampler.sample(1, 0.3).getTranslation().x, 0.7, 1e-9);
     const std::vector<double> jumps = sampler.findJumps(1);
-    EXPECT_TRUE(std::any_of(jumps.begin(), jumps.end(), [](double time) { return std::abs(time - 0.3) < 1e-9; }));
-    EXPECT_EQ(TW2::convert::chooseFrameRate(cut), 10);
+    EXPECT_TRUE(std::any_of(jumps.begin(), jumps.end(), [](double time) { return std::abs(time - 0.05) < 1e-9; }));
+    EXPECT_EQ(TW2::convert::chooseFrameRate(cut), 20) << "keys lie between the frames of ten per second";
+    parts[0].m_root.reset();
     parts.push_back(makeClip("c", 1, 1.0, 5.0));
     EXPECT_FALSE(TW2::convert::areParts(parts));
     (void)TW2::convert::mergeClips(makeChain(2), parts, "all", warnings);

@@ -141,6 +141,8 @@ TEST(WrittenGeometry, MakesAGroupMoreWhereIndicesWouldNotReach)
         mesh.m_vecPositions.emplace_back(static_cast<float>(i), static_cast<float>(i % 3), 0.0F);
         mesh.m_vecIndices.push_back(static_cast<unsigned int>(i));
     }
+    // The last triangle has vertices of the first group again.
+    mesh.m_vecIndices.insert(mesh.m_vecIndices.end(), {0, 1, 2});
     mesh.m_vecNormals.assign(mesh.m_vecPositions.size(), {0.0F, 0.0F, -1.0F});
     GeometryBuilder builder;
     builder.add(mesh, convert_test::Matrixd(), {});
@@ -157,10 +159,10 @@ TEST(WrittenGeometry, MakesAGroupMoreWhereIndicesWouldNotReach)
             {
                 const std::size_t index = record.getIndex(group, triangle, i);
                 ASSERT_LT(index, record.getVertexCount(group));
-                EXPECT_EQ(record.getPosition(group, index).x, static_cast<float>(next++));
+                EXPECT_EQ(record.getPosition(group, index).x, static_cast<float>(mesh.m_vecIndices[next++]));
             }
         }
     }
-    EXPECT_EQ(next, 3 * triangles);
+    EXPECT_EQ(next, mesh.m_vecIndices.size());
 }
 }  // namespace

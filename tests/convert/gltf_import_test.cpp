@@ -340,6 +340,51 @@ TEST(GltfScenes, TheOneThatTheFileNamesIsShownWithItsSurfaces)
     EXPECT_EQ(model.m_vecMeshes.at(1).m_iMaterial, 1);
 }
 
+TEST(GltfGeometry, AMeshMayHaveItsSecondCoordinatesAlone)
+{
+    GltfText text;
+    const int positions = text.addFloats(support::squarePositions, "VEC3");
+    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(,"TEXCOORD_1":)" +
+                            number(text.addFloats(support::squareCoordinates, "VEC2")) + R"(},"indices":)" +
+                            number(text.addIndices(support::squareIndices)) + "}");
+    const Mesh mesh = read(text).m_vecMeshes.at(0);
+    ASSERT_EQ(mesh.m_vecCoordinates.size(), 2U);
+    EXPECT_TRUE(mesh.m_vecCoordinates[0].empty());
+    EXPECT_EQ(mesh.m_vecCoordinates[1].size(), mesh.m_vecPositions.size());
+}
+
+TEST(GltfMotion, CurvesThatCannotBeFollowedAreToldAndThoseOfNoNodeAreNone)
+{
+    const auto getReason = [](const std::vector<float>& times, const std::vector<float>& values)
+    {
+        try
+        {
+            static_cast<void>(readCurve("LINEAR", times, values));
+            return std::string();
+        }
+        catch (const S_Exception& exception)
+        {
+            return std::string(exception.getErrorMessage());
+        }
+    };
+    EXPECT_EQ(getReason({0, 1}, {0, 0, 0, 1, 0, 0}), "");
+    EXPECT_THAT(getReason({1, 0}, {0, 0, 0, 1, 0, 0}), testing::HasSubstr("input: its times do not ascend"));
+    EXPECT_THAT(getReason({0, 1}, {0, 0, 0}), testing::HasSubstr("has 1 values for 2 times, 2 are needed"));
+    EXPECT_THAT(getReason({0, 1}, {0, 0, 0, 1, INFINITY, 0}), testing::HasSubstr("not finite"));
+    GltfText text;
+    const int times = text.addFloats({0, 1}, "SCALAR");
+    const int places = text.addFloats({0, 0, 0, 1, 2, 3}, "VEC3");
+    const std::string sampler = R"({"input":)" + number(times) + R"(,"output":)" + number(places) + "}";
+    text.set("nodes", R"([{"name":"a"}])");
+    text.set("animations", R"([{"samplers":[)" + sampler +
+                               R"(],"channels":[{"sampler":0,"target":{"path":"translation"}},)"
+                               R"({"sampler":0,"target":{"node":0,"path":"translation"}}]}])");
+    const Model model = read(text);
+    ASSERT_EQ(model.m_vecClips.at(0).m_vecChannels.size(), 1U);
+    EXPECT_EQ(TW2::convert::ClipSampler(model, model.m_vecClips[0]).sample(0, 1.0).getTranslation(),
+              Vector3d(1, 2, -3));
+}
+
 TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
 {
     const auto make = [](std::uint8_t joint, int node = 2, std::uint8_t last = 255)
@@ -390,14 +435,16 @@ TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)
     text.set("extensions", R"({"KHR_lights_punctual":{"lights":[
         {"type":"spot","intensity":314.15927,"color":[1,0.5,0],"spot":{"innerConeAngle":0.5,"outerConeAngle":0.7853982}},
         {"type":"directional","intensity":3.1415927},
-        {"type":"point","intensity":314.15927,"range":20}]}})");
+        {"type":"point","intensity":314.15927,"range":20},
+        {"type":"point","intensity":314.15927,"range":5}]}})");
     text.set("cameras",
              R"([{"type":"perspective","perspective":{"yfov":1.5707963,"aspectRatio":1,"znear":0.5,"zfar":50}},
                             {"name":"flat","type":"orthographic","orthographic":{"xmag":1,"ymag":1,"zfar":9,"znear":1}},
                             {"type":"perspective","perspective":{"yfov":1.5707963,"znear":0.5}}])");
     text.set("nodes", R"([{"mesh":0},{"camera":0},{"camera":1},{"extensions":{"KHR_lights_punctual":{"light":0}}},
                           {"extensions":{"KHR_lights_punctual":{"light":1}}},
-                          {"camera":2,"extensions":{"KHR_lights_punctual":{"light":2}}}])");
+                          {"camera":2,"extensions":{"KHR_lights_punctual":{"light":2}}},
+                          {"extensions":{"KHR_lights_punctual":{"light":3}}}])");
     const Model model = read(text);
     ASSERT_EQ(model.m_vecCameras.size(), 2U);
     EXPECT_NEAR(std::tan(model.m_vecCameras[1].m_fHorizontalAngle * std::acos(-1.0) / 360.0), 16.0 / 9.0, 1e-5)
@@ -408,7 +455,9 @@ TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)
     EXPECT_FLOAT_EQ(model.m_vecCameras[0].m_fNear, 0.5F);
     EXPECT_EQ(model.m_vecCameras[0].m_vForward, Vector3d(0, 0, 1)) << "-z of the file, which is mirrored";
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("camera \"flat\"")));
-    ASSERT_EQ(model.m_vecLights.size(), 3U);
+    EXPECT_EQ(model.m_vecNodes.at(3).m_strName, "nodes[3]") << "what has no name is called by its place";
+    ASSERT_EQ(model.m_vecLights.size(), 4U);
+    EXPECT_NEAR(model.m_vecLights[3].m_fBrightness, 10.0F, 1e-3F) << "what ends before it would be full is bright";
     EXPECT_EQ(model.m_vecLights[2].m_eKind, TW2::convert::Light::Kind::Point);
     EXPECT_NEAR(model.m_vecLights[2].m_fRange, 20.0F, 1e-3F);
     EXPECT_NEAR(model.m_vecLights[2].m_fBrightness * (1.0F - 10.0F / 20.0F), 1.0F, 1e-4F);
@@ -541,6 +590,7 @@ TEST(GltfCompression, WebPPicturesAreDecodedAndHaveTheirAlpha)
     };
     const Model model = read(make(content));
     ASSERT_EQ(model.m_vecPictures.size(), 1U);
+    EXPECT_EQ(model.m_vecSurfaces.size(), 1U) << "no plain one that nothing has";
     EXPECT_TRUE(model.m_vecPictures[0].m_bAlpha);
     EXPECT_EQ(model.m_vecPictures[0].m_uiWidth, 2U);
     const G_Image image = TW2::convert::decodePicture(model.m_vecPictures[0]);

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
 namespace
@@ -54,14 +55,17 @@ protected:
         TW2::convert::OutputFiles files;
         TW2::convert::TextureFiles textures(m_model.m_vecPictures, files);
         TW2::convert::Warnings warnings;
-        const TW2::MaterialListChunk list =
-            TW2::convert::buildMaterials(m_model, TW2::convert::planSurfaces(m_model, textures, warnings));
+        m_vecPlans = TW2::convert::planSurfaces(m_model, textures, warnings);
+        m_vecWarnings = warnings.makeLines();
+        const TW2::MaterialListChunk list = TW2::convert::buildMaterials(m_model, m_vecPlans);
         EXPECT_EQ(list.materials.size(), m_model.m_vecSurfaces.size());
         EXPECT_EQ(list.materials.back().name, m_model.m_vecSurfaces.back().m_strName.c_str());
         return list.materials.back();
     }
 
     Model m_model;
+    std::vector<TW2::convert::SurfacePlan> m_vecPlans;
+    std::vector<std::string> m_vecWarnings;
 };
 }  // namespace
 
@@ -138,11 +142,12 @@ TEST_F(WrittenMaterials, AlphaMeansWhatTheSurfaceSays)
 TEST_F(WrittenMaterials, TexturesAreThoseOfTheSurfaceWithTheirFilters)
 {
     Surface& surface = addSurface();
-    surface.m_diffuse = white;
     surface.m_bUnlit = true;
+    surface.m_emissive = dark;  // part of what it shows already
     surface.m_diffuseTexture.m_iPicture = 1;
     TWMaterialChunk material = build();
     ASSERT_TRUE(material.hasDiffuseTexture());
+    EXPECT_FALSE(material.hasReflectionTexture());
     EXPECT_EQ(material.accessDiffuseTexture().frameFiles.at(0), "bark.png");
     EXPECT_EQ(material.accessDiffuseTexture().filter, 3) << "smooth close by and far away";
     EXPECT_EQ(material.accessDiffuseTexture().mipLevels, 0) << "as many as there are";
@@ -150,7 +155,6 @@ TEST_F(WrittenMaterials, TexturesAreThoseOfTheSurfaceWithTheirFilters)
     EXPECT_EQ(material.shading, TWMaterialChunk::SHADING_NONE);
     surface.m_diffuseTexture.m_bCoarse = true;
     surface.m_bUnlit = false;
-    surface.m_emissive = dark;
     surface.m_emissiveTexture.m_iPicture = 0;
     material = build();
     EXPECT_EQ(material.accessDiffuseTexture().filter, 0);
@@ -164,6 +168,7 @@ TEST_F(WrittenMaterials, TexturesAreThoseOfTheSurfaceWithTheirFilters)
     cut.m_eAlpha = Surface::Alpha::Blend;
     cut.m_opacityTexture.m_iPicture = 0;
     cut.m_opacityTexture.m_bCoarse = true;
+    cut.m_emissive = dark;
     material = build();
     EXPECT_EQ(material.accessDiffuseTexture().frameFiles.at(0), "s2.png");
     EXPECT_EQ(material.accessOpacityTexture().frameFiles.at(0), "leaf_2.png") << "the first is tinted by a glow";
@@ -175,4 +180,52 @@ TEST_F(WrittenMaterials, TexturesAreThoseOfTheSurfaceWithTheirFilters)
     EXPECT_EQ(material.reflectionBlend, 2) << "colours multiply";
     EXPECT_EQ(material.accessReflectionTexture().filter, 1);
     EXPECT_EQ(material.accessReflectionTexture().mipLevels, 1);
+}
+
+TEST_F(WrittenMaterials, ThePictureOfTheOpacityIsNotTinted)
+{
+    Surface& surface = addSurface();
+    surface.m_eAlpha = Surface::Alpha::Blend;
+    surface.m_diffuseTexture.m_iPicture = 0;
+    surface.m_opacityTexture.m_iPicture = 0;
+    TWMaterialChunk material = build();
+    EXPECT_NE(material.accessOpacityTexture().frameFiles.at(0), material.accessDiffuseTexture().frameFiles.at(0));
+    surface.m_diffuse = white;
+    material = build();
+    EXPECT_EQ(material.accessOpacityTexture().frameFiles.at(0), material.accessDiffuseTexture().frameFiles.at(0));
+}
+
+TEST_F(WrittenMaterials, APictureIsMirroredOnlyWhereCoordinatesLeaveIt)
+{
+    Surface& surface = addSurface();
+    surface.m_diffuseTexture.m_iPicture = 1;
+    surface.m_diffuseTexture.m_eWrapU = surface.m_diffuseTexture.m_eWrapV = TW2::convert::Wrap::Mirror;
+    TW2::convert::Mesh& mesh = m_model.m_vecMeshes.back();
+    for (const bool down : {false, true})
+    {
+        mesh.m_vecCoordinates = {
+            {{0.0F, 0.0F, 0.0F}, {1.0F, 1.0F, 0.0F}, {down ? 0.5F : -0.5F, down ? 1.5F : 0.5F, 0.0F}}};
+        static_cast<void>(build());
+        EXPECT_EQ(m_vecPlans[0].m_vecLayers.at(0).m_bMirrorU, !down);
+        EXPECT_EQ(m_vecPlans[0].m_vecLayers.at(0).m_bMirrorV, down);
+    }
+}
+
+TEST_F(WrittenMaterials, ColoursThatMeshesDifferInAreAPictureAndClearOnesBesideATextureAreTold)
+{
+    addSurface();
+    m_model.m_vecMeshes.push_back(m_model.m_vecMeshes.back());
+    m_model.m_vecMeshes[0].m_vecColors.assign(3, {255, 0, 0, 255});
+    m_model.m_vecMeshes[1].m_vecColors.assign(3, {255, 0, 0, 255});
+    EXPECT_FALSE(build().hasDiffuseTexture()) << "one colour for all";
+    m_model.m_vecMeshes[1].m_vecColors.assign(3, {0, 0, 255, 128});
+    EXPECT_TRUE(build().hasDiffuseTexture());
+    Surface& surface = m_model.m_vecSurfaces.back();
+    surface.m_diffuseTexture.m_iPicture = 1;
+    static_cast<void>(build());
+    EXPECT_TRUE(m_vecWarnings.empty()) << "an opaque surface has none to lose";
+    surface.m_eAlpha = Surface::Alpha::Blend;
+    static_cast<void>(build());
+    ASSERT_EQ(m_vecWarnings.size(), 1U);
+    EXPECT_NE(m_vecWarnings[0].find("the transparency of its vertices"), std::string::npos) << m_vecWarnings[0];
 }

@@ -1,5 +1,6 @@
 #include "convert/pose_error.h"
 
+#include "convert/skeleton.h"
 #include "tests/convert/model_builder.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,8 @@
 #include <cmath>
 #include <numbers>
 #include <random>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -61,4 +64,22 @@ TEST(PoseError, IsWhatIsOffAtTheEndsOfTheAxesAndByHowMuchTheyTurn)
     Matrixd lost = turnZ(10.0);
     lost.setRow(1, {});
     EXPECT_NEAR(compare(lost, turnZ(10.0), 1.0).m_dDegrees, 90.0, 1e-9) << "an axis that is lost";
+}
+
+TEST(PoseError, LooksAsFarAsAnythingHangsOnANode)
+{
+    Model model = makeChain(3);  // each a unit from the one before
+    model.m_vecMeshes.push_back(makeSkin({{0, Matrixd()}}));
+    Mesh& skin = model.m_vecMeshes[0];
+    skin.m_vecPositions = {{5, 0, 0}, {0, 50, 0}, {0, 0, 2}};
+    skin.m_vecBones[0].m_vecWeights = {{0U, 0.5F}, {1U, 0.01F}, {2U, 1.0F}};
+    model.m_vecMeshes.push_back(makeSkin({}));
+    model.m_vecMeshes[1].m_vecPositions[1] = {0, 7, 0};
+    model.m_vecNodes[2].m_vecMeshes = {1};
+    std::vector<std::string> warnings;
+    const std::vector<double> reach = TW2::convert::measureReach(model, TW2::convert::makeSkeleton(model, warnings));
+    ASSERT_EQ(reach.size(), 3U);
+    EXPECT_NEAR(reach[0], 5.0, 1e-9) << "the farthest vertex that it moves by more than a little";
+    EXPECT_NEAR(reach[1], 1.0, 1e-9) << "its child";
+    EXPECT_NEAR(reach[2], 7.0, 1e-9) << "the mesh that it shows";
 }

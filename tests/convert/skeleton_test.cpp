@@ -16,6 +16,12 @@ Skeleton makeQuietly(const Model& model)
     std::vector<std::string> warnings;
     Skeleton skeleton = makeSkeleton(model, warnings);
     EXPECT_THAT(warnings, testing::IsEmpty());
+    for (const auto& joint : skeleton.m_vecJoints)
+    {
+        const Matrixd above =
+            joint.m_iParent < 0 ? Matrixd() : skeleton.m_vecJoints[static_cast<std::size_t>(joint.m_iParent)].m_world;
+        EXPECT_LT(largestDifference(joint.m_local * above, joint.m_world), 1e-9) << joint.m_strName;
+    }
     return skeleton;
 }
 
@@ -114,8 +120,11 @@ TEST(Skeleton, WhatHangsOnBonesGoesWithThemIntoTheBindPose)
 {
     Model model = makeCharacter(Matrixd(), Matrixd());
     addNode(model, "hat", 2, move(0, 1, 0));
+    model.m_vecMeshes.push_back(makeSkin({}));
+    model.m_vecNodes[4].m_vecMeshes = {1};
     // Bound with the second bone bent upwards.
     model.m_vecMeshes[0].m_vecBones[1].m_offset = (turnZ(90.0) * move(2, 0, 0)).inverse();
     const Skeleton skeleton = makeQuietly(model);
     EXPECT_LT(largestDifference(skeleton.m_vecJoints[4].m_world, move(0, 1, 0) * turnZ(90.0) * move(2, 0, 0)), 1e-9);
+    EXPECT_LT(largestDifference(skeleton.m_vecMeshToSkin[1], skeleton.m_vecJoints[4].m_world), 1e-9) << "what it shows";
 }

@@ -37,7 +37,8 @@ TEST_P(SceneRenderer, DrawsBlendedSurfacesFromFarToNearOverWhatIsBehindThem)
     // Added first, so that only sorting draws them last and in the right order.
     P_VirtualObject& first = addSquare(0.0F, 0.0F, &redGlass, false, -0.2F);
     P_VirtualObject& second = addSquare(0.0F, 0.0F, &greenGlass, false, -0.1F);
-    addSquare(0.0F, 0.0F, &addColor({255.0F, 255.0F, 255.0F}));
+    P_Material& white = addColor({255.0F, 255.0F, 255.0F});
+    addSquare(0.0F, 0.0F, &white);
     expectColor(draw(), 0.5F, 0.5F, {191, 127, 63}, "red before green before white");
     first.setMatrix(Matrix::translation({0.0F, 0.0F, -0.1F}));
     second.setMatrix(Matrix::translation({0.0F, 0.0F, -0.2F}));
@@ -45,6 +46,8 @@ TEST_P(SceneRenderer, DrawsBlendedSurfacesFromFarToNearOverWhatIsBehindThem)
     // A priority comes before the depth.
     redGlass.setSortPriority(P_Material::defaultSortPriority + 1);
     expectColor(draw(), 0.5F, 0.5F, {191, 127, 63}, "red last");
+    white.setSortPriority(P_Material::defaultSortPriority + 2);
+    expectColor(draw(), 0.5F, 0.5F, {255, 255, 255}, "and before what is blended");
 }
 
 TEST_P(SceneRenderer, SkinsFollowTheirBoneMatricesFromFrameToFrame)
