@@ -107,6 +107,14 @@ TEST_P(MaterialDrawing, UnshadedTransparentSetUpsShowTheirMapAsItIs)
     ASSERT_TRUE(
         P_MaterialHelpers::makeTextureTransparent(&material, P_Material::FILTER_MODE::Point, false, true, false));
     material.setTexture(0, &addMap(1, 1, {100, 150, 20, 255}));
-    addSquare(-0.5F, -0.5F, &material);
+    P_VirtualObject& square = addSquare(-0.5F, -0.5F, &material);
     expectColor(draw(), 0.0F, 0.0F, {100, 150, 20});
+    // A mesh without colours has opaque vertices.
+    P_Material& byVertex = *m_materials.emplace_back(std::make_unique<P_Material>());
+    byVertex.init(1, 1);
+    byVertex.addTextureLayer(0, 0, P_Material::BLENDING_MODE::VertexAlpha, P_Material::FILTER_MODE::Point,
+                             P_Material::TEXTURE_ADDRESS_MODE::Wrap);
+    byVertex.setTexture(0, &addMap(1, 1, {100, 150, 20, 255}));
+    square.getPrimitiveInstance(0)->setMaterial(&byVertex);
+    expectColor(draw(), 0.0F, 0.0F, {100, 150, 20}, "vertices without alpha");
 }

@@ -212,8 +212,11 @@ TEST_P(SceneRenderer, ForgetsGeometryAndMapsThatAreGone)
     mesh->releaseReference();  // only the renderer's hold is left
     draw();
     EXPECT_EQ(m_renderer->getKeptMeshCount(), 0U);
-    addSquare(0.0F, 0.0F, &addColor({0.0F, 255.0F, 0.0F}));
+    P_TriangleMesh* another = addSquare(0.0F, 0.0F, &addColor({0.0F, 255.0F, 0.0F})).getPrimitive(0);
     EXPECT_EQ(at(draw(), 0.5F, 0.5F), green);
+    EXPECT_EQ(another->getReferenceCount(), 2);
+    m_renderer.reset();
+    EXPECT_EQ(another->getReferenceCount(), 1) << "nothing is held by a renderer that is gone";
 }
 
 TEST_P(SceneRenderer, DrawsLinesAlongTheirLengthHiddenOrOverEverything)

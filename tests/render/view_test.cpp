@@ -73,7 +73,12 @@ TEST_P(ViewOptions, ShowWhatThePickedBoneMoves)
     expectColor(half, 0.0F, 0.0F, {0, 255, 0}, "half its weight");
     EXPECT_GT(at(half, -1.0F, 0.0F)[2], 200) << "a rigid mesh has no weights";
     m_view.m_pPickedMesh = &rigid;
-    EXPECT_GT(at(draw(), -1.0F, 0.0F)[0], 200) << "a mesh that is the bone";
+    P_VirtualObject& twin = *m_objects.emplace_back(std::make_unique<P_VirtualObject>(rigid));
+    twin.setMatrix(Matrix::translation({-1.5F, 0.75F, 0.0F}));
+    twin.addTo(&m_scene);
+    const G_Image picked = draw();
+    EXPECT_GT(at(picked, -1.0F, 0.0F)[0], 200) << "a mesh that is the bone";
+    EXPECT_LT(at(picked, -1.0F, 1.25F)[0], 50) << "its copy is not";
 
     m_view.m_eSurface = View::Surface::Materials;
     m_view.m_bHighlight = true;
@@ -112,6 +117,31 @@ TEST_P(ViewOptions, DrawTrianglesAsLines)
     EXPECT_GE(count(only, background), 54);
     EXPECT_LE(count(only, background), 61) << "two sides and the diagonal";
     EXPECT_EQ(at(only, -0.5F, -0.5F), background) << "the diagonal runs from the upper left to the lower right";
+    const auto countDown = [](const G_Image& picture)
+    {
+        int found = 0;
+        for (int y = 0; y < 64; ++y)
+        {
+            // A column that meets the lower side, the diagonal and the upper side.
+            const std::array<int, 3> is = at(picture, -0.5F, -2.0F + static_cast<float>(y) / 16.0F + 0.01F);
+            found += std::abs(is[1] - background[1]) + std::abs(is[2] - background[2]) < 60 ? 1 : 0;
+        }
+        return found;
+    };
+    const int between = countDown(only);
+    EXPECT_LE(between, 61);
+    P_TriangleMesh& mesh = *m_objects[0]->getPrimitive(0);
+    mesh.setDrawnRange(1, 1);
+    EXPECT_GT(countDown(draw()), between) << "the second triangle has no lower side";
+    mesh.setDrawnRange(0, 0);
+    EXPECT_EQ(countDown(draw()), between);
+    mesh.lock();
+    mesh.getIndexBuffer().setTriangle(0, 0, 0, 0);
+    mesh.unlock();
+    EXPECT_GT(countDown(draw()), between) << "a triangle without sides";
+    mesh.lock();
+    mesh.getIndexBuffer().setTriangle(0, 0, 2, 1);
+    mesh.unlock();
     m_view.m_wireColor.alpha = 0.0F;
     EXPECT_GE(count(draw(), background), 64) << "lines that are clear";
     m_view.m_wireColor.alpha = 255.0F;
