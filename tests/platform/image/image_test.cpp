@@ -179,7 +179,7 @@ TEST(Image, AWrittenPNGIsReadBackAndReplacesTheOldFileAsAWhole)
 {
     support::TemporaryDirectory directory;
     directory.enter();
-    const G_Image original = support::makeVariedPicture(16, 16);
+    const G_Image original = support::makeVariedPicture(16, 9);
     original.writePNG("out.png");
     const G_Image image("OUT.PNG");
     ASSERT_EQ(image.getSize(), original.getSize());
