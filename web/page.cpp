@@ -172,6 +172,12 @@ extern "C"
         return answer(TW2::viewer::describeState(page().m_viewer));
     }
 
+    /// How the picked bone moves in the animation that plays.
+    EMSCRIPTEN_KEEPALIVE const char* tw2_curves()
+    {
+        return answer(TW2::viewer::describeCurves(page().m_viewer));
+    }
+
     /// The `tw2 render` command of the picture; on a second line what it leaves out.
     EMSCRIPTEN_KEEPALIVE const char* tw2_render_command(int width, int height)
     {

@@ -2,9 +2,12 @@
 
 #include "json/writer.h"
 #include "viewer/commands.h"
+#include "viewer/key_curves.h"
 #include "viewer/viewer.h"
 
 #include <sstream>
+#include <string_view>
+#include <vector>
 
 namespace TW2::viewer
 {
@@ -79,6 +82,7 @@ void writeMixer(json::Writer& json, const MixerPlayback& mixer)
         json.beginObject();
         json.member("additive", layer.m_bAdditive);
         json.member("bone", layer.m_iBone);
+        json.member("falloff", layer.m_uiFalloff);
         json.member("weight", layer.m_fWeight);
         json.endObject();
     }
@@ -95,7 +99,81 @@ void writeMixer(json::Writer& json, const MixerPlayback& mixer)
     }
     json.endArray();
 }
+void writePoint(json::Writer& json, std::string_view key, const M_Vector3Template<float>& point)
+{
+    json.key(key);
+    json.beginArray();
+    for (const float value : {point.x, point.y, point.z})
+    {
+        json.value(value);
+    }
+    json.endArray();
+}
+
+void writeReaching(json::Writer& json, const Viewer& viewer)
+{
+    const Reaching& reaching = viewer.getReaching();
+    json.member("reachKind", static_cast<int>(reaching.getKind()));
+    json.member("reachBone", reaching.getBone());
+    writePoint(json, "target", reaching.getTarget().value_or(viewer.getCamera().getEye()));
+    writePoint(json, "forward", reaching.getForward());
+}
+
+void writePlanting(json::Writer& json, const Viewer& viewer)
+{
+    const Planting& planting = viewer.getPlanting();
+    json.member("slope", viewer.getSlope().m_fDegrees);
+    json.member("towards", viewer.getSlope().m_fTowards);
+    json.member("planting", planting.isOn());
+    json.member("plantWeight", planting.getWeight());
+    json.member("pelvis", planting.getPelvis());
+    json.member("pelvisShift", planting.getPelvisShift());
+    json.key("legs");
+    json.beginArray();
+    for (std::size_t i = 0; i < planting.getLegs().size(); ++i)
+    {
+        json.beginObject();
+        json.member("thigh", planting.getLegs()[i].m_strThigh);
+        json.member("foot", planting.getLegs()[i].m_strFoot);
+        json.member("left", planting.getLeft(i));
+        json.endObject();
+    }
+    json.endArray();
+}
+
+template <typename Value>
+void writeArray(json::Writer& json, const std::vector<Value>& values)
+{
+    json.beginArray();
+    for (const Value& value : values)
+    {
+        json.value(value);
+    }
+    json.endArray();
+}
 }  // namespace
+
+std::string describeCurves(Viewer& viewer)
+{
+    std::ostringstream stream;
+    json::Writer json(stream);
+    json.beginObject();
+    if (LoadedObject* object = viewer.getObject())
+    {
+        const KeyCurves curves = sampleCurves(*object, viewer.getPickedBone(), viewer.getPlayback().getMainAnimation());
+        json.key("values");
+        json.beginArray();
+        for (const std::vector<float>& values : curves.m_aValues)
+        {
+            writeArray(json, values);
+        }
+        json.endArray();
+        json.key("keys");
+        writeArray(json, curves.m_vecKeyFrames);
+    }
+    json.endObject();
+    return stream.str();
+}
 
 std::string describeObject(const Viewer& viewer)
 {
@@ -166,8 +244,8 @@ std::string describeState(const Viewer& viewer)
     json.member("milliseconds", cost.m_dMilliseconds);
     json.member("drawMilliseconds", viewer.getTiming().m_dDraw);
     writeMixer(json, viewer.getMixer());
-    json.member("reachKind", static_cast<int>(viewer.getReaching().getKind()));
-    json.member("reachBone", viewer.getReaching().getBone());
+    writeReaching(json, viewer);
+    writePlanting(json, viewer);
     json.key("settings");
     json.beginArray();
     for (const std::string& line : describeSettings(viewer))

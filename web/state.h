@@ -13,6 +13,10 @@ class Viewer;
 /// What the controls show, as JSON: clock, weights, what is shown, the picked bone, costs. Changes with every picture.
 [[nodiscard]] std::string describeState(const Viewer& viewer);
 
+/// How the picked bone moves in the animation that plays, as JSON: six lists of values, by frames (see KeyCurves), and
+/// the frames of the keys. Empty lists when it does not move.
+[[nodiscard]] std::string describeCurves(Viewer& viewer);
+
 /// Every command with its key, as JSON: what the page's help lists.
 [[nodiscard]] std::string describeCommands();
 }  // namespace TW2::viewer

@@ -40,10 +40,60 @@ const sampleFiles = () => readdirSync(sample, { recursive: true }).filter((name)
 
 test('begins with the sample playing', async () => {
   const first = (await state()).time;
-  await new Promise((done) => { setTimeout(done, 400); });
-  assert.notEqual((await state()).time, first);
+  await page.waitForFunction((before) => window.tw2.state().time !== before, { timeout: 20000 }, first);
   assert.match((await object()).script, /walker\.script$/);
   await page.screenshot({ path: join(work, 'page.png') });
+});
+
+const slide = (id, value) => page.$eval(id, (slider, to) => { slider.value = to; slider.dispatchEvent(new Event('input')); }, value);
+
+test('puts the feet on ground that rises, and lets the head look at a point', async () => {
+  await page.$eval('#ground-section', (section) => { section.open = true; });
+  await run('play off', 'clip walk', 'seek 0.3', 'look corner');
+  await slide('#slope', 14);
+  await slide('#towards', 90);
+  await page.click('#plant');
+  await run();
+  const now = await state();
+  assert.deepEqual([now.slope, now.towards, now.planting], [14, 90, true]);
+  assert.deepEqual(now.legs.map((leg) => leg.foot), ['foot_left', 'foot_right']);
+  assert.ok(now.legs.every((leg) => leg.left < 0.01) && now.pelvisShift < -0.01, JSON.stringify(now.legs));
+  await run('bone head');
+  await page.$eval('#reach-section', (section) => { section.open = true; });
+  await page.select('#reach', '1');
+  await page.select('#forward', '-z');
+  await run();
+  await page.$eval('#target-y', (box) => { box.value = 2.5; box.dispatchEvent(new Event('change')); });
+  await run();
+  const reached = await state();
+  assert.deepEqual(reached.forward, [0, 0, -1]);
+  assert.equal(reached.target[1], 2.5);
+  await page.select('#forward', 'z');
+  await page.screenshot({ path: join(work, 'ground.png') });
+  await page.click('#plant');
+  await run('slope 0', 'reach none', 'bone none');
+  assert.equal((await state()).planting, false);
+});
+
+test('writes names of bones that lie over no other, and draws the curves of the picked bone', async () => {
+  await run('show names on', 'look front', 'bone thigh_left', 'clip walk');
+  const boxes = await page.$$eval('#labels span', (spans) => spans.map((span) => {
+    const { left, right, top, bottom } = span.getBoundingClientRect();
+    return { text: span.textContent, left, right, top: top + 2, bottom: bottom - 2 };
+  }));
+  assert.ok(boxes.length > 8, `${boxes.length} names`);
+  assert.ok(boxes.some((box) => box.text === 'thigh_left'));
+  for (const [i, a] of boxes.entries()) {
+    for (const b of boxes.slice(i + 1)) {
+      assert.ok(a.right <= b.left || b.right <= a.left || a.bottom <= b.top || b.bottom <= a.top, `${a.text} over ${b.text}`);
+    }
+  }
+  assert.equal(await page.$eval('#picked-name', (name) => name.textContent), 'thigh_left');
+  assert.equal((await page.$$('#curves-turns path')).length, 7, 'three lines, their keys, and now');
+  assert.match(await page.$eval('#curves-text', (text) => text.textContent), /^\d+ keys in \d+ frames/);
+  await page.screenshot({ path: join(work, 'names.png') });
+  await run('show names off', 'bone none', 'play on');
+  assert.equal(await page.$eval('#picked-section', (section) => section.hidden), true);
   assert.equal(await open(sampleFiles()), '', 'the other sample, for what follows');
 });
 
@@ -112,9 +162,10 @@ test('plays by the mixer, in layers, and lets a bone reach', async () => {
   await page.$eval('#mixer-section', (section) => { section.open = true; });
   await run('clip sprout_sway', 'play on', 'bone 4');
   await page.click('#mixer');
+  await slide('#falloff', 2);
   await page.click('#layer-replace');
   await run();
-  assert.deepEqual((await state()).layers.map((layer) => layer.bone), [4]);
+  assert.deepEqual((await state()).layers.map((layer) => [layer.bone, layer.falloff]), [[4, 2]]);
   await page.select('#layers select', '2');
   await run();
   assert.deepEqual((await state()).parts.map((part) => [part.animation, part.layer]), [[1, 0], [2, 1]]);
@@ -130,7 +181,7 @@ test('plays by the mixer, in layers, and lets a bone reach', async () => {
 });
 
 test('draws the pose that tw2 render draws', async () => {
-  await run('play off', 'clip sprout_dance', 'seek 0.4', 'look corner', 'show dark off', 'show shadow off', 'show grid off');
+  await run('play off', 'clip sprout_dance', 'seek 0.4', 'look corner', 'show dark off');
   const shown = PNG.sync.read(Buffer.from((await page.$eval('#canvas', (c) => c.toDataURL('image/png'))).split(',')[1], 'base64'));
   const file = join(work, 'rendered.png');
   // The page's own command makes the same picture.

@@ -199,6 +199,8 @@ function showState() {
   setValue($('group'), state.groupBone === bone && bone >= 0 ? state.groupAnimation : -1);
   setValue($('crowd'), state.crowd);
   showMixer();
+  showGround();
+  showCurves();
   showCosts();
 }
 
@@ -229,13 +231,83 @@ function showMixer() {
   $('target-row').hidden = state.reachKind === 0;
   $('reach-text').textContent = bone < 0 ? 'Pick a bone: it can look at a point or reach for it.' : object.bones[bone].name;
   setValue($('reach'), state.reachKind);
+  $('place-row').hidden = state.reachKind === 0;
+  $('forward-row').hidden = state.reachKind !== 1;
+  setValue($('forward'), axisName(state.forward));
+  ['x', 'y', 'z'].forEach((axis, i) => setValue($(`target-${axis}`), Number(state.target[i].toFixed(3))));
+  $('mask-text').textContent = `A new layer for ${state.bone < 0 ? 'all bones (pick one for it and below)' : boneName(state.bone)}:`;
+  $('falloff-row').hidden = state.bone < 0;
+}
+
+/** One of the six axes, as the command says it. */
+function axisName(forward) {
+  const place = forward.findIndex((value) => Math.abs(value) > 0.5);
+  return place < 0 ? 'z' : `${forward[place] < 0 ? '-' : ''}${'xyz'[place]}`;
+}
+
+function showGround() {
+  setValue($('plant'), state.planting);
+  setValue($('slope'), state.slope);
+  $('slope-text').textContent = `${state.slope.toFixed(0)}°`;
+  setValue($('towards'), state.towards);
+  $('towards-text').textContent = `${state.towards.toFixed(0)}°`;
+  $('plant-controls').hidden = !state.planting;
+  setValue($('plant-weight'), state.plantWeight);
+  $('leg').hidden = state.bone < 0;
+  $('legs').replaceChildren(...pairs([...state.legs.map((leg) => [`${leg.thigh} to ${leg.foot}`, `off by ${leg.left.toFixed(3)}`]),
+    [state.pelvis, `moved by ${state.pelvisShift.toFixed(3)}`]]));
+}
+
+// ---- curves of the picked bone
+
+let curves = { about: '' };
+
+/** Lines of three values side by side, with a dot at each key. */
+function drawCurves(svg, values, keys, unit) {
+  const all = values.flat();
+  const lowest = Math.min(...all);
+  const range = Math.max(Math.max(...all) - lowest, 1e-6);
+  const last = Math.max(values[0].length - 1, 1);
+  const place = (frame, value) => `${(100 * frame / last).toFixed(2)} ${(38 - 36 * (value - lowest) / range).toFixed(2)}`;
+  const path = (kind, d) => {
+    const element = document.createElementNS('http://www.w3.org/2000/svg', 'path');
+    element.setAttribute('class', kind);
+    element.setAttribute('d', d);
+    return element;
+  };
+  svg.replaceChildren(...values.flatMap((line, i) => [path('xyz'[i], `M${line.map((value, frame) => place(frame, value)).join('L')}`),
+    path(`keys ${'xyz'[i]}`, keys.filter((key) => key in line).map((key) => `M${place(key, line[key])}h0`).join(''))]),
+  path('now', 'M0 0v40'));
+  svg.setAttribute('aria-label', `${unit}, from ${lowest.toFixed(3)} to ${(lowest + range).toFixed(3)}: x red, y green, z blue`);
+}
+
+function showCurves() {
+  $('picked-section').hidden = state.bone < 0;
+  if (state.bone < 0 || !$('picked-section').open) return;
+  const animation = state.slots[0].animation;
+  const about = `${loads} ${object.script} ${state.bone} ${animation}`;
+  if (curves.about !== about) {
+    curves = { about, ...JSON.parse(call('tw2_curves')) };
+    const moved = curves.values?.[0].length > 0;
+    const frames = curves.values?.[0].length ?? 0;
+    $('picked-name').textContent = object.bones[state.bone].name;
+    $('curves-text').textContent = moved ? `${curves.keys.length} keys in ${frames} frames: moves, and turns in degrees (x red, y green, z blue)`
+      : `${clipName(animation)} does not move it.`;
+    for (const [name, first, unit] of [['moves', 0, 'moves in units'], ['turns', 3, 'turns in degrees']]) {
+      $(`curves-${name}`).toggleAttribute('hidden', !moved);
+      if (moved) drawCurves($(`curves-${name}`), curves.values.slice(first, first + 3), curves.keys, unit);
+    }
+  }
+  const last = Math.max((curves.values?.[0].length ?? 2) - 1, 1);
+  for (const line of document.querySelectorAll('.curves .now')) line.setAttribute('d', `M${100 * Math.min(state.frame / last, 1)} 0v40`);
 }
 
 function makeLayer(layer, place) {
   const row = document.createElement('div');
   row.className = 'row';
   const text = Object.assign(document.createElement('span'),
-    { textContent: `layer ${place + 1}${layer.additive ? ', added' : ''}: ${boneName(layer.bone)}` });
+    { textContent: `layer ${place + 1}${layer.additive ? ', added' : ''}: ${boneName(layer.bone)}${
+      layer.falloff ? `, over ${layer.falloff} bones` : ''}` });
   const select = document.createElement('select');
   select.ariaLabel = `Animation of layer ${place + 1}`;
   select.append(option(-1, '(none)'), ...(object.clips ?? []).map((clip) => option(clip.index, clip.name)));
@@ -266,15 +338,37 @@ function showLabels() {
     return;
   }
   const lines = call('tw2_labels', ['number', 'number'], [canvas.clientWidth, canvas.clientHeight]).trim();
-  $('labels').replaceChildren(...(lines ? lines.split('\n') : []).map((line) => {
-    const [x, y, index] = line.split(' ').map(Number);
+  const labels = (lines ? lines.split('\n') : []).map((line) => line.split(' ').map(Number));
+  // The picked one first: names that would lie over others are left out.
+  labels.sort((a, b) => (b[2] === state.bone) - (a[2] === state.bone));
+  const written = [];
+  for (const [x, y, index] of labels) {
+    const box = { left: x, right: x + widthOf(object.bones[index].name), top: y - 7, bottom: y + 7 };
+    if (!written.some((other) => box.left < other.right && other.left < box.right && box.top < other.bottom && other.top < box.bottom)) {
+      written.push({ ...box, index, x, y });
+    }
+  }
+  $('labels').replaceChildren(...written.map(({ x, y, index }) => {
     const span = document.createElement('span');
     span.textContent = object.bones[index].name;
+    span.classList.toggle('picked', index === state.bone);
     span.style.left = `${x}px`;
     span.style.top = `${y}px`;
     return span;
   }));
 }
+
+/** Pixels that a bone's name takes in the picture, with what stands between two of them. */
+function widthOf(name) {
+  const { widths } = widthOf;
+  if (!widths.has(name)) {
+    const pen = document.createElement('canvas').getContext('2d');
+    pen.font = getComputedStyle($('labels')).font;
+    widths.set(name, pen.measureText(name).width + 8);
+  }
+  return widths.get(name);
+}
+widthOf.widths = new Map();
 
 // ---- every picture
 
@@ -437,13 +531,23 @@ function makeControls() {
   };
   for (const name of ['mixer', 'in-step', 'travel']) $(name).onchange = () => execute(`${name} ${$(name).checked ? 'on' : 'off'}`);
   $('mix-fade').oninput = () => execute(`mix-fade ${$('mix-fade').value}`);
-  const mask = () => (state.bone >= 0 ? ` ${state.bone}` : '');
+  $('falloff').oninput = () => { $('falloff-text').textContent = `${$('falloff').value} bones`; };
+  const mask = () => (state.bone >= 0 ? ` ${state.bone} ${$('falloff').value}` : '');
   $('layer-replace').onclick = () => execute(`add-layer replace${mask()}`);
   $('layer-add').onclick = () => execute(`add-layer additive${mask()}`);
   $('reach').onchange = () => {
     const kind = $('reach').selectedOptions[0].textContent;
     execute(`reach ${kind}${kind === 'none' ? '' : ` ${state.reachBone >= 0 ? state.reachBone : state.bone}`}`);
   };
+  $('forward').onchange = () => execute(`forward ${$('forward').value}`);
+  for (const axis of ['x', 'y', 'z']) {
+    $(`target-${axis}`).onchange = () => execute(`target ${['x', 'y', 'z'].map((each) => $(`target-${each}`).value || 0).join(' ')}`);
+  }
+  $('plant').onchange = () => execute(`plant ${$('plant').checked ? 'on' : 'off'}`);
+  $('slope').oninput = () => execute(`slope ${$('slope').value}`);
+  $('towards').oninput = () => execute(`slope ${$('slope').value} ${$('towards').value}`);
+  $('plant-weight').oninput = () => execute(`plant-weight ${$('plant-weight').value}`);
+  $('leg').onclick = () => execute(`leg ${state.bone}`);
   $('surface').onchange = () => execute(`surface ${$('surface').value}`);
   $('wireframe').onchange = () => execute(`wireframe ${$('wireframe').value}`);
   $('look').onchange = () => { if ($('look').value) execute(`look ${$('look').value}`); $('look').value = ''; };
