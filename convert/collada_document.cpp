@@ -8,6 +8,7 @@
 #include <cctype>
 #include <charconv>
 #include <cstring>
+#include <string_view>
 
 namespace TW2::convert
 {
@@ -24,6 +25,30 @@ std::string describeLine(const std::string& fileName, std::ptrdiff_t offset)
     const S_Bytes bytes = File.read(fileName.c_str());
     const auto end = bytes.begin() + std::clamp<std::ptrdiff_t>(offset, 0, static_cast<std::ptrdiff_t>(bytes.size()));
     return "line " + std::to_string(1 + std::count(bytes.begin(), end, '\n'));
+}
+
+/// A whole word as a number; false when it is none. Programs of some countries write commas for points.
+bool parseNumber(std::string_view word, double& number)
+{
+    word.remove_prefix(word.starts_with('+') ? 1 : 0);
+    const char* const end = word.data() + word.size();
+    const auto [next, error] = std::from_chars(word.data(), end, number);
+    if (error == std::errc::invalid_argument)
+    {
+        return false;
+    }
+    if (next == end)
+    {
+        return true;
+    }
+    std::string pointed(word);
+    const std::size_t comma = pointed.find(',');
+    if (comma == std::string::npos || pointed.find('.') != std::string::npos)
+    {
+        return false;
+    }
+    pointed[comma] = '.';
+    return parseNumber(pointed, number);
 }
 }  // namespace
 
@@ -116,14 +141,14 @@ std::vector<double> ColladaDocument::readNumbers(const pugi::xml_node& element) 
         const char* const end = at + std::strlen(at);
         while ((at = std::find_if_not(at, end, isSpace)) != end)
         {
+            const std::string_view word(at, static_cast<std::size_t>(std::find_if(at, end, isSpace) - at));
             double number = 0.0;
-            const auto [next, error] = std::from_chars(*at == '+' ? at + 1 : at, end, number);
-            if (next == at || error == std::errc::invalid_argument || (next != end && !isSpace(*next)))
+            if (!parseNumber(word, number))
             {
-                fail(element, "numbers, found \"" + std::string(at, std::find_if(at, end, isSpace)) + "\"");
+                fail(element, "numbers, found \"" + std::string(word) + "\"");
             }
             numbers.push_back(number);
-            at = next;
+            at += word.size();
         }
     }
     return numbers;

@@ -84,6 +84,7 @@ TEST(Collada, EveryKindOfKeyMovesThePartThatItNames)
         EXPECT_LT(largestDifference(sample(animation, 0, seconds), turnZ(degrees) * move(1, 2, -3)), 1e-9) << animation;
     };
     expectTurn(makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 90 30", 1), 0.5, 45.0);
+    expectTurn(makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 +90,5 30,25", 1), 0.5, 45.25);
     expectTurn(makeAnimation("arm/turn.ANGLE", "STEP STEP STEP", "0 90 30", 1), 0.9, 0.0);
     expectTurn(makeAnimation("arm/turn.ANGLE", "STEP STEP STEP", "0 90 30", 1), 1.0, 90.0);
     expectTurn(makeAnimation("arm/turn", "LINEAR LINEAR LINEAR", "0 0 1 0  0 0 1 90  0 0 1 30", 4), 1.5, 60.0);
@@ -232,7 +233,9 @@ TEST(Collada, DamageIsToldWithItsPlace)
     std::string cut = makeCollada(keys);
     cut.resize(cut.size() - 20);
     for (const Case& each :
-         {Case{few, "a value per time"}, Case{word, "found \"x\""}, Case{cut, "is no XML"},
+         {Case{few, "a value per time"}, Case{word, "found \"x\""},
+          Case{makeCollada(makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 1,2,3 4", 1)), "found \"1,2,3\""},
+          Case{cut, "is no XML"},
           Case{makeCollada(makeAnimation("arm/turn.Q", "LINEAR LINEAR LINEAR", "0 9 3", 1)), "arm/turn.Q"},
           Case{makeCollada(makeAnimation("hand/matrix(9)(9)", "LINEAR LINEAR LINEAR", "0 9 3", 1)), "target"},
           Case{makeCollada({},
