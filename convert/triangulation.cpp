@@ -1,6 +1,8 @@
 #include "convert/triangulation.h"
 
 #include <cmath>
+#include <set>
+#include <utility>
 
 namespace TW2::convert
 {
@@ -55,55 +57,115 @@ bool isInside(const Point& p, const Point& a, const Point& b, const Point& c)
     return turn(a, b, p) >= 0.0 && turn(b, c, p) >= 0.0 && turn(c, a, p) >= 0.0;
 }
 
-/// Whether the corner `at` of those that are left can be cut off.
-bool isEar(const std::vector<Point>& flat, const std::vector<unsigned int>& left, std::size_t at)
+/// The corners of a polygon that are left, and which of them can be cut off: ears.
+///
+/// What is an ear stays one while its neighbours stay. What is none is looked at again when a neighbour, or the corner
+/// that was found to lie in its way, has been cut off.
+class Corners
 {
-    const std::size_t n = left.size();
-    const unsigned int a = left[(at + n - 1) % n];
-    const unsigned int b = left[at];
-    const unsigned int c = left[(at + 1) % n];
-    if (!(turn(flat[a], flat[b], flat[c]) > 0.0))
+public:
+    explicit Corners(std::vector<Point> flat)
+        : m_vecFlat(std::move(flat)), m_vecLinks(m_vecFlat.size()), m_vecInWayOf(m_vecFlat.size())
     {
-        return false;
-    }
-    for (const unsigned int other : left)
-    {
-        const bool corner = other == a || other == b || other == c;
-        if (!corner && isInside(flat[other], flat[a], flat[b], flat[c]))
+        const auto count = static_cast<unsigned int>(m_vecFlat.size());
+        for (unsigned int i = 0; i < count; ++i)
         {
-            return false;
+            m_vecLinks[i] = {(i + count - 1) % count, (i + 1) % count};
+        }
+        for (unsigned int i = 0; i < count; ++i)
+        {
+            look(i);
         }
     }
-    return true;
-}
+
+    /// The first ear from the second corner on; the second corner where there is none: crossed or without area, any cut
+    /// will do. What is bulged outwards everywhere becomes a fan around its first corner.
+    [[nodiscard]] unsigned int choose() const
+    {
+        const auto ear = m_setEars.upper_bound(m_uiFirst);
+        return ear != m_setEars.end() ? *ear : m_setEars.empty() ? m_vecLinks[m_uiFirst].m_uiNext : *m_setEars.begin();
+    }
+
+    std::array<unsigned int, 3> cut(unsigned int corner)
+    {
+        const auto [before, behind] = m_vecLinks[corner];
+        m_vecLinks[before].m_uiNext = behind;
+        m_vecLinks[behind].m_uiPrevious = before;
+        m_setEars.erase(corner);
+        m_uiFirst = corner == m_uiFirst ? behind : m_uiFirst;
+        m_vecLinks[corner] = {corner, corner};
+        look(before);
+        look(behind);
+        for (const unsigned int other : std::exchange(m_vecInWayOf[corner], {}))
+        {
+            const bool left = m_vecLinks[other].m_uiNext != other;
+            if (left && !m_setEars.contains(other))
+            {
+                look(other);
+            }
+        }
+        return {before, corner, behind};
+    }
+
+    /// The first three of those that are left.
+    [[nodiscard]] std::array<unsigned int, 3> getRest() const
+    {
+        const unsigned int second = m_vecLinks[m_uiFirst].m_uiNext;
+        return {m_uiFirst, second, m_vecLinks[second].m_uiNext};
+    }
+
+private:
+    struct Link
+    {
+        unsigned int m_uiPrevious;
+        unsigned int m_uiNext;  ///< itself once the corner is cut off
+    };
+
+    /// Finds out whether a corner is an ear.
+    void look(unsigned int corner)
+    {
+        m_setEars.erase(corner);
+        const auto [before, behind] = m_vecLinks[corner];
+        const Point& a = m_vecFlat[before];
+        const Point& b = m_vecFlat[corner];
+        const Point& c = m_vecFlat[behind];
+        if (!(turn(a, b, c) > 0.0))
+        {
+            return;
+        }
+        for (unsigned int other = m_vecLinks[behind].m_uiNext; other != before; other = m_vecLinks[other].m_uiNext)
+        {
+            if (isInside(m_vecFlat[other], a, b, c))
+            {
+                m_vecInWayOf[other].push_back(corner);
+                return;
+            }
+        }
+        m_setEars.insert(corner);
+    }
+
+    std::vector<Point> m_vecFlat;
+    std::vector<Link> m_vecLinks;
+    std::vector<std::vector<unsigned int>> m_vecInWayOf;  ///< per corner
+    std::set<unsigned int> m_setEars;
+    unsigned int m_uiFirst = 0;
+};
 }  // namespace
 
 std::vector<std::array<unsigned int, 3>> triangulate(const std::vector<Vector3d>& corners)
 {
+    const std::size_t count = corners.size();
+    if (count <= 3)
+    {
+        return count < 3 ? std::vector<std::array<unsigned int, 3>>() : std::vector{std::array{0U, 1U, 2U}};
+    }
     std::vector<std::array<unsigned int, 3>> triangles;
-    std::vector<unsigned int> left(corners.size());
-    for (unsigned int i = 0; i < left.size(); ++i)
+    Corners left(flatten(corners));
+    while (triangles.size() + 3 < count)
     {
-        left[i] = i;
+        triangles.push_back(left.cut(left.choose()));
     }
-    const std::vector<Point> flat = left.size() > 3 ? flatten(corners) : std::vector<Point>();
-    // Ears are cut off from the second corner on: what is bulged outwards everywhere becomes a fan around its first.
-    while (left.size() > 3)
-    {
-        std::size_t ear = 1;
-        while (ear <= left.size() && !isEar(flat, left, ear % left.size()))
-        {
-            ++ear;
-        }
-        ear = ear > left.size() ? 1 : ear % left.size();  // none: crossed or without area, any cut will do
-        const std::size_t n = left.size();
-        triangles.push_back({left[(ear + n - 1) % n], left[ear], left[(ear + 1) % n]});
-        left.erase(left.begin() + static_cast<std::ptrdiff_t>(ear));
-    }
-    if (left.size() == 3)
-    {
-        triangles.push_back({left[0], left[1], left[2]});
-    }
+    triangles.push_back(left.getRest());
     return triangles;
 }
 }  // namespace TW2::convert
