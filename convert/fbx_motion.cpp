@@ -75,7 +75,10 @@ Vector3d toAngles(const Matrixd& rotation, int order, const Vector3d& near, doub
 {
     constexpr double degrees = 180.0 / std::numbers::pi;
     constexpr double upright = 1e-6;
-    const auto& [first, second, third] = getAxes(order);
+    const std::array<std::size_t, 3>& axes = getAxes(order);
+    const std::size_t first = axes[0];
+    const std::size_t second = axes[1];
+    const std::size_t third = axes[2];
     const double side = (first + 1) % 3 == second ? 1.0 : -1.0;
     const auto& m = rotation.m;
     const double sine = std::clamp(-side * m[first][third], -1.0, 1.0);
