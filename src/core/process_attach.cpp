@@ -9,6 +9,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
 {
     if (reason == DLL_PROCESS_ATTACH)
     {
+        // Not granted to a library with storage of its own per thread; calls that do nothing harm nothing.
         DisableThreadLibraryCalls(instance);
     }
     return TRUE;
