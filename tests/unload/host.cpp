@@ -21,21 +21,25 @@ bool runOnce(const char* plugin, const char* mode, const char* const* libraries,
     std::thread worker(
         [&]
         {
-            work.wait(nullptr);
+            while (!work)
+            {
+                std::this_thread::yield();
+            }
             fault = work.load()(mode);
             work = nullptr;
-            work.notify_all();
-            gone.wait(false);
+            while (!gone)
+            {
+                std::this_thread::yield();
+            }
         });
 
     void* const handle = loadLibrary(plugin);
     const PluginFunction run = handle ? findFunction(handle, "tw2_plugin_run") : nullptr;
     const PluginFunction complain = [](const char*) { return "the plug-in cannot be loaded"; };
     work = run ? run : complain;
-    work.notify_all();
-    while (const PluginFunction running = work)
+    while (work)
     {
-        work.wait(running);
+        std::this_thread::yield();
     }
     if (fault)
     {
@@ -46,7 +50,6 @@ bool runOnce(const char* plugin, const char* mode, const char* const* libraries,
         unloadLibrary(handle);
     }
     gone = true;
-    gone.notify_all();
     worker.join();
     for (int i = 0; i < libraryCount; ++i)
     {
