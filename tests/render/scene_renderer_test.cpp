@@ -274,7 +274,8 @@ TEST_P(SceneRenderer, DrawsIntoItsViewportWhateverTheStateAndLeavesTheRestAlone)
     color.setTexture(0, &missing);
     m_scene.executeFrame();
     EXPECT_THROW(m_renderer->draw(m_scene, m_camera, m_view), S_Exception);
-    for (const GLenum state : {GL_DEPTH_TEST, GL_CULL_FACE, GL_BLEND, GL_SCISSOR_TEST, GL_STENCIL_TEST})
+    for (const GLenum state :
+         std::initializer_list<GLenum>{GL_DEPTH_TEST, GL_CULL_FACE, GL_BLEND, GL_SCISSOR_TEST, GL_STENCIL_TEST})
     {
         EXPECT_EQ(glIsEnabled(state), GL_FALSE) << state;
     }
