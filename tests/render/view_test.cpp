@@ -193,9 +193,9 @@ TEST_P(ViewOptions, ThrowAShadowOnTheGround)
     // Ground that rises along x meets the line of light a little higher under the one side, lower under the other.
     shadow.m_ground = {.m_fHeight = -0.4F * stage.x, .m_fRiseX = 0.4F};
     const G_Image sloping = draw();
-    for (const float side : {-0.35F, 0.35F})
+    for (const float uphill : {-0.35F, 0.35F})
     {
-        const auto [x, y] = project({side, 0.4F * side, 0.3F});
+        const auto [x, y] = project({uphill, 0.4F * uphill, 0.3F});
         expectColor(sloping, x, y, {100, 100, 100}, "on the slope");
     }
     const auto [aboveX, aboveY] = project({0.7F, 0.4F * 0.7F, 0.0F});
