@@ -8,7 +8,7 @@ set -euo pipefail
 install_packages "build tests" "tools convert render window"
 build release
 folder=$root/build/hardened
-flags="-O2 -D_GLIBCXX_ASSERTIONS -D_FORTIFY_SOURCE=3 -fstack-protector-strong -fstack-clash-protection"
+flags="-O2 -DNDEBUG -D_GLIBCXX_ASSERTIONS -D_FORTIFY_SOURCE=3 -fstack-protector-strong -fstack-clash-protection"
 say "Building the hardened libraries"
 cmake -S "$root" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="$flags" \
     -DCMAKE_SHARED_LINKER_FLAGS="-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack" -DTW2_BUILD_TESTS=OFF -DTW2_BUILD_TOOLS=OFF \
