@@ -125,11 +125,14 @@ void require(bool condition)
 // The bits of a damaged JPEG make this decoder count below 0 and above 32: what is drawn then is unspecified, memory is
 // not touched outside of its own, which the other sanitizers watch.
 #ifdef __clang__
+#if __has_feature(undefined_behavior_sanitizer)
+#define TW2_DECODER_IS_WATCHED
 #pragma clang attribute push(__attribute__((no_sanitize("shift", "signed-integer-overflow"))), apply_to = function)
+#endif
 #endif
 #include <stb/stb_image.h>
 #include <stb/stb_image_write.h>
-#ifdef __clang__
+#ifdef TW2_DECODER_IS_WATCHED
 #pragma clang attribute pop
 #endif
 
