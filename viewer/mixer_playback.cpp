@@ -38,10 +38,10 @@ void MixerPlayback::start(LoadedObject& object, int animation, double seconds)
 void MixerPlayback::build(int animation, double seconds)
 {
     auto mixer = std::make_unique<TW_AnimationMixer>(m_pObject->getObject());
-    const unsigned int play = mixer->play(animation, {.start = static_cast<float>(seconds)});
+    const unsigned int play = mixer->play(animation, {.start = static_cast<float>(seconds), .sync = 1});
     m_pMixer = std::move(mixer);
     m_vecLayers.clear();
-    m_vecPlays = {{play, animation, 0}};
+    m_vecPlays = {{play, animation, 0, 1}};
     m_bBackward = false;
 }
 
@@ -144,10 +144,26 @@ void MixerPlayback::play(int animation, int layer)
     options.fade = m_fFade;
     options.layer = layer;
     options.speed = m_bBackward ? -1.0F : 1.0F;
-    options.sync = layer == 0 && m_bInStep ? 1 : 0;
+    options.sync = layer == 0 ? chooseStep() : 0;
     // What is done once in a layer gives way when it is over; layer 0 holds its last frame.
     options.fadeOut = layer > 0 ? m_fFade : -1.0F;
-    m_vecPlays.push_back({mixer.play(animation, options), animation, layer});
+    m_vecPlays.push_back({mixer.play(animation, options), animation, layer, options.sync});
+}
+
+/// The number of what is faded from, or one that nothing has.
+int MixerPlayback::chooseStep() const noexcept
+{
+    const Play* main = findMain();
+    if (m_bInStep && main)
+    {
+        return main->m_iStep;
+    }
+    int last = 0;
+    for (const Play& play : m_vecPlays)
+    {
+        last = std::max(last, play.m_iStep);
+    }
+    return last + 1;
 }
 
 void MixerPlayback::fadeOut(int layer)

@@ -119,11 +119,13 @@ private:
         unsigned int m_uiId;
         int m_iAnimation;
         int m_iLayer;
+        int m_iStep;  ///< what has the same number keeps its steps together; 0: nothing does
     };
     [[nodiscard]] TW_AnimationMixer& needMixer() const;
     void checkLayer(int layer, int first) const;
     void build(int animation, double seconds);
     [[nodiscard]] const Play* findMain() const noexcept;
+    [[nodiscard]] int chooseStep() const noexcept;
     void takeEvents();
 
     LoadedObject* m_pObject = nullptr;

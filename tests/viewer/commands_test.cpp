@@ -1,6 +1,7 @@
 #include "viewer/commands.h"
 
 #include "tests/support/object_files.h"
+#include "tests/support/temporary_directory.h"
 #include "viewer/render_command.h"
 #include "viewer/scene_lights.h"
 #include "viewer/viewer.h"
@@ -19,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -80,6 +82,7 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
     const std::vector<Case> cases{
         {{}, ""},
         {{"clip sprout_dance"}, "slot0 2 x 1.00"},
+        {{"clip \"sprout_dance\""}, "slot0 2 x 1.00"},
         {{"next"}, "slot0 2 x 1.00"},
         {{"next", "next"}, "slot0 0 x 1.00"},
         {{"previous"}, "slot0 0 x 1.00"},
@@ -184,6 +187,37 @@ TEST(Commands, WhatACommandForThePictureWouldLeaveOutIsTold)
         EXPECT_EQ(listWhatRenderLeavesOut(viewer), each.m_szLeftOut);
     }
     EXPECT_EQ(makeRenderCommand(Viewer(), 10, 10), "") << "nothing is loaded";
+}
+
+TEST(Commands, TheCommandForThePictureSaysWhatIsShown)
+{
+    struct Case
+    {
+        std::vector<const char*> m_vecLines;
+        const char* m_szPart;
+        bool m_bThere;
+    };
+    const support::TemporaryDirectory folder;
+    const std::filesystem::path quoted = folder.getPath() / "gardener's own";
+    std::filesystem::copy(TW2_SAMPLE, quoted, std::filesystem::copy_options::recursive);
+    for (const Case& each : std::vector<Case>{{{}, "gardener'\\''s own/sprout.script' --block ", true},
+                                              {{}, " --animation 1 --time 0 ", true},
+                                              {{"blend 0 1 1", "blend 1 2 3"}, " --blend 1:2 --weight 0.75 ", true},
+                                              {{"blend 1 2 0"}, " --animation 1 ", true},
+                                              {{}, " --no-shadow", false},
+                                              {{"show shadow off"}, " --no-shadow", true},
+                                              {{}, " --file-lights", false},
+                                              {{"bone 4"}, " --bone ", true}})
+    {
+        Viewer viewer;
+        viewer.open((quoted / "sprout.script").string());
+        for (const char* line : each.m_vecLines)
+        {
+            execute(viewer, line);
+        }
+        const std::string command = makeRenderCommand(viewer, 10, 10);
+        EXPECT_EQ(command.find(each.m_szPart) != std::string::npos, each.m_bThere) << each.m_szPart << ": " << command;
+    }
 }
 
 TEST(OrbitCamera, WhatWasInTheMiddleMovesAgainstThePan)

@@ -8,12 +8,15 @@
 #include <tw2/motion/animation_mixer.h>
 #include <tw2/object/object_animation.h>
 
+#include <platform/scene/camera.h>
 #include <platform/scene/lod_object.h>
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -31,8 +34,10 @@ using Vector = M_Vector3Template<float>;
 
 constexpr int walk = 1;
 constexpr int wave = 2;
+constexpr int turn = 3;
 
-/// A chain of six bones: 0 rest, 1 walk (1 s, a step at 0.25 s and 0.75 s, 1.5 units ahead), 2 wave (once, 1 s).
+/// A chain of six bones: 0 rest, 1 walk (1 s, a step at 0.25 s and 0.75 s, 1.5 units ahead), 2 wave (once, 1 s), 3 turn
+/// (2/3 s, by 90 degrees on the spot).
 class ViewerMotion : public testing::Test
 {
 protected:
@@ -46,6 +51,9 @@ protected:
             walk, 31,
             "name walk rootmotion \"" + file + "\" event { time 0.25 name left } event { time 0.75 name right }");
         m_files.addMotion(wave, 31, "name wave", false, 80.0f);
+        TW2::KeyframeAnimationChunk about = support::makeTrack("travel", 0.0f, 21, 30);
+        about.keys.back().matrix = support::rotation(0.0, 1.0, 0.0, 1.57079632679);
+        m_files.addMotion(turn, 21, "name turn rootmotion \"" + m_files.writeAnimation("turn.tw", {about}) + "\"");
         m_viewer.open(m_files.writeScript());
         m_viewer.getShow().m_bGrid = false;
     }
@@ -100,6 +108,100 @@ TEST_F(ViewerMotion, TheMixerFadesFromOneAnimationIntoAnotherAsTheLibraryDoes)
     EXPECT_NEAR(m_viewer.getPlayback().getTime(), 0.3, 1e-6) << "the clock shows what is faded to";
     pass(0.3);
     EXPECT_EQ(m_viewer.getMixer().getParts().size(), 1U) << "what has faded out is gone";
+}
+
+TEST_F(ViewerMotion, CommandsOfTheMixerDoWhatTheLibraryDoes)
+{
+    using Mixer = TW2::TW_AnimationMixer;
+    struct Case
+    {
+        std::vector<const char*> m_vecLines;
+        std::function<void(Mixer&, const TW2::TW_VirtualObject&, unsigned int)> m_do;  // with what plays from the start
+    };
+    const std::vector<Case> cases{
+        {{"mix-fade 0.4", "in-step on", "mix turn"},
+         [](Mixer& mixer, const auto&, unsigned int) { mixer.play(turn, {.fade = 0.4F, .sync = 1}); }},
+        {{"mix-fade 0.4", "mix turn", "in-step on", "mix walk"},
+         [](Mixer& mixer, const auto&, unsigned int)
+         {
+             mixer.play(turn, {.fade = 0.4F, .sync = 2});
+             mixer.play(walk, {.fade = 0.4F, .sync = 2});
+         }},
+        {{"mix-fade 20", "mix turn"},
+         [](Mixer& mixer, const auto&, unsigned int) { mixer.play(turn, {.fade = 10.0F, .sync = 2}); }},
+        {{"mix-fade 0.2", "add-layer replace bone2 2", "mix wave 1"},
+         [](Mixer& mixer, const auto& object, unsigned int)
+         {
+             mixer.addLayer({.mask = mixer.addMask(TW2::TW_BoneMask::below(object, "bone2", 2))});
+             mixer.play(wave, {.fade = 0.2F, .layer = 1, .fadeOut = 0.2F});
+         }},
+        {{"mix-fade 0.2", "add-layer additive", "layer-weight 1 0.6", "mix wave 1", "seek 0.5"},
+         [](Mixer& mixer, const auto&, unsigned int first)
+         {
+             mixer.addLayer({.additive = true, .weight = 0.6F});
+             mixer.play(wave, {.fade = 0.2F, .layer = 1, .fadeOut = 0.2F});
+             mixer.seek(first, 0.5F);
+         }},
+        {{"mix-fade 0", "add-layer replace", "mix wave 1", "seek 0.5", "clear-layers"},
+         [](Mixer& mixer, const auto&, unsigned int first) { mixer.seek(first, 0.5F); }},
+    };
+    for (const Case& each : cases)
+    {
+        run({"mixer off", "speed 1", "in-step off", "clip walk", "seek 0.2", "mixer on", "travel off"});
+        TW2::TW_ObjectAnimation other(m_viewer.getObject()->getSkeleton());
+        Mixer mixer(other);
+        const unsigned int first = mixer.play(walk, {.start = 0.2F, .sync = 1});
+        run(each.m_vecLines);
+        each.m_do(mixer, other, first);
+        for (int i = 0; i < 16; ++i)
+        {
+            m_viewer.update(0.1);
+            mixer.update(0.1);
+            EXPECT_LT(support::getDifference(takePose(object()), takePose(other)), 1e-5F)
+                << each.m_vecLines[0] << "; " << each.m_vecLines[1] << ": step " << i;
+        }
+    }
+    m_viewer.getMixer().addLayer({.m_fWeight = 3.0F});
+    EXPECT_EQ(m_viewer.getMixer().getLayers().back().m_fWeight, 1.0F);
+}
+
+TEST_F(ViewerMotion, WhatIsMixedGoesTheWayThatTheClockGoes)
+{
+    const auto passes = [this]
+    {
+        const double before = m_viewer.getMixer().getTime();
+        pass(0.1);
+        return m_viewer.getMixer().getTime() - before;
+    };
+    run({"clip walk", "seek 0.5", "mix-fade 0", "mixer on", "speed -1"});
+    EXPECT_NEAR(passes(), -0.1, 1e-5);
+    run({"mix turn", "seek 0.5"});
+    EXPECT_EQ(m_viewer.getPlayback().getMainAnimation(), turn);
+    EXPECT_NEAR(passes(), -0.1, 1e-5) << "what is faded into, too";
+    run({"reload", "play on"});
+    EXPECT_NEAR(passes(), -0.1, 1e-5) << "and after another file";
+    run({"reload", "play on", "speed 1"});
+    EXPECT_NEAR(passes(), 0.1, 1e-5);
+}
+
+TEST_F(ViewerMotion, WhoHasTurnedTravelsInTheNewDirection)
+{
+    run({"clip turn", "seek 0", "mix-fade 0", "mixer on"});
+    pass(2.0 / 3.0);
+    run({"mix walk"});
+    pass(1.0);
+    const Vector place = object().getPosition();
+    EXPECT_NEAR(std::abs(place.x), 1.5F, 1e-3F);
+    EXPECT_NEAR(place.z, 0.0F, 1e-3F);
+    const auto seen = m_viewer.getCamera().m_vTarget;
+    run({"mixer off"});
+    EXPECT_LT((m_viewer.getCamera().m_vTarget + place - seen).length(), 1e-4F) << "the eye goes back, too";
+    run({"mixer on", "frame"});
+    pass(0.0, 1);
+    const auto whole = m_viewer.getCamera();
+    run({"pan 1 0", "home"});
+    pass(0.0, 1);
+    EXPECT_LT((m_viewer.getCamera().m_vTarget - whole.m_vTarget).length(), 1e-3F) << "all of it is looked at again";
 }
 
 TEST_F(ViewerMotion, ALayerPlaysBelowItsBoneOnlyAndFadesOut)
@@ -184,6 +286,7 @@ TEST_F(ViewerMotion, EventsAreToldAsTheyPassNewestFirst)
     run({"clip walk", "mixer on"});
     pass(0.5);
     ASSERT_EQ(m_viewer.getMixer().getEvents().size(), 1U);
+    run({"reload"});
     pass(1.0);
     const auto& events = m_viewer.getMixer().getEvents();
     ASSERT_EQ(events.size(), 3U);
@@ -261,6 +364,69 @@ TEST_F(ViewerMotion, ABoneReachesItsPointAndLooksWhereItIsTold)
     TW2::TW_ObjectAnimation other(m_viewer.getObject()->getSkeleton());
     other.animateObject(walk, static_cast<float>(m_viewer.getPlayback().getTime()), nullptr);
     EXPECT_TRUE(support::isSame(takePose(object()), takePose(other))) << "let go";
+}
+
+TEST_F(ViewerMotion, EveryAxisOfABoneCanLookAtThePoint)
+{
+    run({"clip walk", "play off", "reach look bone5 1"});
+    EXPECT_NE(refuse("target 1 2").find("target X Y Z"), std::string::npos);
+    const Vector point{4.0F, 7.0F, 3.0F};
+    run({"target 4 7 3"});
+    const std::array<const char*, 6> axes{"x", "-x", "y", "-y", "z", "-z"};
+    for (std::size_t axis = 0; axis < axes.size(); ++axis)
+    {
+        execute(m_viewer, std::string("forward ") + axes[axis]);
+        m_viewer.update(0.0);
+        const auto& head = object().getMesh(5)->getObjectToWorldMatrix();
+        const float along = head.getRow(static_cast<int>(axis / 2)).normalized().dot((point - placeOf(5)).normalized());
+        EXPECT_NEAR(along, axis % 2 == 0 ? 1.0F : -1.0F, 1e-3F) << axes[axis];
+    }
+}
+
+TEST_F(ViewerMotion, AReachTakesAsManyBonesAsItIsTold)
+{
+    run({"clip walk", "play off", "seek 0.3"});
+    m_viewer.update(0.0);
+    const auto rest = takePose(object());
+    struct Case
+    {
+        const char* m_szLine;
+        std::size_t m_uiFirst;  // bone that moves
+    };
+    for (const Case& each : {Case{"reach chain bone5", 1}, Case{"reach chain bone5 3", 3},
+                             Case{"reach chain bone4 2", 3}, Case{"reach two-bones bone4", 2}})
+    {
+        run({each.m_szLine, "target 2 1 2"});
+        m_viewer.update(0.0);
+        const auto pose = takePose(object());
+        std::size_t first = 0;
+        while (first < pose.size() && support::getDifference({pose[first]}, {rest[first]}) < 1e-5F)
+        {
+            ++first;
+        }
+        EXPECT_EQ(first, each.m_uiFirst) << each.m_szLine;
+    }
+    run({"reach look bone5"});
+    EXPECT_FALSE(m_viewer.getReaching().getTarget()) << "it looks at the eye, not at what was reached for";
+}
+
+TEST_F(ViewerMotion, ATargetMovesByHeightsOfThePicture)
+{
+    run({"clip walk", "play off", "reach chain bone5", "target 0.5 2 1", "orbit 20 10"});
+    m_viewer.update(0.0);
+    P_Camera camera;
+    m_viewer.getCamera().apply(camera, 1.0F);
+    const auto see = [this, &camera]
+    {
+        const Vector point = camera.getViewMatrix().transformPoint(*m_viewer.getReaching().getTarget());
+        const float height = 2.0F * point.z * std::tan(camera.getVerticalAngle() * 3.14159265F / 360.0F);
+        return Vector{point.x / height, point.y / height, point.z};
+    };
+    const Vector before = see();
+    run({"move-target 0.2 0.05"});
+    EXPECT_NEAR(see().x - before.x, 0.2F, 1e-4F);
+    EXPECT_NEAR(see().y - before.y, 0.05F, 1e-4F);
+    EXPECT_NEAR(see().z, before.z, 1e-3F) << "as far away as before";
 }
 
 TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)
@@ -359,8 +525,15 @@ TEST_F(ViewerLevels, LevelsOfAnObjectWithoutSkinAreChosenByDistanceOrByHand)
     EXPECT_EQ(usedLevel(), 1);
     EXPECT_EQ(m_viewer.getObject()->getDrawn().getTotalMeshes(), 4U) << "what is shown is what is drawn";
     EXPECT_THROW(execute(m_viewer, "level 2"), Failure);
+    execute(m_viewer, "reload");
+    EXPECT_EQ(usedLevel(), 1) << "the same after another file";
+    EXPECT_EQ(m_viewer.getLevel(), 1);
+    EXPECT_NE(makeRenderCommand(m_viewer, 8, 8).find(" --block far "), std::string::npos);
     execute(m_viewer, "level auto");
     EXPECT_EQ(usedLevel(), 0);
+    EXPECT_NE(makeRenderCommand(m_viewer, 8, 8).find(" --levels near,far "), std::string::npos);
+    execute(m_viewer, "zoom 10");
+    EXPECT_EQ(usedLevel(), 1) << "by distance again";
     execute(m_viewer, "object far");
     EXPECT_EQ(m_viewer.getObject()->getLevelCount(), 1);
 }

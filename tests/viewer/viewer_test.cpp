@@ -4,13 +4,21 @@
 #include "render/picture_target.h"
 #include "render/render_exception.h"
 #include "render/scene_renderer.h"
+#include "tests/motion/moving_files.h"
 #include "tests/support/temporary_directory.h"
 #include "viewer/commands.h"
+#include "viewer/extent.h"
 #include "viewer/failure.h"
 #include "viewer/file_watch.h"
 #include "viewer/key_curves.h"
+#include "viewer/scene_view.h"
+
+#include <tw2/object/object_animation.h>
 
 #include <platform/runtime/exception.h>
+#include <platform/scene/camera.h>
+#include <platform/scene/context.h>
+#include <platform/scene/scene.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gtest/gtest.h>
@@ -108,6 +116,34 @@ TEST(Viewer, ABrokenFileIsToldAndTheOldObjectPlaysOn)
     EXPECT_NEAR(viewer.getPlayback().getTime(), 0.75, 1e-9);
 }
 
+TEST(FileWatch, LooksIntoTheFoldersBelowAndForgetsThoseOfOtherFiles)
+{
+    const support::TemporaryDirectory folder;
+    const auto write = [&folder](const char* name, const char* text)
+    {
+        const fs::path file = folder.getPath() / name;
+        fs::create_directories(file.parent_path());
+        std::ofstream(file) << text;
+        return file.string();
+    };
+    const std::string script = write("one/a.script", "a");
+    const std::string other = write("two/b.script", "b");
+    write("one/textures/leaf", "green");
+    FileWatch watch;
+    const auto isTold = [&watch] { return watch.hasChanged() || watch.hasChanged(); };
+    watch.watch({script});
+    EXPECT_FALSE(isTold());
+    write("one/textures/leaf", "yellow");
+    EXPECT_TRUE(isTold());
+    write("two/b.script", "longer");
+    EXPECT_FALSE(isTold()) << "nobody looks there";
+    watch.watch({other});
+    write("one/a.script", "longer");
+    EXPECT_FALSE(isTold()) << "nobody looks there any more";
+    write("two/b.script", "longest");
+    EXPECT_TRUE(isTold());
+}
+
 TEST(Viewer, LoadsAChangedFileAgainAndKeepsWhatIsShown)
 {
     const support::TemporaryDirectory folder;
@@ -153,11 +189,14 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
     Viewer viewer;
     EXPECT_THROW(execute(viewer, "clip walk"), Failure) << "nothing is loaded";
     viewer.open(s_sample);
-    for (const Case& each : {Case{"dance", "no command \"dance\"; there are: open"}, Case{"clip", "it is: clip NAME"},
-                             Case{"clip walk", "sprout_dance"}, Case{"seek soon", "\"soon\" is not a number"},
-                             Case{"show teeth", "skeleton"}, Case{"show grid maybe", "off, on, toggle"},
-                             Case{"bone head", "no bone \"head\""}, Case{"crowd 20000", "0 to 10000"},
-                             Case{"surface gold", "weights"}, Case{"step 1.5", "not a whole number"}})
+    for (const Case& each :
+         {Case{"dance", "no command \"dance\"; there are: open"}, Case{"clip", "it is: clip NAME"},
+          Case{"clip walk", "sprout_dance"}, Case{"seek soon", "\"soon\" is not a number"},
+          Case{"show teeth", "skeleton"}, Case{"show grid maybe", "off, on, toggle"},
+          Case{"bone head", "no bone \"head\""}, Case{"crowd 20000", "0 to 10000"}, Case{"surface gold", "weights"},
+          Case{"step 1.5", "not a whole number"}, Case{"step 1e10", "not a whole number"},
+          Case{"seek 12x", "\"12x\" is not a number"}, Case{"seek nan", "not a number"},
+          Case{"seek inf", "not a number"}, Case{"blend 1 2 -1", "0 or more"}})
     {
         try
         {
@@ -185,6 +224,7 @@ TEST(Viewer, EveryKeyDoesItsOneCommand)
         }
     }
     EXPECT_FALSE(executeKey(viewer, "%"));
+    EXPECT_FALSE(executeKey(viewer, "")) << "many commands have no key";
     const bool playing = viewer.getPlayback().isPlaying();
     executeKey(viewer, "Space");
     EXPECT_NE(viewer.getPlayback().isPlaying(), playing);
@@ -256,6 +296,103 @@ TEST(Viewer, ACrowdFillsASquareBehindTheObject)
     EXPECT_EQ(places.size(), 25U);
 }
 
+TEST(Viewer, ACrowdIsInThePictureAndBlendsAsTheObjectDoes)
+{
+    const auto pose = [](const std::vector<const char*>& lines)
+    {
+        Viewer viewer;
+        viewer.open(s_sample);
+        for (const char* line : lines)
+        {
+            execute(viewer, line);
+        }
+        viewer.update(0.0);
+        P_Camera camera;
+        viewer.getCamera().apply(camera, 4.0F / 3.0F);
+        const auto toPicture = M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix();
+        for (const auto& copy : viewer.getCrowd().getCopies())
+        {
+            const auto seen = toPicture.projectPoint(copy->getPosition());
+            EXPECT_LE(std::max(std::abs(seen.x), std::abs(seen.y)), 1.0F);
+        }
+        return support::takePose(*viewer.getCrowd().getCopies().at(0));
+    };
+    const auto before = pose({"play off", "seek 0.3", "blend 1 2", "crossmode linear", "crowd 24"});
+    const auto behind = pose({"play off", "seek 0.3", "blend 1 2", "crowd 24", "crossmode linear"});
+    EXPECT_TRUE(support::isSame(before, behind));
+    EXPECT_FALSE(support::isSame(before, pose({"play off", "seek 0.3", "blend 1 2", "crowd 24"})));
+}
+
+TEST(Viewer, OfBonesThatStandCloseTheNearestIsPickedAndNoneBehindTheEye)
+{
+    Viewer viewer;
+    viewer.open(s_sample, "skeleton");
+    for (const char* line : {"play off", "clip sprout_dance", "seek 0.4", "look left", "zoom 6"})
+    {
+        execute(viewer, line);
+    }
+    viewer.update(0.0);
+    for (const Viewer::Label& label : viewer.getLabels(400, 300))
+    {
+        viewer.pick(label.m_fX / 200.0F - 1.0F, 1.0F - label.m_fY / 150.0F);
+        EXPECT_EQ(viewer.getPickedBone(), label.m_iBone);
+    }
+    for (const char* line : {"frame", "look top"})
+    {
+        execute(viewer, line);
+    }
+    viewer.update(0.0);
+    viewer.getCamera().m_fDistance *= 0.02F;  // into the middle of the stalk
+    viewer.update(0.0);
+    std::set<int> before;
+    for (const Viewer::Label& label : viewer.getLabels(400, 300))
+    {
+        before.insert(label.m_iBone);
+    }
+    EXPECT_LT(before.size(), 8U);
+    for (float y = -0.98F; y < 1.0F; y += 0.04F)
+    {
+        for (float x = -0.98F; x < 1.0F; x += 0.04F)
+        {
+            viewer.pick(x, y);
+            EXPECT_TRUE(viewer.getPickedBone() < 0 || before.contains(viewer.getPickedBone()))
+                << viewer.getPickedBone();
+        }
+    }
+}
+
+TEST(Viewer, PicksWhereverTheObjectStandsInThePictureWhatIsVisible)
+{
+    Viewer viewer;
+    viewer.open(s_sample);
+    for (const char* line : {"play off", "clip sprout_rest", "look front", "pan 0.5 0"})
+    {
+        execute(viewer, line);
+    }
+    viewer.update(0.0);
+    const auto labels = viewer.getLabels(400, 300);
+    const auto pickBetween = [&viewer, &labels](std::size_t bone)
+    {
+        // A third of the way to the next bone, where no origin is near.
+        const float x = labels[bone].m_fX + (labels[bone + 1].m_fX - labels[bone].m_fX) / 3.0F;
+        const float y = labels[bone].m_fY + (labels[bone + 1].m_fY - labels[bone].m_fY) / 3.0F;
+        viewer.pick(x / 200.0F - 1.0F, 1.0F - y / 150.0F);
+        return viewer.getPickedBone();
+    };
+    ASSERT_LT(labels[2].m_fX, 100.0F) << "far from the middle";
+    EXPECT_NEAR(pickBetween(2), 2, 1);
+    EXPECT_NEAR(pickBetween(3), 3, 1);
+    TW2::TW_ObjectAnimation& drawn = viewer.getObject()->getDrawn();
+    for (unsigned int i = 0; i < drawn.getTotalMeshes(); ++i)
+    {
+        for (int primitive = 0; primitive < drawn.getMesh(i)->getPrimitiveCount(); ++primitive)
+        {
+            drawn.getMesh(i)->getPrimitiveInstance(primitive)->setVisible(false);
+        }
+    }
+    EXPECT_EQ(pickBetween(2), -1);
+}
+
 TEST(Viewer, PicksTheBoneWhoseNameStandsThere)
 {
     Viewer viewer;
@@ -323,6 +460,89 @@ TEST(Viewer, CurvesAreWhatTheBonePlaysAndKnowItsKeys)
     EXPECT_EQ(curves.m_vecKeyFrames.front(), 0);
     EXPECT_TRUE(std::ranges::is_sorted(curves.m_vecKeyFrames));
     EXPECT_TRUE(TW2::viewer::sampleCurves(*viewer.getObject(), 99, 1).isEmpty());
+}
+
+TEST(KeyCurves, AnglesMakeTheMatrixAgainAndDoNotJump)
+{
+    using Matrix = M_Matrix4x3Template<float>;
+    constexpr double quarter = 1.57079632679489661923;
+    support::ObjectFiles files;
+    files.addMesh("wheel");
+    files.addMesh("upright", "wheel");
+    TW2::KeyframeAnimationChunk wheel = support::makeTrack("wheel", 0.0f, 25, 30);
+    TW2::KeyframeAnimationChunk upright = support::makeTrack("upright", 0.0f, 25, 30);
+    wheel.keys.clear();
+    upright.keys.clear();
+    for (unsigned int frame = 0; frame < 25; ++frame)
+    {
+        // Twice about z; about y straight up and beyond, turned about x.
+        wheel.keys.push_back({frame, support::rotation(0.0, 0.0, 1.0, frame * quarter / 3.0)});
+        upright.keys.push_back(
+            {frame, support::rotation(1.0, 0.0, 0.0, 0.5) * support::rotation(0.0, 1.0, 0.0, frame * quarter / 12.0)});
+    }
+    files.addAnimation(0, {wheel, upright});
+    TW2::viewer::LoadedObject object(files.writeScript());
+    const KeyCurves turns = TW2::viewer::sampleCurves(object, 0, 0);
+    ASSERT_EQ(turns.m_aValues[5].size(), 25U);
+    EXPECT_NEAR(std::abs(turns.m_aValues[5].back() - turns.m_aValues[5].front()), 720.0F, 0.01F);
+    for (const int bone : {0, 1})
+    {
+        const KeyCurves curves = TW2::viewer::sampleCurves(object, bone, 0);
+        const auto& keys = bone == 0 ? wheel.keys : upright.keys;
+        for (std::size_t frame = 0; frame < keys.size(); ++frame)
+        {
+            const auto about = [&curves, frame](std::size_t axis)
+            {
+                const double angle = static_cast<double>(curves.m_aValues[axis + 3][frame]) * quarter / 90.0;
+                return support::rotation(axis == 0, axis == 1, axis == 2, angle);
+            };
+            const Matrix made = about(0) * about(1) * about(2);
+            EXPECT_LT(support::getDifference({made}, {keys[frame].matrix}), 0.002F) << bone << " at " << frame;
+        }
+    }
+}
+
+/// Each thing that can be shown, in what the renderer is told.
+TEST(SceneView, TellsTheRendererWhatIsToBeShown)
+{
+    using TW2::render::View;
+    P_Context context;
+    P_Scene scene(&context);
+    TW2::viewer::LoadedObject object(s_sample);
+    object.getObject().addTo(&scene);
+    const TW2::viewer::Extent extent(object.getScript(), scene, context);
+    TW2::viewer::Shown shown =
+        TW2::viewer::makeShown(object.getObject(), object.getSkeleton(), object.getDrawn(), extent, {});
+    TW2::viewer::Show show;
+    show.m_bGrid = false;
+    View view = makeView(show, shown);
+    EXPECT_FALSE(view.m_bTransparent);
+    EXPECT_TRUE(view.m_shadow);
+    EXPECT_FALSE(view.m_bHighlight);
+    EXPECT_TRUE(view.m_vecLines.empty() && view.m_vecOverlayLines.empty());
+    show.m_bTransparent = true;
+    show.m_bMesh = false;
+    shown.m_iPickedBone = 3;
+    view = makeView(show, shown);
+    EXPECT_TRUE(view.m_bTransparent);
+    EXPECT_FALSE(view.m_shadow) << "of nothing";
+    EXPECT_TRUE(view.m_bHighlight);
+    EXPECT_EQ(view.m_pPickedMesh, nullptr) << "the skin has the surfaces";
+    show.m_eSurface = View::Surface::Normals;
+    EXPECT_FALSE(makeView(show, shown).m_bHighlight) << "colours say something else";
+
+    show.m_bAxes = true;
+    view = makeView(show, shown);
+    view.m_vecLines.insert(view.m_vecLines.end(), view.m_vecOverlayLines.begin(), view.m_vecOverlayLines.end());
+    EXPECT_EQ(view.m_vecLines.size(), 3U * object.getBones().size());
+    for (const auto& line : view.m_vecLines)
+    {
+        EXPECT_LT((line.m_vTo - line.m_vFrom).length(), 0.05F * shown.m_fSize);
+    }
+    show.m_bAxes = false;
+    show.m_bBounds = true;
+    view = makeView(show, shown);
+    EXPECT_GT(view.m_vecLines.size() + view.m_vecOverlayLines.size(), 12U + 12U) << "a box and a sphere";
 }
 
 /// Pictures of the states that the controls make: each differs from the plain one where it should.
