@@ -198,6 +198,8 @@ TEST_F(ViewerMotion, WhoHasTurnedTravelsInTheNewDirection)
     EXPECT_LT((m_viewer.getCamera().m_vTarget + place - seen).length(), 1e-4F) << "the eye goes back, too";
     run({"mixer on", "frame"});
     pass(0.0, 1);
+    EXPECT_EQ(object().getPosition(), Vector()) << "it begins anew";
+    EXPECT_TRUE(m_viewer.getMixer().getEvents().empty());
     const auto whole = m_viewer.getCamera();
     run({"pan 1 0", "home"});
     pass(0.0, 1);
@@ -461,12 +463,14 @@ TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)
 
 TEST_F(ViewerMotion, ALoadedFileBeginsWithoutMixerAndReach)
 {
-    run({"mixer on", "add-layer additive", "reach chain bone5", "crowd 2"});
+    run({"mixer on", "add-layer additive", "reach chain bone5", "crowd 2", "bone 2"});
     pass(0.3);
     const std::string script = m_viewer.getObject()->getScriptFile();
     m_viewer.open(script);
     EXPECT_FALSE(m_viewer.getMixer().isOn());
     EXPECT_EQ(m_viewer.getReaching().getBone(), -1);
+    EXPECT_EQ(m_viewer.getPickedBone(), -1);
+    EXPECT_EQ(m_viewer.getCrowd().getCount(), 0U);
     pass(0.3);
     EXPECT_EQ(object().getPosition().z, 0.0F);
 }
@@ -534,7 +538,14 @@ TEST_F(ViewerLevels, LevelsOfAnObjectWithoutSkinAreChosenByDistanceOrByHand)
     EXPECT_NE(makeRenderCommand(m_viewer, 8, 8).find(" --levels near,far "), std::string::npos);
     execute(m_viewer, "zoom 10");
     EXPECT_EQ(usedLevel(), 1) << "by distance again";
+    execute(m_viewer, "level 0");
     execute(m_viewer, "object far");
     EXPECT_EQ(m_viewer.getObject()->getLevelCount(), 1);
+    EXPECT_EQ(m_viewer.getLevel(), -1);
+    const std::string script = m_viewer.getObject()->getScriptFile();
+    execute(m_viewer, "open \"" + script + "\"");
+    EXPECT_EQ(m_viewer.getObject()->getLevelCount(), 2);
+    execute(m_viewer, "open \"" + script + "\" near");
+    EXPECT_EQ(m_viewer.getObject()->getChoice().m_strName, "near");
 }
 }  // namespace
