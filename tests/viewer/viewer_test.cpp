@@ -553,6 +553,47 @@ TEST(SceneView, TellsTheRendererWhatIsToBeShown)
     EXPECT_GT(view.m_vecLines.size() + view.m_vecOverlayLines.size(), 12U + 12U) << "a box and a sphere";
 }
 
+TEST(Viewer, AnotherShapeOfThePictureIsFramedAgainWhileNobodyHasMovedTheCamera)
+{
+    std::optional<TW2::render::OffscreenContext> context;
+    try
+    {
+        context.emplace();
+    }
+    catch (const TW2::render::RenderException& exception)
+    {
+        GTEST_SKIP() << exception.getErrorMessage();
+    }
+    TW2::render::SceneRenderer renderer;
+    const TW2::render::PictureTarget target(64, 64, 1);
+    target.bind();
+    Viewer viewer;
+    viewer.open(TW2_SAMPLE "/walker.script");
+    const auto isFramedAgain = [&viewer, &renderer](unsigned int width)
+    {
+        const OrbitCamera before = viewer.getCamera();
+        viewer.draw(renderer, width, 64);
+        return viewer.getCamera() != before;
+    };
+    EXPECT_TRUE(isFramedAgain(64));
+    EXPECT_FALSE(isFramedAgain(64));
+    EXPECT_TRUE(isFramedAgain(16));
+    for (const char* line : {"clip walk", "mixer on", "play on"})
+    {
+        execute(viewer, line);
+    }
+    viewer.update(0.7);
+    EXPECT_TRUE(isFramedAgain(64)) << "it is what moved, not the camera";
+    viewer.update(0.7);
+    execute(viewer, "mixer off");
+    EXPECT_TRUE(isFramedAgain(16));
+    execute(viewer, "orbit 40 0");
+    const float before = viewer.getLabels(64, 64).back().m_fX;
+    EXPECT_FALSE(isFramedAgain(16));
+    EXPECT_NE(viewer.getLabels(64, 64).back().m_fX, before) << "the new direction is drawn at once";
+    EXPECT_FALSE(isFramedAgain(64)) << "somebody has chosen this";
+}
+
 /// Pictures of the states that the controls make: each differs from the plain one where it should.
 TEST(Viewer, EveryWayOfShowingChangesThePicture)
 {
