@@ -203,8 +203,10 @@ void Viewer::collectPoints(std::vector<Vector>& points)
     {
         return;
     }
+    const std::size_t before = points.size();
     render::collectVertices(m_pObject->getObject(), points);
-    for (unsigned int i = 0; points.empty() && i < m_pObject->getSkeleton().getTotalMeshes(); ++i)
+    const bool bare = points.size() == before;
+    for (unsigned int i = 0; bare && i < m_pObject->getSkeleton().getTotalMeshes(); ++i)
     {
         points.push_back(m_pObject->getSkeleton().getMesh(i)->getObjectToWorldMatrix().getTranslation());
     }

@@ -416,6 +416,7 @@ TEST(Viewer, PicksTheBoneWhoseNameStandsThere)
     for (const Viewer::Label& label : labels)
     {
         const float x = label.m_fX / 200.0F - 1.0F;
+        EXPECT_LE(std::max(std::abs(x), std::abs(1.0F - label.m_fY / 150.0F)), 1.0F) << "bones alone are framed, too";
         farthest = std::max(farthest, std::abs(x));
         viewer.pick(x, 1.0F - label.m_fY / 150.0F);
         EXPECT_EQ(viewer.getPickedBone(), label.m_iBone);
