@@ -345,7 +345,7 @@ TEST(Viewer, OfBonesThatStandCloseTheNearestIsPickedAndNoneBehindTheEye)
         viewer.pick(label.m_fX / 200.0F - 1.0F, 1.0F - label.m_fY / 150.0F);
         EXPECT_EQ(viewer.getPickedBone(), label.m_iBone);
     }
-    for (const char* line : {"frame", "look top"})
+    for (const char* line : {"clip sprout_rest", "look top"})
     {
         execute(viewer, line);
     }
