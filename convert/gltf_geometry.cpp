@@ -250,7 +250,7 @@ void addBones(const GltfFile& file, const Attributes& attributes, const std::str
         const std::string meaning = "JOINTS_" + std::to_string(set);
         const std::vector<unsigned int> joints = attributes.readWhole(meaning, perSet);
         const std::vector<float> weights = attributes.read("WEIGHTS_" + std::to_string(set), perSet);
-        for (std::size_t i = 0; i < std::min(joints.size(), weights.size()); ++i)
+        for (std::size_t i = 0; i < std::min({joints.size(), weights.size(), moved.size() * perSet}); ++i)
         {
             if (!(weights[i] > 0.0F) || !std::isfinite(weights[i]))
             {

@@ -55,7 +55,10 @@ void hangOnHolder(Mesh& mesh, int holder)
     {
         for (const auto& [vertex, weight] : bone.m_vecWeights)
         {
-            moved[vertex] = true;
+            if (vertex < moved.size())
+            {
+                moved[vertex] = true;
+            }
         }
     }
     Bone bone;

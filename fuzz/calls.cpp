@@ -91,7 +91,9 @@ private:
     {
         TW_VertexAnimationLODs& levels = pick(m_skinned);
         const int level = m_choices.below(4);
-        return level < levels.getLevelCount() ? levels.getLODObject(level) : &pick(m_characters);
+        // A level that is being built has no object yet.
+        TW_VertexAnimation* const object = level < levels.getLevelCount() ? levels.getLODObject(level) : nullptr;
+        return object ? object : &pick(m_characters);
     }
     TW_MaterialManager* pickManager()
     {

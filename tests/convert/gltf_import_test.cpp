@@ -423,6 +423,17 @@ TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
     // No scene names the nodes of this file: nothing looked at the joints before the skin does.
     EXPECT_THAT(getRefusal(make(1, 3)), testing::HasSubstr("skins[0]"));
     EXPECT_THAT(getRefusal(make(1, -1)), testing::HasSubstr("skins[0]"));
+    // Influences of three vertices where there is one.
+    for (const TW2::convert::Mesh& mesh : read(make(1, 2, true)).m_vecMeshes)
+    {
+        for (const TW2::convert::Bone& bone : mesh.m_vecBones)
+        {
+            for (const auto& [vertex, weight] : bone.m_vecWeights)
+            {
+                EXPECT_LT(vertex, mesh.m_vecPositions.size()) << weight;
+            }
+        }
+    }
 }
 
 TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)
