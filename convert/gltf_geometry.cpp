@@ -250,7 +250,7 @@ void addBones(const GltfFile& file, const Attributes& attributes, const std::str
         const std::string meaning = "JOINTS_" + std::to_string(set);
         const std::vector<unsigned int> joints = attributes.readWhole(meaning, perSet);
         const std::vector<float> weights = attributes.read("WEIGHTS_" + std::to_string(set), perSet);
-        for (std::size_t i = 0; i < std::min({joints.size(), weights.size(), moved.size() * perSet}); ++i)
+        for (std::size_t i = 0; i < std::min(joints.size(), weights.size()); ++i)
         {
             if (!(weights[i] > 0.0F) || !std::isfinite(weights[i]))
             {
@@ -311,6 +311,11 @@ std::optional<Mesh> importPrimitive(const GltfFile& file, const tinygltf::Primit
         std::swap(mesh.m_vecIndices[i + 1], mesh.m_vecIndices[i + 2]);  // mirrored
     }
     std::vector<float> positions = std::move(attributes.accessPositions());
+    if (positions.empty())
+    {
+        warnings.addLeftOut(part, "what has no positions");
+        return std::nullopt;
+    }
     addTargets(file, primitive, place, "POSITION", weights, positions);
     if (!std::all_of(positions.begin(), positions.end(), [](float number) { return std::isfinite(number); }))
     {

@@ -55,10 +55,7 @@ void hangOnHolder(Mesh& mesh, int holder)
     {
         for (const auto& [vertex, weight] : bone.m_vecWeights)
         {
-            if (vertex < moved.size())
-            {
-                moved[vertex] = true;
-            }
+            moved[vertex] = true;
         }
     }
     Bone bone;

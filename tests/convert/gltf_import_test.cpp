@@ -423,17 +423,24 @@ TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
     // No scene names the nodes of this file: nothing looked at the joints before the skin does.
     EXPECT_THAT(getRefusal(make(1, 3)), testing::HasSubstr("skins[0]"));
     EXPECT_THAT(getRefusal(make(1, -1)), testing::HasSubstr("skins[0]"));
-    // Influences of three vertices where there is one.
-    for (const TW2::convert::Mesh& mesh : read(make(1, 2, true)).m_vecMeshes)
-    {
-        for (const TW2::convert::Bone& bone : mesh.m_vecBones)
-        {
-            for (const auto& [vertex, weight] : bone.m_vecWeights)
-            {
-                EXPECT_LT(vertex, mesh.m_vecPositions.size()) << weight;
-            }
-        }
-    }
+}
+
+TEST(GltfSkins, OfWhatHasNoPositionsAreLeftOutWithIt)
+{
+    GltfText text;
+    const int positions = text.addFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
+    const std::vector<std::uint8_t> joints(12, 0);
+    const std::vector<std::uint8_t> weights(12, 255);
+    const std::string bones = R"("JOINTS_0":)" + number(text.add(joints, GltfText::UNSIGNED_BYTE, "VEC4")) +
+                              R"(,"WEIGHTS_0":)" +
+                              number(text.add(weights, GltfText::UNSIGNED_BYTE, "VEC4", R"(,"normalized":true)"));
+    text.set("meshes", R"([{"name":"shape","primitives":[{"attributes":{)" + bones +
+                           R"(}},{"attributes":{"POSITION":)" + number(positions) + "," + bones + "}}]}]");
+    text.set("nodes", R"([{"mesh":0,"skin":0},{"name":"bone"}])");
+    text.set("skins", R"([{"joints":[1]}])");
+    const Model model = read(text);
+    EXPECT_EQ(model.m_vecMeshes.size(), 1U);
+    EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("what has no positions")));
 }
 
 TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)
