@@ -31,68 +31,6 @@ std::size_t measureDepth(const Skeleton& skeleton)
     return deepest;
 }
 
-TrackForm classify(const std::vector<Matrixd>& matrices)
-{
-    // What counts as unit length and as a right angle is finer than what playback tells apart.
-    constexpr double unitTolerance = 5e-5;
-    constexpr double angleTolerance = 1e-4;
-    TrackForm form = TrackForm::Rigid;
-    for (const Matrixd& matrix : matrices)
-    {
-        double lengths[3];
-        for (int row = 0; row < 3; ++row)
-        {
-            lengths[row] = matrix.getRow(row).length();
-            if (std::abs(lengths[row] - 1.0) > unitTolerance)
-            {
-                form = TrackForm::Scaled;
-            }
-        }
-        if (matrix.determinant() < 0.0)
-        {
-            form = TrackForm::Scaled;  // a mirrored frame is no rotation
-        }
-        for (int row = 0; row < 3; ++row)
-        {
-            const int next = (row + 1) % 3;
-            const double product = lengths[row] * lengths[next];
-            if (product == 0.0 || std::abs(matrix.getRow(row).dot(matrix.getRow(next))) > angleTolerance * product)
-            {
-                return TrackForm::General;
-            }
-        }
-    }
-    return form;
-}
-
-Vector3d toUnit(const Vector3d& v)
-{
-    const double squared = v.lengthSquared();
-    return squared > 0.0 ? v * (1.0 / std::sqrt(squared)) : Vector3d();
-}
-
-void orthonormalize(Matrixd& m)
-{
-    const Vector3d x = toUnit(m.getRow(0));
-    const Vector3d y = toUnit(m.getRow(1) - x * m.getRow(1).dot(x));
-    // What is left of the third row is at right angles to both.
-    const Vector3d z = x.cross(y);
-    const double side = m.getRow(2).dot(z);
-    m.setRow(0, x);
-    m.setRow(1, y);
-    m.setRow(2, side > 0.0 ? z : side < 0.0 ? -z : Vector3d());
-}
-
-TrackForm classify(const Matrices& locals, const std::vector<Jump>& jumps)
-{
-    std::vector<Matrixd> before;
-    for (const Jump& jump : jumps)
-    {
-        before.push_back(jump.m_before);
-    }
-    return std::max(classify(locals.get()), classify(before));
-}
-
 /// How often a frame is looked at in which straight pieces are off by `bend` of what is wanted: often enough that the
 /// largest difference is missed by a thirty-second part of that, at most.
 unsigned int chooseSamples(double bend)
@@ -116,7 +54,7 @@ public:
     [[nodiscard]] Track reduce(const Matrices& locals, std::size_t most) const
     {
         Track track;
-        track.m_eForm = classify(locals, m_course.m_vecJumps);
+        track.m_eForm = findForm(locals, m_course.m_vecJumps);
         track.m_vecKeys.push_back({m_timeline.getFrame(0), locals[0]});
         const std::size_t last = m_timeline.getFrameCount() - 1;
         const Piece whole{track.m_eForm, 0, locals[0], last, locals[0], false};
@@ -444,7 +382,7 @@ private:
             [this, &error, &jumps](std::size_t joint, const Course& course, const Matrices* parent)
         {
             Track track;
-            track.m_eForm = classify(course.m_local, course.m_vecJumps);
+            track.m_eForm = findForm(course.m_local, course.m_vecJumps);
             jumps = jumps || course.m_bJumps;
             auto jump = course.m_vecJumps.begin();
             for (std::size_t frame = 0; frame < (course.m_local.isStill() ? 1 : m_timeline.getFrameCount()); ++frame)
@@ -484,7 +422,7 @@ private:
     {
         if (!course.m_bMoved)
         {
-            track.m_eForm = classify(course.m_local, {});
+            track.m_eForm = findForm(course.m_local, {});
             track.m_vecKeys = {{0, course.m_local[0]}};
             return reducer.play(track, error);
         }
@@ -525,32 +463,6 @@ private:
     Timeline m_timeline;
     std::vector<Measured> m_vecStretches;  ///< of the whole clip, once it is measured
 };
-}  // namespace
-
-Matrixd blendKeys(const Matrixd& a, const Matrixd& b, double fraction, TrackForm form)
-{
-    Matrixd result = b;
-    result -= a;
-    result *= fraction;
-    result += a;
-    if (form == TrackForm::General)
-    {
-        return result;
-    }
-    orthonormalize(result);
-    if (form == TrackForm::Scaled)
-    {
-        for (int row = 0; row < 3; ++row)
-        {
-            const double length = a.getRow(row).length() * (1.0 - fraction) + b.getRow(row).length() * fraction;
-            result.setRow(row, result.getRow(row) * length);
-        }
-    }
-    return result;
-}
-
-namespace
-{
 /// How many times as many frames make what bends by so much less wrong, as a power of two: at least two.
 int estimateFactor(const PoseError& error, const Tolerance& wanted)
 {

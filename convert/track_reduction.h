@@ -4,20 +4,13 @@
 #include "convert/model.h"
 #include "convert/pose_error.h"
 #include "convert/skeleton.h"
+#include "convert/track_form.h"
 
 #include <cstddef>
 #include <vector>
 
 namespace TW2::convert
 {
-/// What a track's matrices are like, which decides how playback treats them between two keys.
-enum class TrackForm
-{
-    Rigid,   ///< rotation and translation: rows are made orthonormal
-    Scaled,  ///< with scale along its own axes: the same, and the rows get their lengths back
-    General  ///< sheared: element by element
-};
-
 struct TrackKey
 {
     unsigned int m_uiFrame;
@@ -51,7 +44,4 @@ struct ReducedClip
 /// second.
 [[nodiscard]] ReducedClip reduceClip(const Model& model, const Skeleton& skeleton, const Clip& clip,
                                      const Tolerance& tolerance, int frameRate);
-
-/// What playback makes of two keys, `fraction` of the way from `a` to `b`.
-[[nodiscard]] Matrixd blendKeys(const Matrixd& a, const Matrixd& b, double fraction, TrackForm form);
 }  // namespace TW2::convert

@@ -13,6 +13,28 @@ namespace
 using namespace convert_test;
 using TW2::convert::ClipSampler;
 
+/// The weight of a layer that grows from 0 to 100 in a second: objects 24 and 25, to be linked to it.
+const std::string growingWeight = R"(	AnimationCurveNode: 24, "AnimCurveNode::Weight", "" {
+	}
+	AnimationCurve: 25, "AnimCurve::", "" {
+		KeyTime: *2 {
+			a: 0,46186158000
+		}
+		KeyValueFloat: *2 {
+			a: 0,100
+		}
+		KeyAttrFlags: *1 {
+			a: 4
+		}
+		KeyAttrDataFloat: *4 {
+			a: 0,0,0,0
+		}
+		KeyAttrRefCount: *1 {
+			a: 2
+		}
+	}
+)";
+
 /// A text FBX with two nodes, "arm" below "arm", and one curve for the rotation of the lower one around z: 0 degrees at
 /// 0 s, 90 at 1 s, 30 at 2 s.
 std::string makeFbx(const std::string& propertiesOfLower, const std::string& flags, const std::string& slopes,
@@ -281,26 +303,7 @@ TEST(Fbx, FurtherLayersAreBlendedAsTheFileSays)
 			P: "d|Z", "Number", "", "A",4
 		}
 	}
-	AnimationCurveNode: 24, "AnimCurveNode::Weight", "" {
-	}
-	AnimationCurve: 25, "AnimCurve::", "" {
-		KeyTime: *2 {
-			a: 0,46186158000
-		}
-		KeyValueFloat: *2 {
-			a: 0,100
-		}
-		KeyAttrFlags: *1 {
-			a: 4
-		}
-		KeyAttrDataFloat: *4 {
-			a: 0,0,0,0
-		}
-		KeyAttrRefCount: *1 {
-			a: 2
-		}
-	}
-)";
+)" + growingWeight;
         const std::string links = R"(	C: "OO",21,10
 	C: "OO",22,21
 	C: "OP",22,2, "Lcl Rotation"
@@ -360,26 +363,7 @@ TEST(Fbx, ALayerThatCoversMoreAndMoreEndsInItsOwnAngles)
 			P: "d|Z", "Number", "", "A",0
 		}
 	}
-	AnimationCurveNode: 24, "AnimCurveNode::Weight", "" {
-	}
-	AnimationCurve: 25, "AnimCurve::", "" {
-		KeyTime: *2 {
-			a: 0,46186158000
-		}
-		KeyValueFloat: *2 {
-			a: 0,100
-		}
-		KeyAttrFlags: *1 {
-			a: 4
-		}
-		KeyAttrDataFloat: *4 {
-			a: 0,0,0,0
-		}
-		KeyAttrRefCount: *1 {
-			a: 2
-		}
-	}
-)";
+)" + growingWeight;
         const std::string links = R"(	C: "OO",21,10
 	C: "OO",22,21
 	C: "OP",22,2, "Lcl Rotation"

@@ -1,25 +1,10 @@
 #include "convert/gltf_import.h"
 
 #include "convert/clip_sampler.h"
-#include "convert/pictures.h"
-#include "tests/support/gltf_text.h"
-#include "tests/support/temporary_directory.h"
-
-#include <platform/runtime/exception.h>
+#include "tests/support/gltf_reading.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#ifdef TW2_HAS_DRACO
-#include <draco/compression/encode.h>
-#include <draco/mesh/triangle_soup_mesh_builder.h>
-#endif
-#ifdef TW2_HAS_MESHOPT
-#include <meshoptimizer.h>
-#endif
-#ifdef TW2_HAS_WEBP
-#include <webp/encode.h>
-#endif
 
 #include <algorithm>
 #include <array>
@@ -29,74 +14,17 @@
 
 namespace
 {
+using support::expectFrontsOutside;
+using support::getCorners;
+using support::getRefusal;
 using support::GltfText;
 using support::number;
+using support::read;
+using support::showPrimitive;
 using TW2::convert::Mesh;
 using TW2::convert::Model;
 using TW2::convert::Vector3;
 using TW2::convert::Vector3d;
-
-Model read(const std::string& content, const std::string& name = "model.gltf")
-{
-    const support::TemporaryDirectory directory;
-    return TW2::convert::importGltf(directory.write(name, content), {});
-}
-
-Model read(const GltfText& text)
-{
-    return read(text.make());
-}
-
-/// What the reader says about a file that it refuses; empty when it reads it.
-std::string getRefusal(const std::string& content, const std::string& name = "model.gltf")
-{
-    try
-    {
-        static_cast<void>(read(content, name));
-        return {};
-    }
-    catch (const S_Exception& exception)
-    {
-        return exception.getErrorMessage();
-    }
-}
-
-/// One node that shows one primitive.
-void showPrimitive(GltfText& text, const std::string& primitive)
-{
-    text.set("meshes", R"([{"name":"shape","primitives":[)" + primitive + "]}]");
-    text.set("nodes", R"([{"name":"holder","mesh":0}])");
-    text.set("scenes", R"([{"nodes":[0]}])");
-}
-
-/// The corners of each triangle, one after the other.
-std::vector<std::array<float, 3>> getCorners(const Mesh& mesh)
-{
-    std::vector<std::array<float, 3>> corners;
-    for (const unsigned int index : mesh.m_vecIndices)
-    {
-        const Vector3& p = mesh.m_vecPositions.at(index);
-        corners.push_back({p.x, p.y, p.z});
-    }
-    return corners;
-}
-
-/// Each triangle is clockwise as seen from where its normals point to.
-void expectFrontsOutside(const Mesh& mesh)
-{
-    ASSERT_EQ(mesh.m_vecNormals.size(), mesh.m_vecPositions.size());
-    for (std::size_t i = 0; i + 2 < mesh.m_vecIndices.size(); i += 3)
-    {
-        const Vector3& a = mesh.m_vecPositions[mesh.m_vecIndices[i]];
-        const Vector3& b = mesh.m_vecPositions[mesh.m_vecIndices[i + 1]];
-        const Vector3& c = mesh.m_vecPositions[mesh.m_vecIndices[i + 2]];
-        const Vector3 front = (b - a).cross(c - a).normalized();
-        for (std::size_t corner = i; corner < i + 3; ++corner)
-        {
-            EXPECT_NEAR(front.dot(mesh.m_vecNormals[mesh.m_vecIndices[corner]]), 1.0F, 1e-5F) << "corner " << corner;
-        }
-    }
-}
 
 TEST(GltfGeometry, WithoutNormalsIsFlatAndLooksTheWayItDoesWithThem)
 {
@@ -489,227 +417,4 @@ TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)
     EXPECT_NEAR(spot.m_fBrightness * (1.0F - 10.0F / spot.m_fRange), 1.0F, 1e-4F);
     EXPECT_NEAR(model.m_vecLights[1].m_fBrightness, 1.0F, 1e-5F);
 }
-
-TEST(GltfFiles, BinaryAndTextAndFilesBesideThemAreTheSame)
-{
-    GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
-                            number(text.addIndices(support::squareIndices)) + "}");
-    const auto corners = getCorners(read(text).m_vecMeshes.at(0));
-    EXPECT_EQ(getCorners(read(text.makeBinary(), "model.glb").m_vecMeshes.at(0)), corners);
-    EXPECT_TRUE(TW2::convert::isGltf("any.GLB"));
-
-    const support::TemporaryDirectory directory;
-    std::string content = text.make();
-    const std::size_t from = content.find("data:");
-    content.replace(from, content.find('"', from) - from, "my%20numbers.bin");
-    const std::string file = directory.write("model.gltf", content);
-    EXPECT_THAT([&file] { static_cast<void>(TW2::convert::importGltf(file, {})); },
-                testing::Throws<S_Exception>(
-                    testing::Property(&S_Exception::getErrorMessage,
-                                      testing::AllOf(testing::HasSubstr("model.gltf: buffers[0]: there is no file"),
-                                                     testing::HasSubstr("my numbers.bin")))));
-    directory.write("my numbers.bin", std::string(text.getBytes().begin(), text.getBytes().end()));
-    EXPECT_EQ(getCorners(TW2::convert::importGltf(file, {}).m_vecMeshes.at(0)), corners);
-}
-
-TEST(GltfFiles, SayWhereTheyAreDamaged)
-{
-    GltfText good;
-    const int positions = good.addFloats(support::squarePositions, "VEC3");
-    const int indices = good.addIndices(support::squareIndices);
-    const auto primitive = [positions](int useIndices)
-    { return R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(useIndices) + "}"; };
-    showPrimitive(good, primitive(indices));
-    const std::string binary = good.makeBinary();
-
-    struct Case
-    {
-        std::string m_strFrom;
-        std::string m_strTo;
-        const char* m_szSaid;
-    };
-    const std::vector<Case> cases{
-        {R"("byteLength":48)", R"("byteLength":4800)", "bufferViews[0]"},
-        {R"("byteOffset":0)", R"("byteOffset":999999)", "bufferViews[0]: ends 999999 + 48 bytes into buffers[0]"},
-        {R"("count":4)", R"("count":5)", "accessors[0]: 5 elements of 12 bytes"},
-        {R"("type":"VEC3")", R"("type":"VEC2")", "accessors[0]: has elements of 2 numbers"},
-        {R"("POSITION":0)", R"("POSITION":17)", "names accessors[17], the file has 2"},
-        {R"("mesh":0)", R"("mesh":3)", "nodes[0]: names meshes[3], the file has 1"},
-        {R"("mesh":0)", R"("mesh":0,"children":[0])", "nodes[0]: hangs below itself"},
-        {R"("nodes":[0])", R"("nodes":[9])", "scenes[0]: names nodes[9]"},
-        {R"("mesh":0}])", R"("mesh":0,"children":[2]},{"children":[2]},{}])",
-         "nodes[2]: hangs below nodes[0] and nodes[1]"},
-        {R"("nodes":)", R"("nodes":[,)", "is no glTF file"},
-        {R"("version":"2.0"})", R"("version":"2.0"},"extensionsRequired":["VENDOR_fold"])",
-         "extensionsRequired: needs the extension VENDOR_fold"},
-        {R"("version":"2.0"})", R"("version":"1.1"})", "asset.version: is version 1.1 of glTF, version 2.0 is read"},
-    };
-    for (const Case& one : cases)
-    {
-        std::string content = good.make();
-        const std::size_t at = content.find(one.m_strFrom);
-        ASSERT_NE(at, std::string::npos) << one.m_strFrom;
-        content.replace(at, one.m_strFrom.size(), one.m_strTo);
-        EXPECT_THAT(getRefusal(content), testing::HasSubstr(one.m_szSaid)) << one.m_strFrom << " -> " << one.m_strTo;
-    }
-    GltfText beyond = good;
-    const int wild = beyond.addIndices({0, 1, 4});
-    std::string content = beyond.make();
-    content.replace(content.find(R"("indices":1)"), 11, R"("indices":)" + number(wild));
-    EXPECT_THAT(getRefusal(content), testing::HasSubstr("primitives[0].indices: index 2 names vertex 4 of 4"));
-    EXPECT_THAT(getRefusal(R"({"nodes":{"node_1":{"children":[]}},"scenes":{"main":{"nodes":["node_1"]}}})"),
-                testing::HasSubstr("asset.version: is version 1.0 of glTF"))
-        << "files that old need not say it";
-    EXPECT_THAT(getRefusal(std::string(100000, '[')), testing::HasSubstr("nested too deeply"));
-    for (std::size_t size = 0; size < binary.size(); size += 7)
-    {
-        EXPECT_NE(getRefusal(binary.substr(0, size), "cut.glb"), "") << size << " bytes of " << binary.size();
-    }
-}
-
-TEST(GltfFiles, NameTheExtensionsThatTheyAreReadWithout)
-{
-    GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
-                            number(text.addIndices(support::squareIndices)) + "}");
-    text.set("extensionsUsed", R"(["KHR_materials_unlit","VENDOR_sparkle","KHR_techniques_webgl"])");
-    // How surfaces look is no reason to refuse a model, even where it is said to be required.
-    text.set("extensionsRequired", R"(["KHR_techniques_webgl","VENDOR_materials_fur"])");
-    const Model model = read(text);
-    EXPECT_THAT(model.m_vecWarnings,
-                testing::ElementsAre(testing::HasSubstr("KHR_techniques_webgl"),
-                                     testing::HasSubstr("VENDOR_materials_fur"), testing::HasSubstr("VENDOR_sparkle")));
-    EXPECT_EQ(model.m_vecMeshes.size(), 1U);
-}
-
-#ifdef TW2_HAS_WEBP
-TEST(GltfCompression, WebPPicturesAreDecodedAndHaveTheirAlpha)
-{
-    const std::vector<std::uint8_t> pixels{255, 0, 0, 255, 0, 255, 0, 64};
-    std::uint8_t* encoded = nullptr;
-    const std::size_t size = WebPEncodeLosslessRGBA(pixels.data(), 2, 1, 8, &encoded);
-    const std::vector<unsigned char> content(encoded, encoded + size);
-    WebPFree(encoded);
-    const auto make = [](const std::vector<unsigned char>& bytes)
-    {
-        GltfText text;
-        const int positions = text.addFloats(support::squarePositions, "VEC3");
-        const int view = text.addView(bytes.data(), bytes.size());
-        showPrimitive(text, R"({"material":0,"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
-                                number(text.addIndices(support::squareIndices)) + "}");
-        text.set("images", R"([{"bufferView":)" + number(view) + R"(,"mimeType":"image/webp"}])");
-        text.set("textures", R"([{"extensions":{"EXT_texture_webp":{"source":0}}}])");
-        text.set("materials", R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}])");
-        text.set("extensionsRequired", R"(["EXT_texture_webp"])");
-        return text.make();
-    };
-    const Model model = read(make(content));
-    ASSERT_EQ(model.m_vecPictures.size(), 1U);
-    EXPECT_EQ(model.m_vecSurfaces.size(), 1U) << "no plain one that nothing has";
-    EXPECT_TRUE(model.m_vecPictures[0].m_bAlpha);
-    EXPECT_EQ(model.m_vecPictures[0].m_uiWidth, 2U);
-    const G_Image image = TW2::convert::decodePicture(model.m_vecPictures[0]);
-    EXPECT_TRUE(std::equal(pixels.begin(), pixels.end(), image.getPixels()));
-    const Model damaged = read(make(std::vector<unsigned char>(content.begin(), content.end() - 6)));
-    EXPECT_TRUE(damaged.m_vecPictures.empty());
-    EXPECT_THAT(damaged.m_vecWarnings, testing::Contains(testing::HasSubstr("is left out")));
-}
-#endif
-
-#ifdef TW2_HAS_MESHOPT
-TEST(GltfCompression, MeshoptimizersBytesAreUnpacked)
-{
-    // As packers write it: vertices of four shorts, which a node scales back, and triangles, both packed.
-    const std::vector<std::int16_t> vertices{-100, -100, 0, 0, 100, -100, 0, 0, 100, 100, 0, 0, -100, 100, 0, 0};
-    std::vector<unsigned char> packed(meshopt_encodeVertexBufferBound(4, 8));
-    packed.resize(meshopt_encodeVertexBuffer(packed.data(), packed.size(), vertices.data(), 4, 8));
-    std::vector<unsigned char> packedIndices(meshopt_encodeIndexBufferBound(6, 4));
-    packedIndices.resize(meshopt_encodeIndexBuffer(packedIndices.data(), packedIndices.size(),
-                                                   support::squareIndices.data(), support::squareIndices.size()));
-    const auto make =
-        [&vertices](const std::vector<unsigned char>& packedVertices, const std::vector<unsigned char>& indices)
-    {
-        GltfText text;
-        const int bytes = text.addView(packedVertices.data(), packedVertices.size());
-        const int indexBytes = text.addView(indices.data(), indices.size());
-        const auto extension = [](std::size_t offset, std::size_t size, const std::string& more)
-        {
-            return R"(,"extensions":{"EXT_meshopt_compression":{"buffer":0,"byteOffset":)" + std::to_string(offset) +
-                   R"(,"byteLength":)" + std::to_string(size) + more + "}}";
-        };
-        static_cast<void>(bytes);
-        static_cast<void>(indexBytes);
-        const std::size_t second = (packedVertices.size() + 3) / 4 * 4;
-        const std::vector<unsigned char> nothing(32);
-        const int view =
-            text.addView(nothing.data(), 32,
-                         R"(,"byteStride":8)" +
-                             extension(0, packedVertices.size(), R"(,"byteStride":8,"count":4,"mode":"ATTRIBUTES")"));
-        const int indexView = text.addView(
-            nothing.data(), 12, extension(second, indices.size(), R"(,"byteStride":2,"count":6,"mode":"TRIANGLES")"));
-        const int positions = text.addAccessor(view, GltfText::SHORT, vertices.size() / 4, "VEC3");
-        const int corners = text.addAccessor(indexView, GltfText::UNSIGNED_SHORT, 6, "SCALAR");
-        showPrimitive(text,
-                      R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(corners) + "}");
-        text.set("extensionsRequired", R"(["KHR_mesh_quantization","EXT_meshopt_compression"])");
-        return text.make();
-    };
-    const Mesh mesh = read(make(packed, packedIndices)).m_vecMeshes.at(0);
-    auto corners = getCorners(mesh);
-    ASSERT_EQ(corners.size(), 6U);
-    std::ranges::sort(corners);
-    EXPECT_EQ(corners.front(), (std::array<float, 3>{-100, -100, 0}));
-    EXPECT_EQ(corners.back(), (std::array<float, 3>{100, 100, 0}));
-    expectFrontsOutside(mesh);
-    std::vector<unsigned char> damaged(packed.begin(), packed.begin() + 5);
-    EXPECT_THAT(getRefusal(make(damaged, packedIndices)),
-                testing::HasSubstr("bufferViews[2]: its packed bytes are damaged"));
-}
-#endif
-
-#ifdef TW2_HAS_DRACO
-TEST(GltfCompression, DracosTrianglesAllComeThrough)
-{
-    draco::TriangleSoupMeshBuilder builder;
-    builder.Start(2);
-    const int places = builder.AddAttribute(draco::GeometryAttribute::POSITION, 3, draco::DT_FLOAT32);
-    const std::vector<std::array<float, 3>> square{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
-    for (std::size_t face = 0; face < 2; ++face)
-    {
-        const auto corner = [&square, face](std::size_t i)
-        { return square[support::squareIndices[3 * face + i]].data(); };
-        builder.SetAttributeValuesForFace(places, draco::FaceIndex(static_cast<std::uint32_t>(face)), corner(0),
-                                          corner(1), corner(2));
-    }
-    const std::unique_ptr<draco::Mesh> source = builder.Finalize();
-    draco::Encoder encoder;
-    draco::EncoderBuffer packed;
-    ASSERT_TRUE(encoder.EncodeMeshToBuffer(*source, &packed).ok());
-    const auto make = [&packed](std::size_t size)
-    {
-        GltfText text;
-        const int view = text.addView(packed.data(), size);
-        const int positions = text.addAccessor(-1, GltfText::FLOAT, 4, "VEC3");
-        const int indices = text.addAccessor(-1, GltfText::UNSIGNED_SHORT, 6, "SCALAR");
-        showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(indices) +
-                                R"(,"extensions":{"KHR_draco_mesh_compression":{"bufferView":)" + number(view) +
-                                R"(,"attributes":{"POSITION":0}}}})");
-        text.set("extensionsRequired", R"(["KHR_draco_mesh_compression"])");
-        return text.make();
-    };
-    const Mesh mesh = read(make(packed.size())).m_vecMeshes.at(0);
-    EXPECT_EQ(mesh.m_vecIndices.size(), 6U);
-    auto corners = getCorners(mesh);
-    std::ranges::sort(corners);
-    corners.erase(std::unique(corners.begin(), corners.end()), corners.end());
-    ASSERT_EQ(corners.size(), 4U);
-    EXPECT_EQ(corners.front(), (std::array<float, 3>{-1, -1, 0}));
-    expectFrontsOutside(mesh);
-    EXPECT_THAT(getRefusal(make(packed.size() / 2)),
-                testing::HasSubstr("primitives[0].extensions.KHR_draco_mesh_compression"));
-}
-#endif
 }  // namespace

@@ -1,6 +1,5 @@
+#include "tests/object/soldier_files.h"
 #include "tests/support/expectations.h"
-#include "tests/support/object_files.h"
-#include "tests/support/verbose_capture.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/io/helper_chunk.h>
@@ -11,7 +10,6 @@
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_callbacks.h>
 #include <tw2/object/object_animation_mesh_callback.h>
-#include <tw2/skin/skin_chunk.h>
 
 #include <platform/math/inverse_sqrt.h>
 #include <platform/runtime/file.h>
@@ -29,8 +27,10 @@
 #include <vector>
 
 using namespace TW2;
+using support::expectSoldier;
 using support::makeTrack;
 using support::ObjectFiles;
+using support::SoldierFiles;
 using testing::HasSubstr;
 
 namespace
@@ -65,35 +65,6 @@ private:
     SomeKeyframeCallback m_callback;
     S_String m_directory;
 };
-
-/// Hip and leg, with the animations 3 and -2.
-struct SoldierFiles : ObjectFiles
-{
-    SoldierFiles()
-    {
-        addMesh("Hip");
-        addMesh("Leg", "Hip", M_Matrix4x3Template<float>::translation({0, 0, -1}));
-        addAnimation(3, {makeTrack("Hip", 10.0f), makeTrack("Leg", 5.0f, 21)});
-        addAnimation(-2, {makeTrack("Leg", 2.0f)});
-    }
-};
-
-void expectSoldier(TW_ObjectAnimation& object)
-{
-    ASSERT_TRUE(object.isConstructed());
-    ASSERT_EQ(object.getTotalMeshes(), 2u);
-    EXPECT_EQ(object.getMesh(0)->getName(), "Hip");
-    EXPECT_EQ(object.getMesh(1)->getParent(), object.getMesh(0));
-    EXPECT_EQ(object.getMesh(2), nullptr);
-    EXPECT_EQ(object.getTotalAnimations(), 2u);
-    EXPECT_EQ(object.getMaximumAnimationIndex(), 3);
-    EXPECT_TRUE(object.isValidAnimation(-2));
-    EXPECT_FALSE(object.isValidAnimation(0));
-    EXPECT_EQ(object.getAnimationFrames(3), 21u);
-    ASSERT_TRUE(object.animateObject(3, 0.5f, nullptr));
-    EXPECT_FLOAT_EQ(object.getMesh(0)->getMatrix().m[3][0], 5.0f);
-    EXPECT_FLOAT_EQ(object.getMesh(1)->getObjectToWorldMatrix().m[3][0], 5.0f + 1.25f);
-}
 
 /// What went wrong when an object was built from a script with these lines.
 struct Failure
@@ -142,158 +113,6 @@ TEST(ObjectAnimationConstruction, EveryFormBuildsTheSameObject)
     EXPECT_FALSE(later.isConstructed());
     EXPECT_EQ(later.getTotalMeshes(), 0u);
     EXPECT_EQ(later.getMaximumAnimationIndex(), -1);
-}
-
-TEST(ObjectAnimationConstruction, FilesAreRelativeToTheCurrentDirectoryAndToldApartByTheirFolders)
-{
-    const SoldierFiles files;
-    (void)files.writeScript();
-    files.writeAnimation("slow/walk.tw", {makeTrack("Hip", 1.0f)});
-    files.writeAnimation("fast/walk.tw", {makeTrack("Hip", 100.0f)});
-    const std::string script = files.getDirectory().write("scripts/relative.txt", R"(
-        relative
-        {
-            geometry { exportdata "GEOMETRY.tw" }
-            animation { index 0  filename "slow\walk.tw" }
-            animation { index 1  filename "fast/Walk.TW" }
-        })");
-
-    const S_DirectoryGuard restore;
-    File.changeDirectory(files.getDirectory().getPath().string());
-    TW_ObjectAnimation object(script.c_str(), "relative", nullptr, false);
-    for (const auto& [index, distance] : {std::pair(0, 1.0f), std::pair(1, 100.0f)})
-    {
-        ASSERT_TRUE(object.animateObjectFrame(index, 10.0f, nullptr));
-        EXPECT_FLOAT_EQ(object.getMesh(0)->getMatrix().m[3][0], distance);
-    }
-}
-
-TEST(ObjectAnimationConstruction, FilesThatAreNotInTheCurrentDirectoryAreFoundBesideTheScript)
-{
-    // The folder "game" is moved about as a whole and used from anywhere.
-    const SoldierFiles files;
-    (void)files.writeScript();
-    const support::TemporaryDirectory& directory = files.getDirectory();
-    directory.write("game/data/geometry.tw", directory.read("geometry.tw"));
-    files.writeAnimation("game/data/walk.tw", {makeTrack("Hip", 1.0f)});
-    directory.write("game/walk.motion", directory.read("game/data/walk.tw"));
-    directory.write("game/soldier.txt", R"(
-        soldier
-        {
-            geometry { exportdata "data/Geometry.tw" }
-            animation { index 0  filename "data\walk.tw" rootmotion walk.motion }
-        }
-        more { animation { index 1  filename "data/walk.tw" } })");
-
-    const S_DirectoryGuard restore;
-    File.changeDirectory(directory.getPath().string());
-    const auto distanceAfterASecond = [](TW_ObjectAnimation& object, int index)
-    {
-        EXPECT_TRUE(object.animateObjectFrame(index, 10.0f, nullptr));
-        return object.getMesh(0)->getMatrix().m[3][0];
-    };
-    TW_ObjectAnimation object("game/soldier.txt", "soldier", nullptr, false);
-    EXPECT_FLOAT_EQ(distanceAfterASecond(object, 0), 1.0f);
-    EXPECT_EQ(File.getCurrentDirectory(), (directory.getPath().generic_string() + "/").c_str());
-
-    // A script that is open keeps its folder, wherever the process goes meanwhile.
-    S_Script script("game/soldier.txt");
-    File.changeDirectory(restore.getDirectory());
-    object.construct(&script, "soldier", nullptr, false);
-    object.appendAnimations(&script, "more", false);
-    EXPECT_FLOAT_EQ(distanceAfterASecond(object, 1), 1.0f);
-
-    // What is in the current directory comes first.
-    files.writeAnimation("data/walk.tw", {makeTrack("Hip", 100.0f)});
-    File.changeDirectory(directory.getPath().string());
-    object.construct(&script, "soldier", nullptr, false);
-    EXPECT_FLOAT_EQ(distanceAfterASecond(object, 0), 100.0f);
-}
-
-TEST(ObjectAnimationConstruction, AFileThatIsNowhereIsNamedWithBothPlacesAndTheLineThatAsksForIt)
-{
-    const SoldierFiles files;
-    (void)files.writeScript();
-    const support::TemporaryDirectory& directory = files.getDirectory();
-    const std::string geometry = "geometry {\n exportdata \"" + directory.file("geometry.tw") + "\" }\n";
-    const std::string walk = "\"" + files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)}) + "\"";
-    const std::string gone = directory.file("gone.tw");
-    const struct
-    {
-        std::string lines;
-        const char* file;
-        int line;
-        const char* key;
-    } cases[] = {
-        {"geometry {\n crossmode linear\n exportdata away.tw }", "away.tw", 5, "exportdata"},
-        {geometry + "animation {\n index 0\n filename no/away.tw }", "no/away.tw", 7, "filename"},
-        {geometry + "animation { index 0 filename " + walk + " }\nanimation { index 1\n filename " + walk +
-             "\n\n rootmotion away.tw }",
-         "away.tw", 9, "rootmotion"},
-        {"geometry { exportdata \"" + gone + "\" }", gone.c_str(), 3, "exportdata"},
-    };
-    for (const auto& expected : cases)
-    {
-        const std::string name = directory.write("scripts/broken.txt", "soldier\n{\n" + expected.lines + "\n}\n");
-        const std::string message =
-            support::messageOf([&name] { TW_ObjectAnimation(name.c_str(), "soldier", nullptr, false); });
-        const std::string places =
-            expected.file == gone ? "there is no such file"
-                                  : "is neither in the current directory \"" + std::string(File.getCurrentDirectory()) +
-                                        "\" nor beside the script in \"" + directory.file("scripts/") + "\"";
-        EXPECT_EQ(message, "File \"" + std::string(expected.file) + "\": " + places + "; line " +
-                               std::to_string(expected.line) + " of \"" + name + "\" asks for it (key \"" +
-                               expected.key + "\")");
-    }
-}
-
-TEST(ObjectAnimationConstruction, AFileOfAnotherKindIsToldWhatItIs)
-{
-    const SoldierFiles files;
-    (void)files.writeScript();
-    const std::string animation = files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)});
-    S_MemoryFileWriter writer;
-    writer << SkinChunk();
-    const std::string skin = files.getDirectory().write("soldier.skd", writer.getBytes());
-    const std::string geometry = files.getDirectory().file("geometry.tw");
-    const auto complain = [&files](const std::string& exportdata, const std::string& more)
-    {
-        const std::string script = files.getDirectory().write(
-            "wrong.txt", "soldier { geometry { exportdata \"" + exportdata + "\" } " + more + " }");
-        return support::complaintOf<TW_Exception>([&script] { TW_ObjectAnimation(script, "soldier", nullptr, false); });
-    };
-    const std::string noGeometry = "\" holds no geometry; it is ";
-    EXPECT_EQ(complain(skin, ""),
-              "TW2: Invalid Geometry: file \"" + skin + noGeometry + "skin data, which the key \"skindata\" names");
-    EXPECT_EQ(complain(animation, ""), "TW2: Invalid Geometry: file \"" + animation + noGeometry +
-                                           "an animation, which an \"animation\" block names");
-    const std::string noAnimation = "\" did not have a valid keyframe animation chunk (it is ";
-    EXPECT_EQ(complain(geometry, "animation { index 0 filename \"" + geometry + "\" }"),
-              "TW2: File \"" + geometry + noAnimation + "geometry, which the key \"exportdata\" names)");
-    EXPECT_EQ(complain(geometry, "animation { index 0 filename \"" + skin + "\" }"),
-              "TW2: File \"" + skin + noAnimation + "skin data, which the key \"skindata\" names)");
-
-    // Nothing to mistake: a file without any of these is an object without meshes, an animation without tracks.
-    const std::string nothing = files.getDirectory().write("nothing.tw", "");
-    const std::string script =
-        files.getDirectory().write("empty.txt", "soldier { geometry { exportdata \"" + nothing +
-                                                    "\" } animation { index 0 filename \"" + nothing + "\" } }");
-    const TW_ObjectAnimation empty(script, "soldier", nullptr, false);
-    EXPECT_EQ(empty.getTotalMeshes(), 0u);
-    EXPECT_TRUE(empty.isValidAnimation(0));
-}
-
-TEST(ObjectAnimationConstruction, ABlockWithSkinDataIsBuiltAsAnObjectWithAWordInTheLog)
-{
-    const SoldierFiles files;
-    const std::string script = files.writeScript("linear", "\n skindata \"soldier.skd\"\n");
-    const support::VerboseCapture log;
-    const TW_ObjectAnimation object(script, "object", nullptr, false);
-    EXPECT_EQ(object.getTotalMeshes(), 2u);
-    EXPECT_EQ(log.getText(),
-              "TW2: " + script +
-                  ": object names skin data (line 8), which an object does without: its meshes follow no "
-                  "bones. A vertex animation takes them.\n");
 }
 
 TEST(ObjectAnimationConstruction, CrossModeIsOneOfThreeWordsAndNormalizedWhenLeftOut)

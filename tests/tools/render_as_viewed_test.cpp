@@ -1,5 +1,3 @@
-#include "render/offscreen_context.h"
-#include "render/render_exception.h"
 #include "render/scene_renderer.h"
 #include "tests/support/run_command.h"
 #include "viewer/commands.h"
@@ -13,24 +11,20 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #if defined(TW2_HAS_RENDER)
-// The command that the viewer gives for its picture draws that picture.
-TEST(RenderAsViewed, TheCommandForAPictureDrawsIt)
+#include "tests/support/with_driver.h"
+
+namespace
 {
-    std::optional<TW2::render::OffscreenContext> context;
-    try
-    {
-        context.emplace();
-    }
-    catch (const TW2::render::RenderException& exception)
-    {
-        GTEST_SKIP() << exception.getErrorMessage();
-    }
+using RenderAsViewed = support::WithDriver;
+
+// The command that the viewer gives for its picture draws that picture.
+TEST_F(RenderAsViewed, TheCommandForAPictureDrawsIt)
+{
     constexpr unsigned int width = 96;
     constexpr unsigned int height = 64;
     TW2::render::SceneRenderer renderer;
@@ -82,17 +76,8 @@ TEST(RenderAsViewed, TheCommandForAPictureDrawsIt)
     }
 }
 
-TEST(RenderAsViewed, ALoopIsWrittenOnceAndTheClockStandsWhereItStood)
+TEST_F(RenderAsViewed, ALoopIsWrittenOnceAndTheClockStandsWhereItStood)
 {
-    std::optional<TW2::render::OffscreenContext> context;
-    try
-    {
-        context.emplace();
-    }
-    catch (const TW2::render::RenderException& exception)
-    {
-        GTEST_SKIP() << exception.getErrorMessage();
-    }
     TW2::render::SceneRenderer renderer;
     const support::TemporaryDirectory folder;
     TW2::viewer::Viewer viewer;
@@ -116,4 +101,5 @@ TEST(RenderAsViewed, ALoopIsWrittenOnceAndTheClockStandsWhereItStood)
     TW2::viewer::execute(viewer, "clip sprout_rest");
     EXPECT_THROW(TW2::viewer::writeLoop(viewer, renderer, folder.file("rest.gif"), 48, 32, 10.0), TW2::viewer::Failure);
 }
+}  // namespace
 #endif

@@ -1,0 +1,103 @@
+#include "render/picture_target.h"
+#include "render/scene_renderer.h"
+#include "tests/support/with_driver.h"
+#include "viewer/commands.h"
+#include "viewer/viewer.h"
+
+#include <platform/image/image.h>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace
+{
+using TW2::viewer::execute;
+using TW2::viewer::OrbitCamera;
+using TW2::viewer::Viewer;
+using ViewerPictures = support::WithDriver;
+
+TEST_F(ViewerPictures, AnotherShapeOfThePictureIsFramedAgainWhileNobodyHasMovedTheCamera)
+{
+    TW2::render::SceneRenderer renderer;
+    const TW2::render::PictureTarget target(64, 64, 1);
+    target.bind();
+    Viewer viewer;
+    viewer.open(TW2_SAMPLE "/walker.script");
+    const auto isFramedAgain = [&viewer, &renderer](unsigned int width)
+    {
+        const OrbitCamera before = viewer.getCamera();
+        viewer.draw(renderer, width, 64);
+        return viewer.getCamera() != before;
+    };
+    EXPECT_TRUE(isFramedAgain(64));
+    EXPECT_FALSE(isFramedAgain(64));
+    EXPECT_TRUE(isFramedAgain(16));
+    for (const char* line : {"clip walk", "mixer on", "play on"})
+    {
+        execute(viewer, line);
+    }
+    viewer.update(0.7);
+    EXPECT_TRUE(isFramedAgain(64)) << "it is what moved, not the camera";
+    viewer.update(0.7);
+    execute(viewer, "mixer off");
+    EXPECT_TRUE(isFramedAgain(16));
+    execute(viewer, "orbit 40 0");
+    const float before = viewer.getLabels(64, 64).back().m_fX;
+    EXPECT_FALSE(isFramedAgain(16));
+    EXPECT_NE(viewer.getLabels(64, 64).back().m_fX, before) << "the new direction is drawn at once";
+    EXPECT_FALSE(isFramedAgain(64)) << "somebody has chosen this";
+}
+
+/// Pictures of the states that the controls make: each differs from the plain one where it should.
+TEST_F(ViewerPictures, EveryWayOfShowingChangesThePicture)
+{
+    TW2::render::SceneRenderer renderer;
+    const TW2::render::PictureTarget target(160, 120, 1);
+    const auto draw = [&](const std::vector<const char*>& lines)
+    {
+        Viewer viewer;
+        viewer.open(TW2_SAMPLE "/sprout.script");
+        execute(viewer, "play off");
+        execute(viewer, "seek 0.5");
+        for (const char* line : lines)
+        {
+            execute(viewer, line);
+        }
+        viewer.update(0.0);
+        target.bind();
+        viewer.draw(renderer, 160, 120);
+        const G_Image image = target.read();
+        return std::vector<unsigned char>(image.getPixels(), image.getPixels() + image.getSize());
+    };
+    const auto plain = draw({});
+    EXPECT_TRUE(draw({}) == plain) << "the same picture twice";
+    for (const char* line : {"show mesh off",
+                             "show skeleton on",
+                             "show bounds on",
+                             "show axes on",
+                             "show grid off",
+                             "show shadow off",
+                             "show studio-lights off",
+                             "show dark on",
+                             "surface unlit",
+                             "surface normals",
+                             "surface weights",
+                             "wireframe over",
+                             "wireframe only",
+                             "bone 4",
+                             "seek 1.2",
+                             "clip sprout_dance",
+                             "crowd 2",
+                             "slope 10",
+                             "slope 10 90",
+                             "orbit 20 0",
+                             "zoom 0.5",
+                             "pan 0.2 0",
+                             "group 3 sprout_dance"})
+    {
+        EXPECT_TRUE(draw({line}) != plain) << line;
+    }
+    EXPECT_TRUE(draw({"surface weights", "bone 6"}) != draw({"surface weights", "bone 1"}));
+}
+}  // namespace
