@@ -186,6 +186,11 @@ S_Handle<TW_VertexAnimation::SharedSkeleton> TW_VertexAnimation::holdSkeleton(co
         destruct();
         throw TW_Exception_InvalidGeometry("The vertex animation whose skeleton is to be shared has none");
     }
+    if (!source->m_pReferencePose)  // bones may still come, which a sharer would have no matrices for
+    {
+        destruct();
+        throw TW_Exception_InvalidGeometry("The vertex animation whose skeleton is to be shared is still being built");
+    }
     return source->m_pSharedSkeleton;
 }
 

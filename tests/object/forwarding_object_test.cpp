@@ -1,4 +1,5 @@
 #include "tests/support/character_files.h"
+#include "tests/support/expectations.h"
 #include "tests/support/records.h"
 
 #include <tw2/core/exceptions.h>
@@ -392,6 +393,28 @@ void expectItsLoadEnds(Object& object, const std::function<void()>& build, int m
                         });
     EXPECT_NO_THROW(build());
     EXPECT_TRUE(object.isConstructed());
+}
+
+TEST(ForwardingObjects, ASkeletonIsSharedOnceItIsBuilt)
+{
+    const support::CharacterFiles files;
+    S_Script script(files.write().c_str());
+    const TW_VertexAnimation source(&script, "skeleton", "skin");
+    TW_VertexAnimation character;
+    TW_VertexAnimation sharer(source);
+    const auto share = [&] { sharer.construct(&character, source, nullptr); };
+    for (const int mesh : {1, 9})
+    {
+        const Taker taker(mesh,
+                          [&]
+                          {
+                              EXPECT_NE(support::messageOf(share).find("is still being built"), std::string::npos);
+                              EXPECT_FALSE(sharer.isConstructed());
+                          });
+        character.construct(&script, "skeleton", "skin");
+    }
+    share();
+    EXPECT_EQ(sharer.getBoneMatrixCount(), character.getBoneMatrixCount());
 }
 
 TEST(ForwardingObjects, ACallbackThatTakesOneAwayEndsItsLoad)
