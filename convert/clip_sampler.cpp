@@ -151,7 +151,8 @@ Matrixd evaluate(const Channel& channel, const Matrixd& rest, double seconds)
     Matrixd result = rest;
     if (!channel.m_rotations.isEmpty() || !channel.m_scales.isEmpty())
     {
-        const Parts parts = decompose(rest);
+        const bool partly = channel.m_rotations.isEmpty() || channel.m_scales.isEmpty();
+        const Parts parts = partly ? decompose(rest) : Parts();
         const Vector3d scale = channel.m_scales.isEmpty() ? parts.m_vScale : sampleCurve(channel.m_scales, seconds);
         result = channel.m_rotations.isEmpty() ? parts.m_rotation
                                                : toMatrix(normalized(sampleCurve(channel.m_rotations, seconds)));

@@ -59,6 +59,25 @@ bool isAtJump(const std::set<double>& times, double seconds)
     const auto next = times.lower_bound(seconds - near);
     return next != times.end() && *next <= seconds + near;
 }
+
+/// World matrices: all when there are none yet, else those of the joints that move.
+void composeMoved(const Skeleton& skeleton, const std::vector<Matrixd>& local, const std::vector<bool>& moving,
+                  std::vector<Matrixd>& world)
+{
+    if (world.empty())
+    {
+        composeWorld(skeleton, local, world);
+        return;
+    }
+    for (std::size_t joint = 0; joint < local.size(); ++joint)
+    {
+        if (moving[joint])
+        {
+            const int parent = skeleton.m_vecJoints[joint].m_iParent;
+            world[joint] = parent < 0 ? local[joint] : local[joint] * world[static_cast<std::size_t>(parent)];
+        }
+    }
+}
 }  // namespace
 
 /// Plays records as the library does.
@@ -79,6 +98,13 @@ public:
             m_vecTracks.push_back(std::make_unique<TW_KeyframeAnimation>(record, false));
         }
         m_vecLocal.resize(m_vecTracks.size());
+        for (std::size_t joint = 0; joint < records.size(); ++joint)
+        {
+            const int parent = skeleton.m_vecJoints[joint].m_iParent;
+            m_vecPlaying.push_back(records[joint].keys.size() > 1);
+            m_vecMoving.push_back(travel || m_vecPlaying.back() ||
+                                  (parent >= 0 && m_vecMoving[static_cast<std::size_t>(parent)]));
+        }
         if (!records.empty())
         {
             m_uiFrames = records.front().totalFrameCount;
@@ -92,16 +118,23 @@ public:
     /// Whether the first frame is shown in the place of the last one.
     [[nodiscard]] bool beginsAgain() const noexcept { return m_bAgain; }
 
-    /// World matrices at `frame`, one per record.
+    /// Whether the object, or a record above or at a joint, moves it, per joint.
+    [[nodiscard]] const std::vector<bool>& getMoving() const noexcept { return m_vecMoving; }
+
+    /// World matrices at `frame`, one per record. Empty before the first frame; what does not move stays as it is.
     void play(double frame, std::vector<Matrixd>& world) const
     {
+        const bool first = world.empty();
         for (std::size_t joint = 0; joint < m_vecTracks.size(); ++joint)
         {
-            M_Matrix4x3Template<float> matrix;
-            m_vecTracks[joint]->animateFrame(matrix, static_cast<float>(frame));
-            m_vecLocal[joint] = toDouble(matrix);
+            if (first || m_vecPlaying[joint])
+            {
+                M_Matrix4x3Template<float> matrix;
+                m_vecTracks[joint]->animateFrame(matrix, static_cast<float>(frame));
+                m_vecLocal[joint] = toDouble(matrix);
+            }
         }
-        composeWorld(m_skeleton, m_vecLocal, world);
+        composeMoved(m_skeleton, m_vecLocal, m_vecMoving, world);
         if (m_pTravel)
         {
             M_Matrix4x3Template<float> place;
@@ -120,6 +153,8 @@ private:
     std::vector<std::unique_ptr<TW_KeyframeAnimation>> m_vecTracks;
     unsigned int m_uiFrames = 0;
     bool m_bAgain = false;
+    std::vector<bool> m_vecPlaying;  // the records that have more than one key
+    std::vector<bool> m_vecMoving;
     mutable std::vector<Matrixd> m_vecLocal;
 };
 
@@ -214,11 +249,19 @@ PoseError PlaybackMeter::measure(const Clip& clip, const Player& player, const s
     const std::size_t joints = measured.size();
     const ClipSampler sampler(m_model, clip);
     const std::set<double> jumps = findJumps(sampler, joints);
+    std::vector<bool> moving = player.getMoving();
+    for (std::size_t joint = 0; joint < joints; ++joint)
+    {
+        const int parent = m_skeleton.m_vecJoints[joint].m_iParent;
+        moving[joint] =
+            moving[joint] || sampler.isMoved(joint) || (parent >= 0 && moving[static_cast<std::size_t>(parent)]);
+    }
     std::vector<Matrixd> shouldLocal(joints);
     std::vector<Matrixd> shouldBe;
     std::vector<Matrixd> world;
     PoseError error;
     PoseDifference difference;
+    bool drawn = false;  // all that does not move
     const double end = player.beginsAgain() ? player.getFrameCount() : std::numeric_limits<double>::max();
     for (const double frame : times)
     {
@@ -227,11 +270,15 @@ PoseError PlaybackMeter::measure(const Clip& clip, const Player& player, const s
         {
             continue;
         }
+        const bool first = world.empty();
         for (std::size_t joint = 0; joint < joints; ++joint)
         {
-            shouldLocal[joint] = sampler.sample(joint, seconds);
+            if (first || sampler.isMoved(joint))
+            {
+                shouldLocal[joint] = sampler.sample(joint, seconds);
+            }
         }
-        composeWorld(m_skeleton, shouldLocal, shouldBe);
+        composeMoved(m_skeleton, shouldLocal, moving, shouldBe);
         player.play(frame, world);
         for (std::size_t joint = 0; joint < joints; ++joint)
         {
@@ -239,11 +286,15 @@ PoseError PlaybackMeter::measure(const Clip& clip, const Player& player, const s
             {
                 shouldBe[joint] = world[joint];
             }
-            difference.add(world[joint], shouldBe[joint], m_reach[joint]);
+            if (first || moving[joint])
+            {
+                difference.add(world[joint], shouldBe[joint], m_reach[joint]);
+            }
         }
         if (frame == std::floor(frame))
         {
-            error.add({m_drawn.measureDistance(world, shouldBe), 0.0});
+            error.add({m_drawn.measureDistance(world, shouldBe, drawn ? &moving : nullptr), 0.0});
+            drawn = true;
         }
     }
     error.add(difference.get());

@@ -3,6 +3,7 @@
 #include "convert/precision.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace TW2::convert
 {
@@ -60,11 +61,17 @@ DrawnSample::DrawnSample(const Model& model, const Skeleton& skeleton)
     }
 }
 
-double DrawnSample::measureDistance(const std::vector<Matrixd>& played, const std::vector<Matrixd>& shouldBe) const
+double DrawnSample::measureDistance(const std::vector<Matrixd>& played, const std::vector<Matrixd>& shouldBe,
+                                    const std::vector<bool>* moving) const
 {
-    double largest = 0.0;
+    double largest = 0.0;  // squared
     for (const std::vector<Pull>& vertex : m_vecVertices)
     {
+        if (moving && std::none_of(vertex.begin(), vertex.end(),
+                                   [moving](const Pull& pull) { return (*moving)[pull.m_uiJoint]; }))
+        {
+            continue;
+        }
         Vector3d apart;
         for (const Pull& pull : vertex)
         {
@@ -72,9 +79,9 @@ double DrawnSample::measureDistance(const std::vector<Matrixd>& played, const st
                              shouldBe[pull.m_uiJoint].transformPoint(pull.m_vInFile)) *
                                 pull.m_dWeight;
         }
-        largest = std::max(largest, apart.length());
+        largest = std::max(largest, apart.lengthSquared());
     }
-    return largest;
+    return std::sqrt(largest);
 }
 
 DrawnBounds::DrawnBounds(const Model& model, const Skeleton& skeleton)

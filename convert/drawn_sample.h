@@ -18,9 +18,9 @@ public:
     DrawnSample(const Model& model, const Skeleton& skeleton);
 
     /// The largest distance between the vertices as the library draws them with the world matrices `played` and as the
-    /// file has them with `shouldBe`; both one per joint.
-    [[nodiscard]] double measureDistance(const std::vector<Matrixd>& played,
-                                         const std::vector<Matrixd>& shouldBe) const;
+    /// file has them with `shouldBe`; both one per joint. `moving`: the joints whose vertices count; null for all.
+    [[nodiscard]] double measureDistance(const std::vector<Matrixd>& played, const std::vector<Matrixd>& shouldBe,
+                                         const std::vector<bool>* moving = nullptr) const;
 
 private:
     struct Pull

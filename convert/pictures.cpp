@@ -107,12 +107,6 @@ std::vector<unsigned char> loadPicture(const Picture& picture)
     return {content.begin(), content.end()};
 }
 
-std::vector<unsigned char> encodePicture(const G_Image& image)
-{
-    const S_Bytes content = image.encodePNG();
-    return {content.begin(), content.end()};
-}
-
 bool isWebP(const std::vector<unsigned char>& content)
 {
     return content.size() > 12 && std::memcmp(content.data(), "RIFF", 4) == 0 &&

@@ -11,36 +11,12 @@ namespace TW2::convert
 namespace
 {
 constexpr double degreesPerRadian = 180.0 / std::numbers::pi;
-
-/// What the places are off at most, squared, at an origin that is off by `shift` and along an axis on both sides of it.
-double getFarthest(double shiftSquared, const Vector3d& shift, const Vector3d& apart)
-{
-    return shiftSquared + apart.lengthSquared() + 2.0 * std::abs(shift.dot(apart));
-}
 }  // namespace
 
 void PoseError::add(const PoseError& other) noexcept
 {
     m_dDistance = std::max(m_dDistance, other.m_dDistance);
     m_dDegrees = std::max(m_dDegrees, other.m_dDegrees);
-}
-
-void PoseDifference::add(const Matrixd& is, const Matrixd& shouldBe, double reach)
-{
-    const Vector3d shift = is.getTranslation() - shouldBe.getTranslation();
-    const double shiftSquared = shift.lengthSquared();
-    for (int row = 0; row < 3; ++row)
-    {
-        const Vector3d a = is.getRow(row);
-        const Vector3d b = shouldBe.getRow(row);
-        m_dDistanceSquared = std::max(m_dDistanceSquared, getFarthest(shiftSquared, shift, (a - b) * reach));
-        if (const double length = b.lengthSquared(); length > 0.0)
-        {
-            const double lengths = a.lengthSquared() * length;
-            const double sine = lengths > 0.0 ? std::min(a.cross(b).lengthSquared() / lengths, 1.0) : 1.0;
-            m_dTurn = std::max(m_dTurn, a.dot(b) < 0.0 ? 2.0 - sine : sine);
-        }
-    }
 }
 
 PoseError PoseDifference::get() const
@@ -54,25 +30,6 @@ ErrorLimit::ErrorLimit(const Tolerance& tolerance)
     : m_dDistanceSquared(tolerance.m_dDistance * tolerance.m_dDistance),
       m_dCosineSquared(std::pow(std::cos(std::min(tolerance.m_dDegrees, 90.0) / degreesPerRadian), 2.0))
 {
-}
-
-bool ErrorLimit::allows(const Matrixd& is, const Matrixd& shouldBe, double reach) const
-{
-    const Vector3d shift = is.getTranslation() - shouldBe.getTranslation();
-    const double shiftSquared = shift.lengthSquared();
-    for (int row = 0; row < 3; ++row)
-    {
-        const Vector3d a = is.getRow(row);
-        const Vector3d b = shouldBe.getRow(row);
-        const double cosine = a.dot(b);
-        const double lengths = a.lengthSquared() * b.lengthSquared();
-        if (getFarthest(shiftSquared, shift, (a - b) * reach) > m_dDistanceSquared ||
-            (lengths > 0.0 && (cosine <= 0.0 || cosine * cosine < m_dCosineSquared * lengths)))
-        {
-            return false;
-        }
-    }
-    return true;
 }
 
 std::vector<double> measureReach(const Model& model, const Skeleton& skeleton)

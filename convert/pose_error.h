@@ -3,6 +3,8 @@
 #include "convert/model.h"
 #include "convert/skeleton.h"
 
+#include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace TW2::convert
@@ -27,6 +29,11 @@ struct PoseError
     }
 };
 
+/// What the places are off at most, squared, at an origin that is off by `shift` and along an axis on both sides of it.
+[[nodiscard]] inline double getFarthest(double shiftSquared, const Vector3d& shift, const Vector3d& apart)
+{
+    return shiftSquared + apart.lengthSquared() + 2.0 * std::abs(shift.dot(apart));
+}
 /// The largest difference of pairs of world matrices at a node's origin and `reach` away from it along its axes, and of
 /// the directions of the axes. An axis that is lost counts as a right angle.
 class PoseDifference
@@ -55,4 +62,41 @@ private:
     double m_dDistanceSquared;
     double m_dCosineSquared;
 };
+
+inline void PoseDifference::add(const Matrixd& is, const Matrixd& shouldBe, double reach)
+{
+    const Vector3d shift = is.getTranslation() - shouldBe.getTranslation();
+    const double shiftSquared = shift.lengthSquared();
+    for (int row = 0; row < 3; ++row)
+    {
+        const Vector3d a = is.getRow(row);
+        const Vector3d b = shouldBe.getRow(row);
+        m_dDistanceSquared = std::max(m_dDistanceSquared, getFarthest(shiftSquared, shift, (a - b) * reach));
+        if (const double length = b.lengthSquared(); length > 0.0)
+        {
+            const double lengths = a.lengthSquared() * length;
+            const double sine = lengths > 0.0 ? std::min(a.cross(b).lengthSquared() / lengths, 1.0) : 1.0;
+            m_dTurn = std::max(m_dTurn, a.dot(b) < 0.0 ? 2.0 - sine : sine);
+        }
+    }
+}
+
+inline bool ErrorLimit::allows(const Matrixd& is, const Matrixd& shouldBe, double reach) const
+{
+    const Vector3d shift = is.getTranslation() - shouldBe.getTranslation();
+    const double shiftSquared = shift.lengthSquared();
+    for (int row = 0; row < 3; ++row)
+    {
+        const Vector3d a = is.getRow(row);
+        const Vector3d b = shouldBe.getRow(row);
+        const double cosine = a.dot(b);
+        const double lengths = a.lengthSquared() * b.lengthSquared();
+        if (getFarthest(shiftSquared, shift, (a - b) * reach) > m_dDistanceSquared ||
+            (lengths > 0.0 && (cosine <= 0.0 || cosine * cosine < m_dCosineSquared * lengths)))
+        {
+            return false;
+        }
+    }
+    return true;
+}
 }  // namespace TW2::convert

@@ -69,8 +69,9 @@ Timeline makeTimeline(int rate, unsigned int last, const std::vector<Stretch>& s
             // What was looked at more finely than the clip is written is looked at at each of its frames.
             const auto parts = static_cast<unsigned int>(std::max(stretch.m_iRate / rate, 1));
             const auto step = static_cast<unsigned int>(std::max(rate / stretch.m_iRate, 1));
+            const unsigned int perStep = parts > 1 ? chooseSamplesPerFrame(rate) : stretch.m_uiPerFrame;
             timeline.add(stretch.m_uiFirst * step / parts, std::min((stretch.m_uiEnd * step + parts - 1) / parts, last),
-                         step, std::min(chooseSamplesPerFrame(rate / static_cast<int>(step)), most));
+                         step, std::min(perStep, most));
         }
         if (most == 1 || timeline.getCount() <= mostSamples)
         {

@@ -40,24 +40,6 @@ TrackForm findForm(const std::vector<Matrixd>& matrices)
     }
     return form;
 }
-
-Vector3d toUnit(const Vector3d& v)
-{
-    const double squared = v.lengthSquared();
-    return squared > 0.0 ? v * (1.0 / std::sqrt(squared)) : Vector3d();
-}
-
-void orthonormalize(Matrixd& m)
-{
-    const Vector3d x = toUnit(m.getRow(0));
-    const Vector3d y = toUnit(m.getRow(1) - x * m.getRow(1).dot(x));
-    // What is left of the third row is at right angles to both.
-    const Vector3d z = x.cross(y);
-    const double side = m.getRow(2).dot(z);
-    m.setRow(0, x);
-    m.setRow(1, y);
-    m.setRow(2, side > 0.0 ? z : side < 0.0 ? -z : Vector3d());
-}
 }  // namespace
 
 TrackForm findForm(const Matrices& locals, const std::vector<Jump>& jumps)
@@ -68,27 +50,5 @@ TrackForm findForm(const Matrices& locals, const std::vector<Jump>& jumps)
         before.push_back(jump.m_before);
     }
     return std::max(findForm(locals.get()), findForm(before));
-}
-
-Matrixd blendKeys(const Matrixd& a, const Matrixd& b, double fraction, TrackForm form)
-{
-    Matrixd result = b;
-    result -= a;
-    result *= fraction;
-    result += a;
-    if (form == TrackForm::General)
-    {
-        return result;
-    }
-    orthonormalize(result);
-    if (form == TrackForm::Scaled)
-    {
-        for (int row = 0; row < 3; ++row)
-        {
-            const double length = a.getRow(row).length() * (1.0 - fraction) + b.getRow(row).length() * fraction;
-            result.setRow(row, result.getRow(row) * length);
-        }
-    }
-    return result;
 }
 }  // namespace TW2::convert

@@ -32,10 +32,10 @@ std::size_t measureDepth(const Skeleton& skeleton)
 }
 
 /// How often a frame is looked at in which straight pieces are off by `bend` of what is wanted: often enough that the
-/// largest difference is missed by a thirty-second part of that, at most.
+/// largest difference is missed by an eighth part of that, at most.
 unsigned int chooseSamples(double bend)
 {
-    return bend <= 1.0 / 32.0 ? 1 : bend <= 1.0 / 8.0 ? 2 : Timeline::finest;
+    return bend <= 1.0 / 32.0 ? 1 : bend <= 1.0 / 2.0 ? 2 : Timeline::finest;
 }
 
 /// Chooses the keys of one joint.
@@ -79,14 +79,16 @@ public:
         const bool still = track.m_vecKeys.size() == 1 && isAroundStill();
         std::vector<Matrixd> world(still ? 1 : m_timeline.getCount());
         const Matrixd& end = track.m_vecKeys.back().m_matrix;
-        const Matrixd held = blendKeys(end, end, 0.0, track.m_eForm);
+        const Matrixd held = KeyBlend(end, end, track.m_eForm).at(0.0);
         PoseDifference difference;
         std::size_t key = 0;
+        std::optional<KeyBlend> blend;  // from that key on
         for (std::size_t i = 0; i < world.size(); ++i)
         {
             while (key + 1 < track.m_vecKeys.size() && m_timeline.isFrom(i, track.m_vecKeys[key + 1].m_uiFrame))
             {
                 ++key;
+                blend.reset();
             }
             if (key + 1 == track.m_vecKeys.size())
             {
@@ -96,8 +98,11 @@ public:
             {
                 const TrackKey& from = track.m_vecKeys[key];
                 const TrackKey& to = track.m_vecKeys[key + 1];
-                const double fraction = m_timeline.getFraction(i, from.m_uiFrame, to.m_uiFrame);
-                world[i] = toWorld(blendKeys(from.m_matrix, to.m_matrix, fraction, track.m_eForm), i);
+                if (!blend)
+                {
+                    blend.emplace(from.m_matrix, to.m_matrix, track.m_eForm);
+                }
+                world[i] = toWorld(blend->at(m_timeline.getFraction(i, from.m_uiFrame, to.m_uiFrame)), i);
             }
             difference.add(world[i], m_course.m_world[i], m_dReach);
         }
@@ -105,20 +110,18 @@ public:
         return still ? Matrices(world.front()) : Matrices(std::move(world));
     }
 
+    /// Whether there is a parent that may have become something else.
+    [[nodiscard]] bool hasMovedParent() const { return m_pParent && !m_pParent->isStill(); }
+
     /// Local matrices that put the joint where it should be, whatever its parent has become.
     [[nodiscard]] Matrices correct(const Matrices& locals) const
     {
         std::vector<Matrixd> corrected(m_timeline.getCount());
-        std::optional<Matrixd> inverse;
         for (std::size_t i = 0; i < corrected.size(); ++i)
         {
-            if (i == 0 || !m_pParent->isStill())
-            {
-                const Matrixd& parent = (*m_pParent)[i];
-                const bool flat = std::abs(parent.determinant()) <= std::numeric_limits<double>::min();
-                inverse = flat ? std::nullopt : std::optional(parent.inverse());
-            }
-            corrected[i] = inverse ? m_course.m_world[i] * *inverse : locals[i];
+            const Matrixd& parent = (*m_pParent)[i];
+            const bool flat = std::abs(parent.determinant()) <= std::numeric_limits<double>::min();
+            corrected[i] = flat ? locals[i] : m_course.m_world[i] * parent.inverse();
         }
         return Matrices(std::move(corrected));
     }
@@ -152,38 +155,33 @@ private:
         const std::size_t begin = m_timeline.at(piece.m_uiFrom);
         const std::size_t last = m_timeline.at(piece.m_uiTo);
         const bool stays = &piece.m_from == &piece.m_to;
-        const Matrixd held = stays ? blendKeys(piece.m_from, piece.m_to, 0.0, piece.m_eForm) : Matrixd();
-        const Matrixd* const constant = stays ? &held : nullptr;
+        const KeyBlend blend(piece.m_from, piece.m_to, piece.m_eForm);
+        const Matrixd held = stays ? blend.at(0.0) : Matrixd();
+        const unsigned int from = m_timeline.getFrame(piece.m_uiFrom);
+        const unsigned int to = m_timeline.getFrame(piece.m_uiTo);
+        const auto fitsAt = [&](std::size_t sample)
+        {
+            const Matrixd local = stays ? held : blend.at(m_timeline.getFraction(sample, from, to));
+            return m_limit.allows(toWorld(local, sample), m_course.m_world[sample], m_dReach);
+        };
         const std::size_t end = stays && isAroundStill() ? begin + 1 : piece.m_bJumps ? last : last + 1;
         // What does not fit mostly shows it in the middle.
         const std::size_t count = end - begin;
         for (std::size_t eighth = 1; count > 16 && eighth < 8; ++eighth)
         {
-            if (!fitsAt(piece, constant, begin + count * eighth / 8))
+            if (!fitsAt(begin + count * eighth / 8))
             {
                 return false;
             }
         }
         for (std::size_t i = begin; i < end; ++i)
         {
-            if (!fitsAt(piece, constant, i))
+            if (!fitsAt(i))
             {
                 return false;
             }
         }
         return true;
-    }
-
-    /// `constant`: what both keys are, when they are the same; else null.
-    [[nodiscard]] bool fitsAt(const Piece& piece, const Matrixd* constant, std::size_t sample) const
-    {
-        const auto blend = [&]
-        {
-            const double fraction =
-                m_timeline.getFraction(sample, m_timeline.getFrame(piece.m_uiFrom), m_timeline.getFrame(piece.m_uiTo));
-            return blendKeys(piece.m_from, piece.m_to, fraction, piece.m_eForm);
-        };
-        return m_limit.allows(toWorld(constant ? *constant : blend(), sample), m_course.m_world[sample], m_dReach);
     }
 
     /// Adds the keys that follow on the track's last one, from one frame up to another, while they are fewer than
@@ -306,13 +304,13 @@ public:
         reduced.m_vecTracks.resize(m_vecChildren.size());
         const auto reduceJoint = [&](std::size_t joint, const Course& course, const Matrices* parent)
         {
-            // A joint leaves half of what is allowed to those below it.
-            const double share = m_vecChildren[joint].empty() ? 0.95 : 0.5;
+            // A joint leaves half of what is allowed to those below it, the last ones what is missed between samples.
+            const double share = m_vecChildren[joint].empty() ? 0.93 : 0.5;
             const JointReducer reducer(m_timeline, course, parent, m_reach[joint],
                                        {share * tolerance.m_dDistance, share * tolerance.m_dDegrees});
             Track& track = reduced.m_vecTracks[joint];
             PoseError error;
-            Matrices world = chooseTrack(reducer, course, parent != nullptr, tolerance, track, error);
+            Matrices world = chooseTrack(reducer, course, tolerance, track, error);
             reduced.m_error.add(error);
             reduced.m_uiSampledKeys += course.m_bMoved ? reduced.m_uiFrames + course.m_vecJumps.size() : 1;
             return world;
@@ -417,8 +415,8 @@ private:
     }
 
     /// Of the joint's own values, and of values that make up for what its parents are off, those that need fewer keys.
-    static Matrices chooseTrack(const JointReducer& reducer, const Course& course, bool hasParent,
-                                const Tolerance& tolerance, Track& track, PoseError& error)
+    static Matrices chooseTrack(const JointReducer& reducer, const Course& course, const Tolerance& tolerance,
+                                Track& track, PoseError& error)
     {
         if (!course.m_bMoved)
         {
@@ -428,7 +426,7 @@ private:
         }
         track = reducer.reduce(course.m_local, std::numeric_limits<std::size_t>::max());
         Matrices world = reducer.play(track, error);
-        if (!hasParent || track.m_vecKeys.size() == 1 || !course.m_vecJumps.empty())
+        if (!reducer.hasMovedParent() || track.m_vecKeys.size() == 1 || !course.m_vecJumps.empty())
         {
             return world;
         }
