@@ -292,6 +292,16 @@ TEST(Aim, AChainLooksAtItsTargetWithinItsLimits)
     }
 }
 
+TEST(Aim, AChainOfNoneOrOfMoreThanSixtyFourBonesStays)
+{
+    for (const std::size_t count : {std::size_t{0}, std::size_t{65}})
+    {
+        std::vector<Matrix> chain(65);
+        EXPECT_EQ(aimChain(chain.data(), count, {.target = {5, 0, 0}}), 0.0f);
+        EXPECT_EQ(chain, std::vector<Matrix>(65));
+    }
+}
+
 TEST(Aim, ATargetBehindIsGivenUpWithoutAJump)
 {
     Vector last{0, 0, 1};

@@ -89,7 +89,8 @@ TEST(Rotation, PartsOfAnAngleAddUpToIt)
 TEST(Rotation, DegenerateAndMirroredBlocksHaveOne)
 {
     M_Matrix4x3Template<float> flat;
-    flat.setRow(1, {2, 0, 0});
+    flat.setRow(0, {0, 1, 0});
+    flat.setRow(1, {0, 2, 0});
     EXPECT_EQ(TW_Rotation::ofMatrix(flat), TW_Rotation());
     EXPECT_EQ(TW_Rotation::ofMatrix(M_Matrix4x3Template<float>::zero()), TW_Rotation());
     M_Matrix4x3Template<float> mirrored;
