@@ -188,6 +188,7 @@ TEST(BoneGroupHandle, ServesSeveralObjectsAndFollowsTheirMeshes)
     group->attach(second.get());
     EXPECT_EQ(movedBy(*second, *group), (std::vector<unsigned int>{2, 5}));
     EXPECT_EQ(movedBy(*first, *group), (std::vector<unsigned int>{2, 5}));  // until it is detached
+    group->attach(nullptr);
     group->detach();
     group->attach(second.get());
     EXPECT_EQ(movedBy(*first, *group), (std::vector<unsigned int>{}));

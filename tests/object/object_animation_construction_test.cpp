@@ -5,6 +5,7 @@
 #include <tw2/io/helper_chunk.h>
 #include <tw2/io/loader.h>
 #include <tw2/keyframe/keyframe_animation.h>
+#include <tw2/lod/object_animation_lods.h>
 #include <tw2/material/material_callback.h>
 #include <tw2/material/material_manager.h>
 #include <tw2/object/object_animation.h>
@@ -521,6 +522,9 @@ TEST(ObjectAnimationConstruction, VisibilityTracksAreThereOnlyWhenAskedFor)
     EXPECT_EQ(without->getAnimation(0)->m_vecKeyframeAnimations[0]->getVisibilityContainer(), nullptr);
     EXPECT_TRUE(with->updateVisibilityFrame(0, 10.0f));
     EXPECT_FALSE(with->getMesh(0)->isEnabled());
+    S_Script script(files.writeScript().c_str());
+    const int blocks[] = {0};
+    EXPECT_TRUE(TW2::TW_ObjectAnimationLODs(&script, 1, blocks, true).updateVisibilityFrame(0, 10.0f));
 }
 
 TEST(ObjectAnimationConstruction, NothingIsLeftWhateverAllocationFails)

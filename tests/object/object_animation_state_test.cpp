@@ -12,6 +12,7 @@ TEST(ObjectAnimationState, RestoresWhatWasFrozenAndNothingElse)
 {
     Character character;
     TW_ObjectAnimationState state(*character);
+    EXPECT_TRUE(state.isConstructed());
     ASSERT_EQ(state.accessMatrixVector().size(), Character::MESHES);
     character->animateObjectFrame(2, 4.5F, nullptr);
     const auto frozen = character.getPose();
