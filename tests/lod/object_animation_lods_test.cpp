@@ -67,6 +67,7 @@ TEST_F(ObjectLevels, RangesComeFromTheScriptOrTheHostAndLastThroughCopies)
     EXPECT_EQ(copy.getName(), object->getName() + " (clone)");
     EXPECT_EQ(copy.getEngineLODObject()->getRange(1), 100.0f);
     EXPECT_NE(copy.getLODObject(1), object->getLODObject(1));
+    EXPECT_EQ(copy.getLODObject(1)->getMesh(0)->getPrimitive(0), object->getLODObject(1)->getMesh(0)->getPrimitive(0));
     copy = *&copy;
     copy = TW_ObjectAnimationLODs();
     EXPECT_FALSE(copy.isConstructed());
@@ -166,6 +167,15 @@ TEST_F(ObjectLevels, AskingIsAnsweredByTheLevelInUseTheLastOneOrTheFirst)
     P_Scene scene;
     object->addTo(&scene);
     EXPECT_NO_THROW(scene.executeFrame());
+
+    P_VirtualObject plain;
+    object->getEngineLODObject()->setLODObject(0, &plain, 1e9f);
+    object->calculateLOD();
+    EXPECT_EQ(object->getUsedLODObject(), nullptr) << "what a host has put there is no level";
+    TW_ObjectAnimation other(*object->getLODObject(1));
+    object->getEngineLODObject()->setLODObject(0, &other, 1e9f);
+    object->calculateLOD();
+    EXPECT_EQ(object->getUsedLODObject(), &other);
 }
 
 TEST_F(ObjectLevels, ManualVolumesOfLevelZeroAreThoseOfTheWhole)
@@ -199,6 +209,9 @@ TEST_F(ObjectLevels, NoLevelIsAnErrorAndAFailedConstructionLeavesNothing)
         EXPECT_FALSE(object.isConstructed());
         EXPECT_EQ(object.getFirstChild(), nullptr);
     }
+    EXPECT_EQ(
+        support::messageOf([&] { object.construct(&m_script, 1, nullptr, false); }),
+        std::string("TW2: Invalid parameter in ") + m_script.getScriptName() + ": no blocks for the levels of detail");
     EXPECT_THROW(object.construct(&m_script, 2, blocks, distances, false), S_ScriptException);
     EXPECT_FALSE(object.isConstructed());
     EXPECT_EQ(object.getBoundingRadius(), 0.0f);

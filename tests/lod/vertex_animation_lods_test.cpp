@@ -150,6 +150,7 @@ TEST_F(SkinnedLevels, TheyCanBeRebuiltFromTheirOwnParts)
     EXPECT_EQ(object.getLevelCount(), 2);
     object.construct(*object.getLODObject(1)->getSkeleton(), 1, &m_script, skins);
     EXPECT_EQ(object.getLevelCount(), 1);
+    EXPECT_EQ(object.getLODObject(0)->getSkin()->getName(), source.getLODObject(0)->getSkin()->getName());
     const int missing[] = {1, 9};
     EXPECT_THROW(object.construct(*object.getSkeleton(), 2, &m_script, missing), S_ScriptException);
     EXPECT_FALSE(object.isConstructed());

@@ -411,7 +411,7 @@ TEST(VertexAnimations, AnimationMovesTheSkeletonAndTexturesBelongToTheSkin)
     // Every blend is the skeleton's own, argument for argument.
     TW_VertexAnimation twin(character);
     TW_ObjectAnimation& reference = *twin.getSkeleton();
-    TW_ObjectAnimationState frozen(skeleton);
+    TW_ObjectAnimationState frozen(character);
     TW_ObjectAnimationState other(skeleton);
     character.animateObjectFrame(1, 11.0f, nullptr);
     character.freezeAnimationState(&frozen, nullptr);

@@ -74,6 +74,8 @@ TEST(Geometry, NormalsAreShownAsLinesThatBeginAtTheirVertices)
     P_Context& context = *object.getContext();
     P_Scene scene;
     object.addTo(&scene);
+    scene.executeFrame();
+    EXPECT_TRUE(context.getDebugLines().empty());
     object.enableVertexNormalVisualization(true);
     scene.executeFrame();
     ASSERT_EQ(context.getDebugLines().size(), 3u) << "and none where there are no normals";

@@ -43,16 +43,17 @@ TEST(Map, TheSecondPictureGivesItsAlphaOrElseItsBrightness)
 
 TEST(Map, AnAlphaPictureOfAnotherSizeIsScaledBetweenItsPixels)
 {
-    G_Image alpha = support::makePlainPicture(2, 1, {0, 0, 0, 0});
+    G_Image alpha = support::makePlainPicture(2, 3, {0, 0, 0, 0});
     alpha.accessPixel(1, 0)[3] = 200;
-    const G_Image color = support::makePlainPicture(4, 1, s_gray);
+    alpha.accessPixel(1, 2)[3] = 80;
+    const G_Image color = support::makePlainPicture(4, 3, s_gray);
     P_Map map(&color, &alpha);
     map.validate();
     // Centres of the four pixels lie at 1/8, 3/8, 5/8 and 7/8, those of the two at 1/4 and 3/4.
-    const int expected[] = {0, 50, 150, 200};
-    for (unsigned int x = 0; x < 4; ++x)
+    const int expected[3][4] = {{0, 50, 150, 200}, {0, 0, 0, 0}, {0, 20, 60, 80}};
+    for (unsigned int i = 0; i < 12; ++i)
     {
-        EXPECT_EQ(map.getImage().getPixel(x, 0)[3], expected[x]) << "pixel " << x;
+        EXPECT_EQ(map.getImage().getPixel(i % 4, i / 4)[3], expected[i / 4][i % 4]) << "pixel " << i;
     }
     EXPECT_FALSE(map.isUniform());
 }

@@ -72,6 +72,9 @@ TEST(EngineMaterial, NumbersOutsideTheLimitsAreErrorsOrIgnored)
     EXPECT_THROW(addLayers(material, P_Material::maximumTextureLayers + 1), P_DriverException);
     EXPECT_THROW(material.enableTextureProjection(-1, true), P_DriverException);
     EXPECT_THROW(material.setTextureCoordinateSource(16, P_Material::TextureCoordinateSource::Mesh), P_DriverException);
+    EXPECT_THROW(material.addTextureLayer(0, P_Material::maximumTextureLayers, P_Material::BLENDING_MODE::Modulate,
+                                          P_Material::FILTER_MODE::Point, P_Material::TEXTURE_ADDRESS_MODE::Wrap),
+                 P_DriverException);
     EXPECT_EQ(material.getTextureLayerCount(), +P_Material::maximumTextureLayers);
     const G_Image image(2, 2);
     P_Map map(&image, nullptr);
