@@ -38,6 +38,10 @@ TEST(ClipSampler, StepsHoldTheirValueUntilTheNextKey)
     EXPECT_EQ(xAt(clip, 9.0), 5.0);
     const Model model = makeChain(1);
     EXPECT_EQ(ClipSampler(model, clip).findJumps(0), std::vector<double>{1.0}) << "a step to the same value is none";
+    Clip other = moving(makeCurve<Vector3d>(Interpolation::Linear, {{0.5, {}}, {1.5, {1, 0, 0}}, {1.5, {5, 0, 0}}}));
+    other.m_vecChannels[0].m_rotations =
+        makeCurve<Quaternion>(Interpolation::Step, {{0.0, Quaternion()}, {2.0, {0.6, 0.8, 0.0, 0.0}}});
+    EXPECT_EQ(ClipSampler(model, other).findJumps(0), (std::vector<double>{1.5, 2.0})) << "two keys of one time";
 }
 
 TEST(ClipSampler, CubicsPassThroughTheirKeysWithTheirSlopes)

@@ -3,20 +3,23 @@
 #include "tests/convert/model_builder.h"
 #include "tests/support/temporary_directory.h"
 
+#include <platform/image/image.h>
 #include <platform/runtime/exception.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <array>
 
 namespace
 {
 using namespace convert_test;
 using TW2::convert::ClipSampler;
 
-std::string makeSource(const std::string& id, const std::string& array, std::size_t stride)
+std::string makeSource(const std::string& id, const std::string& array, std::size_t stride, std::size_t offset = 0)
 {
     return "<source id='" + id + "'>" + array + "<technique_common><accessor stride='" + std::to_string(stride) +
-           "'/></technique_common></source>";
+           "' offset='" + std::to_string(offset) + "'/></technique_common></source>";
 }
 
 std::string floats(const std::string& numbers)
@@ -90,10 +93,13 @@ TEST(Collada, EveryKindOfKeyMovesThePartThatItNames)
     expectTurn(makeAnimation("arm/turn", "LINEAR LINEAR LINEAR", "0 0 1 0  0 0 1 90  0 0 1 30", 4), 1.5, 60.0);
     // Slopes of 60 degrees per second: as control points in time and value, as values alone, and as slopes.
     const double hermite = 90.0 * 0.15625 + 60.0 * 0.09375;
-    expectTurn(makeAnimation("arm/turn.ANGLE", "BEZIER BEZIER BEZIER", "0 90 30", 1,
-                             "-0.3333333333333 -20 0.6666666666667 70 1.6666666666667 10",
-                             "0.3333333333333 20 1.3333333333333 110 2.3333333333333 50"),
-               0.25, hermite);
+    for (const auto& [seconds, degrees] : {std::pair(0.25, hermite), {1.25, 90.0 - 60.0 * 0.15625 + 60.0 * 0.09375}})
+    {
+        expectTurn(makeAnimation("arm/turn.ANGLE", "BEZIER BEZIER BEZIER", "0 90 30", 1,
+                                 "-0.3333333333333 -20 0.6666666666667 70 1.6666666666667 10",
+                                 "0.3333333333333 20 1.3333333333333 110 2.3333333333333 50"),
+                   seconds, degrees);
+    }
     expectTurn(makeAnimation("arm/turn.ANGLE", "BEZIER BEZIER BEZIER", "0 90 30", 1, "-20 70 10", "20 110 50"), 0.25,
                hermite);
     expectTurn(makeAnimation("arm/turn.ANGLE", "HERMITE HERMITE HERMITE", "0 90 30", 1, "60 60 60", "60 60 60"), 0.25,
@@ -142,8 +148,13 @@ TEST(Collada, AnimationsAreOneClipUnlessTheFileArrangesThem)
 TEST(Collada, NodesHaveTheirNamesAndTheSceneItsUpAxisAndUnit)
 {
     const std::string keys = makeAnimation("arm/turn.ANGLE", "LINEAR LINEAR LINEAR", "0 90 30", 1);
-    const Model model = readCollada(makeCollada(keys, {}, {}, "Z_UP"));
-    ASSERT_EQ(model.m_vecNodes.size(), 2U);
+    const std::string eye = "<node id='eye'><lookat>1 2 3 1 2 8 0 1 0</lookat></node>";
+    const Model model = readCollada(makeCollada(keys, {}, eye, "Z_UP"));
+    ASSERT_EQ(model.m_vecNodes.size(), 3U);
+    Matrixd turned;
+    turned.m[0][0] = turned.m[2][2] = -1.0;
+    EXPECT_LT(largestDifference(model.m_vecNodes[2].m_local * model.m_root.inverse(), turned * move(1, 2, -3)), 1e-9)
+        << "it looks along its negative z";
     EXPECT_EQ(model.m_vecNodes[0].m_strName, "upper arm");
     EXPECT_EQ(model.m_vecNodes[1].m_strName, "hand") << "the id where there is no name";
     // (1, 2, 3) with z up is (1, 3, -2) with y up, mirrored at z, and half as large.
@@ -164,10 +175,13 @@ TEST(Collada, SkinsMaterialsAndPolygonsAreThoseOfTheFile)
         "</double_sided></technique></extra></technique></profile_COMMON></effect></library_effects>"
         "<library_materials><material id='m' name='glass'><instance_effect url='#fx'/></material></library_materials>"
         "<library_geometries><geometry id='g' name='flag'><mesh>" +
-        makeSource("gp", floats("0 0 0 4 0 0 4 4 0 1 1 0 0 4 0"), 3) + makeSource("gu", floats("0.25 1 0 0"), 2) +
+        makeSource("gp", floats("0 0 0 4 0 0 4 4 0 1 1 0 0 4 0"), 3) +
+        makeSource("gu", floats("9 9 0.25 1 0 0"), 2, 2) +
+        makeSource("gn", floats("1 0 0 1 0 0 1 0 0 1 0 0 1 0 0"), 3) +
         "<vertices id='gv'><input semantic='POSITION' source='#gp'/></vertices>"
         "<polylist material='sym' count='2'><input semantic='VERTEX' source='#gv' offset='0'/>"
-        "<input semantic='TEXCOORD' source='#gu' offset='1' set='2'/><vcount>5 3</vcount>"
+        "<input semantic='NORMAL' source='#gn' offset='0'/><input semantic='TEXCOORD' source='#gu' offset='1' "
+        "set='2'/><vcount>5 3</vcount>"
         "<p>1 0 2 1 3 1 4 1 0 1  0 0 1 0 2 1</p></polylist><lines count='1'/></mesh></geometry></library_geometries>"
         "<library_controllers><controller id='c'><skin source='#g'>"
         "<bind_shape_matrix>2 0 0 0 0 2 0 0 0 0 2 0 0 0 0 1</bind_shape_matrix>" +
@@ -196,6 +210,7 @@ TEST(Collada, SkinsMaterialsAndPolygonsAreThoseOfTheFile)
     ASSERT_EQ(mesh.m_vecCoordinates.size(), 1U);
     EXPECT_EQ(mesh.m_vecCoordinates[0][0].x, 0.25F);
     EXPECT_EQ(mesh.m_vecCoordinates[0][0].y, 0.0F) << "v counts downwards";
+    EXPECT_EQ(mesh.m_vecNormals.at(0).x, 1.0F);
 
     ASSERT_EQ(model.m_vecSurfaces.size(), 1U);
     EXPECT_EQ(model.m_vecSurfaces[0].m_strName, "glass");
@@ -216,6 +231,34 @@ TEST(Collada, SkinsMaterialsAndPolygonsAreThoseOfTheFile)
     ASSERT_EQ(tip.m_vecWeights.size(), 2U) << "the point has two vertices, with other coordinates";
     EXPECT_EQ(tip.m_vecWeights[0].second, 0.25F);
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("points and lines")));
+}
+
+TEST(Collada, APictureLiesAsTheFileSaysAndMapsWithoutAPlaceAreTold)
+{
+    const support::TemporaryDirectory directory;
+    directory.write("flag.png", G_Image(2, 2).encodePNG());
+    const std::string libraries =
+        "<library_images><image id='i'><init_from>flag.png</init_from></image></library_images><library_effects>"
+        "<effect id='fx'><profile_COMMON><newparam sid='f'><surface type='2D'><init_from>i</init_from></surface>"
+        "</newparam><newparam sid='s'><sampler2D><source>f</source><wrap_t>CLAMP</wrap_t></sampler2D></newparam>"
+        "<technique><phong><diffuse><texture texture='s'><extra><technique profile='x'><repeatU>2</repeatU>"
+        "<offsetV>0.25</offsetV></technique></extra></texture></diffuse><specular><texture texture='other'/></specular>"
+        "<ambient><texture texture='s'/></ambient></phong></technique></profile_COMMON></effect></library_effects>"
+        "<library_materials><material id='m' name='cloth'><instance_effect url='#fx'/></material></library_materials>"
+        "<library_geometries><geometry id='g'><mesh>" +
+        makeSource("gp", floats("0 0 0 4 0 0 4 4 0"), 3) +
+        "<vertices id='gv'><input semantic='POSITION' source='#gp'/></vertices><triangles material='m' count='1'>"
+        "<input semantic='VERTEX' source='#gv' offset='0'/><p>0 1 2</p></triangles></mesh></geometry>"
+        "</library_geometries>";
+    const std::string text = makeCollada({}, libraries, "<node><instance_geometry url='#g'/></node>");
+    const Model model = TW2::convert::readModel(directory.write("cloth.dae", text), {});
+    const TW2::convert::Texture& texture = model.m_vecSurfaces.at(0).m_diffuseTexture;
+    EXPECT_TRUE(texture.isUsed());
+    EXPECT_EQ(texture.m_eWrapU, TW2::convert::Wrap::Repeat);
+    EXPECT_EQ(texture.m_eWrapV, TW2::convert::Wrap::Clamp);
+    const std::array<std::array<double, 2>, 3> lies{{{2.0, 0.0}, {0.0, 1.0}, {0.0, -0.25}}};
+    EXPECT_EQ(texture.m_transform, lies) << "v counts downwards";
+    EXPECT_THAT(model.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("the map of its highlights")));
 }
 
 TEST(Collada, DamageIsToldWithItsPlace)

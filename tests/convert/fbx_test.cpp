@@ -509,6 +509,19 @@ TEST(Fbx, DamageIsToldWithItsPlace)
     EXPECT_THAT([&] { (void)TW2::convert::readModel(directory.write("old.fbx", old), {}); },
                 testing::ThrowsMessage<S_Exception>(
                     testing::HasSubstr("old.fbx: is FBX of version 5.8: version 6 and newer are read")));
+    const std::string beyond = makeFbx("", "4", "0,0,0,0", {}, R"(	Geometry: 20, "Geometry::", "Mesh" {
+		Vertices: *9 {
+			a: 0,0,0,1,0,0,0,1,0
+		}
+		PolygonVertexIndex: *3 {
+			a: 0,1,-4
+		}
+	}
+)",
+                                       "\tC: \"OO\",20,2\n");
+    EXPECT_THAT(
+        [&] { (void)TW2::convert::readModel(directory.write("far.fbx", beyond), {}); },
+        testing::ThrowsMessage<S_Exception>(testing::HasSubstr("polygons between points that the geometry has")));
     std::string text = makeFbx("", "4", "0,0,0,0");
     text.resize(text.find("Connections"));
     text += "Connections:  {\n\tC: \"OO\n";

@@ -170,6 +170,10 @@ TEST(GltfGeometry, PointsAndLinesAreNamedAndLeftOut)
     const Model model = read(text);
     EXPECT_EQ(model.m_vecMeshes.size(), 1U);
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("points and lines")));
+    text.set("textures", "[{}]");
+    text.set("materials", R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}])");
+    showPrimitive(text, R"({"material":0,"attributes":{"POSITION":)" + number(positions) + "}}");
+    EXPECT_THAT(read(text).m_vecWarnings, testing::Contains(testing::HasSubstr("textures[0] is left out: it has no")));
 }
 
 /// A model whose one node is moved along x by one curve.

@@ -114,7 +114,7 @@ TEST_F(ViewerPlanting, WhatTravelsGoesUpTheSlopeWithItsFeetOnIt)
 
 TEST_F(ViewerPlanting, AFileLoadedAgainKeepsItsFeetOnTheGroundAndAnotherOneBeginsOnFlatGround)
 {
-    run({"leg foot_left", "slope 9 45", "reload"});
+    run({"leg foot_left", "leg foot_left", "slope 9 45", "reload"});
     ASSERT_EQ(m_viewer.getPlanting().getLegs(), (std::vector<Planting::Leg>{{"thigh_left", "foot_left"}}));
     EXPECT_EQ(m_viewer.getSlope().m_fDegrees, 9.0F);
     EXPECT_EQ(listWhatRenderLeavesOut(m_viewer), "the feet on the ground, the slope of the ground");

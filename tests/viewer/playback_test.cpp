@@ -200,6 +200,8 @@ TEST_F(PlaybackTest, AGroupPlaysSomethingElseOnEveryObjectThatIsPosed)
     EXPECT_THROW(m_playback.setGroup(3, 77), Failure);
     m_playback.setGroup(6, dance);
     EXPECT_EQ(pose(3), played(3, sway, 0.5F)) << "another group, which begins higher";
+    m_playback.setGroup(0, dance);
+    EXPECT_EQ(pose(0), played(0, dance, 0.5F));
     m_playback.clearGroup();
     EXPECT_EQ(pose(6), played(6, sway, 0.5F));
     m_playback.forgetObjects();
