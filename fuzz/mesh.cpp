@@ -24,7 +24,7 @@ void require(bool condition)
 /// Follows every index of the record as those do who build geometry from it.
 void useMesh(const MeshChunk& mesh)
 {
-    if (!mesh.hasVertices || !mesh.hasFaces)
+    if (!mesh.hasVertices || !mesh.hasFaces || !mesh.vertices.hasNormals || !mesh.faces.hasIndices)
     {
         return;
     }

@@ -60,12 +60,18 @@ void readPart(S_MemoryFile& file, unsigned int id, MeshChunk& mesh)
     }
 }
 
+/// Whether the lists are in groups. Parts of the old layout stay in polygons in a mesh that claims the current one.
+bool isInGroups(const MeshChunk& mesh)
+{
+    return mesh.hasVertices && mesh.hasFaces && mesh.vertices.hasNormals && mesh.faces.hasIndices;
+}
+
 /// A mesh without names has one group, also when there is nothing in it and the file therefore has none.
 void addEmptyGroup(MeshChunk& mesh)
 {
     const bool hasNames = mesh.hasMaterials && !mesh.materials.names.empty();
-    if (!mesh.hasVertices || !mesh.hasFaces || hasNames || !mesh.vertices.positions.empty() ||
-        !mesh.vertices.groupCounts.empty() || !mesh.faces.groupCounts.empty())
+    if (hasNames || !mesh.vertices.positions.empty() || !mesh.vertices.groupCounts.empty() ||
+        !mesh.faces.groupCounts.empty())
     {
         return;
     }
@@ -158,8 +164,11 @@ S_MemoryFile& operator>>(S_MemoryFile& file, MeshChunk& mesh)
         requireFit(body, findLegacyFault(mesh));
         requireFit(body, convertLegacyMesh(mesh));
     }
-    addEmptyGroup(mesh);
-    requireFit(body, findFault(mesh));
+    if (isInGroups(mesh))
+    {
+        addEmptyGroup(mesh);
+        requireFit(body, findFault(mesh));
+    }
     return file;
 }
 

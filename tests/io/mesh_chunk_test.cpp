@@ -202,6 +202,26 @@ TEST(MeshChunk, OldVerticesHaveNoNormalsUntilTheyAreConverted)
     EXPECT_THAT(mesh.vertices.groupCounts, IsEmpty());
 }
 
+TEST(MeshChunk, OldPartsOfANewMeshStayAsTheyAre)
+{
+    const MeshChunk mesh = readMesh(
+        [](S_MemoryFileWriter& writer)
+        {
+            writeVertices(writer, 3, {3});
+            const WriteChunk faces(writer, CHUNK_MESH_FACES, 0);
+            writer << 1;
+            {
+                const WriteChunk polygon(writer, CHUNK_POLYGON, 0);
+                writer << 3 << 2 << 1 << 0;
+            }
+            writer << 0 << 0;
+        });
+    EXPECT_FALSE(mesh.faces.hasIndices);
+    EXPECT_THAT(mesh.faces.polygons[0].vertexIndices, ElementsAre(2, 1, 0));
+    EXPECT_THAT(mesh.faces.indices, ElementsAre(0, 0, 0));
+    EXPECT_EQ(mesh.getTriangleCount(0), 0u);
+}
+
 TEST(MeshChunk, AnEmptyMeshHasOneEmptyGroup)
 {
     const MeshChunk mesh = readMesh(

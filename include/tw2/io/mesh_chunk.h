@@ -95,7 +95,8 @@ struct TextureChannelChunk
 ///
 /// Whatever layout the file has, a record that was read is in the current one: vertices and triangles in groups, one
 /// group per material name, or a single group without names. Its lists fit each other: the reader has checked every
-/// index and every count, so consumers need not.
+/// index and every count, so consumers need not. Only a mesh chunk of version 2 or later whose vertices or faces are of
+/// the old layout is left as it is: the parts say so (`hasNormals`, `hasIndices`), and no object can be built from it.
 ///
 /// Making a record also makes the first set of work lists of the conversion from old layouts; see `deleteStaticData`.
 struct MeshChunk : NodeChunk
@@ -135,7 +136,10 @@ struct MeshChunk : NodeChunk
     /// Vertices of a group, at most `maxGroupVertices`.
     [[nodiscard]] unsigned int getVertexCount(std::size_t group) const { return vertices.groupCounts[group]; }
     /// Triangles of a group.
-    [[nodiscard]] unsigned int getTriangleCount(std::size_t group) const { return faces.groupCounts[group]; }
+    [[nodiscard]] unsigned int getTriangleCount(std::size_t group) const
+    {
+        return faces.hasIndices ? faces.groupCounts[group] : 0;
+    }
     /// Position of a vertex of a group, in the mesh's own space.
     [[nodiscard]] const M_Vector3Template<float>& getPosition(std::size_t group, std::size_t vertex) const
     {
