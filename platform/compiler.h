@@ -61,5 +61,16 @@
 #endif
 /// @}
 
+/// Sets `place`, a float, where other threads may do so at the same time: the last of them counts.
+#if defined(__GNUC__)
+#define S_STORE_FROM_ANY_THREAD(place, value)                \
+    {                                                        \
+        float stored = value;                                \
+        __atomic_store(&(place), &stored, __ATOMIC_RELAXED); \
+    }
+#else
+#define S_STORE_FROM_ANY_THREAD(place, value) (place) = (value)
+#endif
+
 /// The bits of `from` as a T; all compilers that are supported have it.
 #define S_BIT_CAST(T, from) __builtin_bit_cast(T, from)

@@ -189,13 +189,13 @@ inline TrackLoop getLoop(const Track& track) noexcept
     return {track.m_bLooping, track.m_bLoopInterpolation, track.m_uLoopToFrame, track.m_uTotalFrameCount};
 }
 
-/// The keys of a container with at least one key; the container remembers them.
+/// The keys of a container with at least one key; the container remembers them, those of the last of several threads.
 template <typename Track>
 inline KeyPair findKeys(const Track& track, const TrackPosition& position, int hint) noexcept
 {
     const KeyPair keys = findKeys(position, track.m_vecFrames.data(), static_cast<int>(track.m_vecFrames.size()), hint);
-    track.m_fLastLowerKey = static_cast<float>(keys.m_iLower);
-    track.m_fLastUpperKey = static_cast<float>(keys.m_iUpper);
+    S_STORE_FROM_ANY_THREAD(track.m_fLastLowerKey, static_cast<float>(keys.m_iLower));
+    S_STORE_FROM_ANY_THREAD(track.m_fLastUpperKey, static_cast<float>(keys.m_iUpper));
     return keys;
 }
 }  // namespace TW2

@@ -82,9 +82,14 @@ TW_RigidKeys* TrackAccess::accessUnsharedKeys(TW_KeyframeAnimation& animation) n
 
 float TrackAccess::getVisibility(const TW_KeyframeAnimation& animation, float frame) noexcept
 {
-    float visibility = 1.0F;
-    int hint = 0;
-    readValue(animation.getVisibilityContainer(), visibility, frame, hint);
-    return visibility;
+    const auto* const track = animation.getVisibilityContainer();
+    if (!track || track->m_vecFrames.empty())
+    {
+        return 1.0F;
+    }
+    const KeyPair keys = findKeys(locateFrame(getLoop(*track), frame), track->m_vecFrames.data(),
+                                  static_cast<int>(track->m_vecFrames.size()), 0);
+    return interpolate(track->m_vecValues[static_cast<std::size_t>(keys.m_iLower)],
+                       track->m_vecValues[static_cast<std::size_t>(keys.m_iUpper)], keys.getFraction());
 }
 }  // namespace TW2

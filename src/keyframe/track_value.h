@@ -41,22 +41,4 @@ void fillTrack(LinearlyOptimizedContainer<T>& track, const Record& record, unsig
         track.m_vecValues[i] = getValue(keys[i]);
     }
 }
-
-/// The value at a frame of a track that other threads may read at the same time: unlike the track's own look-up it
-/// leaves no note of the keys. The search begins at `hint`, which becomes the one for the next look-up. False, and
-/// nothing changes, for a track without keys and for null.
-template <typename T>
-bool readValue(const LinearlyOptimizedContainer<T>* track, T& value, float frame, int& hint)
-{
-    if (!track || track->m_vecFrames.empty())
-    {
-        return false;
-    }
-    const KeyPair keys = findKeys(locateFrame(getLoop(*track), frame), track->m_vecFrames.data(),
-                                  static_cast<int>(track->m_vecFrames.size()), hint);
-    value = interpolate(track->m_vecValues[static_cast<std::size_t>(keys.m_iLower)],
-                        track->m_vecValues[static_cast<std::size_t>(keys.m_iUpper)], keys.getFraction());
-    hint = keys.m_iUpper;
-    return true;
-}
 }  // namespace TW2

@@ -29,6 +29,18 @@ float valueOf(const FloatKey& key)
     return key.value;
 }
 
+/// The value of a track at a frame; false, and nothing changes, without keys. `hint` becomes that of the next look-up.
+template <typename T>
+bool readValue(const LinearlyOptimizedContainer<T>* track, T& value, float frame, int& hint)
+{
+    if (!track || track->m_vecFrames.empty())
+    {
+        return false;
+    }
+    hint = track->getValue(value, frame, hint);
+    return true;
+}
+
 /// A new track of a record's keys.
 template <typename T, typename Key, typename Record>
 void create(LinearlyOptimizedContainer<T>*& track, const S_Vector<Key>& keys, const Record& record)

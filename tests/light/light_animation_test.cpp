@@ -130,8 +130,10 @@ TEST(LightAnimations, ASpotLightTakesColorTimesBrightnessRangeAndAngles)
     // Back in time and past the end.
     lamp.animateFrame(&light, 10.0f);
     EXPECT_NEAR(light.getFalloffRange(), 20, 1e-4);
+    EXPECT_EQ(lamp.getFallOffContainer()->m_fLastLowerKey, 0.0f);
     lamp.animate(&light, 2.0f);
     EXPECT_EQ(light.getFalloffRange(), 59.0f);
+    EXPECT_EQ(lamp.getFallOffContainer()->m_fLastLowerKey, 1.0f);
 }
 
 TEST(LightAnimations, PointAndDirectionalLightsTakeWhatTheyHave)

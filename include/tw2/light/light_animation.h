@@ -16,7 +16,7 @@ namespace TW2
 ///
 /// Copies share the tracks; the last copy deletes them. A track without keys changes nothing: the light keeps its own
 /// value, and brightness counts as 1. One thread at a time per object; copies may be evaluated on several threads at
-/// once.
+/// once; the last keys that their tracks remember are then those of one of them.
 class TW2_API TW_LightAnimation : public S_Allocated
 {
 public:
