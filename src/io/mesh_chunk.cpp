@@ -109,6 +109,10 @@ void requireWritable(const MeshChunk& mesh)
     {
         fault = findFault(mesh.channels[slot]);
     }
+    if (fault.empty() && mesh.hasVertices && mesh.hasFaces && !isInGroups(mesh))
+    {
+        fault = "vertices with normals and faces with indices";
+    }
     if (fault.empty())
     {
         fault = findFault(mesh);

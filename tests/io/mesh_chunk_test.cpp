@@ -361,6 +361,7 @@ TEST(MeshChunk, WhatWouldNotBeReadIsNotWritten)
         EXPECT_TRUE(writer.getBytes().empty());
     };
     refuse([](MeshChunk& mesh) { mesh.faces.indices[3] = 99; });
+    refuse([](MeshChunk& mesh) { mesh.faces.hasIndices = false; });
     refuse([](MeshChunk& mesh) { mesh.vertices.normals.pop_back(); });
     refuse([](MeshChunk& mesh) { mesh.materials.names.emplace_back("b"); });
     refuse([](MeshChunk& mesh) { mesh.channels[0].coordinates.pop_back(); });
