@@ -1,37 +1,9 @@
 #include <platform/runtime/exception.h>
+#include <platform/runtime/format_list.h>
 #include <platform/runtime/system.h>
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
-
-namespace
-{
-/// Ends the use of a list of arguments, also when an exception passes.
-class ListEnd
-{
-public:
-    explicit ListEnd(std::va_list& arguments) noexcept : m_arguments(arguments) {}
-    ~ListEnd() { va_end(m_arguments); }
-    ListEnd(const ListEnd&) = delete;
-    ListEnd& operator=(const ListEnd&) = delete;
-
-private:
-    std::va_list& m_arguments;
-};
-
-std::string formatList(const char* format, std::va_list arguments)
-{
-    std::va_list again;
-    va_copy(again, arguments);
-    const ListEnd end(again);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
-    std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
-    std::vsnprintf(text.data(), text.size() + 1, format, again);
-    return text;
-}
-}  // namespace
 
 const CRuntimeClass* CObject::GetRuntimeClass() const
 {
@@ -118,8 +90,8 @@ void S_Exception::setError(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    const ListEnd end(arguments);
-    std::string message = formatList(format, arguments);  // an argument may be the message that is there
+    const S_ListEnd end(arguments);
+    std::string message = S_formatList<std::string>(format, arguments);  // an argument may be the message that is there
     m_strMessage.swap(message);
     m_strMessageWithHints.clear();
 }
@@ -128,8 +100,8 @@ void S_Exception::addHint(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    const ListEnd end(arguments);
-    const std::string hint = formatList(format, arguments);
+    const S_ListEnd end(arguments);
+    const std::string hint = S_formatList<std::string>(format, arguments);
     std::string text = m_strMessageWithHints.empty()
                            ? getErrorMessage() + std::string(" (")
                            : m_strMessageWithHints.substr(0, m_strMessageWithHints.size() - 1) + "; ";
