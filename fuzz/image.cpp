@@ -1,22 +1,16 @@
+#include "fuzz/records.h"
+
 #include <platform/image/image.h>
 #include <platform/image/image_exception.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 namespace
 {
+using fuzz::require;
 using Bytes = std::vector<std::uint8_t>;
-
-void require(bool condition)
-{
-    if (!condition)
-    {
-        std::abort();
-    }
-}
 
 std::uint32_t readBigEndian(const std::uint8_t* bytes)
 {

@@ -1,3 +1,5 @@
+#include "fuzz/records.h"
+
 #include <tw2/core/exceptions.h>
 #include <tw2/keyframe/keyframe_animation.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
@@ -5,9 +7,9 @@
 #include <platform/runtime/exception.h>
 #include <platform/runtime/memory_file.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 
 namespace
@@ -16,26 +18,12 @@ using Matrix = M_Matrix4x3Template<float>;
 
 bool isFinite(const Matrix& matrix)
 {
-    for (std::size_t e = 0; e < 12; ++e)
-    {
-        if (!std::isfinite(matrix.data()[e]))
-        {
-            return false;
-        }
-    }
-    return true;
+    return std::all_of(matrix.data(), matrix.data() + 12, [](float value) { return std::isfinite(value); });
 }
 
 bool hasNaN(const Matrix& matrix)
 {
-    for (std::size_t e = 0; e < 12; ++e)
-    {
-        if (std::isnan(matrix.data()[e]))
-        {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(matrix.data(), matrix.data() + 12, [](float value) { return std::isnan(value); });
 }
 
 void evaluate(const TW2::KeyframeAnimationChunk& chunk)
@@ -57,10 +45,7 @@ void evaluate(const TW2::KeyframeAnimationChunk& chunk)
         hint = animation.animateFrameWithLastFrame(matrix, frame, hint);
         Matrix again;
         animation.animateFrameWithLastFrame(again, frame, -hint * 7919);
-        if (finiteKeys && hasNaN(matrix))
-        {
-            std::abort();
-        }
+        fuzz::require(!finiteKeys || !hasNaN(matrix));
         static_cast<void>(animation.getVisibilityFrame(frame));
     }
 }
@@ -87,9 +72,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         // The expected end of damaged input.
     }
-    if (S_Memory::getLiveCount() != live)
-    {
-        std::abort();
-    }
+    fuzz::require(S_Memory::getLiveCount() == live);
     return 0;
 }

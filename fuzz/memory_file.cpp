@@ -1,19 +1,14 @@
+#include "fuzz/records.h"
+
 #include <platform/runtime/exception.h>
 #include <platform/runtime/memory_file.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 
 namespace
 {
-void require(bool condition)
-{
-    if (!condition)
-    {
-        std::abort();
-    }
-}
+using fuzz::require;
 
 template <typename T>
 void readOne(S_MemoryFile& file)

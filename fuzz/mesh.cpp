@@ -1,25 +1,14 @@
+#include "fuzz/records.h"
+
 #include <tw2/core/exceptions.h>
 #include <tw2/io/mesh_chunk.h>
 
-#include <platform/runtime/exception.h>
-#include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
-
 #include <cstdint>
-#include <cstdlib>
-#include <stdexcept>
 
 namespace
 {
+using fuzz::require;
 using TW2::MeshChunk;
-
-void require(bool condition)
-{
-    if (!condition)
-    {
-        std::abort();
-    }
-}
 
 /// Follows every index of the record as those do who build geometry from it.
 void useMesh(const MeshChunk& mesh)
@@ -61,37 +50,22 @@ void useMesh(const MeshChunk& mesh)
     s_sink = s_sink + sum;
 }
 
-S_MemoryFileWriter write(const MeshChunk& mesh)
-{
-    S_MemoryFileWriter writer;
-    writer << mesh;
-    return writer;
-}
-
-void readInto(MeshChunk& mesh, const void* data, std::size_t size)
-{
-    S_MemoryFile file;
-    file.constructFromMemory("input", data, size);
-    mesh.reset();
-    file >> mesh;
-}
-
 /// What was written from the record reads back as the same. Lists of a layout without groups cannot be written.
 void writeAndRead(const MeshChunk& mesh)
 {
-    S_MemoryFileWriter first;
+    S_Bytes file;
     try
     {
-        first = write(mesh);
+        file = fuzz::write(mesh);
     }
     catch (const TW2::TW_Exception_InvalidGeometry&)
     {
         return;
     }
     MeshChunk again;
-    readInto(again, first.getBytes().data(), first.getBytes().size());
+    fuzz::read(again, file.data(), file.size());
     useMesh(again);
-    require(write(again).getBytes() == first.getBytes());
+    require(fuzz::write(again) == file);
 }
 }  // namespace
 
@@ -99,19 +73,11 @@ void writeAndRead(const MeshChunk& mesh)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static MeshChunk s_mesh;
-    try
+    s_mesh.reset();
+    if (fuzz::readUnlessDamaged(s_mesh, data, size))
     {
-        readInto(s_mesh, data, size);
+        useMesh(s_mesh);
+        writeAndRead(s_mesh);
     }
-    catch (const S_MemoryFileException&)
-    {
-        return 0;
-    }
-    catch (const std::length_error&)  // a negative count
-    {
-        return 0;
-    }
-    useMesh(s_mesh);
-    writeAndRead(s_mesh);
     return 0;
 }

@@ -3,23 +3,15 @@
 #include "convert/clip_sampler.h"
 #include "convert/model_reader.h"
 #include "fuzz/input_file.h"
+#include "fuzz/records.h"
 
 #include <platform/runtime/exception.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 namespace fuzz
 {
-inline void require(bool condition)
-{
-    if (!condition)
-    {
-        std::abort();
-    }
-}
-
 /// What a reader promises of every model that it returns: numbers of things that are there, parents before their
 /// children, and clips that can be looked at at any time.
 inline void requireWhole(const TW2::convert::Model& model)

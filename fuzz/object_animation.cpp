@@ -1,4 +1,5 @@
 #include "fuzz/input_file.h"
+#include "fuzz/records.h"
 
 #include <tw2/object/object_animation.h>
 
@@ -7,7 +8,6 @@
 #include <platform/scene/virtual_object.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -15,10 +15,7 @@ namespace
 {
 void requireEmptyUnlessConstructed(const TW2::TW_ObjectAnimation& object)
 {
-    if (!object.isConstructed() && (object.getTotalMeshes() > 0 || object.getMaterialManager()))
-    {
-        std::abort();
-    }
+    fuzz::require(object.isConstructed() || (object.getTotalMeshes() == 0 && !object.getMaterialManager()));
 }
 
 void playAndCopy(const TW2::TW_ObjectAnimation& original)

@@ -1,22 +1,17 @@
+#include "fuzz/records.h"
+
 #include <platform/math/vector3.h>
 #include <platform/runtime/exception.h>
 #include <platform/runtime/script.h>
 
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
 namespace
 {
-void require(bool condition)
-{
-    if (!condition)
-    {
-        std::abort();
-    }
-}
+using fuzz::require;
 
 void parseBlock(const S_Script& script, const char* name, unsigned int occurrence, bool strict)
 {

@@ -1,28 +1,17 @@
+#include "fuzz/records.h"
+
 #include <tw2/skin/skin_chunk.h>
 #include <tw2/skin/vertex_animation.h>
-
-#include <platform/runtime/exception.h>
-#include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <stdexcept>
 
 using namespace TW2;
+using fuzz::require;
 
 namespace
 {
-void require(bool condition)
-{
-    if (!condition)
-    {
-        std::abort();
-    }
-}
-
 /// Every vertex of every primitive leads to influences and bones that exist; the sanitizers watch the rest.
 void followEveryInfluence(const TW_VertexAnimation::Skin& skin)
 {
@@ -55,12 +44,9 @@ void followEveryInfluence(const TW_VertexAnimation::Skin& skin)
 void checkRecord(const SkinChunk& chunk)
 {
     require(chunk.findInvalidValue().empty());
-    S_MemoryFileWriter writer;
-    writer << chunk;
-    S_MemoryFile file;
-    file.constructFromMemory("again", writer.getBytes().data(), writer.getBytes().size());
+    const S_Bytes file = fuzz::write(chunk);
     SkinChunk again;
-    file >> again;
+    fuzz::read(again, file.data(), file.size());
     again.sortedByPrimitive = chunk.sortedByPrimitive;
     require(again == chunk);
     followEveryInfluence(TW_VertexAnimation::Skin(chunk));
@@ -72,19 +58,12 @@ void checkRecord(const SkinChunk& chunk)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const long long live = S_Memory::getLiveCount();
-    try
     {
-        S_MemoryFile file;
-        file.constructFromMemory("input", data, size);
         SkinChunk chunk;
-        file >> chunk;
-        checkRecord(chunk);
-    }
-    catch (const S_MemoryFileException&)
-    {
-    }
-    catch (const std::length_error&)
-    {
+        if (fuzz::readUnlessDamaged(chunk, data, size))
+        {
+            checkRecord(chunk);
+        }
     }
     require(S_Memory::getLiveCount() == live);
     return 0;

@@ -22,15 +22,8 @@ using WriteChunk = S_MemoryFileWriter::Chunk;
 
 namespace
 {
-/// Every callback in one: notes what arrives.
-class Listener : public TW_CameraCallback,
-                 public TW_LightCallback,
-                 public TW_HelperCallback,
-                 public TW_EnvironmentCallback,
-                 public TW_MeshCallback,
-                 public TW_MaterialListCallback,
-                 public TW_KeyframeAnimationCallback,
-                 public TW_UnknownChunkCallback
+/// Notes what arrives.
+class Listener : public support::EveryCallback
 {
 public:
     std::vector<std::string> m_heard;
@@ -88,18 +81,6 @@ public:
         m_onUnknown(file);
     }
 
-    /// Makes this listener the loader's for every kind.
-    void listen()
-    {
-        TW_Loader::setCameraCallback(this);
-        TW_Loader::setLightCallback(this);
-        TW_Loader::setHelperCallback(this);
-        TW_Loader::setEnvironmentCallback(this);
-        TW_Loader::setMeshCallback(this);
-        TW_Loader::setMaterialListCallback(this);
-        TW_Loader::setKeyframeAnimationCallback(this);
-        TW_Loader::setUnknownChunkCallback(this);
-    }
     std::vector<std::string> take() { return std::exchange(m_heard, {}); }
 
 private:

@@ -6,6 +6,7 @@
 #include <tw2/io/environment_chunk.h>
 #include <tw2/io/helper_chunk.h>
 #include <tw2/io/light_chunks.h>
+#include <tw2/io/loader.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
 #include <tw2/light/light_animation_chunks.h>
 #include <tw2/material/material_list_chunk.h>
@@ -13,6 +14,31 @@
 
 namespace support
 {
+/// The callbacks for every kind of chunk in one object.
+class EveryCallback : public TW2::TW_CameraCallback,
+                      public TW2::TW_LightCallback,
+                      public TW2::TW_HelperCallback,
+                      public TW2::TW_EnvironmentCallback,
+                      public TW2::TW_MeshCallback,
+                      public TW2::TW_MaterialListCallback,
+                      public TW2::TW_KeyframeAnimationCallback,
+                      public TW2::TW_UnknownChunkCallback
+{
+public:
+    /// Makes this object the loader's for every kind.
+    void listen()
+    {
+        TW2::TW_Loader::setCameraCallback(this);
+        TW2::TW_Loader::setLightCallback(this);
+        TW2::TW_Loader::setHelperCallback(this);
+        TW2::TW_Loader::setEnvironmentCallback(this);
+        TW2::TW_Loader::setMeshCallback(this);
+        TW2::TW_Loader::setMaterialListCallback(this);
+        TW2::TW_Loader::setKeyframeAnimationCallback(this);
+        TW2::TW_Loader::setUnknownChunkCallback(this);
+    }
+};
+
 /// Writes one chunk of every top-level kind, each named after its kind: what a file with everything looks like.
 inline void writeEveryKind(S_MemoryFileWriter& writer)
 {

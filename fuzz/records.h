@@ -1,0 +1,69 @@
+#pragma once
+
+#include <platform/runtime/allocator.h>
+#include <platform/runtime/exception.h>
+#include <platform/runtime/memory_file.h>
+#include <platform/runtime/memory_file_writer.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace fuzz
+{
+inline void require(bool condition)
+{
+    if (!condition)
+    {
+        std::abort();
+    }
+}
+
+/// Reads the first chunk of some bytes into a record.
+template <typename Record>
+void read(Record& record, const void* data, std::size_t size)
+{
+    S_MemoryFile file;
+    file.constructFromMemory("input", data, size);
+    file >> record;
+}
+
+/// The bytes of a file of one record.
+template <typename Record>
+S_Bytes write(const Record& record)
+{
+    S_MemoryFileWriter writer;
+    writer << record;
+    return writer.getBytes();
+}
+
+/// What was read comes back unchanged from a file of its own. Bytes tell, not records: what is not a number differs
+/// from itself.
+template <typename Record>
+void requireRoundTrip(const Record& record)
+{
+    const S_Bytes file = write(record);
+    Record again;
+    read(again, file.data(), file.size());
+    require(write(again) == file);
+}
+
+/// Reads likewise; false when the bytes are refused.
+template <typename Record>
+bool readUnlessDamaged(Record& record, const void* data, std::size_t size)
+{
+    try
+    {
+        read(record, data, size);
+        return true;
+    }
+    catch (const S_MemoryFileException&)
+    {
+        return false;
+    }
+    catch (const std::length_error&)  // a negative count
+    {
+        return false;
+    }
+}
+}  // namespace fuzz
