@@ -19,7 +19,7 @@ constexpr std::pair<unsigned int, const char*> contentsByChunk[] = {
 
 S_String describeMistakenFile(const S_String& fileName, unsigned int expected)
 {
-    bool found[std::size(contentsByChunk)] = {};
+    std::size_t found = std::size(contentsByChunk);  // the first kind of the table counts
     S_MemoryFile file(fileName.c_str(), S_MemoryFile::accessRead);
     S_MemoryFile::Chunk chunk;
     for (file.peekChunk(chunk); chunk.isValid(); file.peekChunk(chunk))
@@ -28,19 +28,12 @@ S_String describeMistakenFile(const S_String& fileName, unsigned int expected)
         {
             return {};
         }
-        for (std::size_t i = 0; i < std::size(contentsByChunk); ++i)
+        for (std::size_t i = 0; i < found; ++i)
         {
-            found[i] = found[i] || chunk.getID() == contentsByChunk[i].first;
+            found = chunk.getID() == contentsByChunk[i].first ? i : found;
         }
         file.skipChunk();
     }
-    for (std::size_t i = 0; i < std::size(contentsByChunk); ++i)
-    {
-        if (found[i])
-        {
-            return contentsByChunk[i].second;
-        }
-    }
-    return {};
+    return found < std::size(contentsByChunk) ? S_String(contentsByChunk[found].second) : S_String();
 }
 }  // namespace TW2

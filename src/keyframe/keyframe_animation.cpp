@@ -1,3 +1,4 @@
+#include "core/memory_scope.h"
 #include "core/unit_init.h"
 #include "keyframe/key_search.h"
 #include "keyframe/track_access.h"
@@ -11,7 +12,6 @@
 
 #include <platform/math/inverse_sqrt.h>
 #include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/rollback.h>
 #include <platform/runtime/system.h>
 
@@ -22,8 +22,6 @@ namespace TW2
 namespace
 {
 using Matrix = M_Matrix4x3Template<float>;
-
-constexpr const char* memoryScopeName = "TW Memory Container";
 
 // Basis rows between these lengths count as unscaled.
 constexpr float leastUnitLength = 0.9999F;
@@ -96,7 +94,7 @@ void TW_KeyframeAnimation::initializeMembers() noexcept
 
 void TW_KeyframeAnimation::construct()
 {
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     destruct();
     S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
@@ -110,7 +108,7 @@ void TW_KeyframeAnimation::construct()
 
 void TW_KeyframeAnimation::construct(const KeyframeAnimationChunk& chunk, bool withVisibility)
 {
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     destruct();
     S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
@@ -147,7 +145,7 @@ void TW_KeyframeAnimation::construct(const KeyframeAnimationChunk& chunk, bool w
 
 void TW_KeyframeAnimation::construct(const S_String& fileName)
 {
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     // The name may be this animation's own, which the first chunk replaces.
     const S_String name(fileName.data(), fileName.size());
     S_MemoryFile file(name, S_MemoryFile::accessRead);
@@ -157,20 +155,19 @@ void TW_KeyframeAnimation::construct(const S_String& fileName)
     {
         throw TW_Exception_NoAnimation(name.c_str());
     }
-    bool hasAnimation = false;
-    KeyframeAnimationChunk record;
-    do
+    const bool isAnimation = chunk.getID() == CHUNK_KEYFRAME_ANIMATION;
+    if (isAnimation)
     {
-        if (chunk.getID() != CHUNK_KEYFRAME_ANIMATION || hasAnimation)
-        {
-            throw TW_Exception_InvalidAnimationChunk(name.c_str());
-        }
+        KeyframeAnimationChunk record;
         file >> record;
         construct(record, false);
-        hasAnimation = true;
         file.skipChunk();
         file.peekChunk(chunk);
-    } while (chunk.isValid());
+    }
+    if (!isAnimation || chunk.isValid())
+    {
+        throw TW_Exception_InvalidAnimationChunk(name.c_str());
+    }
 }
 
 void TW_KeyframeAnimation::construct(const TW_KeyframeAnimation& other)
@@ -179,7 +176,7 @@ void TW_KeyframeAnimation::construct(const TW_KeyframeAnimation& other)
     {
         return;
     }
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     destruct();
     if (!other.m_bConstructed)
     {

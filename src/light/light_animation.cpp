@@ -1,3 +1,4 @@
+#include "core/memory_scope.h"
 #include "core/unit_init.h"
 #include "keyframe/track_value.h"
 
@@ -7,7 +8,6 @@
 #include <tw2/light/point_light_animation.h>
 #include <tw2/light/spot_light_animation.h>
 
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/rollback.h>
 #include <platform/runtime/system.h>
 #include <platform/scene/directional_light.h>
@@ -51,12 +51,6 @@ void create(LinearlyOptimizedContainer<T>*& track, const S_Vector<Key>& keys, co
 }
 }  // namespace
 
-TW_LightAnimation::TW_LightAnimation(const TW_LightAnimation& other)
-{
-    initializeMembers();
-    constructFromCopy(other);
-}
-
 TW_LightAnimation& TW_LightAnimation::operator=(const TW_LightAnimation& other)
 {
     constructFromCopy(other);
@@ -78,7 +72,7 @@ void TW_LightAnimation::initializeMembers() noexcept
 template <typename Record>
 void TW_LightAnimation::constructFromRecord(const Record& record)
 {
-    const S_MemoryScope scope("TW Memory Container");
+    const MemoryScope scope;
     destruct();
     S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
@@ -106,7 +100,7 @@ void TW_LightAnimation::constructFromCopy(const TW_LightAnimation& other)
     {
         return;
     }
-    const S_MemoryScope scope("TW Memory Container");
+    const MemoryScope scope;
     destruct();
     m_strAnimationTargetName = other.m_strAnimationTargetName;
     m_iFrameRate = other.m_iFrameRate;
@@ -139,10 +133,14 @@ void TW_LightAnimation::destruct() noexcept
     initializeMembers();
 }
 
-/// The value of a track at `frame`; false when it has no keys.
-bool TW_LightAnimation::evaluate(const LinearlyOptimizedContainer<float>* track, int& hint, float& value, float frame)
+template <typename Apply>
+void TW_LightAnimation::applyTrack(const LinearlyOptimizedContainer<float>* track, int& hint, float frame,
+                                   const Apply& apply) const
 {
-    return readValue(track, value, frame, hint);
+    if (float value = 0.0F; readValue(track, value, frame, hint))
+    {
+        apply(value);
+    }
 }
 
 void TW_LightAnimation::applyColor(P_Light& light, float frame) const
@@ -151,7 +149,7 @@ void TW_LightAnimation::applyColor(P_Light& light, float frame) const
     if (readValue(m_pColor, color, frame, m_iColorFrame))
     {
         float brightness = 1.0F;
-        evaluate(m_pBrightness, m_iBrightnessFrame, brightness, frame);
+        readValue(m_pBrightness, brightness, frame, m_iBrightnessFrame);
         light.setColor(color * brightness);
     }
 }
@@ -162,23 +160,9 @@ void TW_LightAnimation::dumpAs(const char* kind) const
     Sys.verbose("Frame rate: %i\n", m_iFrameRate);
 }
 
-TW_PointLightAnimation::TW_PointLightAnimation(const TW_PointLightAnimation& other) = default;
-TW_PointLightAnimation& TW_PointLightAnimation::operator=(const TW_PointLightAnimation& other) = default;
-TW_PointLightAnimation::~TW_PointLightAnimation() = default;
-
 void TW_PointLightAnimation::construct(const PointLightAnimationChunk& chunk)
 {
     constructFromRecord(chunk);
-}
-
-void TW_PointLightAnimation::construct(const TW_PointLightAnimation& other)
-{
-    constructFromCopy(other);
-}
-
-void TW_PointLightAnimation::animate(P_PointLight* light, float time) const
-{
-    animateFrame(light, toFrame(time));
 }
 
 void TW_PointLightAnimation::animateFrame(P_PointLight* light, float frame) const
@@ -190,29 +174,9 @@ void TW_PointLightAnimation::animateFrame(P_PointLight* light, float frame) cons
     }
 }
 
-void TW_PointLightAnimation::dump() const
-{
-    dumpAs("Point");
-}
-
-TW_DirectionalLightAnimation::TW_DirectionalLightAnimation(const TW_DirectionalLightAnimation& other) = default;
-TW_DirectionalLightAnimation& TW_DirectionalLightAnimation::operator=(const TW_DirectionalLightAnimation& other) =
-    default;
-TW_DirectionalLightAnimation::~TW_DirectionalLightAnimation() = default;
-
 void TW_DirectionalLightAnimation::construct(const DirectionalLightAnimationChunk& chunk)
 {
     constructFromRecord(chunk);
-}
-
-void TW_DirectionalLightAnimation::construct(const TW_DirectionalLightAnimation& other)
-{
-    constructFromCopy(other);
-}
-
-void TW_DirectionalLightAnimation::animate(P_DirectionalLight* light, float time) const
-{
-    animateFrame(light, toFrame(time));
 }
 
 void TW_DirectionalLightAnimation::animateFrame(P_DirectionalLight* light, float frame) const
@@ -223,29 +187,9 @@ void TW_DirectionalLightAnimation::animateFrame(P_DirectionalLight* light, float
     }
 }
 
-void TW_DirectionalLightAnimation::dump() const
-{
-    // The log knows lights with and without a cone only.
-    dumpAs("Point");
-}
-
-TW_SpotLightAnimation::TW_SpotLightAnimation(const TW_SpotLightAnimation& other) = default;
-TW_SpotLightAnimation& TW_SpotLightAnimation::operator=(const TW_SpotLightAnimation& other) = default;
-TW_SpotLightAnimation::~TW_SpotLightAnimation() = default;
-
 void TW_SpotLightAnimation::construct(const SpotLightAnimationChunk& chunk)
 {
     constructFromRecord(chunk);
-}
-
-void TW_SpotLightAnimation::construct(const TW_SpotLightAnimation& other)
-{
-    constructFromCopy(other);
-}
-
-void TW_SpotLightAnimation::animate(P_SpotLight* light, float time) const
-{
-    animateFrame(light, toFrame(time));
 }
 
 void TW_SpotLightAnimation::animateFrame(P_SpotLight* light, float frame) const
@@ -261,8 +205,4 @@ void TW_SpotLightAnimation::animateFrame(P_SpotLight* light, float frame) const
     }
 }
 
-void TW_SpotLightAnimation::dump() const
-{
-    dumpAs("Spot");
-}
 }  // namespace TW2

@@ -91,13 +91,4 @@ bool TW_ObjectAnimationLODs::updateVisibilityFrame(int animation, float frame)
     return updateEvery([&](TW_ObjectAnimation& level) { return level.updateVisibilityFrame(animation, frame); });
 }
 
-P_BaseObject::ObjectType TW_ObjectAnimationLODs::getType() const
-{
-    return ObjectType::ObjectLevels;
-}
-
-const char* TW_ObjectAnimationLODs::getObjectType() const
-{
-    return "TW_ObjectAnimationLODs";
-}
 }  // namespace TW2

@@ -140,13 +140,4 @@ bool TW_VertexAnimationLODs::updateVisibilityFrame(int animation, float frame)
     return !getLevels().empty() && getLevels().front()->updateVisibilityFrame(animation, frame);
 }
 
-P_BaseObject::ObjectType TW_VertexAnimationLODs::getType() const
-{
-    return ObjectType::SkinnedLevels;
-}
-
-const char* TW_VertexAnimationLODs::getObjectType() const
-{
-    return "TW_VertexAnimationLODs";
-}
 }  // namespace TW2

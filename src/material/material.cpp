@@ -39,14 +39,6 @@ const TW_Material::TextureSlot TW_Material::sm_aTextureSlots[] = {
 /// What a DLL exports has to be defined in it (see platform/exported_constants.cpp).
 constexpr int TW_Material::textureTypeCount;  // NOLINT(readability-redundant-declaration)
 
-TW_MaterialCallback::TW_MaterialCallback() noexcept = default;
-TW_MaterialCallback::TW_MaterialCallback(const TW_MaterialCallback&) noexcept = default;
-TW_MaterialCallback& TW_MaterialCallback::operator=(const TW_MaterialCallback&) noexcept = default;
-TW_MaterialCallback::~TW_MaterialCallback() = default;
-
-void TW_MaterialCallback::operator()(P_Material*, const TWMaterialChunk&) {}
-void TW_MaterialCallback::operator()(int&, int&, const TWMaterialChunk&) {}
-
 TW_Material& TW_Material::operator=(const TW_Material& other)
 {
     construct(other);

@@ -5,6 +5,8 @@
 #include <tw2/material/material_list_chunk.h>
 #include <tw2/material/material_texture_chunk.h>
 
+#include <tuple>
+
 namespace TW2
 {
 namespace
@@ -171,14 +173,13 @@ MaterialTextureChunk& TWMaterialChunk::accessSlot(Slot& slot)
 
 bool operator==(const TWMaterialChunk& a, const TWMaterialChunk& b) noexcept
 {
-    const bool flags = a.twoSided == b.twoSided && a.fog == b.fog && a.reservedFlag == b.reservedFlag &&
-                       a.invisibleGeometry == b.invisibleGeometry && a.vertexAlpha == b.vertexAlpha &&
-                       a.shadeReflection == b.shadeReflection && a.alphaTest == b.alphaTest &&
-                       a.alphaBlend == b.alphaBlend;
-    const bool selectors = a.alphaReference == b.alphaReference && a.shading == b.shading && a.specular == b.specular &&
-                           a.reflectionMapping == b.reflectionMapping && a.glossChannel == b.glossChannel &&
-                           a.diffuseBlend == b.diffuseBlend && a.reflectionBlend == b.reflectionBlend;
-    if (!flags || !selectors)
+    const auto valuesOf = [](const TWMaterialChunk& m)
+    {
+        return std::tie(m.twoSided, m.fog, m.reservedFlag, m.invisibleGeometry, m.vertexAlpha, m.shadeReflection,
+                        m.alphaTest, m.alphaBlend, m.alphaReference, m.shading, m.specular, m.reflectionMapping,
+                        m.glossChannel, m.diffuseBlend, m.reflectionBlend);
+    };
+    if (valuesOf(a) != valuesOf(b))
     {
         return false;
     }
@@ -186,11 +187,8 @@ bool operator==(const TWMaterialChunk& a, const TWMaterialChunk& b) noexcept
     {
         const MaterialTextureChunk* textureA = TWMaterialChunk::getSlot(a.*member);
         const MaterialTextureChunk* textureB = TWMaterialChunk::getSlot(b.*member);
-        if (!textureA != !textureB)
-        {
-            return false;
-        }
-        if (textureA && (textureA->filter != textureB->filter || textureA->mipLevels != textureB->mipLevels))
+        if (!textureA != !textureB ||
+            (textureA && (textureA->filter != textureB->filter || textureA->mipLevels != textureB->mipLevels)))
         {
             return false;
         }

@@ -1,8 +1,9 @@
+#include "core/memory_scope.h"
+
 #include <tw2/core/exceptions.h>
 #include <tw2/material/material_chunk.h>
 #include <tw2/material/material_manager.h>
 
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/rollback.h>
 #include <platform/scene/material.h>
 #include <platform/scene/primitive_instance.h>
@@ -17,7 +18,6 @@ namespace TW2
 {
 namespace
 {
-constexpr const char* memoryScopeName = "TW Memory Container";
 constexpr int noSet = -1;
 }  // namespace
 
@@ -47,7 +47,7 @@ void TW_MaterialManager::construct(const TW_MaterialManager& other)
     {
         return;
     }
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     destruct();
     m_bConstructed = other.m_bConstructed;
     S_Rollback rollback([this]() noexcept { destruct(); });
@@ -80,7 +80,7 @@ void TW_MaterialManager::destruct() noexcept
 
 void TW_MaterialManager::addMaterial(const TWMaterialChunk& chunk)
 {
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     add(std::make_unique<TW_Material>(chunk));
 }
 
@@ -139,14 +139,9 @@ void TW_MaterialManager::removeLast() noexcept
     std::erase_if(m_mapTextureAnimationSets, [&](const auto& entry) { return !isValidAnimationSet(entry.second); });
 }
 
-TW_Material* TW_MaterialManager::findMaterial(const S_String& name) const
-{
-    return find(name);
-}
-
 TW_Material* TW_MaterialManager::find(std::string_view name) const
 {
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     const auto found = m_mapMaterials.find(name);
     return found != m_mapMaterials.end() ? found->second : nullptr;
 }
@@ -162,7 +157,7 @@ void TW_MaterialManager::remapMaterials(P_VirtualObject* object, TW_MaterialMana
     {
         return;
     }
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     S_Map<const P_Material*, const S_String*> names;
     for (const TW_Material* material : source->m_vecMaterials)
     {
@@ -220,11 +215,6 @@ const S_String& TW_MaterialManager::getTextureAnimationSetName(int set) const no
     const auto found = std::find_if(m_mapTextureAnimationSets.begin(), m_mapTextureAnimationSets.end(),
                                     [set](const auto& entry) { return entry.second == set; });
     return found == m_mapTextureAnimationSets.end() ? none : found->first;
-}
-
-int TW_MaterialManager::getTextureAnimationIndex(const S_String& set) const
-{
-    return requireSet(set);
 }
 
 int TW_MaterialManager::requireSet(std::string_view set) const

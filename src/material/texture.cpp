@@ -50,8 +50,6 @@ TW_Exception_TextureNotFound makeTextureNotFound(const S_String& filename)
 }
 }  // namespace
 
-TW_TextureCallback::~TW_TextureCallback() = default;
-
 TW_Texture& TW_Texture::operator=(const TW_Texture& other)
 {
     construct(other);
@@ -171,16 +169,6 @@ void TW_Texture::addTexturePath(const S_String& directories)
     }
     s_vecTexturePathList.insert(s_vecTexturePathList.end(), std::make_move_iterator(added.begin()),
                                 std::make_move_iterator(added.end()));
-}
-
-void TW_Texture::clearTexturePathList() noexcept
-{
-    S_Vector<S_String>().swap(s_vecTexturePathList);
-}
-
-int TW_Texture::getTexturePathCount() noexcept
-{
-    return static_cast<int>(s_vecTexturePathList.size());
 }
 
 const S_String& TW_Texture::getTexturePath(int index) noexcept

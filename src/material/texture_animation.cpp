@@ -11,24 +11,9 @@
 
 namespace TW2
 {
-TextureAnimation::TextureAnimation(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha)
-{
-    initializeMembers();
-    construct(slot, alpha);
-}
-
-TextureAnimation::TextureAnimation(const TextureAnimation& other) : S_Allocated(other)
-{
-    initializeMembers();
-    construct(other);
-}
-
 TextureAnimation& TextureAnimation::operator=(const TextureAnimation& other)
 {
-    if (this != &other)
-    {
-        construct(other);
-    }
+    construct(other);
     return *this;
 }
 

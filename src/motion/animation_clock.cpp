@@ -216,9 +216,7 @@ const TW_AnimationEvent* TW_EventIterator::next() noexcept
 TW_ClockMoment findMoment(const TW_AnimationCourse& course, double frames, long long loopLimit) noexcept
 {
     TW_ClockWalk walk({course, {}, frames, loopLimit, false});
-    while (walk.next())
-    {
-    }
+    walk.finish();
     return walk.getMoment();
 }
 
@@ -246,9 +244,7 @@ void TW_AnimationClock::advance(double seconds) noexcept
     m_step.m_bFirst = m_bFresh;
     m_bFresh = false;
     TW_ClockWalk walk(m_step);
-    while (walk.next())
-    {
-    }
+    walk.finish();
     m_moment = walk.getMoment();
     m_bFinished = walk.isFinished();
 }

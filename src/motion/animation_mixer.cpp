@@ -396,9 +396,7 @@ void TW_AnimationMixer::moveClocks(double seconds) noexcept
         play.m_dStepSeconds = seconds;
         play.m_bFresh = false;
         TW_ClockWalk walk(play.m_step);
-        while (walk.next())
-        {
-        }
+        walk.finish();
         play.m_moment = walk.getMoment();
         play.m_bFinished = walk.isFinished() || (play.m_bFinished && frames == 0.0);
         play.findEvents(m_pObject->getAnimationEvents(play.m_iAnimation));

@@ -37,8 +37,6 @@ bool isGround(const TW_GroundPoint& point)
 }
 }  // namespace
 
-TW_GroundCallback::~TW_GroundCallback() = default;
-
 TW_FootPlanter::TW_FootPlanter(TW_VirtualObject& object, const char* pelvis, const TW_Leg* legs, std::size_t count)
     : m_pObject(&object), m_pelvis(object, pelvis, pelvis)
 {

@@ -15,8 +15,6 @@ TW_BoneGroupHandle& TW_BoneGroupHandle::operator=(const TW_BoneGroupHandle& othe
     return *this;
 }
 
-TW_BoneGroupHandle::~TW_BoneGroupHandle() = default;
-
 TW_BoneGroupHandle TW_BoneGroupHandle::below(TW_VirtualObject& object, const char* bone)
 {
     const P_VirtualObject* const top = object.getMesh(object.getBoneHandle(bone).getBoneIndex());

@@ -25,8 +25,6 @@ TW_BoneHandle& TW_BoneHandle::operator=(const TW_BoneHandle& other)
     return *this;
 }
 
-TW_BoneHandle::~TW_BoneHandle() = default;
-
 void TW_BoneHandle::initializeMembers() noexcept
 {
     m_bConstructed = false;
@@ -63,11 +61,6 @@ void TW_BoneHandle::construct(const TW_BoneHandle& other)
     m_pParentObject = other.m_pParentObject;
     m_uiBoneIndex = other.m_uiBoneIndex;
     m_bConstructed = other.m_bConstructed;
-}
-
-void TW_BoneHandle::destruct() noexcept
-{
-    initializeMembers();
 }
 
 void TW_BoneHandle::attach(TW_VirtualObject* object)

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "core/memory_scope.h"
+
 #include <tw2/object/forwarding_object.h>
 
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/rollback.h>
 
 namespace TW2
@@ -10,7 +11,7 @@ namespace TW2
 template <typename Steps>
 void TW_ForwardingObject::build(const Steps& steps)
 {
-    const S_MemoryScope scope("TW Memory Container");
+    const MemoryScope scope;
     destruct();
     S_Rollback rollback([this]() noexcept { destruct(); });
     const LoadScope load(*this);

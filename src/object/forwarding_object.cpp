@@ -1,11 +1,10 @@
+#include "core/memory_scope.h"
 #include "object/object_animation_script.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/object/bone_handle.h>
 #include <tw2/object/forwarding_object.h>
 #include <tw2/object/object_animation.h>
-
-#include <platform/runtime/memory_scope.h>
 
 namespace TW2
 {
@@ -180,7 +179,7 @@ void TW_ForwardingObject::restoreAnimationState(TW_ObjectAnimationState* state)
 
 TW_BoneHandle TW_ForwardingObject::getBoneHandle(const char* name)
 {
-    const S_MemoryScope scope("TW Memory Container");
+    const MemoryScope scope;
     TW_ObjectAnimation* const part = getPart(Operations::Ask, 0);
     if (!part)
     {

@@ -84,11 +84,6 @@ void TW_ObjectAnimation::destruct() noexcept
     initializeMembers();
 }
 
-const char* TW_ObjectAnimation::getObjectType() const
-{
-    return "TW_ObjectAnimation";
-}
-
 void TW_ObjectAnimation::addMesh(P_VirtualObject* mesh)
 {
     if (!mesh || getMeshIndex(mesh) >= 0)

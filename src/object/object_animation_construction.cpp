@@ -1,3 +1,4 @@
+#include "core/memory_scope.h"
 #include "core/release_guard.h"
 #include "object/object_animation_builder.h"
 #include "object/object_animation_materials.h"
@@ -5,7 +6,6 @@
 #include <tw2/keyframe/keyframe_animation.h>
 #include <tw2/material/material_manager.h>
 
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/rollback.h>
 #include <platform/runtime/script.h>
 #include <platform/runtime/str.h>
@@ -17,11 +17,6 @@
 
 namespace TW2
 {
-namespace
-{
-constexpr const char* memoryScopeName = "TW Memory Container";
-}  // namespace
-
 TW_ObjectAnimation& TW_ObjectAnimation::operator=(const TW_ObjectAnimation& source)
 {
     construct(source, false, nullptr);
@@ -33,7 +28,7 @@ template <typename Steps>
 void TW_ObjectAnimation::build(const Steps& steps)
 {
     destruct();
-    const S_MemoryScope memory(memoryScopeName);
+    const MemoryScope memory;
     S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
     steps();
@@ -43,7 +38,7 @@ void TW_ObjectAnimation::build(const Steps& steps)
 void TW_ObjectAnimation::construct(const char* scriptFileName, const char* blockName, TW_MeshCallback* meshCallback,
                                    bool withVisibility)
 {
-    const S_MemoryScope memory(memoryScopeName);
+    const MemoryScope memory;
     S_Rollback rollback([this]() noexcept { destruct(); });
     S_Script script(orEmpty(scriptFileName));
     construct(&script, blockName, meshCallback, withVisibility);
@@ -53,7 +48,7 @@ void TW_ObjectAnimation::construct(const char* scriptFileName, const char* block
 void TW_ObjectAnimation::construct(S_Script* script, const char* blockName, TW_MeshCallback* meshCallback,
                                    bool withVisibility)
 {
-    const S_MemoryScope memory(memoryScopeName);
+    const MemoryScope memory;
     S_Rollback rollback([this]() noexcept { destruct(); });
     const S_String name(orEmpty(blockName));  // it may be that of a part, which goes first
     build([&] { Builder(*this).build(requireScript(script), name.c_str(), meshCallback, withVisibility); });

@@ -1,3 +1,4 @@
+#include "core/memory_scope.h"
 #include "core/unit_init.h"
 #include "core/with_hint.h"
 #include "io/file_content.h"
@@ -16,7 +17,6 @@
 
 #include <platform/math/inverse_sqrt.h>
 #include <platform/runtime/file.h>
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/rollback.h>
 #include <platform/runtime/script.h>
 #include <platform/runtime/str.h>
@@ -376,7 +376,7 @@ void TW_ObjectAnimation::Builder::describeAnimation(const AnimationParameters& p
 template <typename Block>
 void TW_ObjectAnimation::Builder::append(S_Script& script, Block block, bool withVisibility)
 {
-    const S_MemoryScope memory("TW Memory Container");
+    const MemoryScope memory;
     const S_ScriptLockGuard lock(script);
     lockAnimationBlock(script, block);
     loadAnimations(script, withVisibility);
@@ -384,7 +384,7 @@ void TW_ObjectAnimation::Builder::append(S_Script& script, Block block, bool wit
 
 void TW_ObjectAnimation::appendAnimations(const char* scriptFileName, const char* blockName, bool withVisibility)
 {
-    const S_MemoryScope memory("TW Memory Container");
+    const MemoryScope memory;
     S_Script script(orEmpty(scriptFileName));
     appendAnimations(&script, blockName, withVisibility);
 }
@@ -401,7 +401,7 @@ void TW_ObjectAnimation::appendAnimations(S_Script* script, int blockIndex, bool
 
 void TW_ObjectAnimation::appendSingleAnimation(int index, const S_String& fileName, bool withVisibility)
 {
-    const S_MemoryScope memory("TW Memory Container");
+    const MemoryScope memory;
     Builder(*this).loadAnimation(index, fileName, withVisibility);
 }
 /// @}

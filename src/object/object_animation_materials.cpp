@@ -1,5 +1,6 @@
 #include "object/object_animation_materials.h"
 
+#include "core/memory_scope.h"
 #include "core/release_guard.h"
 #include "core/unit_init.h"
 #include "io/loader_state_guard.h"
@@ -16,7 +17,6 @@
 #include <tw2/object/object_animation.h>
 
 #include <platform/runtime/file.h>
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/rollback.h>
 #include <platform/scene/primitive_instance.h>
 #include <platform/scene/virtual_object.h>
@@ -135,7 +135,7 @@ void TW_ObjectAnimation::loadMaterials(const char* fileName)
     {
         return;
     }
-    const S_MemoryScope memory("TW Memory Container");
+    const MemoryScope memory;
     TW_MaterialManager materials;
     loadMaterials(&materials, fileName);
     remapMaterials(&materials);
@@ -169,7 +169,7 @@ void TW_ObjectAnimation::remapMaterials(TW_MaterialManager* manager)
     {
         return;
     }
-    const S_MemoryScope memory("TW Memory Container");
+    const MemoryScope memory;
     auto materials = std::make_unique<TW_MaterialManager>(*manager);
     S_Vector<P_Material*> before;
     forEachPrimitive(m_vecMeshes,

@@ -179,16 +179,9 @@ void buildPrimitives(P_VirtualObject& mesh, const MeshChunk& record, const TW_Ob
 }
 }  // namespace
 
-TW_LoadMeshCallback::~TW_LoadMeshCallback() = default;
-TW_MeshLoadedCallback::~TW_MeshLoadedCallback() = default;
-TW_MeshParentNotFoundCallback::~TW_MeshParentNotFoundCallback() = default;
-TW_ObjectKeyframeAnimationCallback::~TW_ObjectKeyframeAnimationCallback() = default;
-
 TW_ObjectAnimationMeshCallback::TW_ObjectAnimationMeshCallback(TW_ObjectAnimation* object) noexcept : m_pObject(object)
 {
 }
-
-TW_ObjectAnimationMeshCallback::~TW_ObjectAnimationMeshCallback() = default;
 
 void TW_ObjectAnimationMeshCallback::operator()(MeshChunk& record)
 {

@@ -1,3 +1,4 @@
+#include "core/memory_scope.h"
 #include "keyframe/track_access.h"
 #include "object/pose_player.h"
 
@@ -8,7 +9,6 @@
 #include <tw2/object/object_animation.h>
 #include <tw2/object/object_animation_state.h>
 
-#include <platform/runtime/memory_scope.h>
 #include <platform/scene/context.h>
 #include <platform/scene/virtual_object.h>
 
@@ -95,7 +95,7 @@ bool TW_ObjectAnimation::subAnimateObject(int index, float time, float weight)
 
 void TW_ObjectAnimation::freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group)
 {
-    const S_MemoryScope scope("TW Memory Container");
+    const MemoryScope scope;
     if (state)
     {
         state->freeze(this, group);
@@ -104,7 +104,7 @@ void TW_ObjectAnimation::freezeAnimationState(TW_ObjectAnimationState* state, TW
 
 void TW_ObjectAnimation::restoreAnimationState(TW_ObjectAnimationState* state)
 {
-    const S_MemoryScope scope("TW Memory Container");
+    const MemoryScope scope;
     if (state)
     {
         state->restore(this, 1.0F, false);

@@ -64,11 +64,6 @@ unsigned int TW_ObjectAnimation::getTotalAnimations() const
     return static_cast<unsigned int>(m_vecAnimations.size());
 }
 
-bool TW_ObjectAnimation::isValidAnimation(int index) const
-{
-    return m_mapAnimationIndices.contains(index);
-}
-
 bool TW_ObjectAnimation::insertAnimation(const char* meshName, int index, TW_KeyframeAnimation* animation)
 {
     ObjectAnimation* const record = accessAnimation(index);

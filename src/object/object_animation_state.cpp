@@ -1,3 +1,4 @@
+#include "core/memory_scope.h"
 #include "object/pose_player.h"
 
 #include <tw2/core/exceptions.h>
@@ -6,7 +7,6 @@
 #include <tw2/object/object_animation_state.h>
 #include <tw2/skin/vertex_animation.h>
 
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/rollback.h>
 
 namespace TW2
@@ -17,8 +17,6 @@ TW_ObjectAnimationState& TW_ObjectAnimationState::operator=(const TW_ObjectAnima
     return *this;
 }
 
-TW_ObjectAnimationState::~TW_ObjectAnimationState() = default;
-
 void TW_ObjectAnimationState::initializeMembers() noexcept
 {
     m_bConstructed = false;
@@ -28,7 +26,7 @@ void TW_ObjectAnimationState::initializeMembers() noexcept
 
 void TW_ObjectAnimationState::construct(unsigned int meshCount)
 {
-    const S_MemoryScope scope("TW Memory Container");
+    const MemoryScope scope;
     destruct();
     S_Rollback rollback([this]() noexcept { destruct(); });
     m_vecMatrices.resize(meshCount);
@@ -79,11 +77,6 @@ void TW_ObjectAnimationState::construct(const TW_ObjectAnimationState& other)
     m_vecStateFrozen = other.m_vecStateFrozen;
     m_bConstructed = other.m_bConstructed;
     rollback.keep();
-}
-
-void TW_ObjectAnimationState::destruct() noexcept
-{
-    initializeMembers();
 }
 
 const M_Matrix4x3Template<float>& TW_ObjectAnimationState::getMatrix(int meshIndex) const noexcept

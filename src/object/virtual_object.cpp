@@ -40,26 +40,6 @@ TW_VirtualObject::~TW_VirtualObject()
     }
 }
 
-P_Context* TW_VirtualObject::getContext() const
-{
-    return getStoredContext();
-}
-
-TW_ObjectAnimation* TW_VirtualObject::getPlayedObject(unsigned int) const
-{
-    return nullptr;
-}
-
-const char* TW_VirtualObject::getTextureAnimationSetName(int) const
-{
-    return "";
-}
-
-bool TW_VirtualObject::animateTextureSet(std::string_view set, float time)
-{
-    return animateTexture(S_String(set), time);
-}
-
 bool TW_VirtualObject::animateTextureSetFrame(std::string_view set, float frame)
 {
     return animateTextureFrame(S_String(set), frame);
@@ -97,11 +77,6 @@ int TW_VirtualObject::findAnimation(const char* name) const
         }
     }
     throw TW_Exception_AnimationNotFound(orEmpty(name), getName().c_str(), names.empty() ? "none" : names.c_str());
-}
-
-bool TW_VirtualObject::hasAnimation(const char* name) const
-{
-    return findAnimationIndex(name) != nullptr;
 }
 
 const char* TW_VirtualObject::getAnimationName(int index) const

@@ -38,24 +38,6 @@ TW_VertexAnimation::Skin::Skin() noexcept
     initializeMembers();
 }
 
-TW_VertexAnimation::Skin::Skin(const SkinChunk& chunk)
-{
-    initializeMembers();
-    construct(chunk);
-}
-
-TW_VertexAnimation::Skin::Skin(const S_String& fileName)
-{
-    initializeMembers();
-    construct(fileName);
-}
-
-TW_VertexAnimation::Skin::Skin(const Skin& other)
-{
-    initializeMembers();
-    construct(other);
-}
-
 TW_VertexAnimation::Skin& TW_VertexAnimation::Skin::operator=(const Skin& other)
 {
     construct(other);

@@ -122,11 +122,6 @@ void read(ChunkReader& chunk, SkinChunk& skin)
 }
 }  // namespace
 
-void SkinChunk::reset()
-{
-    *this = SkinChunk();
-}
-
 S_String SkinChunk::findInvalidValue() const
 {
     const std::size_t vertices = vertexInfluenceStarts.size();

@@ -133,8 +133,6 @@ TW_SkinMeshCallback::TW_SkinMeshCallback(TW_ObjectAnimation* skin, TW_VertexAnim
 {
 }
 
-TW_SkinMeshCallback::~TW_SkinMeshCallback() = default;
-
 P_TriangleMesh* TW_SkinMeshCallback::createTriangleMesh(P_VirtualObject* mesh, int primitive, int vertexFormatFlags,
                                                         int triangleCount, int vertexCount,
                                                         const S_Vector<int>& vertexMap)

@@ -1,10 +1,10 @@
+#include "core/memory_scope.h"
 #include "core/release_guard.h"
 #include "core/unit_init.h"
 
 #include <tw2/object/object_animation.h>
 #include <tw2/skin/vertex_animation.h>
 
-#include <platform/runtime/memory_scope.h>
 #include <platform/runtime/system.h>
 
 namespace TW2
@@ -78,7 +78,7 @@ void TW_VertexAnimation::loadMaterials(const char* fileName)
 
 void TW_VertexAnimation::remapMaterials(TW_MaterialManager* manager)
 {
-    const S_MemoryScope scope("TW Memory Container");
+    const MemoryScope scope;
     if (m_pSkin)
     {
         m_pSkin->remapMaterials(manager);
@@ -99,11 +99,6 @@ TW_ObjectAnimation* TW_VertexAnimation::getPart(Operations operations, unsigned 
         default:
             return i == 0 ? skeleton : nullptr;
     }
-}
-
-const char* TW_VertexAnimation::getObjectType() const
-{
-    return "TW_VertexAnimation";
 }
 
 void TW_VertexAnimation::dump(bool details) const

@@ -1,3 +1,4 @@
+#include "core/memory_scope.h"
 #include "core/release_guard.h"
 #include "io/file_content.h"
 #include "object/forwarding_build.h"
@@ -17,11 +18,6 @@
 
 namespace TW2
 {
-namespace
-{
-constexpr const char* memoryScopeName = "TW Memory Container";
-}  // namespace
-
 /// @name Constructors
 /// @{
 TW_VertexAnimation& TW_VertexAnimation::operator=(const TW_VertexAnimation& other)
@@ -36,7 +32,7 @@ TW_VertexAnimation& TW_VertexAnimation::operator=(const TW_VertexAnimation& othe
 void TW_VertexAnimation::construct(const char* scriptFile, const char* skeletonBlock, const char* skinBlock,
                                    bool withVisibility)
 {
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     S_Rollback rollback([this]() noexcept { destruct(); });
     S_Script script(orEmpty(scriptFile));
     construct(&script, skeletonBlock, &script, skinBlock, withVisibility);
@@ -52,7 +48,7 @@ void TW_VertexAnimation::construct(S_Script* script, const char* skeletonBlock, 
 void TW_VertexAnimation::construct(const char* skeletonScriptFile, const char* skeletonBlock,
                                    const char* skinScriptFile, const char* skinBlock, bool withVisibility)
 {
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     S_Rollback rollback([this]() noexcept { destruct(); });
     S_Script skeletonScript(orEmpty(skeletonScriptFile));
     S_Script skinScript(orEmpty(skinScriptFile));
@@ -63,7 +59,7 @@ void TW_VertexAnimation::construct(const char* skeletonScriptFile, const char* s
 void TW_VertexAnimation::construct(S_Script* skeletonScript, const char* skeletonBlock, S_Script* skinScript,
                                    const char* skinBlock, bool withVisibility)
 {
-    const S_MemoryScope scope(memoryScopeName);
+    const MemoryScope scope;
     S_Rollback rollback([this]() noexcept { destruct(); });
     const S_String skeletonName(orEmpty(skeletonBlock));  // they may be those of parts, which go first
     const S_String skinName(orEmpty(skinBlock));

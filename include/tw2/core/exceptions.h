@@ -10,11 +10,8 @@ namespace TW2
 /// S_Exception. Every message begins with "TW2: ".
 class TW2_API TW_Exception : public S_Exception
 {
-public:
-    ~TW_Exception() override;
-
 protected:
-    TW_Exception();
+    TW_Exception() = default;
 };
 
 /// The scene engine refuses the texture-times-vertex-colour-times-two set-up.
@@ -26,7 +23,6 @@ public:
     {
         setError("TW2: Unable to use texture * gouraud^2 for material '%s'", materialName);
     }
-    ~TW_Exception_UnableToUseTextureModulate2XMaterial() override;
 };
 
 /// The scene engine refuses the texture-times-(vertex colour plus environment)-times-two set-up.
@@ -38,7 +34,6 @@ public:
     {
         setError("TW2: Unable to use texture * (gouraud+env)^2 for material '%s'", materialName);
     }
-    ~TW_Exception_UnableToUseTextureEnvModulate2XMaterial() override;
 };
 
 /// A texture file is not on the texture search path, or a texture animation name is unknown.
@@ -47,7 +42,6 @@ class TW2_API TW_Exception_TextureNotFound : public TW_Exception
 public:
     /// `name`: the file, or the texture slot or set, that was not found.
     explicit TW_Exception_TextureNotFound(const char* name) { setError("TW2: Texture \"%s\" not found", name); }
-    ~TW_Exception_TextureNotFound() override;
 };
 
 /// A keyframe animation file holds no chunk at all.
@@ -59,7 +53,6 @@ public:
     {
         setError("TW2: File \"%s\" did not have a valid keyframe animation chunk", fileName);
     }
-    ~TW_Exception_NoAnimation() override;
 };
 
 /// A keyframe animation file holds another chunk than a keyframe animation, or more than one.
@@ -71,7 +64,6 @@ public:
     {
         setError("TW2: File \"%s\" had more than one or other than animation chunks", fileName);
     }
-    ~TW_Exception_InvalidAnimationChunk() override;
 };
 
 /// A keyframe animation names an object that the object animation lacks, and no callback takes it.
@@ -83,7 +75,6 @@ public:
     {
         setError("TW2: Animation target not found and callback not set %s: %s", location, detail);
     }
-    ~TW_Exception_AnimationTargetNotFound() override;
 };
 
 /// A script key has a value outside its set.
@@ -95,7 +86,6 @@ public:
     {
         setError("TW2: Invalid parameter in %s: %s", location, detail);
     }
-    ~TW_Exception_InvalidScriptParameter() override;
 };
 
 /// A bone handle was asked for a name that the object animation does not hold.
@@ -107,7 +97,6 @@ public:
     {
         setError("TW2: Bone \"%s\" not found from object \"%s\"", boneName, objectName);
     }
-    ~TW_Exception_BoneNotFound() override;
 };
 
 /// An animated object was asked for an animation by a name that none of its animations has.
@@ -120,7 +109,6 @@ public:
         setError("TW2: Animation \"%s\" not found from object \"%s\"; its animations are: %s", animationName,
                  objectName, names);
     }
-    ~TW_Exception_AnimationNotFound() override;
 };
 
 /// A mask of bones was given to an object, or to a mask, of another skeleton.
@@ -136,7 +124,6 @@ public:
             "same order",
             maskObjectName, maskBones, objectName, objectBones);
     }
-    ~TW_Exception_BoneMaskMismatch() override;
 };
 
 /// Something that a motion of an object was asked to do does not fit the object; the message says what was expected.
@@ -148,7 +135,6 @@ public:
     {
         setError("TW2: Motion of \"%s\": %s", objectName, detail);
     }
-    ~TW_Exception_InvalidMotion() override;
 };
 
 /// A file that materials were to be loaded from has none.
@@ -160,7 +146,6 @@ public:
     {
         setError("TW2: File \"%s\" didn't contain any materials", fileName);
     }
-    ~TW_Exception_MaterialNotFound() override;
 };
 
 /// A script gives the same animation index twice.
@@ -172,7 +157,6 @@ public:
     {
         setError("TW2: File \"%s\" defines animation index %i more than once.", fileName, animationIndex);
     }
-    ~TW_Exception_DuplicateAnimationIndicesFound() override;
 };
 
 /// Skin data do not fit the skin meshes or the skeleton.
@@ -181,6 +165,5 @@ class TW2_API TW_Exception_InvalidGeometry : public TW_Exception
 public:
     /// `detail`: what is wrong, for the message.
     explicit TW_Exception_InvalidGeometry(const char* detail) { setError("TW2: Invalid Geometry: %s", detail); }
-    ~TW_Exception_InvalidGeometry() override;
 };
 }  // namespace TW2

@@ -25,17 +25,11 @@ public:
     {
         construct(chunk);
     }
-    /// Shares the tracks.
-    TW_DirectionalLightAnimation(const TW_DirectionalLightAnimation& other);
-    /// Shares the tracks; assigning an animation to itself changes nothing.
-    TW_DirectionalLightAnimation& operator=(const TW_DirectionalLightAnimation& other);
-    /// The last copy deletes the tracks.
-    ~TW_DirectionalLightAnimation();
 
     /// Builds the tracks of a record, in the place of what was there.
     void construct(const DirectionalLightAnimationChunk& chunk);
     /// Shares the tracks of `other`; an animation given itself changes nothing.
-    void construct(const TW_DirectionalLightAnimation& other);
+    void construct(const TW_DirectionalLightAnimation& other) { constructFromCopy(other); }
     /// @}
 
     /// @name Evaluation
@@ -43,12 +37,12 @@ public:
     /// @{
 
     /// Gives `light` its values at `time` in seconds; nothing happens to null.
-    void animate(P_DirectionalLight* light, float time) const;
+    void animate(P_DirectionalLight* light, float time) const { animateFrame(light, toFrame(time)); }
     /// The same at a frame, which may lie between two whole ones.
     void animateFrame(P_DirectionalLight* light, float frame) const;
     /// @}
 
     /// Writes name and frame rate to the verbose log.
-    void dump() const;
+    void dump() const { dumpAs("Point"); }  // the log knows lights with and without a cone only
 };
 }  // namespace TW2

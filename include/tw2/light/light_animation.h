@@ -55,7 +55,7 @@ public:
 protected:
     TW_LightAnimation() noexcept { initializeMembers(); }
     /// Shares the tracks.
-    TW_LightAnimation(const TW_LightAnimation& other);
+    TW_LightAnimation(const TW_LightAnimation& other) : TW_LightAnimation() { constructFromCopy(other); }
     /// Shares the tracks; assigning an animation to itself changes nothing.
     TW_LightAnimation& operator=(const TW_LightAnimation& other);
     ~TW_LightAnimation() { destruct(); }
@@ -72,19 +72,12 @@ protected:
     void applyColor(P_Light& light, float frame) const;
     /// Hands the value of a track at `frame` to `apply`, unless it has no keys.
     template <typename Apply>
-    void applyTrack(const LinearlyOptimizedContainer<float>* track, int& hint, float frame, const Apply& apply) const
-    {
-        if (float value = 0.0F; evaluate(track, hint, value, frame))
-        {
-            apply(value);
-        }
-    }
+    void applyTrack(const LinearlyOptimizedContainer<float>* track, int& hint, float frame, const Apply& apply) const;
     /// Writes the light's kind, target and frame rate to the verbose log.
     void dumpAs(const char* kind) const;
 
 private:
     void initializeMembers() noexcept;
-    static bool evaluate(const LinearlyOptimizedContainer<float>* track, int& hint, float& value, float frame);
     int increaseReferenceCount() const noexcept { return ++*m_piReferenceCount; }
     int decreaseReferenceCount() const noexcept { return --*m_piReferenceCount; }
 

@@ -25,17 +25,11 @@ public:
     {
         construct(chunk);
     }
-    /// Shares the tracks.
-    TW_PointLightAnimation(const TW_PointLightAnimation& other);
-    /// Shares the tracks; assigning an animation to itself changes nothing.
-    TW_PointLightAnimation& operator=(const TW_PointLightAnimation& other);
-    /// The last copy deletes the tracks.
-    ~TW_PointLightAnimation();
 
     /// Builds the tracks of a record, in the place of what was there.
     void construct(const PointLightAnimationChunk& chunk);
     /// Shares the tracks of `other`; an animation given itself changes nothing.
-    void construct(const TW_PointLightAnimation& other);
+    void construct(const TW_PointLightAnimation& other) { constructFromCopy(other); }
     /// @}
 
     /// @name Evaluation
@@ -43,7 +37,7 @@ public:
     /// @{
 
     /// Gives `light` its values at `time` in seconds; nothing happens to null.
-    void animate(P_PointLight* light, float time) const;
+    void animate(P_PointLight* light, float time) const { animateFrame(light, toFrame(time)); }
     /// The same at a frame, which may lie between two whole ones.
     void animateFrame(P_PointLight* light, float frame) const;
     /// @}
@@ -59,6 +53,6 @@ public:
     /// @}
 
     /// Writes name and frame rate to the verbose log.
-    void dump() const;
+    void dump() const { dumpAs("Point"); }
 };
 }  // namespace TW2

@@ -22,17 +22,11 @@ public:
     TW_SpotLightAnimation() noexcept = default;
     /// Builds the tracks of a record.
     explicit TW_SpotLightAnimation(const SpotLightAnimationChunk& chunk) : TW_SpotLightAnimation() { construct(chunk); }
-    /// Shares the tracks.
-    TW_SpotLightAnimation(const TW_SpotLightAnimation& other);
-    /// Shares the tracks; assigning an animation to itself changes nothing.
-    TW_SpotLightAnimation& operator=(const TW_SpotLightAnimation& other);
-    /// The last copy deletes the tracks.
-    ~TW_SpotLightAnimation();
 
     /// Builds the tracks of a record, in the place of what was there.
     void construct(const SpotLightAnimationChunk& chunk);
     /// Shares the tracks of `other`; an animation given itself changes nothing.
-    void construct(const TW_SpotLightAnimation& other);
+    void construct(const TW_SpotLightAnimation& other) { constructFromCopy(other); }
     /// @}
 
     /// @name Evaluation
@@ -40,7 +34,7 @@ public:
     /// @{
 
     /// Gives `light` its values at `time` in seconds; nothing happens to null.
-    void animate(P_SpotLight* light, float time) const;
+    void animate(P_SpotLight* light, float time) const { animateFrame(light, toFrame(time)); }
     /// The same at a frame, which may lie between two whole ones.
     void animateFrame(P_SpotLight* light, float frame) const;
     /// @}
@@ -66,6 +60,6 @@ public:
     /// @}
 
     /// Writes name and frame rate to the verbose log.
-    void dump() const;
+    void dump() const { dumpAs("Spot"); }
 };
 }  // namespace TW2

@@ -72,8 +72,8 @@ public:
 
     /// @name Scene object
     /// @{
-    [[nodiscard]] ObjectType getType() const override;
-    [[nodiscard]] const char* getObjectType() const override;
+    [[nodiscard]] ObjectType getType() const override { return ObjectType::ObjectLevels; }
+    [[nodiscard]] const char* getObjectType() const override { return "TW_ObjectAnimationLODs"; }
     /// @}
 
 private:

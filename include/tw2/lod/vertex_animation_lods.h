@@ -94,8 +94,8 @@ public:
 
     /// @name Scene object
     /// @{
-    [[nodiscard]] ObjectType getType() const override;
-    [[nodiscard]] const char* getObjectType() const override;
+    [[nodiscard]] ObjectType getType() const override { return ObjectType::SkinnedLevels; }
+    [[nodiscard]] const char* getObjectType() const override { return "TW_VertexAnimationLODs"; }
     /// @}
 
 private:

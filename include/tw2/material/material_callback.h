@@ -13,17 +13,20 @@ struct TWMaterialChunk;
 class TW2_API TW_MaterialCallback
 {
 public:
-    TW_MaterialCallback() noexcept;
+    TW_MaterialCallback() noexcept = default;
     /// A callback is counted by itself: copies share nothing.
-    TW_MaterialCallback(const TW_MaterialCallback&) noexcept;
+    TW_MaterialCallback(const TW_MaterialCallback&) noexcept = default;
     /// Changes nothing.
-    TW_MaterialCallback& operator=(const TW_MaterialCallback&) noexcept;
+    TW_MaterialCallback& operator=(const TW_MaterialCallback&) noexcept = default;
 
     /// The engine material is complete.
-    virtual void operator()(P_Material* material, const TWMaterialChunk& chunk);
+    virtual void operator()([[maybe_unused]] P_Material* material, [[maybe_unused]] const TWMaterialChunk& chunk) {}
     /// No layer is added yet; either count may be changed, for layers that the host adds later. Negative counts are
     /// taken as 0.
-    virtual void operator()(int& layerCount, int& textureCoordinateCount, const TWMaterialChunk& chunk);
-    virtual ~TW_MaterialCallback();
+    virtual void operator()([[maybe_unused]] int& layerCount, [[maybe_unused]] int& textureCoordinateCount,
+                            [[maybe_unused]] const TWMaterialChunk& chunk)
+    {
+    }
+    virtual ~TW_MaterialCallback() = default;
 };
 }  // namespace TW2

@@ -55,7 +55,7 @@ public:
     /// throws; the manager is then as before.
     void addMaterial(const TWMaterialChunk& chunk);
     /// The first material of that name, or null.
-    [[nodiscard]] TW_Material* findMaterial(const S_String& name) const;
+    [[nodiscard]] TW_Material* findMaterial(const S_String& name) const { return find(name); }
     /// The same with a string of the host's.
     template <TW_ForeignText Name>
     [[nodiscard]] TW_Material* findMaterial(const Name& name) const
@@ -91,7 +91,7 @@ public:
         return static_cast<unsigned int>(m_vecTextureAnimationSets.size());
     }
     /// Throws TW_Exception_TextureNotFound with the name when there is no such set.
-    [[nodiscard]] int getTextureAnimationIndex(const S_String& set) const;
+    [[nodiscard]] int getTextureAnimationIndex(const S_String& set) const { return requireSet(set); }
     /// The same with a string of the host's.
     template <TW_ForeignText Name>
     [[nodiscard]] int getTextureAnimationIndex(const Name& set) const

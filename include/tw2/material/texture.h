@@ -96,9 +96,9 @@ public:
         addTexturePath(asString(directories));
     }
     /// Afterwards no file is found.
-    static void clearTexturePathList() noexcept;
+    static void clearTexturePathList() noexcept { S_Vector<S_String>().swap(s_vecTexturePathList); }
     /// Entries, in the order in which they are searched.
-    [[nodiscard]] static int getTexturePathCount() noexcept;
+    [[nodiscard]] static int getTexturePathCount() noexcept { return static_cast<int>(s_vecTexturePathList.size()); }
     /// An entry, ending in a backslash or '/'. `index` is below the count.
     [[nodiscard]] static const S_String& getTexturePath(int index) noexcept;
     /// @}
@@ -150,6 +150,6 @@ class TW2_API TW_TextureCallback
 public:
     /// `info` has its directories filled in. An exception ends the construction of the texture.
     virtual void operator()(P_Map* map, const TW_Texture::CreateInfo& info) = 0;
-    virtual ~TW_TextureCallback();
+    virtual ~TW_TextureCallback() = default;
 };
 }  // namespace TW2

@@ -22,9 +22,13 @@ public:
     /// files gives the number of frames, the shorter one repeats from its start; an `alpha` without files counts as
     /// none. Throws TW_Exception_TextureNotFound for a file that is not found, and with the slot's name for a slot
     /// without files.
-    explicit TextureAnimation(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha = nullptr);
+    explicit TextureAnimation(const MaterialTextureChunk& slot, const MaterialTextureChunk* alpha = nullptr)
+        : TextureAnimation()
+    {
+        construct(slot, alpha);
+    }
     /// Shares the engine maps.
-    TextureAnimation(const TextureAnimation& other);
+    TextureAnimation(const TextureAnimation& other) : TextureAnimation() { construct(other); }
     /// Shares the engine maps; an animation assigned to itself stays as it is.
     TextureAnimation& operator=(const TextureAnimation& other);
     /// Lets the maps go.

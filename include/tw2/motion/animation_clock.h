@@ -44,6 +44,13 @@ public:
     /// Goes on to the next piece; false at the end of the step, where `getMoment` is the moment that the clock has
     /// then.
     bool next() noexcept;
+    /// Goes on to the end of the step.
+    void finish() noexcept
+    {
+        while (next())
+        {
+        }
+    }
     /// @name The present piece
     /// @{
 

@@ -28,7 +28,7 @@ class TW2_API TW_GroundCallback
 {
 public:
     TW_GroundCallback() = default;
-    virtual ~TW_GroundCallback();
+    virtual ~TW_GroundCallback() = default;
     TW_GroundCallback(const TW_GroundCallback&) = delete;
     TW_GroundCallback& operator=(const TW_GroundCallback&) = delete;
     /// The ground below, or above, a foot.

@@ -42,8 +42,6 @@ public:
     TW_BoneGroupHandle(const TW_BoneGroupHandle& other) : TW_BoneGroupHandle() { construct(other); }
     /// Copies attachment included; a group assigned to itself stays as it is.
     TW_BoneGroupHandle& operator=(const TW_BoneGroupHandle& other);
-    /// Lets the object go.
-    ~TW_BoneGroupHandle();
 
     /// A bone (any letter case) and everything below it, attached to the object. Of levels of detail it holds the bones
     /// of the level that `getMesh` answers for. Throws TW_Exception_BoneNotFound.

@@ -41,8 +41,6 @@ public:
     TW_BoneHandle(const TW_BoneHandle& other) : TW_BoneHandle() { construct(other); }
     /// Copies attachment included; a handle assigned to itself stays as it is.
     TW_BoneHandle& operator=(const TW_BoneHandle& other);
-    /// Lets the object go.
-    ~TW_BoneHandle();
 
     /// As the constructors; what the handle was before is dropped. A failed one leaves the handle not constructed.
     void construct(const S_String& name, int index);
@@ -55,7 +53,7 @@ public:
     /// A copy, attachment included.
     void construct(const TW_BoneHandle& other);
     /// Lets the object go and forgets the bone.
-    void destruct() noexcept;
+    void destruct() noexcept { initializeMembers(); }
     /// False before the first `construct` and after `destruct`.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}

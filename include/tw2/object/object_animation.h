@@ -254,7 +254,7 @@ public:
     [[nodiscard]] ObjectAnimation* accessAnimation(int index) noexcept;
     [[nodiscard]] unsigned int getTotalAnimations() const override;
     [[nodiscard]] int getMaximumAnimationIndex() const override { return m_iMaximumAnimationIndex; }
-    [[nodiscard]] bool isValidAnimation(int index) const override;
+    [[nodiscard]] bool isValidAnimation(int index) const override { return m_mapAnimationIndices.contains(index); }
     [[nodiscard]] unsigned int getAnimationFrames(int index) const override;
     [[nodiscard]] float getAnimationLength(int index) const override;
     [[nodiscard]] float getAnimationFPS(int index) const override;
@@ -397,7 +397,7 @@ public:
     }
     /// @}
 
-    [[nodiscard]] const char* getObjectType() const override;
+    [[nodiscard]] const char* getObjectType() const override { return "TW_ObjectAnimation"; }
     void dump(bool details) const override;
 
     /// @name Callbacks for all objects; null when unset

@@ -20,7 +20,7 @@ public:
     /// False leaves the record out. The record may be changed; it lives only for the call. Parts that do not fit each
     /// other any more end the construction with TW_Exception_InvalidGeometry.
     virtual bool operator()(MeshChunk& record) = 0;
-    virtual ~TW_LoadMeshCallback();
+    virtual ~TW_LoadMeshCallback() = default;
 };
 
 /// Told of each mesh after it was added to its object. Set with `TW_ObjectAnimation::setMeshLoadedCallback`; stays the
@@ -30,7 +30,7 @@ class TW2_API TW_MeshLoadedCallback
 public:
     /// Called once per mesh. An exception ends the construction and reaches whoever began it.
     virtual void operator()(TW_ObjectAnimation* object, P_VirtualObject* mesh) = 0;
-    virtual ~TW_MeshLoadedCallback();
+    virtual ~TW_MeshLoadedCallback() = default;
 };
 
 /// Told of a mesh whose parent is not, or not yet, a mesh of the object. The mesh hangs under nothing unless the
@@ -41,7 +41,7 @@ class TW2_API TW_MeshParentNotFoundCallback
 public:
     /// Called instead of hanging the mesh under its parent; `parentName` is the name that was not found.
     virtual void operator()(P_VirtualObject* mesh, const S_String& parentName) = 0;
-    virtual ~TW_MeshParentNotFoundCallback();
+    virtual ~TW_MeshParentNotFoundCallback() = default;
 };
 
 /// Given the keyframe animations whose target is not a mesh of the object; without this callback such an animation is
@@ -51,6 +51,6 @@ class TW2_API TW_ObjectKeyframeAnimationCallback
 public:
     /// Who wants to keep `animation` takes a reference (`increaseObjectReferenceCount`).
     virtual void operator()(int animationIndex, TW_KeyframeAnimation* animation) = 0;
-    virtual ~TW_ObjectKeyframeAnimationCallback();
+    virtual ~TW_ObjectKeyframeAnimationCallback() = default;
 };
 }  // namespace TW2

@@ -56,8 +56,6 @@ public:
     TW_ObjectAnimationState(const TW_ObjectAnimationState& other) : TW_ObjectAnimationState() { construct(other); }
     /// A copy of both lists; a state assigned to itself stays as it is.
     TW_ObjectAnimationState& operator=(const TW_ObjectAnimationState& other);
-    /// Objects are not touched: a state holds none.
-    ~TW_ObjectAnimationState();
 
     /// As the constructors; what the state was before is dropped. A failed one leaves the state not constructed.
     void construct(unsigned int meshCount);
@@ -68,7 +66,7 @@ public:
     void construct(const TW_VertexAnimationLODs& object);
     void construct(const TW_ObjectAnimationState& other);
     /// Empties both lists.
-    void destruct() noexcept;
+    void destruct() noexcept { initializeMembers(); }
     /// False before the first `construct` and after `destruct`.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
     /// @}

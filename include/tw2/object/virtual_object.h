@@ -63,7 +63,7 @@ public:
     /// @}
 
     /// The context whose current camera `executeAlways` tests the object against.
-    [[nodiscard]] P_Context* getContext() const override;
+    [[nodiscard]] P_Context* getContext() const override { return getStoredContext(); }
 
     /// Loads the object's textures into texture memory.
     virtual void uploadTextures() = 0;
@@ -253,13 +253,13 @@ public:
 
     /// The object animations that playing moves: this object, a skinned character's skeleton, or the levels of detail.
     /// `i` from 0 on; null where there is none.
-    [[nodiscard]] virtual TW_ObjectAnimation* getPlayedObject(unsigned int i) const;
+    [[nodiscard]] virtual TW_ObjectAnimation* getPlayedObject([[maybe_unused]] unsigned int i) const { return nullptr; }
 
     /// Index of the animation of that name, whatever the case of its letters; of several it is the smallest. Throws
     /// TW_Exception_AnimationNotFound, with the names that there are, when there is none.
     [[nodiscard]] int findAnimation(const char* name) const;
     /// Whether `findAnimation` would find it.
-    [[nodiscard]] bool hasAnimation(const char* name) const;
+    [[nodiscard]] bool hasAnimation(const char* name) const { return findAnimationIndex(name) != nullptr; }
     /// The script's `name` of an animation, by default its file's name without folders and the part from the last dot
     /// on; empty for an index that does not exist. Valid until animations are added or deleted.
     [[nodiscard]] const char* getAnimationName(int index) const;
@@ -298,9 +298,9 @@ public:
     /// Name of set 0 to `getTotalTextureAnimationSets()` - 1; empty for any other number. Valid until the object's
     /// materials change. Levels of detail have numbers of their own each: the answer is that of the level that
     /// `getTotalTextureAnimationSets` answers for.
-    [[nodiscard]] virtual const char* getTextureAnimationSetName(int set) const;
+    [[nodiscard]] virtual const char* getTextureAnimationSetName([[maybe_unused]] int set) const { return ""; }
     /// What `animateTexture` and `animateTextureFrame` do, for a name of any kind and length without a copy.
-    virtual bool animateTextureSet(std::string_view set, float time);
+    virtual bool animateTextureSet(std::string_view set, float time) { return animateTexture(S_String(set), time); }
     /// The same at a frame.
     virtual bool animateTextureSetFrame(std::string_view set, float frame);
     /// @}

@@ -32,7 +32,7 @@ struct TW2_API SkinChunk
     S_Vector<unsigned int> primitiveFirstVertices;  ///< per primitive: its first vertex
 
     /// Back to the defaults.
-    void reset();
+    void reset() { *this = SkinChunk(); }
     /// Empty when every index of the record lies inside the list that it points into and every weight is a number; else
     /// the first value that is wrong, by name. A record that passes can be asked for every vertex of its primitives
     /// without further checks.

@@ -20,7 +20,6 @@ public:
     /// `skin` receives the meshes. `vertexAnimation` must have its skeleton and its skin data by the first mesh and
     /// must outlive the callback. All meshes follow the skin data that it has then, which must outlive them.
     TW_SkinMeshCallback(TW_ObjectAnimation* skin, TW_VertexAnimation* vertexAnimation) noexcept;
-    ~TW_SkinMeshCallback() override;
 
     /// A skin mesh with the bones and weights of its vertices. Throws TW_Exception_InvalidGeometry, naming the mesh,
     /// when the skin data lack the primitive or a vertex that is asked for or contradict themselves, and when there is

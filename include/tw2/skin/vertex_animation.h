@@ -254,7 +254,7 @@ public:
     /// @name Scene object
     /// The skin's manual bounding volumes come first, then the skeleton's, then the engine's own.
     /// @{
-    [[nodiscard]] const char* getObjectType() const override;
+    [[nodiscard]] const char* getObjectType() const override { return "TW_VertexAnimation"; }
     void dump(bool details) const override;
     /// @}
 
@@ -358,16 +358,16 @@ public:
     /// Not constructed, with an empty record.
     Skin() noexcept;
     /// Copies a record, which may be incomplete: a query needs the lists that it reads.
-    explicit Skin(const SkinChunk& chunk);
+    explicit Skin(const SkinChunk& chunk) : Skin() { construct(chunk); }
     /// Reads a skin data file. Throws what reading throws: S_FileException, S_MemoryFileException.
-    explicit Skin(const S_String& fileName);
+    explicit Skin(const S_String& fileName) : Skin() { construct(fileName); }
     /// The same with a string of the host's.
     template <TW_ForeignString File>
     explicit Skin(const File& fileName) : Skin(asString(fileName))
     {
     }
     /// Shares the record.
-    Skin(const Skin& other);
+    Skin(const Skin& other) : Skin() { construct(other); }
     /// Copies the flag and the record.
     Skin& operator=(const Skin& other);
     /// The record goes with its last holder.
