@@ -125,26 +125,16 @@ private:
     const std::size_t m_uFirstCopy;
 };
 
-/// A copy of a copy counts as one of the file's vertex. Until the channel is done the table needs to know better.
-void resolveSources(LegacyMeshLists& lists, std::size_t first)
-{
-    for (std::size_t i = first; i < lists.sources.size(); ++i)
-    {
-        lists.sources[i] = lists.getFileVertex(lists.sources[i]);
-    }
-}
 }  // namespace
 
 void splitByTexture(const TextureChannelChunk& channel, LegacyMeshLists& lists)
 {
-    const std::size_t firstSource = lists.sources.size();
     TextureSplitter splitter(lists);
     for (std::size_t i = 0; i < lists.corners.size(); ++i)
     {
         const Vector& coordinate = channel.coordinates[lists.textureCorners[i]];
         lists.corners[i] = splitter.place(lists.corners[i], {coordinate.x, coordinate.y, 0.0F});
     }
-    resolveSources(lists, firstSource);
     ++lists.channelCount;
 }
 }  // namespace TW2

@@ -8,7 +8,7 @@
 #include <platform/scene/driver.h>
 #include <platform/scene/map.h>
 
-#include <cstddef>
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -16,17 +16,9 @@ namespace TW2
 {
 std::unique_ptr<G_Image> createWhiteImage()
 {
-    constexpr unsigned int alphaByte = 3;
     const P_DriverCaps& caps = P_Driver::m_initializedDriver->getDriverCaps();
     auto image = std::make_unique<G_Image>(caps.m_uiMinimumTextureWidth, caps.m_uiMinimumTextureHeight);
-    unsigned char* pixels = image->accessPixels();
-    for (std::size_t byte = 0; byte < image->getSize(); ++byte)
-    {
-        if (byte % G_Image::bytesPerPixel != alphaByte)
-        {
-            pixels[byte] = 255;
-        }
-    }
+    std::fill_n(image->accessPixels(), image->getSize(), static_cast<unsigned char>(255));
     return image;
 }
 
