@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstring>
 #include <functional>
@@ -133,8 +132,8 @@ LegacyMesh makeRandomMesh(unsigned int seed)
         channel.number = 10 + c;
         for (int i = 0; i < 12; ++i)
         {
-            channel.coordinates.push_back(
-                {static_cast<float>(below(3)) - 1.0f, i % 2 == 0 ? 0.0f : -0.0f, static_cast<float>(i)});
+            channel.coordinates.push_back({static_cast<float>(below(3) - 1) * (i % 3 == 0 ? -1.0f : 1.0f),
+                                           i % 2 == 0 ? 0.0f : -0.0f, static_cast<float>(i)});
         }
         channel.coordinates[11].x = std::numeric_limits<float>::quiet_NaN();
         for (int i = 0; i < polygons; ++i)
@@ -269,35 +268,6 @@ TEST(LegacyMesh, ConvertsToTheBitAsThePlainWayDoes)
     expectAsConvertedPlainly(support::makeLegacyFan(200, [](int i) { return i % 3 == 0 ? 0u : 1u << (i % 32); }));
 }
 
-// 17,000 masks of 6 bits each at one vertex: which of them shares bits with the most others shows late.
-TEST(LegacyMesh, TheFirstCopyTakesTheMostTrianglesThatOneMaskCan)
-{
-    std::mt19937 random(4);
-    const LegacyMesh fan = support::makeLegacyFan(17000,
-                                                  [&](int)
-                                                  {
-                                                      unsigned int mask = 0;
-                                                      while (std::popcount(mask) < 6)
-                                                      {
-                                                          mask |= 1u << random() % 32;
-                                                      }
-                                                      return mask;
-                                                  });
-    std::ptrdiff_t most = 0;
-    for (const unsigned int mask : fan.masks)
-    {
-        most = std::max(most, std::count_if(fan.masks.begin(), fan.masks.end(),
-                                            [mask](unsigned int other) { return (other & mask) != 0; }));
-    }
-    const MeshChunk mesh = convert(fan);
-    std::ptrdiff_t taken = 0;
-    for (std::size_t t = 0; t < fan.polygons.size(); ++t)
-    {
-        taken += mesh.getIndex(0, t, 0) == fan.positions.size();
-    }
-    EXPECT_EQ(taken, most) << "of " << fan.polygons.size();
-}
-
 // 20,000 different coordinates at one vertex: each corner needs its own copy, and finds it again in the second polygon
 // that asks for it.
 TEST(LegacyMesh, ManyCoordinatesAtOneVertexFindTheirCopiesAgain)
@@ -343,9 +313,15 @@ TEST(LegacyMesh, PolygonsOfOtherThanThreeCornersAreReadAsTriangles)
             }
             writer << 0 << 0;
         }
+        const WriteChunk materials(writer, CHUNK_MESH_MATERIALS, 0);
+        writer << 0 << 0;
     }
     const MeshChunk mesh = support::readWritten<MeshChunk>(writer);
     EXPECT_EQ(mesh.faces.polygons[0].vertexCount, 4);
+    EXPECT_FALSE(mesh.hasMaterials) << "a list without a name";
+    S_MemoryFileWriter again;
+    again << mesh.faces.polygons[0];
+    EXPECT_EQ(support::readWritten<PolygonChunk>(again).vertexCount, 3) << "what is kept of it is written";
     EXPECT_THAT(std::vector<int>(mesh.vertices.vertexMap.begin() + 3, mesh.vertices.vertexMap.end()),
                 testing::UnorderedElementsAre(0, 0, 1, 1, 2, 2));
 }
@@ -370,6 +346,9 @@ TEST(LegacyMesh, AGroupNeedsNoMoreVerticesThanItsIndicesCanNumber)
     EXPECT_THAT(failureOf(mesh), HasSubstr("at most 65536 vertices in each group of mesh \"crowd\", group 1 needs"));
     mesh.materials = {};
     EXPECT_THAT(failureOf(mesh), HasSubstr("group 0 needs 65541"));
+    mesh.polygons.resize(21844);
+    mesh.positions.resize(4);
+    EXPECT_EQ(convert(mesh).getIndex(0, 21843, 2), 65535u) << "just as many as can be numbered";
 }
 
 TEST(LegacyMesh, DamageIsAnErrorThatNamesTheValue)
@@ -389,6 +368,11 @@ TEST(LegacyMesh, DamageIsAnErrorThatNamesTheValue)
                 HasSubstr("texture channel 0, polygon 1 to name coordinates from 0 to below 18, found 18"));
     EXPECT_THAT(failureAfter([](LegacyMesh& mesh) { mesh.channels[0].polygons.pop_back(); }),
                 HasSubstr("as many polygons in texture channel 0 as in the mesh, 8, found 7"));
+    EXPECT_THAT(failureAfter(
+                    [](LegacyMesh& mesh) {
+                        mesh.channels[0].polygons.push_back({0, 1, 2});
+                    }),
+                HasSubstr("as many polygons in texture channel 0 as in the mesh, 8, found 9"));
 }
 
 TEST(LegacyMesh, MaterialNumbersOutsideTheNamesAreNoError)

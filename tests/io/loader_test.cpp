@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <regex>
 #include <stdexcept>
 
 using namespace TW2;
@@ -323,15 +324,16 @@ TEST_F(Loader, ACallbackMayLoadOtherFilesAndTheSameOne)
         {
             EXPECT_TRUE(TW_Loader::isLoading());
             const auto& record = *static_cast<const MeshChunk*>(m_listener.m_records.back());
-            if (record.name == "first")
+            if (record.name.size() > 1)
             {
+                const S_String name = record.name;
                 load();
-                EXPECT_EQ(record.name, "first") << "the record in hand stays as it is";
+                EXPECT_EQ(record.name, name) << "the record in hand stays as it is";
             }
         };
         writeMeshes("outer.tw", {"first", "second"});
         TW_Loader::load(outer, false);
-        EXPECT_THAT(m_listener.take(), ElementsAre("first", "a", "b", "second")) << &load - loads;
+        EXPECT_THAT(m_listener.take(), ElementsAre("first", "a", "b", "second", "a", "b")) << &load - loads;
         remove(outer);  // and is still in memory
         m_listener.m_onMesh = [] {};
         TW_Loader::load(outer, true);
@@ -480,37 +482,22 @@ TEST_F(Loader, AnalysisListsTopLevelChunksAndTouchesNothingElse)
     support::VerboseCapture log;
     TW_Loader::analyze(file);
     EXPECT_THAT(m_listener.take(), ElementsAre());
-    std::string kinds;
-    std::istringstream lines(log.getText());
-    for (std::string kind, rest; std::getline(lines, kind) && std::getline(lines, rest);)
-    {
-        kinds += kind + ", ";
-        EXPECT_EQ(rest.rfind(": size ", 0), 0u) << rest;
-    }
+    EXPECT_TRUE(log.getText().starts_with("Camera\n: size ")) << log.getText();
+    const std::string kinds = std::regex_replace(log.take(), std::regex("\n: size [0-9]+, version [0-9]+\n"), ", ");
     EXPECT_EQ(kinds,
               "Camera, Point light, Directional light, Spot light, Material list, Mesh, Mesh, Keyframe animation, "
               "Environment, Helper, Point light animation, Directional light animation, Spot light animation, Node, "
               "Skin, Unknown, Unknown, Unknown, Unknown, ");
     TW_Loader::load(cached, true);
     EXPECT_THAT(m_listener.take(), ElementsAre("cached"));
-}
 
-TEST_F(Loader, AnalysisPrintsTwoLinesPerChunkAndTheErrorPassesOn)
-{
-    S_MemoryFileWriter writer;
-    {
-        const WriteChunk chunk(writer, CHUNK_MESH, 2);
-        const std::string body(1234, 'x');
-        writer.write(body.data(), body.size());
-    }
-    std::string bytes(writer.getBytes().begin(), writer.getBytes().end());
-    support::VerboseCapture log;
+    const std::string node = std::string("\0\0\1\0\2\0\0\0\3\0\0\0", 12) + "xyz";
     TW_Loader::analyze(m_directory.write("empty.tw", ""));
     EXPECT_EQ(log.take(), "");
-    TW_Loader::analyze(m_directory.write("mesh.tw", bytes));
-    EXPECT_EQ(log.take(), "Mesh\n: size 1234, version 2\n");
-    const std::string damaged = m_directory.write("damaged.tw", bytes + "short");
-    EXPECT_THAT(support::messageOf([&] { TW_Loader::analyze(damaged); }), HasSubstr("top level, byte 1246"));
-    EXPECT_EQ(log.take(), "Mesh\n: size 1234, version 2\n");
+    TW_Loader::analyze(m_directory.write("node.tw", node));
+    EXPECT_EQ(log.take(), "Node\n: size 3, version 2\n");
+    const std::string damaged = m_directory.write("damaged.tw", node + "short");
+    EXPECT_THAT(support::messageOf([&] { TW_Loader::analyze(damaged); }), HasSubstr("top level, byte 15"));
+    EXPECT_EQ(log.take(), "Node\n: size 3, version 2\n");
     EXPECT_THROW(TW_Loader::analyze(m_directory.file("missing.tw")), S_FileException);
 }

@@ -48,6 +48,10 @@ void writeNames(S_MemoryFileWriter& writer, const std::vector<std::string>& name
 {
     const WriteChunk chunk(writer, CHUNK_MESH_MATERIALS, version);
     support::writeCounted(writer, names);
+    if (version == 0)
+    {
+        support::writeCounted(writer, std::vector<int>{7});
+    }
 }
 
 void writeChannel(S_MemoryFileWriter& writer, int number, unsigned int count, const Groups& groups)
@@ -130,7 +134,7 @@ TEST(MeshChunk, PartsStandInAnyOrderAndUnknownOnesAreSkipped)
     const MeshChunk mesh = readMesh(
         [](S_MemoryFileWriter& writer)
         {
-            writeNames(writer, {"first"}, 7);
+            writeNames(writer, {"first"}, 0);
             writeFaces(writer, {0, 1, 2}, {1}, 7);
             for (const unsigned int id : {0x10009u, 0x1000Au, 0x1000Du, 0x77u})
             {
@@ -142,11 +146,12 @@ TEST(MeshChunk, PartsStandInAnyOrderAndUnknownOnesAreSkipped)
             NodeChunk node;
             node.name = "late";
             writer << node;
-            writeNames(writer, {"second"});  // a repeated part replaces the earlier one
+            writeNames(writer, {"second"}, 7);  // a repeated part replaces the earlier one
             writeChannel(writer, 2, 3, {3});
         });
     EXPECT_EQ(mesh.name, "late");
     EXPECT_THAT(mesh.getMaterialNames(), ElementsAre("second"));
+    EXPECT_THAT(mesh.materials.faceMaterials, IsEmpty());
     EXPECT_EQ(mesh.channels[1].channel, 2);
     EXPECT_FALSE(mesh.channelUsed[2]);
 }
@@ -159,6 +164,7 @@ TEST(MeshChunk, ARecordThatIsReusedStartsAgainAtTheFirstChannel)
     support::openWritten(file, writer);
     MeshChunk mesh;
     file >> mesh;
+    mesh.vertices.vertexMap = {1};
     mesh.reset();
     file >> mesh;
     EXPECT_EQ(mesh, support::makeStripMesh("second", 3));
@@ -235,120 +241,78 @@ TEST(MeshChunk, AnEmptyMeshHasOneEmptyGroup)
     EXPECT_EQ(mesh.getTriangleCount(0), 0u);
 }
 
-namespace
+TEST(MeshChunk, DamageIsAnErrorThatNamesFileChunkAndValue)
 {
-struct Damage
-{
-    const char* name;
-    Parts parts;
-    const char* message;
-};
-
-/// How tests are called after their case.
-std::string nameOf(const testing::TestParamInfo<Damage>& info)
-{
-    return info.param.name;
+    struct
+    {
+        int vertices;  // -1: no vertices and faces
+        Groups vertexGroups;
+        std::vector<std::uint16_t> indices;
+        Groups triangleGroups;
+        std::vector<std::string> names;
+        unsigned int coordinates;
+        Groups coordinateGroups;
+        const char* message;
+    } const cases[] = {
+        {7, {3, 4}, {0, 1, 2, 0, 4, 1}, {1, 1}, {"a", "b"}, 0, {}, "triangle indices below 4 in group 1, found 4"},
+        {7, {3, 3}, {}, {}, {}, 0, {}, "0x10006, byte 208: expected the 2 groups to add up to 7 vertices, found 6"},
+        {1, {0xFFFFFFFF, 2}, {}, {}, {}, 0, {}, "add up to 1 vertices, found at least"},
+        {3, {3}, {0, 1, 2}, {2}, {}, 0, {}, "add up to 1 triangles, found at least 2"},
+        {3, {3}, {0, 1, 2, 0}, {1}, {}, 0, {}, "three indices per triangle, found 4"},
+        {-1, {}, {}, {}, {}, 4, {3}, "0x1000E, byte 88: expected the 1 groups to add up to 4 coordinates, found 3"},
+        {3, {3}, {0, 1, 2}, {1}, {}, 2, {2}, "3 coordinates or none in group 0 of texture channel 0, found 2"},
+        {3, {3}, {0, 1, 2}, {1}, {}, 3, {3, 0}, "as many groups in texture channel 0 as of vertices, 1, found 2"},
+        {3, {3}, {0, 1, 2}, {1, 0}, {}, 0, {}, "as many groups of triangles as of vertices, 1, found 2"},
+        {3, {3}, {0, 1, 2}, {1}, {"a", "b"}, 0, {}, "2 groups for 2 materials, found 1"},
+        {3, {3, 0}, {0, 1, 2}, {1, 0}, {}, 0, {}, "1 groups for 0 materials, found 2"},
+        {0, {}, {}, {}, {"a"}, 0, {}, "1 groups for 1 materials, found 0"},
+    };
+    for (const auto& c : cases)
+    {
+        const std::string message = support::messageOf(
+            [&c]
+            {
+                (void)readMesh(
+                    [&c](S_MemoryFileWriter& writer)
+                    {
+                        if (c.vertices >= 0)
+                        {
+                            writeVertices(writer, static_cast<unsigned int>(c.vertices), c.vertexGroups);
+                            writeFaces(writer, c.indices, c.triangleGroups);
+                        }
+                        if (!c.names.empty())
+                        {
+                            writeNames(writer, c.names);
+                        }
+                        if (c.coordinates > 0)
+                        {
+                            writeChannel(writer, 1, c.coordinates, c.coordinateGroups);
+                        }
+                    });
+            });
+        EXPECT_THAT(message, HasSubstr("File \"test.tw\", chunk 0x1000"));
+        EXPECT_THAT(message, HasSubstr(c.message));
+    }
+    const auto failureOf = [](unsigned int id, unsigned int version, const auto&... values)
+    {
+        return support::messageOf(
+            [&]
+            {
+                (void)readMesh(
+                    [&](S_MemoryFileWriter& writer)
+                    {
+                        const WriteChunk chunk(writer, id, version);
+                        (writer << ... << values);
+                    });
+            });
+    };
+    EXPECT_THAT(failureOf(CHUNK_MESH_VERTICES, 1, 0xFFFFFFFFu, 1.0f), HasSubstr("4294967295 elements"));
+    EXPECT_THAT(failureOf(CHUNK_MESH_VERTICES, 1, 1u, Vector()), HasSubstr("1 elements of at least 24 bytes, 12 are"));
+    EXPECT_THAT(failureOf(CHUNK_MESH_MATERIALS, 1, 2, "abc"), HasSubstr("2 elements of at least 4 bytes, 7 are left"));
+    const unsigned int polygonId = CHUNK_POLYGON;  // with a body of four bytes
+    EXPECT_THAT(failureOf(CHUNK_MESH_FACES, 0, 1, polygonId, 0u, 4u, -1),
+                HasSubstr("0x10008, byte 44: expected a polygon of at least 0 corners, found -1"));
 }
-
-class DamagedMesh : public testing::TestWithParam<Damage>
-{
-};
-}  // namespace
-
-TEST_P(DamagedMesh, IsAnErrorThatNamesFileChunkAndValue)
-{
-    const std::string message = support::messageOf([] { (void)readMesh(GetParam().parts); });
-    EXPECT_THAT(message, HasSubstr("File \"test.tw\", chunk 0x1000"));
-    EXPECT_THAT(message, HasSubstr(GetParam().message));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Mesh, DamagedMesh,
-    testing::Values(Damage{"IndexPastItsGroup",
-                           [](S_MemoryFileWriter& w)
-                           {
-                               writeVertices(w, 7, {3, 4});
-                               writeFaces(w, {0, 1, 2, 0, 4, 1}, {1, 1});
-                               writeNames(w, {"a", "b"});
-                           },
-                           "triangle indices below 4 in group 1, found 4"},
-                    Damage{"VertexGroupsDoNotAddUp",
-                           [](S_MemoryFileWriter& w) {
-                               writeVertices(w, 7, {3, 3});
-                           },
-                           "0x10006, byte 208: expected the 2 groups to add up to 7 vertices, found 6"},
-                    Damage{"VertexGroupsOverflow",
-                           [](S_MemoryFileWriter& w) {
-                               writeVertices(w, 1, {0xFFFFFFFF, 2});
-                           },
-                           "add up to 1 vertices, found at least"},
-                    Damage{"TriangleGroupsDoNotAddUp",
-                           [](S_MemoryFileWriter& w) {
-                               writeFaces(w, {0, 1, 2}, {2});
-                           },
-                           "add up to 1 triangles, found at least 2"},
-                    Damage{"HalfATriangle",
-                           [](S_MemoryFileWriter& w) {
-                               writeFaces(w, {0, 1, 2, 0}, {1});
-                           },
-                           "three indices per triangle, found 4"},
-                    Damage{"ChannelGroupsDoNotAddUp", [](S_MemoryFileWriter& w) { writeChannel(w, 1, 4, {3}); },
-                           "0x1000E, byte 88: expected the 1 groups to add up to 4 coordinates, found 3"},
-                    Damage{"FewerCoordinatesThanVertices",
-                           [](S_MemoryFileWriter& w)
-                           {
-                               writeVertices(w, 3, {3});
-                               writeFaces(w, {0, 1, 2}, {1});
-                               writeChannel(w, 1, 2, {2});
-                           },
-                           "3 coordinates or none in group 0 of texture channel 0, found 2"},
-                    Damage{"OtherGroupsOfCoordinates",
-                           [](S_MemoryFileWriter& w)
-                           {
-                               writeVertices(w, 3, {3});
-                               writeFaces(w, {0, 1, 2}, {1});
-                               writeChannel(w, 1, 3, {3, 0});
-                           },
-                           "as many groups in texture channel 0 as of vertices, 1, found 2"},
-                    Damage{"OtherGroupsOfTriangles",
-                           [](S_MemoryFileWriter& w)
-                           {
-                               writeVertices(w, 3, {3});
-                               writeFaces(w, {0, 1, 2}, {1, 0});
-                           },
-                           "as many groups of triangles as of vertices, 1, found 2"},
-                    Damage{"FewerGroupsThanNames",
-                           [](S_MemoryFileWriter& w)
-                           {
-                               writeVertices(w, 3, {3});
-                               writeFaces(w, {0, 1, 2}, {1});
-                               writeNames(w, {"a", "b"});
-                           },
-                           "2 groups for 2 materials, found 1"},
-                    Damage{"SeveralGroupsWithoutNames",
-                           [](S_MemoryFileWriter& w)
-                           {
-                               writeVertices(w, 3, {3, 0});
-                               writeFaces(w, {0, 1, 2}, {1, 0});
-                           },
-                           "1 groups for 0 materials, found 2"},
-                    Damage{"CountPastTheChunk",
-                           [](S_MemoryFileWriter& w)
-                           {
-                               const WriteChunk chunk(w, CHUNK_MESH_VERTICES, 1);
-                               w << 0xFFFFFFFFu << 1.0f;
-                           },
-                           "4294967295 elements"},
-                    Damage{"NegativePolygon",
-                           [](S_MemoryFileWriter& w)
-                           {
-                               const WriteChunk chunk(w, CHUNK_MESH_FACES, 0);
-                               w << 1;
-                               const WriteChunk polygon(w, CHUNK_POLYGON, 0);
-                               w << -1;
-                           },
-                           "0x10008, byte 44: expected a polygon of at least 0 corners, found -1"}),
-    nameOf);
 
 TEST(MeshChunk, WhatWouldNotBeReadIsNotWritten)
 {
@@ -363,6 +327,7 @@ TEST(MeshChunk, WhatWouldNotBeReadIsNotWritten)
     refuse([](MeshChunk& mesh) { mesh.faces.indices[3] = 99; });
     refuse([](MeshChunk& mesh) { mesh.faces.hasIndices = false; });
     refuse([](MeshChunk& mesh) { mesh.vertices.normals.pop_back(); });
+    refuse([](MeshChunk& mesh) { mesh.vertices.normals.emplace_back(); });
     refuse([](MeshChunk& mesh) { mesh.materials.names.emplace_back("b"); });
     refuse([](MeshChunk& mesh) { mesh.channels[0].coordinates.pop_back(); });
     refuse([](MeshChunk& mesh) { mesh.editChannel(2) = mesh.channels[0]; });
@@ -374,6 +339,10 @@ TEST(MeshChunk, WhatWouldNotBeReadIsNotWritten)
             mesh.channels[1].groupOffsets = {0};
             mesh.channels[1].groupCounts = {1};
         });
+    TextureChannelChunk channel;
+    channel.groupCounts = {1};
+    S_MemoryFileWriter writer;
+    EXPECT_THROW(writer << channel, TW_Exception_InvalidGeometry);
 }
 
 TEST(MeshChunk, ReadingUnderFailingMemoryLeavesNothingBehind)

@@ -132,6 +132,8 @@ TEST(SceneObjectChunks, ObjectsOfNewerVersionsAreReadAsFarAsTheyAreKnown)
     SpotLightChunk light;
     file >> light;
     EXPECT_EQ(light.color, G_FColor(10, 20, 30, 40));
+    EXPECT_EQ(light.hotSpot, 2.0f);
+    EXPECT_EQ(light.fallOff, 3.0f);
     EXPECT_EQ(light.hotSpotAngle, 4.0f);
     EXPECT_EQ(light.fallOffAngle, 5.0f);
 }

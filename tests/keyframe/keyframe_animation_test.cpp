@@ -261,12 +261,13 @@ TEST(KeyframeAnimation, ReportsWhereItLoops)
         KeyframeAnimationChunk chunk = twoKeys(Matrix(), Matrix());
         chunk.keepScale = full;
         chunk.loopToFrame = 4;
+        chunk.loopInterpolation = true;
         const TW_KeyframeAnimation once(chunk, false);
-        EXPECT_FALSE(once.isLooping());
+        EXPECT_FALSE(once.isLooping() || once.isLoopInterpolating());
         EXPECT_EQ(once.getLoopToFrame(), 31u) << "its frame count";
         chunk.header.looping = true;
         const TW_KeyframeAnimation looping(chunk, false);
-        EXPECT_TRUE(looping.isLooping());
+        EXPECT_TRUE(looping.isLooping() && looping.isLoopInterpolating());
         EXPECT_EQ(looping.getLoopToFrame(), 4u);
         EXPECT_EQ(looping.getTotalFrameCount(), 31u);
         chunk.header.looping = false;
@@ -275,8 +276,16 @@ TEST(KeyframeAnimation, ReportsWhereItLoops)
     }
     // An unknown mode counts as linear.
     const Matrix quarter = support::rotation(0, 0, 1, 1.5);
-    EXPECT_EQ(poseAt(TW_KeyframeAnimation(twoKeys(Matrix(), quarter, 7), false), 15.0F),
-              poseAt(TW_KeyframeAnimation(twoKeys(Matrix(), quarter, 0), false), 15.0F));
+    for (const int mode : {7, -1})
+    {
+        TW_KeyframeAnimation animation(twoKeys(Matrix(), quarter, 2), false);
+        animation.construct(twoKeys(Matrix(), quarter, mode), false);
+        EXPECT_EQ(poseAt(animation, 15.0F), poseAt(TW_KeyframeAnimation(twoKeys(Matrix(), quarter, 0), false), 15.0F));
+    }
+    // Frames are 16 bits.
+    KeyframeAnimationChunk late = twoKeys(Matrix(), quarter);
+    late.keys[1].frame += 0x10000;
+    EXPECT_EQ(TW_KeyframeAnimation(late, false).getKeyFrames(), (S_Vector<int>{10, 20}));
 }
 
 TEST(KeyframeAnimation, CopiesShareTheTracksUntilTheLastIsGone)
@@ -284,7 +293,8 @@ TEST(KeyframeAnimation, CopiesShareTheTracksUntilTheLastIsGone)
     const long long live = S_Memory::getLiveCount();
     {
         std::mt19937 random(1);
-        const KeyframeAnimationChunk chunk = support::makeTrack(random, {.interpolationMode = 2, .visibilityKeys = 2});
+        const KeyframeAnimationChunk chunk = support::makeTrack(
+            random, {.interpolationMode = 2, .scaled = true, .keepScale = true, .visibilityKeys = 2});
         auto first = std::make_unique<OpenAnimation>(chunk, true);
         const Matrix expected = poseAt(*first, 12.5F);
         {

@@ -235,8 +235,11 @@ TEST(Track, ConstructingAgainEmptiesItAndAFailedOneLeavesItEmpty)
             try
             {
                 fill(track, {10, true, 3, true}, clock(10));
-                fill(track, {20}, clock(20));
+                (void)valueAt(track, 4.0F);
+                track.construct(20);
                 EXPECT_FALSE(track.m_bLooping || track.m_bLoopInterpolation);
+                EXPECT_EQ(track.m_uLoopToFrame + track.m_uTotalFrameCount, 0u);
+                EXPECT_EQ(track.m_fLastUpperKey, 0.0F);
             }
             catch (...)
             {

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -175,6 +176,10 @@ TEST(PackedTracks, ReadAsTheyWereWritten)
                 {
                     key.matrix.setTranslation(tracks.back().keys.front().matrix.getTranslation());
                 }
+                if (bone == 17)  // nearly
+                {
+                    key.matrix.m[3][2] = key.frame == 5 ? -0.0F : 0.0F;
+                }
             }
         }
         files.addAnimation(0, tracks);
@@ -197,6 +202,7 @@ TEST(PackedTracks, ReadAsTheyWereWritten)
             {
                 const TW2::TW_KeyframeMatrix expected(tracks[bone].keys[key].matrix);
                 EXPECT_EQ(values[key], expected);
+                EXPECT_EQ(std::signbit(values[key].m_vTranslation.z), std::signbit(expected.m_vTranslation.z));
                 EXPECT_EQ(values.at(key), expected);
                 EXPECT_EQ(std::as_const(changed)[key] == expected, key != 5);
             }
@@ -214,6 +220,12 @@ TEST(PackedTracks, ReadAsTheyWereWritten)
             Matrix pose;
             (void)copies[bone].animateFrameWithLastFrame(pose, 4.0F, 0);
             EXPECT_EQ(pose, TW2::TW_KeyframeMatrix(tracks[bone].keys[4].matrix).toMatrix());
+            TW2::TW_RigidKeys kept;
+            kept.swap(const_cast<TW2::TW_RigidKeys&>(values));
+            EXPECT_EQ(std::as_const(kept)[4], TW2::TW_KeyframeMatrix(tracks[bone].keys[4].matrix));
+            kept[4] = {};
+            EXPECT_EQ(kept.size(), 12u);
+            EXPECT_EQ(kept[5], TW2::TW_KeyframeMatrix(tracks[bone].keys[5].matrix));
         }
     }
 }
@@ -236,8 +248,22 @@ TEST(TrackList, KeepsNoAnimationThatIsGone)
         EXPECT_EQ(moved.size(), 5u);
         EXPECT_EQ(std::vector<TW_KeyframeAnimation*>({nullptr, animation.get(), nullptr, nullptr, animation.get()}),
                   std::vector<TW_KeyframeAnimation*>({moved[0], moved[1], moved[2], moved[3], moved[4]}));
+        moved.resize(2);
+        moved.resize(5);
+        EXPECT_EQ(std::count(moved.begin(), moved.end(), animation.get()), 1);
+        // Some go again, from the middle, the end and the beginning of those that know the animation.
+        TW_TrackList many(9);
+        for (std::size_t slot = 0; slot < many.size(); ++slot)
+        {
+            many.set(slot, animation.get());
+        }
+        for (const std::size_t slot : {4U, 5U, 8U, 0U})
+        {
+            many.set(slot, nullptr);
+        }
+        animation->construct(support::makeTrack(random, {}), false);
         animation.reset();
-        for (const TW_TrackList* const each : {&copy, static_cast<const TW_TrackList*>(&moved)})
+        for (const TW_TrackList* const each : {&copy, static_cast<const TW_TrackList*>(&moved), &std::as_const(many)})
         {
             for (const TW_KeyframeAnimation* const track : *each)
             {

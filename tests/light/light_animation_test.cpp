@@ -82,26 +82,29 @@ TEST(LightAnimationFiles, OldVersionsStoreTheLastFrameAndTheFirstNoLoopToFrame)
     {
         S_MemoryFileWriter writer;
         {
-            const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_POINT_LIGHT_ANIMATION, version);
+            const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_SPOT_LIGHT_ANIMATION, version);
             {
                 const S_MemoryFileWriter::Chunk header(writer, CHUNK_ANIMATION_HEADER, 9);
                 writer << "lamp" << 25 << true << "something that a later version added";
             }
             writer << 49 << false;
             writer << 1 << 0u << 1.0f << 2.0f << 3.0f << 4.0f;  // colour
-            writer << 1 << 3u << 0.5f << 0 << 0;                // brightness; no hot spot, no fall-off
+            writer << 1 << 3u << 0.5f << 0 << 1 << 4u << 6.0f;  // brightness, no hot spot, fall-off
+            writer << 1 << 5u << 7.0f << 0;                     // and the same of angles, the other way round
             if (version > 0)
             {
                 writer << 12u;
             }
         }
-        const auto lamp = read<PointLightAnimationChunk>(writer);
+        const auto lamp = read<SpotLightAnimationChunk>(writer);
         EXPECT_EQ(lamp.totalFrameCount, 50);
         EXPECT_EQ(lamp.loopToFrame, version > 0 ? 12u : 0u);
         EXPECT_TRUE(lamp.header.looping);
         EXPECT_EQ(lamp.colorKeys.front().color, G_FColor(1, 2, 3, 4));
         EXPECT_EQ(lamp.brightnessKeys.front(), (FloatKey{3, 0.5f}));
-        EXPECT_TRUE(lamp.fallOffKeys.empty());
+        EXPECT_TRUE(lamp.hotSpotKeys.empty() && lamp.fallOffAngleKeys.empty());
+        EXPECT_EQ(lamp.fallOffKeys.front(), (FloatKey{4, 6.0f}));
+        EXPECT_EQ(lamp.hotSpotAngleKeys.front(), (FloatKey{5, 7.0f}));
     }
 }
 

@@ -224,6 +224,8 @@ TEST(MaterialChunk, AListReadIntoAUsedRecordHoldsExactlyTheNewMaterials)
     EXPECT_FALSE(list.materials[0].hasOpacityTexture());
     // A slot that comes back brings nothing along from its earlier life.
     EXPECT_EQ(list.materials[0].accessDiffuseTexture(), MaterialTextureChunk());
+    list.reset();
+    EXPECT_TRUE(list == MaterialListChunk());
 }
 
 TEST(MaterialChunk, ResettingKeepsTheAlphaOfColoursAndNothingElse)

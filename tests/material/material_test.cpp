@@ -233,6 +233,11 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
          "layer 2 sky.png set 2 blend modulate filter point\nset 2 source reflection transformed projected\n" +
              ambient + "emissive 21 22 23 255\n" + solidAt + "1" + solidColor + "matrix of layer 2" + environment +
              "coordinates 2\n"},
+        {"plain colour, reflection, then the highlights", makeRecord(REFLECTION, 1, [](auto& r) { r.specular = 1; }),
+         "layer 0 white set 0 blend opaque filter point\nlayer 1 sky.png set 1 blend modulate filter point\n"
+         "shading specular combined\nset 1 source reflection transformed projected\n" +
+             ambient + "emissive 21 22 23 255\n" + highlights + "highlights\n" + solidAt + "0" + solidColor +
+             "matrix of layer 1" + environment + "coordinates 1\n"},
         {"constant alpha takes the ready-made set-up away",
          makeRecord(DIFFUSE, 2,
                     [](auto& r)
@@ -389,6 +394,7 @@ TEST_F(Material, TheCallbackSeesTheCountsAndWhatItChangesStaysInTheTemplate)
     TW_Material::setCallback(&spy);
     spy.m_iMoreLayers = -9;
     EXPECT_EQ(TW_Material(record).getMaterial()->getSortPriority(), 42u);
+    EXPECT_EQ(TW_Material(makeRecord(0, 0)).getMaterial()->getInfoBlock().m_uiTextureLayers, 0u) << "not -9";
     TW_Material::setCallback(nullptr);
     EXPECT_EQ(TW_Material(record).getMaterial()->getSortPriority(), +P_Material::defaultSortPriority);
 }
@@ -509,6 +515,10 @@ TEST_F(Material, ASlotWithoutALayerIsAnimatedWithoutBeingBound)
     EXPECT_TRUE(material.animateTextureFrame(TW_Material::TEXTURE_GLOSS, 1));
     EXPECT_EQ(support::describe(material), text);
     EXPECT_EQ(material.getTextureAnimationFrames(TW_Material::TEXTURE_GLOSS), 2u);
+    TW_Material shining(
+        makeRecord(SPECULAR, 1, [](auto& r) { r.accessSpecularTexture().frameFiles.emplace_back("other.png"); }));
+    EXPECT_TRUE(shining.animateTextureFrame(TW_Material::TEXTURE_SPECULAR, 1));
+    EXPECT_THAT(support::describe(shining), HasSubstr("layer 1 other.png"));
 }
 
 TEST_F(Material, TheFirstTextureMatrixOfALayerCountsAndTheListKeepsAll)
@@ -526,6 +536,9 @@ TEST_F(Material, TheFirstTextureMatrixOfALayerCountsAndTheListKeepsAll)
     material.setTextureMatrix(8, material.getTextureMatrix(0));
     EXPECT_EQ(material.getTextureMatrix(3), material.getTextureMatrix(0));
     EXPECT_EQ(TW_Material(material).getTextureMatrixCount(), 4);
+    material.destruct();
+    EXPECT_FALSE(material.hasTextureMatrix(0));
+    EXPECT_EQ(material.getSolidLayerIndex(), -1);
 }
 
 TEST_F(Material, TexturesGoToTextureMemoryAndThePlainWhiteMapDoesNot)

@@ -184,7 +184,7 @@ TEST_F(AnimatedTexture, RateAndLengthFollowOneAnother)
 TEST_F(AnimatedTexture, ASlotWithoutAnimationAnswersNothingAndChangesNothing)
 {
     build(makeSlot(3, 0));
-    for (const int value : {1, 2, 3, 7, -1})
+    for (const int value : {1, 2, 3, 4, 7, -1})
     {
         const auto type = static_cast<TW_Material::TextureType>(value);
         EXPECT_FALSE(m_material.animateTexture(type, 0.2f)) << value;

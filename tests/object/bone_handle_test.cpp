@@ -40,9 +40,15 @@ TEST(BoneHandle, AnUnknownNameIsToldWithThoseThatAreLikeIt)
     { return support::complaintOf<TW2::TW_Exception_BoneNotFound>([&] { (void)character->getBoneHandle(name); }); };
     EXPECT_EQ(complain("hand_m"), R"(TW2: Bone "hand_m" not found from object "soldier" (it has "Hand_L", "Hand_R"))");
     EXPECT_EQ(complain("handr"), R"(TW2: Bone "handr" not found from object "soldier" (it has "Hand_R", "Hand_L"))");
-    EXPECT_EQ(
-        complain("xyz"),
-        R"(TW2: Bone "xyz" not found from object "soldier" (it has "Bone0", "Bone1", "Bone2", "Bone3", "Bone4", ...))");
+    const std::string hands = R"((it has "Hand_L", "Hand_R"))";
+    const std::string first = R"((it has "Bone0", "Bone1", "Bone2", "Bone3", "Bone4", ...))";
+    // Like are names that half the letters of the longer one make equal: put in, taken out or exchanged.
+    for (const auto& [name, expected] :
+         {std::pair{"xyz", first}, {"ha_l", hands}, {"hand_lwwwwww", R"((it has "Hand_L"))"}, {"wwwwwwwhand_l", first}})
+    {
+        EXPECT_EQ(complain(name),
+                  std::string("TW2: Bone \"") + name + "\" not found from object \"soldier\" " + expected);
+    }
     EXPECT_EQ(support::complaintOf([] { (void)TW2::TW_ObjectAnimation().getBoneHandle("tail"); }),
               R"(TW2: Bone "tail" not found from object "" (it has none))");
 }

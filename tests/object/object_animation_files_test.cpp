@@ -3,6 +3,7 @@
 #include "tests/support/verbose_capture.h"
 
 #include <tw2/core/exceptions.h>
+#include <tw2/io/environment_chunk.h>
 #include <tw2/object/object_animation.h>
 #include <tw2/skin/skin_chunk.h>
 
@@ -130,7 +131,7 @@ TEST(ObjectAnimationFiles, AFileOfAnotherKindIsToldWhatItIs)
     (void)files.writeScript();
     const std::string animation = files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)});
     S_MemoryFileWriter writer;
-    writer << SkinChunk();
+    writer << SkinChunk() << EnvironmentChunk();
     const std::string skin = files.getDirectory().write("soldier.skd", writer.getBytes());
     const std::string geometry = files.getDirectory().file("geometry.tw");
     const auto complain = [&files](const std::string& exportdata, const std::string& more)

@@ -81,6 +81,7 @@ inline void write(S_MemoryFileWriter& writer, const LegacyMesh& mesh)
         writePolygons(writer, mesh.polygons);
         writer << 0 << 0;
     }
+    if (!mesh.masks.empty())
     {
         const Chunk smoothing(writer, TW2::CHUNK_MESH_SMOOTHING_GROUPS, 0);
         writeCounted(writer, mesh.masks);

@@ -65,11 +65,14 @@ TEST(ImageFormats, ANewPictureIsOpaqueBlackAndOfASizeThatThereIs)
     // Products that are small numbers again in 32 bits.
     EXPECT_THROW(G_Image(65536, 65536), G_ImageException);
     EXPECT_THROW(G_Image(65537, 65536), G_ImageException);
+    EXPECT_THROW(G_Image(5, 0), G_ImageException);
+    EXPECT_THROW(G_Image(0, 5), G_ImageException);
 }
 
 TEST(ImageFormats, APictureOfJustTheLimitIsTaken)
 {
-    const Bytes bytes = support::encodePicture(support::makeVariedPicture(12, 7), support::PictureFormat::PNG);
+    Bytes bytes = support::encodePicture(support::makeVariedPicture(12, 7), support::PictureFormat::PNG);
+    bytes.insert(bytes.end(), 20, 'x');  // what stands behind a picture is none of its
     EXPECT_EQ(G_Image::decode(bytes.data(), bytes.size(), "stone", 12 * 7).getWidth(), 12U);
     EXPECT_THROW(static_cast<void>(G_Image::decode(bytes.data(), bytes.size(), "stone", 12 * 7 - 1)), G_ImageException);
 }
@@ -105,18 +108,27 @@ TEST(ImageFormats, AJPEGWithBytesBehindItsCodeTablesIsRejected)
     ++bytes[table + 3];  // the segment's length
     bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(table + 22), 0);
     EXPECT_THAT(complaintAbout(bytes), HasSubstr("its code tables are damaged"));
+    // More codes than there are values, all of which are there.
+    bytes[table + 19] = bytes[table + 20] = 128;
+    bytes[table + 2] = 1;
+    bytes[table + 3] = 20;  // 276 bytes
+    bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(table + 22), 255, 0);
+    EXPECT_THAT(complaintAbout(bytes), HasSubstr("its code tables are damaged"));
 }
 
 TEST(ImageFormats, ABMPNeedsItsRowsWholeButForTheLastPadding)
 {
     // Rows of five pixels take 15 bytes and one of padding.
-    const Bytes bytes = support::encodePicture(support::makeVariedPicture(5, 5), support::PictureFormat::BMP);
+    Bytes bytes = support::encodePicture(support::makeVariedPicture(5, 5), support::PictureFormat::BMP);
     const std::size_t end = bytes.size() - 1;
     EXPECT_EQ(decode(cut(bytes, end)).getWidth(), 5U) << "some writers leave the last padding out";
     for (std::size_t missing = 1; missing <= 15; ++missing)
     {
         EXPECT_THAT(complaintAbout(cut(bytes, end - missing)), HasSubstr("cut off")) << missing << " bytes";
     }
+    bytes.insert(bytes.begin() + bytes[10], 4, 0);
+    bytes[10] = 58;
+    EXPECT_THAT(complaintAbout(bytes), HasSubstr("bad offset")) << "in the decoder's own words";
 }
 
 TEST(ImageFormats, ABMPWithTheOldestHeaderIsReadWholeAndRejectedCutOff)

@@ -1,5 +1,6 @@
 #include <platform/math/inverse_sqrt.h>
 #include <platform/math/math_init.h>
+#include <platform/runtime/solace_init.h>
 
 #include <gtest/gtest.h>
 
@@ -44,12 +45,20 @@ TEST(FastInverseSqrt, TheZeroVectorHasLengthZero)
     EXPECT_NEAR(M_fastLength({2.0F, -3.0F, 6.0F}), 7.0F, 1.4e-4F);
 }
 
-TEST(MathInit, TheLayerRunsWhileAnInitObjectLives)
+template <typename Init>
+void expectRunsWhileAnObjectLives()
 {
-    const int before = M_MathInit::getUserCount();
+    const int before = Init::getUserCount();
+    EXPECT_GT(before, 0) << "the library's";
     {
-        const M_MathInit init;
-        EXPECT_EQ(M_MathInit::getUserCount(), before + 1);
+        const Init init;
+        EXPECT_EQ(Init::getUserCount(), before + 1);
     }
-    EXPECT_EQ(M_MathInit::getUserCount(), before);
+    EXPECT_EQ(Init::getUserCount(), before);
+}
+
+TEST(MathInit, TheLayersRunWhileAnInitObjectLives)
+{
+    expectRunsWhileAnObjectLives<M_MathInit>();
+    expectRunsWhileAnObjectLives<S_SolaceInit>();
 }

@@ -1,9 +1,12 @@
+#include "tests/support/verbose_capture.h"
+
 #include <platform/runtime/allocator.h>
 #include <platform/runtime/exception.h>
 #include <platform/runtime/memory_scope.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -15,8 +18,13 @@ class ContextException : public S_FileException
 public:
     ContextException(const char* fileName, const std::string& context) : S_FileException(fileName, "does not exist")
     {
+        addHint("of the old message");
         setError("%s: %s (%s)", context.c_str(), getErrorMessage(), context.c_str());
     }
+};
+
+class SilentException : public S_MemoryException
+{
 };
 }  // namespace
 
@@ -30,6 +38,17 @@ TEST(Exceptions, AFrameworkHandlerGetsTheMessageCutToItsBuffer)
     EXPECT_STREQ(text, "File \"walk.");
     EXPECT_EQ(helpContext, 0u);
     EXPECT_STREQ(root.GetRuntimeClass()->m_lpszClassName, "S_FileException");
+    EXPECT_EQ(SilentException().GetErrorMessage(text, sizeof text, nullptr), 0);
+    EXPECT_STREQ(text, "");
+    support::VerboseCapture log;
+    EXPECT_STREQ(S_MemoryException_Allocation().what(), "Out of system memory resources");
+    {
+        const support::VerboseCapture inner;
+        EXPECT_EQ(root.ReportError(), 1);
+        EXPECT_EQ(inner.getText(), "File \"walk.tw\": does not exist\n");
+    }
+    root.ReportError();
+    EXPECT_EQ(log.getText(), "File \"walk.tw\": does not exist\n") << "of the outer log again";
     EXPECT_STREQ(static_cast<const std::exception&>(thrown).what(), "File \"walk.tw\": does not exist");
 }
 
@@ -56,7 +75,7 @@ TEST(Exceptions, AMessageMayBecomePartOfTheNext)
     const std::string context(200, 'c');
     EXPECT_EQ(ContextException("walk.tw", context).getErrorMessage(),
               context + ": File \"walk.tw\": does not exist (" + context + ")");
-    EXPECT_STREQ(ContextException("walk.tw", "").getErrorMessage(), ": File \"walk.tw\": does not exist ()");
+    EXPECT_STREQ(ContextException("walk.tw", "").what(), ": File \"walk.tw\": does not exist ()");
 }
 
 TEST(Memory, AnOrderedFailureHitsExactlyTheChosenAllocation)
@@ -68,6 +87,7 @@ TEST(Memory, AnOrderedFailureHitsExactlyTheChosenAllocation)
     EXPECT_THROW(S_Vector<int>(10), S_MemoryException_Allocation);
     EXPECT_FALSE(S_Memory::isFailurePending());
     EXPECT_NO_THROW(S_Vector<int>(10));
+    S_Memory::release(nullptr);
     EXPECT_EQ(S_Memory::getLiveCount(), live + 1);
 }
 
@@ -115,6 +135,24 @@ TEST(Memory, AScopeKeepsItsNameWhenTheCallersIsGone)
         const S_Vector<char> booked(10);
     }
     EXPECT_EQ(S_MemoryScope::getUsage(longName.c_str()).m_iBytes, 10);
+}
+
+TEST(MemoryDeathTest, ScopesPastTheSixtyFourthNameAreBookedTogether)
+{
+    const auto openMany = []
+    {
+        for (int i = 0; i < 70; ++i)
+        {
+            const S_MemoryScope scope(("scope " + std::to_string(i)).c_str());
+            const S_Vector<char> booked(1);
+        }
+        const S_MemoryScope last("scope 69");
+        std::exit(std::strcmp(S_MemoryScope::getCurrentName(), "other") == 0 &&
+                          S_MemoryScope::getUsage("other").m_iBlocks >= 6
+                      ? 0
+                      : 1);
+    };
+    EXPECT_EXIT(openMany(), testing::ExitedWithCode(0), "");
 }
 
 TEST(Exceptions, HintsAreForPeopleAndLeaveTheMessageAsItIs)

@@ -101,6 +101,7 @@ TEST(Files, ANameIsFoundInAnyLetterCaseTheExactOneFirst)
     directory.write("skin.tga", "2");
     directory.write("textures/other.tga", "3");
     directory.write("TEXTURES/Wood.TGA", "4");
+    directory.write("textures/deep/x", "");
     directory.enter();
     const auto content = [](const char* name)
     {
@@ -115,8 +116,9 @@ TEST(Files, ANameIsFoundInAnyLetterCaseTheExactOneFirst)
     EXPECT_TRUE(File.exists("TEXTURES\\WOOD.tga"));
     File.changeDirectory("textures");
     EXPECT_EQ(content("..\\Textures/WOOD.tga"), "4") << "from one directory up";
-    EXPECT_EQ(content("../SKIN.tga"), "1");
-    File.changeDirectory("..");
+    File.changeDirectory("Deep");
+    EXPECT_EQ(content("..\\../SKIN.tga"), "1");
+    File.changeDirectory("../..");
     EXPECT_FALSE(File.exists("textures")) << "a directory is no file";
     EXPECT_FALSE(File.exists("wood.tga"));
     EXPECT_FALSE(File.exists(""));

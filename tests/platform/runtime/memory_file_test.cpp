@@ -194,10 +194,9 @@ TEST(ChunkFile, EveryComplaintNamesFileChunkByteAndExpectation)
         {"half a header", [](S_MemoryFileWriter& writer) { writer << 1 << 2; },
          [](S_MemoryFile& file) { file.peekChunk(*std::make_unique<Chunk>()); },
          "File \"walk.tw\", top level, byte 0: expected the 12 bytes of a chunk's header, 8 are left"},
-        {"chunk past the file", [](S_MemoryFileWriter& writer) { writer << 0x10005 << 0 << 100 << 1; },
+        {"chunk past the file", [](S_MemoryFileWriter& writer) { writer << 0x10005 << 0 << 5 << 1; },
          [](S_MemoryFile& file) { file.peekChunk(*std::make_unique<Chunk>()); },
-         "File \"walk.tw\", top level, byte 0: expected a chunk of at most 4 bytes, chunk 0x10005 says that it has "
-         "100"},
+         "File \"walk.tw\", top level, byte 0: expected a chunk of at most 4 bytes, chunk 0x10005 says that it has 5"},
         {"nested chunk past its parent",
          [](S_MemoryFileWriter& writer)
          {
@@ -295,6 +294,8 @@ TEST(ChunkFile, CountsAreCheckedBeforeMemoryIsReserved)
     EXPECT_EQ(list, (S_Vector<int>{1, 2}));
     EXPECT_NO_THROW(file.readBlock(list, 0));
     EXPECT_TRUE(list.empty());
+    EXPECT_THROW(file.requireElements(~std::size_t(0) / 4 + 1, 4), S_MemoryFileException);
+    EXPECT_THROW(writer.writeCount(std::size_t(1) << 31), S_MemoryFileException);
 }
 
 TEST(ChunkFile, ABlockIsReadFromAnyByteAndReplacesTheList)
@@ -389,6 +390,37 @@ TEST(ChunkFile, ASkipGoesBehindTheChunkThatWasPeekedWhateverHappenedSince)
     file.openChunk(again, s_other);  // without a peek
     file.skipChunk();
     EXPECT_EQ(file.getRemaining(), 0u);
+    file.seek(0, S_MemoryFile::seekBegin);
+    file.peekChunk(first);
+    file.skipChunk();
+    file.openChunk(again, s_other);
+    file.skipChunk();
+    EXPECT_EQ(file.getRemaining(), 0u) << "a skip ends what was peeked";
+    load(file, nestedFile());
+    file.skipChunk();
+    EXPECT_EQ(file.getPosition(), 0u) << "nothing was peeked in this one";
+}
+
+TEST(ChunkFile, WhatMovesAnOuterChunkClosesThoseInside)
+{
+    S_MemoryFile file;
+    load(file, nestedFile());
+    Chunk outer;
+    Chunk inner;
+    Chunk next;
+    file.openChunk(outer, s_outer);
+    outer.skipChunk();
+    EXPECT_EQ(file.getPosition(), outer.getBodyOffset()) << "there is nothing to skip yet";
+    file.openChunk(inner, s_inner);
+    EXPECT_EQ(take<int>(file) + take<int>(file), 3);
+    outer.peekChunk(next);
+    EXPECT_EQ(file.getRemaining(), 20u) << "of the outer one";
+    file.seek(0, S_MemoryFile::seekBegin);
+    EXPECT_EQ(file.getRemaining(), file.getFileSize());
+    file.openChunk(outer, s_outer);
+    file.openChunk(inner, s_inner);  // without a peek
+    outer.skipChunk();
+    EXPECT_EQ(file.getRemaining(), 20u);
 }
 
 TEST(ChunkFile, HandlesGoWithTheContentThatIsExchanged)
@@ -408,6 +440,11 @@ TEST(ChunkFile, HandlesGoWithTheContentThatIsExchanged)
     EXPECT_EQ(&peeked.getMemoryFile(), &other);
     file.destruct();
     EXPECT_EQ(other.getRemaining(), opened.getSize());
+    const std::size_t second = opened.getBodyOffset() + opened.getSize();
+    other.seek(static_cast<int>(second), S_MemoryFile::seekBegin);
+    other.openChunk(opened, s_other);
+    other.skipChunk();
+    EXPECT_EQ(other.getPosition(), second) << "behind what was peeked before the exchange";
     other.destruct();
     EXPECT_FALSE(opened.isValid() || peeked.isValid());
 }
