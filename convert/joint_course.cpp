@@ -43,12 +43,14 @@ Course sampleCourse(const ClipSampler& sampler, const Timeline& timeline, std::s
     for (const double seconds : jumps)
     {
         const std::optional<std::size_t> frame = findFrame(timeline, seconds);
+        course.m_jumps.m_bBetween |=
+            !frame && seconds > timeline.getSeconds(0) && seconds < timeline.getSeconds(timeline.getCount() - 1);
         if (!frame || (!course.m_vecJumps.empty() && course.m_vecJumps.back().m_uiFrame == *frame))
         {
             continue;
         }
         const double exact = timeline.getSeconds(timeline.at(*frame));
-        course.m_bJumps = true;
+        course.m_jumps.m_bOnFrames = true;
         if (*frame > 0)
         {
             const double before = std::min(seconds, exact) - ClipSampler::jumpTime;
@@ -56,8 +58,9 @@ Course sampleCourse(const ClipSampler& sampler, const Timeline& timeline, std::s
         }
         local[timeline.at(*frame)] = sampler.sample(joint, std::max(seconds, exact));
     }
-    const bool still = !course.m_bJumps && std::all_of(local.begin(), local.end(),
-                                                       [&local](const Matrixd& m) { return isSame(m, local.front()); });
+    const bool still =
+        !course.m_jumps.m_bOnFrames &&
+        std::all_of(local.begin(), local.end(), [&local](const Matrixd& m) { return isSame(m, local.front()); });
     course.m_local = still ? Matrices(local.front()) : Matrices(std::move(local));
     if (!parentWorld)
     {

@@ -39,7 +39,11 @@ struct Jump
 struct Course
 {
     bool m_bMoved = false;
-    bool m_bJumps = false;  ///< on its first frame or later
+    struct Jumps
+    {
+        bool m_bOnFrames = false;  ///< on the first one or later
+        bool m_bBetween = false;   ///< between two of them, which no keys can say
+    } m_jumps;
     Matrices m_local;
     Matrices m_world;
     std::vector<Jump> m_vecJumps;

@@ -15,6 +15,7 @@ namespace TW2::convert
 namespace
 {
 constexpr int fastestRate = 960;
+constexpr int mostFactor = 8;                               // from one rate to the next that is tried
 constexpr unsigned int mostFrames = 32768;                  // frame numbers have 16 bits, of which one is the sign
 constexpr std::size_t mostMatrices = std::size_t{1} << 19;  // held at once
 
@@ -259,8 +260,11 @@ public:
     ///
     /// What had no jumps and was within half of `wanted` at a lower rate is left out: parts of a piece are at most
     /// twice as far off as the whole. `rate` is a multiple of that of the call before.
+    ///
+    /// What no frame of the rate can say, as something jumps between two, is not part of the result.
     [[nodiscard]] PoseError measureFrames(int rate, const Tolerance& wanted)
     {
+        m_bJumpsBetween = false;
         PoseError error;
         if (m_vecStretches.empty())
         {
@@ -280,6 +284,9 @@ public:
         }
         return error;
     }
+
+    /// Whether something jumps between two frames of the rate that was measured last.
+    [[nodiscard]] bool jumpsBetweenFrames() const noexcept { return m_bJumpsBetween; }
 
     /// What has been measured and was good enough at a lower rate gets keys on frames of that rate only.
     [[nodiscard]] ReducedClip reduce(int rate, const Tolerance& tolerance)
@@ -350,16 +357,18 @@ private:
         for (unsigned int first = stretch.m_uiFirst * factor; first < end; first += framesAtOnce)
         {
             Measured part{{first, std::min(first + framesAtOnce, end), rate, chooseSamplesPerFrame(rate)}, 0.0};
-            bool jumps = false;
+            Course::Jumps jumps;
             const PoseError own = measureStretch(part.m_stretch, jumps);
-            part.m_dBend = jumps ? std::numeric_limits<double>::infinity()
-                                 : std::max(own.m_dDistance / wanted.m_dDistance, own.m_dDegrees / wanted.m_dDegrees);
+            part.m_dBend = jumps.m_bOnFrames || jumps.m_bBetween
+                               ? std::numeric_limits<double>::infinity()
+                               : std::max(own.m_dDistance / wanted.m_dDistance, own.m_dDegrees / wanted.m_dDegrees);
             if (part.m_dBend > settled && rate < fastest)
             {
                 measureParts(part.m_stretch, chooseFiner(part, fastest), fastest, wanted, error);
                 continue;
             }
-            error.add(own);
+            m_bJumpsBetween = m_bJumpsBetween || jumps.m_bBetween;
+            error.add(jumps.m_bBetween ? PoseError() : own);
             part.m_stretch.m_uiPerFrame = std::min(part.m_stretch.m_uiPerFrame, chooseSamples(part.m_dBend));
             m_vecStretches.push_back(part);
         }
@@ -370,8 +379,8 @@ private:
         return static_cast<unsigned int>(std::ceil(m_clip.m_dDuration * rate - 1e-3));
     }
 
-    /// `jumps` becomes true when a joint does.
-    [[nodiscard]] PoseError measureStretch(const Stretch& stretch, bool& jumps)
+    /// `jumps`: where any joint does.
+    [[nodiscard]] PoseError measureStretch(const Stretch& stretch, Course::Jumps& jumps)
     {
         m_timeline = Timeline(stretch.m_iRate);
         m_timeline.add(stretch.m_uiFirst, stretch.m_uiEnd, 1, stretch.m_uiPerFrame);
@@ -381,7 +390,8 @@ private:
         {
             Track track;
             track.m_eForm = findForm(course.m_local, course.m_vecJumps);
-            jumps = jumps || course.m_bJumps;
+            jumps.m_bOnFrames |= course.m_jumps.m_bOnFrames;
+            jumps.m_bBetween |= course.m_jumps.m_bBetween;
             auto jump = course.m_vecJumps.begin();
             for (std::size_t frame = 0; frame < (course.m_local.isStill() ? 1 : m_timeline.getFrameCount()); ++frame)
             {
@@ -460,13 +470,14 @@ private:
     std::vector<std::vector<double>> m_vecJumps;  ///< per joint, seconds
     Timeline m_timeline;
     std::vector<Measured> m_vecStretches;  ///< of the whole clip, once it is measured
+    bool m_bJumpsBetween = false;
 };
 /// How many times as many frames make what bends by so much less wrong, as a power of two: at least two.
 int estimateFactor(const PoseError& error, const Tolerance& wanted)
 {
     const double ratio = std::max(error.m_dDistance / wanted.m_dDistance, error.m_dDegrees / wanted.m_dDegrees);
     int factor = 2;
-    for (; factor < 8 && factor * factor * 2 < ratio; factor *= 2)
+    for (; factor < mostFactor && factor * factor * 2 < ratio; factor *= 2)
     {
     }
     return factor;
@@ -492,16 +503,22 @@ ReducedClip reduceClip(const Model& model, const Skeleton& skeleton, const Clip&
     {
         PoseError error = reduction.measureFrames(rate, half);
         int failures = 0;
-        for (int tried = rate; !error.isWithin(half) && failures < mostFailures;)
+        for (int tried = rate; (!error.isWithin(half) || reduction.jumpsBetweenFrames()) && failures < mostFailures;)
         {
-            tried *= failures > 0 ? 2 : estimateFactor(error, half);
+            // The shorter the frames, the sooner a jump between two is over.
+            const bool jumps = reduction.jumpsBetweenFrames();
+            int factor = failures > 0 ? 2 : jumps ? mostFactor : estimateFactor(error, half);
+            for (; factor > 2 && tried * factor > fastest; factor /= 2)
+            {
+            }
+            tried *= factor;
             if (tried > fastest)
             {
                 break;
             }
             const PoseError finer = reduction.measureFrames(tried, half);
             const bool better =
-                (error.m_dDistance > half.m_dDistance && finer.m_dDistance < helps * error.m_dDistance) ||
+                jumps || (error.m_dDistance > half.m_dDistance && finer.m_dDistance < helps * error.m_dDistance) ||
                 (error.m_dDegrees > half.m_dDegrees && finer.m_dDegrees < helps * error.m_dDegrees);
             failures = better ? 0 : failures + 1;
             rate = better ? tried : rate;

@@ -150,6 +150,19 @@ TEST(Reduction, LooksCloselyOnlyWhereAClipIsFast)
     EXPECT_LT(times.size(), 2 * reduced.m_reduced.m_uiFrames) << "the fast part alone needs four times as many";
 }
 
+TEST(Reduction, WhatJumpsBetweenFramesJumpsAtTheFastestRate)
+{
+    Clip clip;
+    clip.m_dDuration = 2.0;
+    Channel channel;
+    channel.m_positions =
+        makeCurve<Vector3d>(Interpolation::Step, {{0.0, {0, 0, 0}}, {0.1037, {3, 0, 0}}, {1.5171, {-2, 0, 0}}});
+    clip.m_vecChannels.push_back(channel);
+    const Reduced reduced(makeChain(1), clip);
+    EXPECT_GE(reduced.m_reduced.m_iFrameRate, 900);
+    EXPECT_LE(reduced.countKeys(), 6U) << "two for each jump";
+}
+
 TEST(Reduction, StepsStayStepsAtTheRateOfTheirKeys)
 {
     Clip clip;
