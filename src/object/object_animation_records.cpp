@@ -73,12 +73,15 @@ bool TW_ObjectAnimation::insertAnimation(const char* meshName, int index, TW_Key
         return false;
     }
     const auto slot = static_cast<std::size_t>(getMeshIndex(mesh));
-    if (slot >= record->m_vecKeyframeAnimations.size())  // a mesh that was added after the animation
+    TW_TrackList& tracks = record->m_vecKeyframeAnimations;
+    // Meshes may have been added after the animation, and hosts may have shortened the hints.
+    const std::size_t slots = slot < tracks.size() ? tracks.size() : m_vecMeshes.size();
+    if (record->m_vecLastFrames.size() < slots)
     {
-        record->m_vecLastFrames.resize(m_vecMeshes.size());
-        record->m_vecKeyframeAnimations.resize(m_vecMeshes.size());
+        record->m_vecLastFrames.resize(slots);
     }
-    record->m_vecKeyframeAnimations.makeOwn();
+    tracks.resize(slots);
+    tracks.makeOwn();
     animation->increaseObjectReferenceCount();  // before the slot lets go of what may be the same animation
     deleteAnimation(meshName, index);
     if (record->m_iKeyframeAnimationCount < 1)
@@ -87,7 +90,7 @@ bool TW_ObjectAnimation::insertAnimation(const char* meshName, int index, TW_Key
         record->m_uiLoopToFrame = animation->getLoopToFrame();
     }
     record->m_uiFrames = std::max(record->m_uiFrames, animation->getTotalFrameCount());
-    record->m_vecKeyframeAnimations.set(slot, animation);
+    tracks.set(slot, animation);
     record->m_vecLastFrames[slot] = 0;
     ++record->m_iKeyframeAnimationCount;
     return true;
