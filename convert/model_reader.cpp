@@ -43,7 +43,7 @@ Model read(const std::string& fileName, const ImportOptions& options)
     return importModel(fileName, options);
 #else
     throw ConvertException(fileName.c_str(),
-                           "this program was built without Assimp and reads glTF, FBX and COLLADA only");
+                           "this program was built without Assimp and reads " TW2_OWN_READERS " only");
 #endif
 }
 
