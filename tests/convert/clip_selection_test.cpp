@@ -3,8 +3,7 @@
 #include "convert/clip_fitting.h"
 #include "convert/clip_sampler.h"
 #include "tests/convert/model_builder.h"
-
-#include <platform/runtime/exception.h>
+#include "tests/support/expectations.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -52,17 +51,7 @@ TEST(ClipSelection, ChoosesRenamesAndCuts)
     EXPECT_EQ(chosen[4].m_dDuration, 2.0);
     EXPECT_NEAR(chooseClips(clips, {"walk:5-15"}, 20, "model")[0].m_dDuration, 0.5, 1e-12) << "frames of a given rate";
     const auto reasonOf = [&clips](const std::string& choice)
-    {
-        try
-        {
-            (void)chooseClips(clips, {choice}, 0, "model");
-        }
-        catch (const S_Exception& exception)
-        {
-            return std::string(exception.what());
-        }
-        return std::string();
-    };
+    { return support::complaintOf([&] { (void)chooseClips(clips, {choice}, 0, "model"); }); };
     EXPECT_THAT(reasonOf("run"), testing::HasSubstr("has no clip \"run\"; its clips: \"walk\", \"a=b\""));
     EXPECT_THAT(reasonOf("walk=go:5-21"),
                 testing::HasSubstr("clip \"walk\" has the frames 0 to 20 at 10 per second, not 5 to 21"));

@@ -8,20 +8,12 @@
 
 namespace
 {
-using support::getCorners;
-using support::getRefusal;
-using support::GltfText;
-using support::number;
-using support::read;
-using support::showPrimitive;
-using TW2::convert::Model;
+using namespace support;
 
 TEST(GltfFiles, BinaryAndTextAndFilesBesideThemAreTheSame)
 {
     GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
-                            number(text.addIndices(support::squareIndices)) + "}");
+    showPrimitive(text, "{" + addSquare(text) + "}");
     const auto corners = getCorners(read(text).m_vecMeshes.at(0));
     EXPECT_EQ(getCorners(read(text.makeBinary(), "model.glb").m_vecMeshes.at(0)), corners);
     EXPECT_TRUE(TW2::convert::isGltf("any.GLB"));
@@ -43,11 +35,7 @@ TEST(GltfFiles, BinaryAndTextAndFilesBesideThemAreTheSame)
 TEST(GltfFiles, SayWhereTheyAreDamaged)
 {
     GltfText good;
-    const int positions = good.addFloats(support::squarePositions, "VEC3");
-    const int indices = good.addIndices(support::squareIndices);
-    const auto primitive = [positions](int useIndices)
-    { return R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(useIndices) + "}"; };
-    showPrimitive(good, primitive(indices));
+    showPrimitive(good, "{" + addSquare(good) + "}");
     const std::string binary = good.makeBinary();
 
     struct Case
@@ -98,9 +86,7 @@ TEST(GltfFiles, SayWhereTheyAreDamaged)
 TEST(GltfFiles, NameTheExtensionsThatTheyAreReadWithout)
 {
     GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
-                            number(text.addIndices(support::squareIndices)) + "}");
+    showPrimitive(text, "{" + addSquare(text) + "}");
     text.set("extensionsUsed", R"(["KHR_materials_unlit","VENDOR_sparkle","KHR_techniques_webgl"])");
     // How surfaces look is no reason to refuse a model, even where it is said to be required.
     text.set("extensionsRequired", R"(["KHR_techniques_webgl","VENDOR_materials_fur"])");

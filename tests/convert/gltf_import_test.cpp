@@ -1,6 +1,7 @@
 #include "convert/gltf_import.h"
 
 #include "convert/clip_sampler.h"
+#include "tests/convert/model_builder.h"
 #include "tests/support/gltf_reading.h"
 
 #include <gmock/gmock.h>
@@ -14,31 +15,16 @@
 
 namespace
 {
-using support::expectFrontsOutside;
-using support::getCorners;
-using support::getRefusal;
-using support::GltfText;
-using support::number;
-using support::read;
-using support::showPrimitive;
-using TW2::convert::Mesh;
-using TW2::convert::Model;
-using TW2::convert::Vector3;
+using namespace support;
 using TW2::convert::Vector3d;
 
 TEST(GltfGeometry, WithoutNormalsIsFlatAndLooksTheWayItDoesWithThem)
 {
     GltfText missing;
-    const int positions = missing.addFloats(support::squarePositions, "VEC3");
-    const int indices = missing.addIndices(support::squareIndices);
-    showPrimitive(missing,
-                  R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(indices) + "}");
+    showPrimitive(missing, "{" + addSquare(missing) + "}");
     GltfText given;
-    const int samePositions = given.addFloats(support::squarePositions, "VEC3");
-    const int sameIndices = given.addIndices(support::squareIndices);
     const int normals = given.addFloats({0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1}, "VEC3");
-    showPrimitive(given, R"({"attributes":{"POSITION":)" + number(samePositions) + R"(,"NORMAL":)" + number(normals) +
-                             R"(},"indices":)" + number(sameIndices) + "}");
+    showPrimitive(given, "{" + addSquare(given, R"(,"NORMAL":)" + number(normals)) + "}");
     const Model without = read(missing);
     const Model with = read(given);
     ASSERT_EQ(without.m_vecMeshes.size(), 1U);
@@ -163,22 +149,20 @@ TEST(GltfGeometry, MorphTargetsStandAtTheirWeightUnlessTheyMove)
 TEST(GltfGeometry, PointsAndLinesAreNamedAndLeftOut)
 {
     GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
-                            number(text.addIndices(support::squareIndices)) +
-                            R"(},{"mode":1,"attributes":{"POSITION":)" + number(positions) + "}}");
+    const std::string square = addSquare(text);
+    showPrimitive(text, "{" + square + R"(},{"mode":1,)" + square + "}");
     const Model model = read(text);
     EXPECT_EQ(model.m_vecMeshes.size(), 1U);
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("points and lines")));
     text.set("textures", "[{}]");
     text.set("materials", R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}])");
-    showPrimitive(text, R"({"material":0,"attributes":{"POSITION":)" + number(positions) + "}}");
+    showPrimitive(text, R"({"material":0,)" + square + "}");
     EXPECT_THAT(read(text).m_vecWarnings, testing::Contains(testing::HasSubstr("textures[0] is left out: it has no")));
 }
 
 /// A model whose one node is moved along x by one curve.
-Model readCurve(const std::string& interpolation, const std::vector<float>& times, const std::vector<float>& values,
-                const std::string& path = "translation", const std::string& nodeMembers = "")
+GltfText makeCurve(const std::string& interpolation, const std::vector<float>& times, const std::vector<float>& values,
+                   const std::string& path = "translation", const std::string& nodeMembers = "")
 {
     GltfText text;
     const int input = text.addFloats(times, "SCALAR");
@@ -187,26 +171,28 @@ Model readCurve(const std::string& interpolation, const std::vector<float>& time
     text.set("animations", R"([{"name":"go","samplers":[{"input":)" + number(input) + R"(,"output":)" + number(output) +
                                R"(,"interpolation":")" + interpolation +
                                R"("}],"channels":[{"sampler":0,"target":{"node":1,"path":")" + path + R"("}}]}])");
-    return read(text);
+    return text;
 }
 
 double playX(const Model& model, double seconds)
 {
-    std::vector<TW2::convert::Matrixd> local;
     const TW2::convert::ClipSampler sampler(model, model.m_vecClips.at(0));
     return sampler.sample(1, seconds).getTranslation().x;
 }
 
 TEST(GltfMotion, FollowsTheFilesCurves)
 {
-    const Model step = readCurve("STEP", {0, 1, 2}, {0, 0, 0, 3, 0, 0, 5, 0, 0});
+    const Model step = read(makeCurve("STEP", {0, 1, 2}, {0, 0, 0, 3, 0, 0, 5, 0, 0}));
     EXPECT_DOUBLE_EQ(playX(step, 0.99), 0.0);
     EXPECT_DOUBLE_EQ(playX(step, 1.01), 3.0);
     EXPECT_DOUBLE_EQ(step.m_vecClips[0].m_dDuration, 2.0);
-    const Model linear = readCurve("LINEAR", {0, 2}, {0, 0, 0, 4, 0, 0});
+    ASSERT_EQ(step.m_vecClips[0].m_vecChannels.size(), 1U);
+    EXPECT_EQ(step.m_vecClips[0].m_vecChannels[0].m_iNode, 1) << "not the one of the same name";
+    EXPECT_EQ(step.m_vecNodes[0].m_strName, step.m_vecNodes[1].m_strName);
+    const Model linear = read(makeCurve("LINEAR", {0, 2}, {0, 0, 0, 4, 0, 0}));
     EXPECT_NEAR(playX(linear, 0.5), 1.0, 1e-12);
     // Arriving slope, value and leaving slope of two keys that are 2 seconds apart.
-    const Model cubic = readCurve("CUBICSPLINE", {1, 3}, {9, 0, 0, 1, 0, 0, 2, 0, 0, -3, 0, 0, 4, 0, 0, 9, 0, 0});
+    const Model cubic = read(makeCurve("CUBICSPLINE", {1, 3}, {9, 0, 0, 1, 0, 0, 2, 0, 0, -3, 0, 0, 4, 0, 0, 9, 0, 0}));
     for (const double t : {0.0, 0.25, 0.5, 0.9, 1.0})
     {
         const double expected = (2 * t * t * t - 3 * t * t + 1) * 1 + 2 * (t * t * t - 2 * t * t + t) * 2 +
@@ -215,45 +201,23 @@ TEST(GltfMotion, FollowsTheFilesCurves)
     }
 }
 
-TEST(GltfMotion, GoesToTheNodeThatIsMeantNotToOneOfTheSameName)
+TEST(GltfMotion, AMirroredNodeThatPlaysWhatItIsAtRestStaysAsItIs)
 {
-    const Model model = readCurve("LINEAR", {0, 1}, {0, 0, 0, 1, 0, 0});
-    ASSERT_EQ(model.m_vecClips[0].m_vecChannels.size(), 1U);
-    EXPECT_EQ(model.m_vecClips[0].m_vecChannels[0].m_iNode, 1);
-    EXPECT_EQ(model.m_vecNodes[0].m_strName, model.m_vecNodes[1].m_strName);
-}
-
-TEST(GltfMotion, KeepsTheMirrorOfANodeThatTurns)
-{
-    // No rotation at any time: played, the node has to stand as it does at rest.
-    const Model model = readCurve("LINEAR", {0, 1}, {0, 0, 0, 1, 0, 0, 0, 1}, "rotation",
-                                  R"(,"scale":[-1,-2,-1],"translation":[1,2,3])");
-    const TW2::convert::ClipSampler sampler(model, model.m_vecClips.at(0));
-    const TW2::convert::Matrixd played = sampler.sample(1, 0.5);
-    for (int row = 0; row < 4; ++row)
+    for (const Model& model :
+         {read(makeCurve("LINEAR", {0, 1}, {0, 0, 0, 1, 0, 0, 0, 1}, "rotation",
+                         R"(,"scale":[-1,-2,-1],"translation":[1,2,3])")),
+          read(makeCurve("LINEAR", {0, 1}, {-1, -2, -1, -1, -2, -1}, "scale",
+                         R"(,"scale":[-1,-2,-1],"rotation":[0,0,0.6,0.8],"translation":[1,2,3])"))})
     {
-        EXPECT_NEAR((played.getRow(row) - model.m_vecNodes[1].m_local.getRow(row)).length(), 0.0, 1e-12) << row;
-    }
-}
-
-TEST(GltfMotion, AMirroredNodeThatOnlyGrowsKeepsItsTurn)
-{
-    const Model model = readCurve("LINEAR", {0, 1}, {-1, -2, -1, -1, -2, -1}, "scale",
-                                  R"(,"scale":[-1,-2,-1],"rotation":[0,0,0.6,0.8],"translation":[1,2,3])");
-    const TW2::convert::ClipSampler sampler(model, model.m_vecClips.at(0));
-    const TW2::convert::Matrixd played = sampler.sample(1, 0.5);
-    for (int row = 0; row < 4; ++row)
-    {
-        EXPECT_NEAR((played.getRow(row) - model.m_vecNodes[1].m_local.getRow(row)).length(), 0.0, 1e-7) << row;
+        const TW2::convert::ClipSampler sampler(model, model.m_vecClips.at(0));
+        EXPECT_LT(convert_test::largestDifference(sampler.sample(1, 0.5), model.m_vecNodes[1].m_local), 1e-7);
     }
 }
 
 TEST(GltfScenes, TheOneThatTheFileNamesIsShownWithItsSurfaces)
 {
     GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    const std::string attributes = R"("attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
-                                   number(text.addIndices(support::squareIndices));
+    const std::string attributes = addSquare(text);
     text.set("materials", R"([{"name":"red"},{"name":"red"}])");
     text.set("meshes", R"([{"primitives":[{)" + attributes + R"(},{"material":1,)" + attributes + "}]}]");
     text.set("nodes", R"([{"name":"first","mesh":0},{"name":"second","mesh":0,"extras":{"kind":"door","size":3}},{}])");
@@ -275,10 +239,8 @@ TEST(GltfScenes, TheOneThatTheFileNamesIsShownWithItsSurfaces)
 TEST(GltfGeometry, AMeshMayHaveItsSecondCoordinatesAlone)
 {
     GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(,"TEXCOORD_1":)" +
-                            number(text.addFloats(support::squareCoordinates, "VEC2")) + R"(},"indices":)" +
-                            number(text.addIndices(support::squareIndices)) + "}");
+    const int second = text.addFloats(squareCoordinates, "VEC2");
+    showPrimitive(text, "{" + addSquare(text, R"(,"TEXCOORD_1":)" + number(second)) + "}");
     const Mesh mesh = read(text).m_vecMeshes.at(0);
     ASSERT_EQ(mesh.m_vecCoordinates.size(), 2U);
     EXPECT_TRUE(mesh.m_vecCoordinates[0].empty());
@@ -288,17 +250,7 @@ TEST(GltfGeometry, AMeshMayHaveItsSecondCoordinatesAlone)
 TEST(GltfMotion, CurvesThatCannotBeFollowedAreToldAndThoseOfNoNodeAreNone)
 {
     const auto getReason = [](const std::vector<float>& times, const std::vector<float>& values)
-    {
-        try
-        {
-            static_cast<void>(readCurve("LINEAR", times, values));
-            return std::string();
-        }
-        catch (const S_Exception& exception)
-        {
-            return std::string(exception.getErrorMessage());
-        }
-    };
+    { return getRefusal(makeCurve("LINEAR", times, values).make()); };
     EXPECT_EQ(getReason({0, 1}, {0, 0, 0, 1, 0, 0}), "");
     EXPECT_THAT(getReason({1, 0}, {0, 0, 0, 1, 0, 0}), testing::HasSubstr("input: its times do not ascend"));
     EXPECT_THAT(getReason({0, 1}, {0, 0, 0}), testing::HasSubstr("has 1 values for 2 times, 2 are needed"));
@@ -378,9 +330,7 @@ TEST(GltfSkins, OfWhatHasNoPositionsAreLeftOutWithIt)
 TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)
 {
     GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    text.set("meshes", R"([{"primitives":[{"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" +
-                           number(text.addIndices(support::squareIndices)) + "}]}]");
+    text.set("meshes", R"([{"primitives":[{)" + addSquare(text) + "}]}]");
     text.set("extensionsUsed", R"(["KHR_lights_punctual"])");
     text.set("extensions", R"({"KHR_lights_punctual":{"lights":[
         {"type":"spot","intensity":314.15927,"color":[1,0.5,0],"spot":{"innerConeAngle":0.5,"outerConeAngle":0.7853982}},

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 /// What is read by Assimp, from files of formats that nothing else reads here.
@@ -21,16 +22,10 @@ Model read(const std::string& name, const std::string& text)
     return TW2::convert::readModel(directory.write(name, text), {});
 }
 
-int findNode(const Model& model, const std::string& name)
+std::size_t findNode(const Model& model, const std::string& name)
 {
-    for (std::size_t i = 0; i < model.m_vecNodes.size(); ++i)
-    {
-        if (model.m_vecNodes[i].m_strName == name)
-        {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
+    return static_cast<std::size_t>(std::ranges::find(model.m_vecNodes, name, &Node::m_strName) -
+                                    model.m_vecNodes.begin());
 }
 }  // namespace
 
@@ -45,10 +40,7 @@ ROOT Hips
 	{
 		OFFSET 0.0 -10.0 0.0
 		CHANNELS 3 Zrotation Xrotation Yrotation
-		End Site
-		{
-			OFFSET 0.0 -10.0 0.0
-		}
+		End Site { OFFSET 0.0 -10.0 0.0 }
 	}
 }
 MOTION
@@ -58,24 +50,20 @@ Frame Time: 0.5
 1.0 2.0 4.0 30.0 0.0 0.0 45.0 0.0 0.0
 1.0 2.0 5.0 60.0 0.0 0.0 90.0 0.0 0.0
 )");
-    const int hips = findNode(model, "Hips");
-    const int knee = findNode(model, "Knee");
-    ASSERT_GE(hips, 0);
-    ASSERT_GE(knee, 0);
-    EXPECT_EQ(model.m_vecNodes[static_cast<std::size_t>(knee)].m_iParent, hips);
+    const std::size_t hips = findNode(model, "Hips");
+    const std::size_t knee = findNode(model, "Knee");
+    ASSERT_LT(std::max(hips, knee), model.m_vecNodes.size());
+    EXPECT_EQ(model.m_vecNodes[knee].m_iParent, static_cast<int>(hips));
     ASSERT_EQ(model.m_vecClips.size(), 1U);
     EXPECT_NEAR(model.m_vecClips[0].m_dDuration, 1.0, 1e-6);
     const ClipSampler sampler(model, model.m_vecClips[0]);
     for (int frame = 0; frame < 3; ++frame)
     {
         // A turn about z stays what it is when z is mirrored; what lies along z changes its sign.
-        EXPECT_LT(largestDifference(sampler.sample(static_cast<std::size_t>(hips), frame * 0.5),
-                                    turnZ(30.0 * frame) * move(1.0, 2.0, -3.0 - frame)),
+        EXPECT_LT(largestDifference(sampler.sample(hips, frame * 0.5), turnZ(30.0 * frame) * move(1, 2, -3 - frame)),
                   1e-5)
             << "frame " << frame;
-        EXPECT_LT(largestDifference(sampler.sample(static_cast<std::size_t>(knee), frame * 0.5),
-                                    turnZ(45.0 * frame) * move(0.0, -10.0, 0.0)),
-                  1e-5)
+        EXPECT_LT(largestDifference(sampler.sample(knee, frame * 0.5), turnZ(45.0 * frame) * move(0, -10, 0)), 1e-5)
             << "frame " << frame;
     }
 }
@@ -88,33 +76,17 @@ TEST(AssimpFiles, ACameraSeesAsWideAndAsFarAsTheFileSays)
 	*CAMERA_TYPE Free
 	*NODE_TM {
 		*NODE_NAME "eye"
-		*TM_ROW0 1.0 0.0 0.0
-		*TM_ROW1 0.0 1.0 0.0
-		*TM_ROW2 0.0 0.0 1.0
-		*TM_ROW3 1.0 2.0 3.0
+		*TM_ROW0 1.0 0.0 0.0 *TM_ROW1 0.0 1.0 0.0 *TM_ROW2 0.0 0.0 1.0 *TM_ROW3 1.0 2.0 3.0
 	}
-	*CAMERA_SETTINGS {
-		*TIMEVALUE 0
-		*CAMERA_NEAR 2.0
-		*CAMERA_FAR 50.0
-		*CAMERA_FOV 1.0471976
-		*CAMERA_TDIST 10.0
-	}
+	*CAMERA_SETTINGS { *CAMERA_NEAR 2.0 *CAMERA_FAR 50.0 *CAMERA_FOV 1.0471976 *CAMERA_TDIST 10.0 }
 }
 *GEOMOBJECT {
 	*NODE_NAME "wall"
 	*MESH {
-		*TIMEVALUE 0
 		*MESH_NUMVERTEX 3
 		*MESH_NUMFACES 1
-		*MESH_VERTEX_LIST {
-			*MESH_VERTEX 0 0.0 0.0 0.0
-			*MESH_VERTEX 1 1.0 0.0 0.0
-			*MESH_VERTEX 2 0.0 1.0 0.0
-		}
-		*MESH_FACE_LIST {
-			*MESH_FACE 0: A: 0 B: 1 C: 2 AB: 1 BC: 1 CA: 1 *MESH_SMOOTHING 0 *MESH_MTLID 0
-		}
+		*MESH_VERTEX_LIST { *MESH_VERTEX 0 0.0 0.0 0.0 *MESH_VERTEX 1 1.0 0.0 0.0 *MESH_VERTEX 2 0.0 1.0 0.0 }
+		*MESH_FACE_LIST { *MESH_FACE 0: A: 0 B: 1 C: 2 AB: 1 BC: 1 CA: 1 *MESH_SMOOTHING 0 *MESH_MTLID 0 }
 	}
 }
 )");
@@ -122,5 +94,5 @@ TEST(AssimpFiles, ACameraSeesAsWideAndAsFarAsTheFileSays)
     EXPECT_NEAR(model.m_vecCameras[0].m_fHorizontalAngle, 60.0F, 1e-3F);
     EXPECT_EQ(model.m_vecCameras[0].m_fNear, 2.0F);
     EXPECT_EQ(model.m_vecCameras[0].m_fFar, 50.0F);
-    EXPECT_EQ(model.m_vecCameras[0].m_iNode, findNode(model, "eye"));
+    EXPECT_EQ(model.m_vecCameras[0].m_iNode, static_cast<int>(findNode(model, "eye")));
 }

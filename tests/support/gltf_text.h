@@ -156,4 +156,12 @@ inline std::string number(int value)
 {
     return std::to_string(value);
 }
+
+/// Members of a primitive that is the square. `more`: further attributes, each with a comma before it.
+inline std::string addSquare(GltfText& text, const std::string& more = "")
+{
+    const int positions = text.addFloats(squarePositions, "VEC3");
+    return R"("attributes":{"POSITION":)" + number(positions) + more + R"(},"indices":)" +
+           number(text.addIndices(squareIndices));
+}
 }  // namespace support
