@@ -1,5 +1,6 @@
 #include "render/scene_renderer.h"
 #include "tests/support/run_command.h"
+#include "tests/viewer/showing.h"
 #include "viewer/commands.h"
 #include "viewer/failure.h"
 #include "viewer/pictures.h"
@@ -29,7 +30,7 @@ TEST_F(RenderAsViewed, TheCommandForAPictureDrawsIt)
     constexpr unsigned int height = 64;
     TW2::render::SceneRenderer renderer;
     const support::TemporaryDirectory folder;
-    for (const std::vector<const char*>& lines : std::vector<std::vector<const char*>>{
+    for (const std::vector<std::string>& lines : std::vector<std::vector<std::string>>{
              {"seek 0", "show axes on"},
              {"seek 0.5"},
              {"clip sprout_dance", "seek 0.3", "look left", "zoom 0.7", "show skeleton on"},
@@ -42,16 +43,8 @@ TEST_F(RenderAsViewed, TheCommandForAPictureDrawsIt)
              {"open " TW2_SAMPLE "/walker.script", "clip run", "seek 0.35"},
              {"open " TW2_SAMPLE "/walker.script", "clip wave", "seek 1", "look front"}})
     {
-        TW2::viewer::Viewer viewer;
-        viewer.open(TW2_SAMPLE "/sprout.script");
-        TW2::viewer::execute(viewer, "play off");
-        std::string all;
-        for (const char* line : lines)
-        {
-            TW2::viewer::execute(viewer, line);
-            all += std::string(line) + "; ";
-        }
-        viewer.update(0.0);
+        support::Showing viewer(lines);
+        const std::string all = testing::PrintToString(lines);
         const G_Image seen = TW2::viewer::takePicture(viewer, renderer, width, height);
         EXPECT_EQ(TW2::viewer::listWhatRenderLeavesOut(viewer), "") << all;
 
@@ -80,10 +73,7 @@ TEST_F(RenderAsViewed, ALoopIsWrittenOnceAndTheClockStandsWhereItStood)
 {
     TW2::render::SceneRenderer renderer;
     const support::TemporaryDirectory folder;
-    TW2::viewer::Viewer viewer;
-    viewer.open(TW2_SAMPLE "/sprout.script");
-    TW2::viewer::execute(viewer, "play off");
-    TW2::viewer::execute(viewer, "seek 0.7");
+    support::Showing viewer({"seek 0.7"});
     TW2::viewer::writeLoop(viewer, renderer, folder.file("loop.gif"), 48, 32, 10.0);
     EXPECT_EQ(viewer.getPlayback().getTime(), 0.7);
     // Each picture is announced by a control block that tells how long it stands, in hundredths of a second.

@@ -2,6 +2,7 @@
 
 #include "tests/support/object_files.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/viewer/showing.h"
 #include "viewer/render_command.h"
 #include "viewer/scene_lights.h"
 #include "viewer/viewer.h"
@@ -141,9 +142,7 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
     };
     for (const Case& each : cases)
     {
-        Viewer viewer;
-        viewer.open(TW2_SAMPLE "/sprout.script");
-        execute(viewer, "play off");
+        support::Showing viewer;
         const std::vector<std::string> before = describe(viewer);
         std::string lines;
         for (const char* line : each.m_vecLines)
@@ -165,10 +164,11 @@ TEST(Commands, WhatACommandForThePictureWouldLeaveOutIsTold)
 {
     struct Case
     {
-        std::vector<const char*> m_vecLines;
+        std::vector<std::string> m_vecLines;
         const char* m_szLeftOut;
     };
     for (const Case& each : std::vector<Case>{
+             {{}, ""},
              {{"blend 1 2 1"}, ""},
              {{"blend 2 2 1"}, "the third animation"},
              {{"blend 2 2 0"}, ""},
@@ -178,13 +178,7 @@ TEST(Commands, WhatACommandForThePictureWouldLeaveOutIsTold)
              {{"show names on", "show visibility off"}, "the names of the bones, what the visibility tracks hide"},
              {{"crowd 1", "mixer on"}, "what the mixer plays, the crowd"}})
     {
-        Viewer viewer;
-        viewer.open(TW2_SAMPLE "/sprout.script");
-        for (const char* line : each.m_vecLines)
-        {
-            execute(viewer, line);
-        }
-        EXPECT_EQ(listWhatRenderLeavesOut(viewer), each.m_szLeftOut);
+        EXPECT_EQ(listWhatRenderLeavesOut(support::Showing(each.m_vecLines)), each.m_szLeftOut);
     }
     EXPECT_EQ(makeRenderCommand(Viewer(), 10, 10), "") << "nothing is loaded";
 }
@@ -193,7 +187,7 @@ TEST(Commands, TheCommandForThePictureSaysWhatIsShown)
 {
     struct Case
     {
-        std::vector<const char*> m_vecLines;
+        std::vector<std::string> m_vecLines;
         const char* m_szPart;
         bool m_bThere;
     };
@@ -209,12 +203,7 @@ TEST(Commands, TheCommandForThePictureSaysWhatIsShown)
                                               {{}, " --file-lights", false},
                                               {{"bone 4"}, " --bone ", true}})
     {
-        Viewer viewer;
-        viewer.open((quoted / "sprout.script").string());
-        for (const char* line : each.m_vecLines)
-        {
-            execute(viewer, line);
-        }
+        const support::Showing viewer(each.m_vecLines, (quoted / "sprout.script").string());
         const std::string command = makeRenderCommand(viewer, 10, 10);
         EXPECT_EQ(command.find(each.m_szPart) != std::string::npos, each.m_bThere) << each.m_szPart << ": " << command;
     }

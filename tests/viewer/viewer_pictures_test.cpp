@@ -1,6 +1,7 @@
 #include "render/picture_target.h"
 #include "render/scene_renderer.h"
 #include "tests/support/with_driver.h"
+#include "tests/viewer/showing.h"
 #include "viewer/commands.h"
 #include "viewer/viewer.h"
 
@@ -54,17 +55,10 @@ TEST_F(ViewerPictures, EveryWayOfShowingChangesThePicture)
 {
     TW2::render::SceneRenderer renderer;
     const TW2::render::PictureTarget target(160, 120, 1);
-    const auto draw = [&](const std::vector<const char*>& lines)
+    const auto draw = [&](std::vector<std::string> lines)
     {
-        Viewer viewer;
-        viewer.open(TW2_SAMPLE "/sprout.script");
-        execute(viewer, "play off");
-        execute(viewer, "seek 0.5");
-        for (const char* line : lines)
-        {
-            execute(viewer, line);
-        }
-        viewer.update(0.0);
+        lines.insert(lines.begin(), "seek 0.5");
+        support::Showing viewer(lines);
         target.bind();
         viewer.draw(renderer, 160, 120);
         const G_Image image = target.read();

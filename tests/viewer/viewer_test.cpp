@@ -1,7 +1,10 @@
 #include "viewer/viewer.h"
 
+#include "render/bounds.h"
 #include "tests/motion/moving_files.h"
+#include "tests/support/expectations.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/viewer/showing.h"
 #include "viewer/commands.h"
 #include "viewer/extent.h"
 #include "viewer/failure.h"
@@ -23,7 +26,6 @@
 #include <chrono>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <set>
 
 namespace
@@ -38,7 +40,8 @@ using TW2::viewer::KeyCurves;
 using TW2::viewer::OrbitCamera;
 using TW2::viewer::Viewer;
 
-const std::string s_sample = TW2_SAMPLE "/sprout.script";
+using support::s_sprout;
+using support::Showing;
 
 TEST(OrbitCamera, ShowsEveryPointAndTurnsAroundTheMiddleOfThem)
 {
@@ -98,15 +101,10 @@ TEST(OrbitCamera, PansWithThePictureAndStopsBeforeThePoles)
 TEST(Viewer, ABrokenFileIsToldAndTheOldObjectPlaysOn)
 {
     const support::TemporaryDirectory folder;
-    Viewer viewer;
-    viewer.open(s_sample);
-    execute(viewer, "clip sprout_dance");
-    execute(viewer, "seek 0.5");
-    {
-        std::ofstream broken(folder.getPath() / "broken.script");
-        broken << "skeleton { geometry { exportdata \"nothing.tw\" } }";
-    }
-    EXPECT_THROW(viewer.open((folder.getPath() / "broken.script").string()), S_Exception);
+    Showing viewer({"clip sprout_dance", "seek 0.5", "play on"});
+    const std::string broken =
+        folder.write("broken.script", std::string_view("skeleton { geometry { exportdata \"nothing.tw\" } }"));
+    EXPECT_THROW(viewer.open(broken), S_Exception);
     ASSERT_NE(viewer.getObject(), nullptr);
     EXPECT_EQ(viewer.getPlayback().getMainAnimation(), 2);
     viewer.update(0.25);
@@ -117,12 +115,7 @@ TEST(FileWatch, LooksIntoTheFoldersBelowAndForgetsThoseOfOtherFiles)
 {
     const support::TemporaryDirectory folder;
     const auto write = [&folder](const char* name, const char* text)
-    {
-        const fs::path file = folder.getPath() / name;
-        fs::create_directories(file.parent_path());
-        std::ofstream(file) << text;
-        return file.string();
-    };
+    { return folder.write(name, std::string_view(text)); };
     const std::string script = write("one/a.script", "a");
     const std::string other = write("two/b.script", "b");
     write("one/textures/leaf", "green");
@@ -144,13 +137,8 @@ TEST(FileWatch, LooksIntoTheFoldersBelowAndForgetsThoseOfOtherFiles)
 TEST(Viewer, LoadsAChangedFileAgainAndKeepsWhatIsShown)
 {
     const support::TemporaryDirectory folder;
-    for (const fs::directory_entry& entry : fs::directory_iterator(TW2_SAMPLE))
-    {
-        fs::copy(entry.path(), folder.getPath() / entry.path().filename(), fs::copy_options::recursive);
-    }
-    const fs::path script = folder.getPath() / "sprout.script";
-    Viewer viewer;
-    viewer.open(script.string());
+    fs::copy(TW2_SAMPLE, folder.getPath(), fs::copy_options::recursive);
+    Showing viewer({}, folder.file("sprout.script"));
     FileWatch watch;
     const std::vector<std::string> files = viewer.getObject()->getFiles();
     for (const char* name : {"sprout.script", "sprout_skeleton.tw", "sprout_dance.tw", "sprout_skin.tw", "sprout.skd"})
@@ -158,11 +146,9 @@ TEST(Viewer, LoadsAChangedFileAgainAndKeepsWhatIsShown)
         EXPECT_TRUE(std::ranges::any_of(files, [name](const std::string& file) { return file.ends_with(name); }))
             << name;
     }
+    EXPECT_EQ(std::set<std::string>(files.begin(), files.end()).size(), files.size()) << "each once";
     watch.watch(files);
-    execute(viewer, "clip sprout_dance");
-    execute(viewer, "seek 0.5");
-    execute(viewer, "bone 4");
-    execute(viewer, "crowd 3");
+    viewer.run({"clip sprout_dance", "seek 0.5", "bone 4", "crowd 3"});
     EXPECT_FALSE(watch.hasChanged());
 
     fs::last_write_time(folder.getPath() / "sprout_dance.tw", fs::file_time_type::clock::now() + std::chrono::hours(1));
@@ -191,7 +177,7 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
     };
     Viewer viewer;
     EXPECT_THROW(execute(viewer, "clip walk"), Failure) << "nothing is loaded";
-    viewer.open(s_sample);
+    viewer.open(s_sprout);
     for (const Case& each :
          {Case{"dance", "no command \"dance\"; there are: open"}, Case{"clip", "it is: clip NAME"},
           Case{"clip walk", "sprout_dance"}, Case{"seek soon", "\"soon\" is not a number"},
@@ -201,15 +187,9 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
           Case{"seek 12x", "\"12x\" is not a number"}, Case{"seek nan", "not a number"},
           Case{"seek inf", "not a number"}, Case{"blend 1 2 -1", "0 or more"}})
     {
-        try
-        {
-            execute(viewer, each.m_szLine);
-            ADD_FAILURE() << each.m_szLine << " was taken";
-        }
-        catch (const Failure& failure)
-        {
-            EXPECT_NE(std::string(failure.what()).find(each.m_szSaid), std::string::npos) << failure.what();
-        }
+        EXPECT_NE(support::complaintOf<Failure>([&] { execute(viewer, each.m_szLine); }).find(each.m_szSaid),
+                  std::string::npos)
+            << each.m_szLine;
     }
 }
 
@@ -236,12 +216,11 @@ TEST(Viewer, EveryKeyDoesItsOneCommand)
 TEST(Viewer, SettingsBringBackWhatWasShown)
 {
     Viewer one;
-    execute(one, "show skeleton on");
-    execute(one, "show grid off");
-    execute(one, "surface normals");
-    execute(one, "wireframe over");
-    execute(one, "loop off");
-    execute(one, "speed -0.5");
+    for (const char* line :
+         {"show skeleton on", "show grid off", "surface normals", "wireframe over", "loop off", "speed -0.5"})
+    {
+        execute(one, line);
+    }
     Viewer two;
     for (const std::string& line : TW2::viewer::describeSettings(one))
     {
@@ -253,37 +232,20 @@ TEST(Viewer, SettingsBringBackWhatWasShown)
     EXPECT_EQ(two.getPlayback().getSpeed(), -0.5);
 }
 
-TEST(Viewer, ACrowdStandsApartAndIsPosedLaterAndLater)
+TEST(Viewer, ACrowdFillsASquareBehindTheObjectAndIsPosedLaterAndLater)
 {
-    Viewer viewer;
-    viewer.open(s_sample);
-    execute(viewer, "play off");
-    execute(viewer, "seek 0.3");
-    execute(viewer, "crowd 5");
-    viewer.update(0.0);
-    std::set<std::pair<float, float>> places{{0.0F, 0.0F}};
-    TW2::TW_VirtualObject& object = viewer.getObject()->getObject();
-    const auto first = object.getMesh(5)->getMatrix();
-    for (const auto& copy : viewer.getCrowd().getCopies())
+    Showing viewer({"seek 0"});
+    std::vector<M_Vector3Template<float>> points;
+    TW2::render::collectVertices(viewer.getObject()->getObject(), points);
+    TW2::render::Bounds bounds;
+    for (const auto& point : points)
     {
-        EXPECT_TRUE(places.insert({copy->getPosition().x, copy->getPosition().z}).second);
+        bounds.add(point);
     }
-    EXPECT_NE(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), first);
-    object.animateObject(1, static_cast<float>(0.3 + 0.137), nullptr);
-    EXPECT_EQ(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), object.getMesh(5)->getMatrix());
-}
-
-TEST(Viewer, ACrowdFillsASquareBehindTheObject)
-{
-    Viewer viewer;
-    viewer.open(s_sample);
-    execute(viewer, "crowd 24");
-    float spacing = 1e9F;
-    for (const auto& copy : viewer.getCrowd().getCopies())
-    {
-        const float aside = std::abs(copy->getPosition().x);
-        spacing = aside > 0.0F ? std::min(spacing, aside) : spacing;
-    }
+    // One and a fifth of the object's longer side on the ground, or of a quarter of its height.
+    const auto size = bounds.m_vMaximum - bounds.m_vMinimum;
+    const float spacing = 1.2F * std::max({size.x, size.z, 0.25F * size.y});
+    viewer.run({"crowd 24", "seek 0.3"});
     std::set<std::pair<long, long>> places{{0, 0}};
     for (const auto& copy : viewer.getCrowd().getCopies())
     {
@@ -297,19 +259,18 @@ TEST(Viewer, ACrowdFillsASquareBehindTheObject)
         places.insert({std::lround(column), std::lround(row)});
     }
     EXPECT_EQ(places.size(), 25U);
+    TW2::TW_VirtualObject& object = viewer.getObject()->getObject();
+    const auto first = object.getMesh(5)->getMatrix();
+    EXPECT_NE(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), first);
+    object.animateObject(1, static_cast<float>(0.3 + 0.137), nullptr);
+    EXPECT_EQ(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), object.getMesh(5)->getMatrix());
 }
 
 TEST(Viewer, ACrowdIsInThePictureAndBlendsAsTheObjectDoes)
 {
-    const auto pose = [](const std::vector<const char*>& lines)
+    const auto pose = [](const std::vector<std::string>& lines)
     {
-        Viewer viewer;
-        viewer.open(s_sample);
-        for (const char* line : lines)
-        {
-            execute(viewer, line);
-        }
-        viewer.update(0.0);
+        Showing viewer(lines);
         P_Camera camera;
         viewer.getCamera().apply(camera, 4.0F / 3.0F);
         const auto toPicture = M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix();
@@ -320,31 +281,21 @@ TEST(Viewer, ACrowdIsInThePictureAndBlendsAsTheObjectDoes)
         }
         return support::takePose(*viewer.getCrowd().getCopies().at(0));
     };
-    const auto before = pose({"play off", "seek 0.3", "blend 1 2", "crossmode linear", "crowd 24"});
-    const auto behind = pose({"play off", "seek 0.3", "blend 1 2", "crowd 24", "crossmode linear"});
+    const auto before = pose({"seek 0.3", "blend 1 2", "crossmode linear", "crowd 24"});
+    const auto behind = pose({"seek 0.3", "blend 1 2", "crowd 24", "crossmode linear"});
     EXPECT_TRUE(support::isSame(before, behind));
-    EXPECT_FALSE(support::isSame(before, pose({"play off", "seek 0.3", "blend 1 2", "crowd 24"})));
+    EXPECT_FALSE(support::isSame(before, pose({"seek 0.3", "blend 1 2", "crowd 24"})));
 }
 
 TEST(Viewer, OfBonesThatStandCloseTheNearestIsPickedAndNoneBehindTheEye)
 {
-    Viewer viewer;
-    viewer.open(s_sample, "skeleton");
-    for (const char* line : {"play off", "clip sprout_dance", "seek 0.4", "look left", "zoom 15"})
-    {
-        execute(viewer, line);
-    }
-    viewer.update(0.0);
+    Showing viewer({"clip sprout_dance", "seek 0.4", "look left", "zoom 15"}, s_sprout, "skeleton");
     for (const Viewer::Label& label : viewer.getLabels(400, 300))
     {
         viewer.pick(label.m_fX / 200.0F - 1.0F, 1.0F - label.m_fY / 150.0F);
         EXPECT_EQ(viewer.getPickedBone(), label.m_iBone);
     }
-    for (const char* line : {"clip sprout_rest", "look top"})
-    {
-        execute(viewer, line);
-    }
-    viewer.update(0.0);
+    viewer.run({"clip sprout_rest", "look top"});
     viewer.getCamera().m_fDistance *= 0.02F;  // into the middle of the stalk
     viewer.update(0.0);
     std::set<int> before;
@@ -366,13 +317,7 @@ TEST(Viewer, OfBonesThatStandCloseTheNearestIsPickedAndNoneBehindTheEye)
 
 TEST(Viewer, PicksWhereverTheObjectStandsInThePictureWhatIsVisible)
 {
-    Viewer viewer;
-    viewer.open(s_sample);
-    for (const char* line : {"play off", "clip sprout_rest", "look front", "pan 0.5 0"})
-    {
-        execute(viewer, line);
-    }
-    viewer.update(0.0);
+    Showing viewer({"clip sprout_rest", "look front", "pan 0.5 0"});
     const auto labels = viewer.getLabels(400, 300);
     const auto pickBetween = [&viewer, &labels](std::size_t bone)
     {
@@ -398,13 +343,7 @@ TEST(Viewer, PicksWhereverTheObjectStandsInThePictureWhatIsVisible)
 
 TEST(Viewer, PicksTheBoneWhoseNameStandsThere)
 {
-    Viewer viewer;
-    viewer.open(s_sample, "skeleton");
-    for (const char* line : {"play off", "clip sprout_dance", "seek 0.4", "look left"})
-    {
-        execute(viewer, line);
-    }
-    viewer.update(0.0);
+    Showing viewer({"clip sprout_dance", "seek 0.4", "look left"}, s_sprout, "skeleton");
     const auto labels = viewer.getLabels(400, 300);
     ASSERT_EQ(labels.size(), 8U);
     float farthest = 0.0F;
@@ -421,12 +360,7 @@ TEST(Viewer, PicksTheBoneWhoseNameStandsThere)
 
 TEST(Viewer, PicksTheBoneThatMovesWhatIsClicked)
 {
-    Viewer viewer;
-    viewer.open(s_sample);
-    execute(viewer, "play off");
-    execute(viewer, "clip sprout_rest");
-    execute(viewer, "look front");
-    viewer.update(0.0);
+    Showing viewer({"clip sprout_rest", "look front"});
     // From the front the stalk stands in the middle, its root at the bottom: bones follow upwards.
     int last = -1;
     int picked = 0;
@@ -448,8 +382,7 @@ TEST(Viewer, PicksTheBoneThatMovesWhatIsClicked)
 
 TEST(Viewer, CurvesAreWhatTheBonePlaysAndKnowItsKeys)
 {
-    Viewer viewer;
-    viewer.open(s_sample);
+    Showing viewer;
     const KeyCurves curves = TW2::viewer::sampleCurves(*viewer.getObject(), 3, 1);
     ASSERT_EQ(curves.m_aValues[0].size(), 61U);
     TW2::TW_VirtualObject& object = viewer.getObject()->getObject();
@@ -506,13 +439,51 @@ TEST(KeyCurves, AnglesMakeTheMatrixAgainAndDoNotJump)
     }
 }
 
+TEST(Extent, HasRoomForEveryPlaceThatBonesComeToInEveryClip)
+{
+    using Vector = M_Vector3Template<float>;
+    support::ObjectFiles files;
+    files.addMesh("bone");
+    const auto moveTo = [&files](int index, unsigned int frames, const Vector& middle, const Vector& end)
+    {
+        TW2::KeyframeAnimationChunk track = support::makeTrack("bone", 0.0f, frames, 30);
+        track.keys.assign(1, {0, support::Matrix()});
+        if (frames > 1)
+        {
+            track.keys.push_back({(frames - 1) / 2, support::Matrix::translation(middle)});
+            track.keys.push_back({frames - 1, support::Matrix::translation(end)});
+        }
+        files.addAnimation(index, {track});
+    };
+    moveTo(0, 1, {}, {});
+    moveTo(1, 3, {0, 4, 0}, {10, 0, 0});
+    moveTo(2, 231, {0, 0, 0}, {0, 0, -7});
+    TW2::viewer::LoadedObject object(files.writeScript());
+    P_Context context;
+    P_Scene scene(&context);
+    object.getObject().addTo(&scene);
+    const TW2::viewer::Extent extent(object.getScript(), scene, context);
+    const auto rest = extent.getRest();
+    for (const auto& [clips, down, up] : {std::tuple(std::vector<int>{}, Vector(), Vector()),
+                                          {{0}, Vector(), Vector()},
+                                          {{1}, Vector(), Vector{10, 4, 0}},
+                                          {{2}, Vector{0, 0, -7}, Vector()},
+                                          {{2, 1}, Vector{0, 0, -7}, Vector{10, 4, 0}},
+                                          {{9}, Vector(), Vector()}})
+    {
+        const auto room = extent.getRoom(clips);
+        EXPECT_LT((room.m_vMinimum - rest.m_vMinimum - down).length(), 1e-5F) << testing::PrintToString(clips);
+        EXPECT_LT((room.m_vMaximum - rest.m_vMaximum - up).length(), 1e-5F) << testing::PrintToString(clips);
+    }
+}
+
 /// Each thing that can be shown, in what the renderer is told.
 TEST(SceneView, TellsTheRendererWhatIsToBeShown)
 {
     using TW2::render::View;
     P_Context context;
     P_Scene scene(&context);
-    TW2::viewer::LoadedObject object(s_sample);
+    TW2::viewer::LoadedObject object(s_sprout);
     object.getObject().addTo(&scene);
     const TW2::viewer::Extent extent(object.getScript(), scene, context);
     TW2::viewer::Shown shown =
