@@ -3,6 +3,7 @@
 #include "convert/box.h"
 #include "convert/precision.h"
 #include "convert/unique_names.h"
+#include "convert/warnings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,6 +14,9 @@ namespace TW2::convert
 {
 namespace
 {
+constexpr std::size_t mostTried = 48;  // of a mesh's bones, where each is held against all others
+constexpr double visible = 0.01;       // of a mesh's size: how far apart poses are that one tells apart
+
 class Builder
 {
 public:
@@ -25,12 +29,17 @@ public:
         choosePlaces();
         m_skeleton.m_vecMeshToSkin.resize(m_model.m_vecMeshes.size());
         m_skeleton.m_vecBones.resize(m_model.m_vecMeshes.size());
+        Warnings poses;
         for (std::size_t i = 0; i < m_model.m_vecMeshes.size(); ++i)
         {
             if (!m_model.m_vecMeshes[i].m_vecBones.empty())
             {
-                m_skeleton.m_vecMeshToSkin[i] = bind(i);
+                m_skeleton.m_vecMeshToSkin[i] = bind(i, poses);
             }
+        }
+        for (std::string& line : poses.makeLines())
+        {
+            warnings.push_back(std::move(line));
         }
         place();
         for (std::size_t i = 0; i < m_model.m_vecMeshes.size(); ++i)
@@ -86,13 +95,10 @@ private:
     }
 
     /// Settles where a mesh's bones stand, and where the mesh stands then.
-    Matrixd bind(std::size_t meshIndex)
+    Matrixd bind(std::size_t meshIndex, Warnings& warnings)
     {
         const Mesh& mesh = m_model.m_vecMeshes[meshIndex];
-        const auto settled = std::find_if(mesh.m_vecBones.begin(), mesh.m_vecBones.end(),
-                                          [this](const Bone& bone) { return known(bone.m_iNode).has_value(); });
-        const Matrixd place =
-            settled == mesh.m_vecBones.end() ? m_vecPlaces[meshIndex] : settled->m_offset * *known(settled->m_iNode);
+        const Matrixd place = fitToKnown(meshIndex);
         const double size = measure(mesh, place);
         for (const Bone& bone : mesh.m_vecBones)
         {
@@ -101,10 +107,51 @@ private:
             {
                 known(bone.m_iNode) = world;
             }
+            const Matrixd& settled = *known(bone.m_iNode);
+            if (!isSame(settled, world, size, visible))
+            {
+                warnings.addLeftOut("mesh \"" + mesh.m_strName + "\"",
+                                    "the pose at rest of the other meshes on its bones: it stands as it was bound");
+            }
             m_skeleton.m_vecBones[meshIndex].push_back(
-                isSame(*known(bone.m_iNode), world, size) ? bone.m_iNode : findCompanion(bone.m_iNode, world, size));
+                isSame(settled, world, size) ? bone.m_iNode : findCompanion(bone.m_iNode, world, size));
         }
         return place;
+    }
+
+    /// Where a mesh stands: as most of its bones want it that meshes before it have settled. Where most do not agree,
+    /// the mesh was bound in another pose and stands where it would alone.
+    [[nodiscard]] Matrixd fitToKnown(std::size_t meshIndex)
+    {
+        const Mesh& mesh = m_model.m_vecMeshes[meshIndex];
+        std::vector<const Bone*> settled;
+        for (const Bone& bone : mesh.m_vecBones)
+        {
+            if (known(bone.m_iNode))
+            {
+                settled.push_back(&bone);
+            }
+        }
+        Matrixd best = m_vecPlaces[meshIndex];
+        auto most = static_cast<std::ptrdiff_t>(settled.size() / 2);
+        for (std::size_t i = 0; i < settled.size(); i += settled.size() / mostTried + 1)
+        {
+            const Matrixd place = settled[i]->m_offset * *known(settled[i]->m_iNode);
+            const double size = measure(mesh, place);
+            const auto agree = std::ranges::count_if(
+                settled, [&](const Bone* bone)
+                { return isSame(*known(bone->m_iNode), bone->m_offset.inverse() * place, size); });
+            if (agree > most)
+            {
+                most = agree;
+                best = place;
+            }
+            if (agree == static_cast<std::ptrdiff_t>(settled.size()))
+            {
+                break;
+            }
+        }
+        return best;
     }
 
     /// Chooses where each skin stands when it is bound: if that is near enough to the file's rest pose, all of them by
@@ -181,7 +228,6 @@ private:
     [[nodiscard]] Matrixd choosePlace(std::size_t meshIndex)
     {
         const Mesh& mesh = m_model.m_vecMeshes[meshIndex];
-        constexpr std::size_t mostTried = 48;
         const std::size_t stride = mesh.m_vecBones.size() / mostTried + 1;
         const int holder = m_skeleton.m_vecHolders[meshIndex];
         std::vector<Matrixd> candidates;
@@ -253,9 +299,8 @@ private:
     }
 
     /// Whether two places of a bone of a mesh of this size can be taken for one.
-    static bool isSame(const Matrixd& a, const Matrixd& b, double size)
+    static bool isSame(const Matrixd& a, const Matrixd& b, double size, double allowed = 2e-4)
     {
-        constexpr double allowed = 2e-4;
         for (int row = 0; row < 3; ++row)
         {
             if ((a.getRow(row) - b.getRow(row)).length() > allowed * a.getRow(row).length())

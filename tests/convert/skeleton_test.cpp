@@ -100,20 +100,38 @@ TEST(Skeleton, SkinsThatWereModelledBesideEachOtherStandAsTheyWereModelled)
 
 TEST(Skeleton, BoneThatTwoMeshesBoundDifferentlyGetsOneCompanion)
 {
-    Model model = makeChain(2);
-    for (int mesh = 0; mesh < 4; ++mesh)
+    Model model = makeChain(3);
+    const Matrixd turned = turnZ(40.0) * move(1, 0, 0);
+    model.m_vecMeshes.push_back(makeSkin({{0, Matrixd()}, {1, move(1, 0, 0).inverse()}, {2, move(2, 0, 0).inverse()}}));
+    for (int mesh = 1; mesh < 4; ++mesh)
     {
-        // The first as the file stands; the others with the second bone turned.
-        const Matrixd second = mesh == 0 ? move(1, 0, 0) : turnZ(40.0) * move(1, 0, 0);
-        model.m_vecMeshes.push_back(makeSkin({{0, Matrixd()}, {1, second.inverse()}}));
+        // With the second bone turned, which comes first here.
+        model.m_vecMeshes.push_back(makeSkin({{1, turned.inverse()}, {0, Matrixd()}, {2, move(2, 0, 0).inverse()}}));
+    }
+    // With all of them turned about themselves: none is where the first mesh has it.
+    model.m_vecMeshes.push_back(
+        makeSkin({{2, (turnZ(20.0) * move(2, 0, 0)).inverse()}, {1, turned.inverse()}, {0, turnZ(-10.0).inverse()}}));
+    for (const char* name : {"body", "left", "right", "hat", "coat"})
+    {
+        const int mesh = static_cast<int>(model.m_vecNodes[0].m_vecMeshes.size());
+        model.m_vecMeshes[static_cast<std::size_t>(mesh)].m_strName = name;
         model.m_vecNodes[0].m_vecMeshes.push_back(mesh);
     }
-    const Skeleton skeleton = makeQuietly(model);
-    ASSERT_EQ(skeleton.m_vecJoints.size(), 3U) << "the three meshes share it";
-    EXPECT_EQ(skeleton.m_vecJoints[2].m_iParent, 1);
-    EXPECT_LT(largestDifference(skeleton.m_vecJoints[2].m_world, turnZ(40.0) * move(1, 0, 0)), 1e-9);
-    EXPECT_THAT(skeleton.m_vecBones, testing::ElementsAre(testing::ElementsAre(0, 1), testing::ElementsAre(0, 2),
-                                                          testing::ElementsAre(0, 2), testing::ElementsAre(0, 2)));
+    std::vector<std::string> warnings;
+    const Skeleton skeleton = makeSkeleton(model, warnings);
+    EXPECT_THAT(warnings, testing::ElementsAre(testing::AllOf(
+                              testing::HasSubstr("mesh \"left\", mesh \"right\", mesh \"hat\", mesh \"coat\""),
+                              testing::HasSubstr("it stands as it was bound"))));
+    for (const Matrixd& place : skeleton.m_vecMeshToSkin)
+    {
+        EXPECT_LT(largestDifference(place, Matrixd()), 1e-9) << "beside the others, whatever one bone says";
+    }
+    ASSERT_EQ(skeleton.m_vecJoints.size(), 6U) << "meshes share them";
+    EXPECT_EQ(skeleton.m_vecJoints[3].m_iParent, 1);
+    EXPECT_LT(largestDifference(skeleton.m_vecJoints[3].m_world, turned), 1e-9);
+    EXPECT_THAT(skeleton.m_vecBones, testing::ElementsAre(testing::ElementsAre(0, 1, 2), testing::ElementsAre(3, 0, 2),
+                                                          testing::ElementsAre(3, 0, 2), testing::ElementsAre(3, 0, 2),
+                                                          testing::ElementsAre(4, 3, 5)));
 }
 
 TEST(Skeleton, WhatHangsOnBonesGoesWithThemIntoTheBindPose)
