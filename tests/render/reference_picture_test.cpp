@@ -213,7 +213,7 @@ private:
         reference::Square expected;
         P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
         std::array<std::optional<M_Matrix4Template<float>>, 2> matrices;
-        switch (pick(6))
+        switch (m_iSquares++ % 6)
         {
             case 0:
                 makeReadyMade(material, expected);
@@ -268,17 +268,23 @@ private:
             {number(-1.0F, 1.0F) - 0.5F * world.m[0][0], number(-1.0F, 1.0F) - 0.5F * world.m[1][1], z});
         const bool skinned = chance(0.3);
         P_VertexFormat format;
-        format.constructFromOldVertexFormat(0x72U | (skinned ? 2U << P_VertexFormat::boneCountShift : 0U));
+        constexpr unsigned int colored = 0x40U;
+        const bool hasAlpha = chance(0.7);
+        format.constructFromOldVertexFormat(0x32U | (hasAlpha ? colored : 0U) |
+                                            (skinned ? 2U << P_VertexFormat::boneCountShift : 0U));
         P_TriangleMesh& mesh =
             skinned ? *object.createSkinMesh(0, &material, format) : *object.createTriangleMesh(0, &material, format);
         fill(mesh, false);
         mesh.lock();
-        const auto alpha = static_cast<float>(pick(256));
+        const auto alpha = static_cast<float>(hasAlpha ? pick(256) : 255);
         expected.m_dVertexAlpha = static_cast<double>(alpha) / 255.0;
         const float share = number(0.1F, 0.9F);
         for (unsigned int vertex = 0; vertex < 4; ++vertex)
         {
-            mesh.getVertexBuffer().setColorAlpha(vertex, alpha);
+            if (hasAlpha)
+            {
+                mesh.getVertexBuffer().setColorAlpha(vertex, alpha);
+            }
             mesh.getVertexBuffer().setTextureCoordinate(vertex, 1, static_cast<float>(vertex % 2),
                                                         1.0F - static_cast<float>(vertex / 2));
             for (unsigned int slot = 0; slot < 2 && skinned; ++slot)
@@ -322,15 +328,20 @@ private:
 
     void makeReadyMade(P_Material& material, reference::Square& expected)
     {
-        const bool environment = chance(0.4);
+        constexpr P_Material::FILTER_MODE point = P_Material::FILTER_MODE::Point;
+        const int kind = m_iReadyMade++ % 5;  // environment, plain, transparent with and without shading
+        const bool environment = kind == 0;
+        const bool shaded = kind < 4;
         const bool blended = chance(0.5);
-        ASSERT_TRUE(environment ? P_MaterialHelpers::makeTextureEnv(&material, P_Material::FILTER_MODE::Point)
-                                : P_MaterialHelpers::makeTextureTransparent(&material, P_Material::FILTER_MODE::Point,
-                                                                            blended, false, true));
-        expected.m_eJoin = environment ? Join::Environment : Join::Doubled;
+        ASSERT_TRUE(environment ? P_MaterialHelpers::makeTextureEnv(&material, point)
+                    : kind == 1 ? P_MaterialHelpers::makeTexture(&material, point)
+                                : P_MaterialHelpers::makeTextureTransparent(&material, point, blended, false, shaded));
+        expected.m_eJoin = environment ? Join::Environment : shaded ? Join::Doubled : Join::Layers;
         for (unsigned int i = 0; i < (environment ? 2U : 1U); ++i)
         {
-            material.setTexture(i, &addTexture(expected.m_vecLayers.emplace_back().m_texture, i == 1));
+            Layer& layer = expected.m_vecLayers.emplace_back();
+            layer.m_eBlending = blended && !shaded ? Blending::TextureAlpha : Blending::Opaque;
+            material.setTexture(i, &addTexture(layer.m_texture, i == 1));
         }
         material.setEmissiveColor(color(expected.m_emissive, 60));
     }
@@ -461,6 +472,8 @@ private:
     }
 
     std::mt19937 m_random;
+    int m_iSquares = 0;
+    int m_iReadyMade = 0;
     reference::Scene m_reference;
     std::vector<std::unique_ptr<P_Light>> m_lights;
     std::deque<std::array<Matrix, 2>> m_bones;

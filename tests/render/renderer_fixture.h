@@ -57,6 +57,15 @@ protected:
         m_view.m_ambientSky = m_view.m_ambientGround = G_FColor(255.0F, 255.0F, 255.0F);
     }
 
+    /// A light that comes straight down shines with this.
+    static Matrix makeDown()
+    {
+        Matrix down;
+        down.setRow(1, {0.0F, 0.0F, 1.0F});
+        down.setRow(2, {0.0F, -1.0F, 0.0F});
+        return down;
+    }
+
     /// Adds a square of one unit with its corner at (x, y), facing the camera or, with `turned`, away from it.
     P_VirtualObject& addSquare(float x, float y, P_Material* material, bool turned = false, float z = 0.0F)
     {

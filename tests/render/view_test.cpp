@@ -90,44 +90,32 @@ TEST_P(ViewOptions, ShowWhatThePickedBoneMoves)
 
 TEST_P(ViewOptions, DrawTrianglesAsLines)
 {
-    addSquare(-1.0F, -1.0F, &addColor({255.0F, 0.0F, 0.0F}))
-        .setMatrix(
-            []
-            {
-                Matrix large;
-                large.m[0][0] = large.m[1][1] = 2.0F;
-                large.setTranslation({-1.0F, -1.0F, 0.0F});
-                return large;
-            }());
+    Matrix large;
+    large.m[0][0] = large.m[1][1] = 2.0F;
+    large.setTranslation({-1.0F, -1.0F, 0.0F});
+    addSquare(-1.0F, -1.0F, &addColor({255.0F, 0.0F, 0.0F})).setMatrix(large);
     m_view.m_wireColor = G_FColor(0.0F, 255.0F, 0.0F);
     m_view.m_eWireframe = View::Wireframe::Only;
-    const auto count = [](const G_Image& picture, const std::array<int, 3>& color)
+    // How many pixels of a row, or of a column, have about a colour: either meets two sides and the diagonal.
+    const auto countAlong = [](const G_Image& picture, const std::array<int, 3>& color, bool down)
     {
         int found = 0;
-        for (int x = 0; x < 64; ++x)
+        for (int i = 0; i < 64; ++i)
         {
-            // A row through the upper half: it meets the left side, the diagonal and the right side.
-            const std::array<int, 3> is = at(picture, -2.0F + static_cast<float>(x) / 16.0F + 0.01F, 0.5F);
+            const float along = -2.0F + static_cast<float>(i) / 16.0F + 0.01F;
+            const std::array<int, 3> is = down ? at(picture, -0.5F, along) : at(picture, along, 0.5F);
             found += std::abs(is[0] - color[0]) + std::abs(is[1] - color[1]) + std::abs(is[2] - color[2]) < 60 ? 1 : 0;
         }
         return found;
     };
+    const auto count = [&](const G_Image& picture, const std::array<int, 3>& color)
+    { return countAlong(picture, color, false); };
+    const auto countDown = [&](const G_Image& picture) { return countAlong(picture, background, true); };
     const G_Image only = draw();
     EXPECT_EQ(count(only, red), 0);
     EXPECT_GE(count(only, background), 54);
     EXPECT_LE(count(only, background), 61) << "two sides and the diagonal";
     EXPECT_EQ(at(only, -0.5F, -0.5F), background) << "the diagonal runs from the upper left to the lower right";
-    const auto countDown = [](const G_Image& picture)
-    {
-        int found = 0;
-        for (int y = 0; y < 64; ++y)
-        {
-            // A column that meets the lower side, the diagonal and the upper side.
-            const std::array<int, 3> is = at(picture, -0.5F, -2.0F + static_cast<float>(y) / 16.0F + 0.01F);
-            found += std::abs(is[1] - background[1]) + std::abs(is[2] - background[2]) < 60 ? 1 : 0;
-        }
-        return found;
-    };
     const int between = countDown(only);
     EXPECT_LE(between, 61);
     P_TriangleMesh& mesh = *m_objects[0]->getPrimitive(0);
@@ -163,10 +151,7 @@ TEST_P(ViewOptions, ThrowAShadowOnTheGround)
     plate.setTranslation(stage + Vector{-0.5F, 1.0F, -0.5F});
     addSquare(0.0F, 0.0F, &color).setMatrix(plate);
     P_DirectionalLight sun;
-    Matrix down;
-    down.setRow(1, {0.0F, 0.0F, 1.0F});
-    down.setRow(2, {0.0F, -1.0F, 0.0F});
-    sun.setMatrix(down);
+    sun.setMatrix(makeDown());
     sun.addTo(&m_scene);
     m_camera.lookAt(stage + Vector{0.0F, 2.0F, -6.0F}, stage, {0.0F, 1.0F, 0.0F});
     m_view.m_topColor = m_view.m_bottomColor = G_FColor(200.0F, 200.0F, 200.0F);
@@ -215,7 +200,7 @@ TEST_P(ViewOptions, ThrowAShadowOnTheGround)
     const auto [behindX, behindY] = project({0.0F, 0.0F, 10.0F});
     EXPECT_EQ(at(evening, underX, underY), ground);
     EXPECT_EQ(at(evening, behindX, behindY), ground) << "nor does it begin";
-    sun.setMatrix(down);
+    sun.setMatrix(makeDown());
     sun.enable(false);
     EXPECT_EQ(at(draw(), underX, underY), ground) << "no light, no shadow";
 }
