@@ -194,6 +194,22 @@ std::vector<unsigned char> makeHollowPNG(unsigned int width, unsigned int height
     return bytes;
 }
 
+std::vector<int> readGIFDelays(const std::string& bytes)
+{
+    // Each picture is announced by a control block; others of its kind belong to extensions.
+    std::vector<int> delays;
+    for (std::size_t at = bytes.find("\x21\xF9\x04"); at != std::string::npos && at + 7 < bytes.size();
+         at = bytes.find("\x21\xF9\x04", at + 1))
+    {
+        if (bytes[at + 7] == 0)
+        {
+            delays.push_back(static_cast<unsigned char>(bytes[at + 4]) +
+                             256 * static_cast<unsigned char>(bytes[at + 5]));
+        }
+    }
+    return delays;
+}
+
 std::string writePicture(const TemporaryDirectory& directory, const std::string& name, const Pixel& pixel)
 {
     return directory.write(name, makePlainPicture(2, 2, pixel).encodePNG());

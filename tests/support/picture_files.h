@@ -45,6 +45,9 @@ enum class HollowPNG
 [[nodiscard]] std::vector<unsigned char> makeHollowPNG(unsigned int width, unsigned int height, std::size_t raw,
                                                        HollowPNG colors = HollowPNG::Colors);
 
+/// How long each picture of a GIF stands, in hundredths of a second.
+[[nodiscard]] std::vector<int> readGIFDelays(const std::string& bytes);
+
 /// Writes a 2 x 2 PNG of one colour and returns its full name.
 std::string writePicture(const TemporaryDirectory& directory, const std::string& name, const Pixel& pixel);
 }  // namespace support

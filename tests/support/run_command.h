@@ -10,6 +10,14 @@
 
 namespace support
 {
+using Strings = std::vector<std::string>;
+
+inline Strings operator+(Strings a, const Strings& b)
+{
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
 /// What a run of a program left.
 struct CommandResult
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/gltf_character.h"
+#include "tests/support/run_command.h"
 
 #include <tw2/object/object_animation.h>
 
@@ -15,15 +16,7 @@
 
 namespace support
 {
-using Strings = std::vector<std::string>;
-
 constexpr double s_pi = 3.14159265358979323846;
-
-inline Strings operator+(Strings a, const Strings& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
 
 /// An object of a converted script, whose files lie beside it.
 inline std::unique_ptr<TW2::TW_ObjectAnimation> load(const std::string& script, const char* block)

@@ -331,26 +331,6 @@ TEST(ConvertedSurfaces, NameWhatTheyAreSeenWithout)
     EXPECT_THAT(errors, testing::HasSubstr("material \"shown\": texture \"nowhere.png\" is left out: was not found"));
 }
 
-TEST(ConvertedSurfaces, FindTheirPicturesByStemAndInFoldersGiven)
-{
-    GltfText text;
-    const int positions = text.addFloats(support::squarePositions, "VEC3");
-    text.set("meshes", R"([{"primitives":[{"material":0,"attributes":{"POSITION":)" + number(positions) +
-                           R"(},"indices":)" + number(text.addIndices(support::squareIndices)) + "}]}]");
-    text.set("nodes", R"([{"mesh":0}])");
-    text.set("images", R"([{"uri":"C:\\art\\Skin.psd"}])");
-    text.set("textures", R"([{"source":0}])");
-    text.set("materials", R"([{"pbrMetallicRoughness":{"metallicFactor":0,"baseColorTexture":{"index":0}}}])");
-    const support::TemporaryDirectory directory;
-    const std::string model = directory.write("model/square.gltf", text.make());
-    support::writePicture(directory, "elsewhere/skin.png", {9, 9, 9, 255});
-    const std::vector<std::string> command{"convert", model, "-o", directory.file("out")};
-    EXPECT_THAT(runTW2(command).errors, testing::HasSubstr("was not found"));
-    std::vector<std::string> given = command;
-    given.insert(given.end(), {"--textures", directory.file("elsewhere")});
-    EXPECT_EQ(runTW2(given).errors, "");
-    EXPECT_TRUE(std::filesystem::exists(directory.file("out/textures/skin.png")));
-}
 }  // namespace
 #endif
 #endif

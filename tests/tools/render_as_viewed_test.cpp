@@ -1,4 +1,5 @@
 #include "render/scene_renderer.h"
+#include "tests/support/picture_files.h"
 #include "tests/support/run_command.h"
 #include "tests/viewer/showing.h"
 #include "viewer/commands.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <numeric>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -76,16 +78,8 @@ TEST_F(RenderAsViewed, ALoopIsWrittenOnceAndTheClockStandsWhereItStood)
     support::Showing viewer({"seek 0.7"});
     TW2::viewer::writeLoop(viewer, renderer, folder.file("loop.gif"), 48, 32, 10.0);
     EXPECT_EQ(viewer.getPlayback().getTime(), 0.7);
-    // Each picture is announced by a control block that tells how long it stands, in hundredths of a second.
-    const std::string bytes = folder.read("loop.gif");
-    int shown = 0;
-    for (std::size_t at = bytes.find("\x21\xF9\x04"); at != std::string::npos && at + 7 < bytes.size();
-         at = bytes.find("\x21\xF9\x04", at + 1))
-    {
-        const auto delay = static_cast<unsigned char>(bytes[at + 4]) + 256 * static_cast<unsigned char>(bytes[at + 5]);
-        shown += bytes[at + 7] == 0 ? delay : 0;
-    }
-    EXPECT_EQ(shown, 200) << "sway repeats after two seconds";
+    const std::vector<int> delays = support::readGIFDelays(folder.read("loop.gif"));
+    EXPECT_EQ(std::accumulate(delays.begin(), delays.end(), 0), 200) << "sway repeats after two seconds";
     TW2::viewer::writeLoop(viewer, renderer, folder.file("loop.webp"), 48, 32, 10.0);
     EXPECT_EQ(folder.read("loop.webp").substr(8, 4), "WEBP");
     TW2::viewer::execute(viewer, "clip sprout_rest");

@@ -1,3 +1,4 @@
+#include "tests/support/picture_files.h"
 #include "tests/support/run_command.h"
 #include "tests/support/temporary_directory.h"
 
@@ -13,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,8 @@ namespace
 {
 using support::CommandResult;
 using support::runTW2;
+using support::Strings;
+using support::operator+;
 
 const std::string s_sample = TW2_SAMPLE "/sprout.script";
 
@@ -36,18 +40,15 @@ protected:
         }
     }
 
-    static CommandResult render(const std::vector<std::string>& how, const std::string& script = s_sample)
+    static CommandResult render(const Strings& how, const std::string& script = s_sample)
     {
-        std::vector<std::string> arguments{"render", script, "--size", "48x32"};
-        arguments.insert(arguments.end(), how.begin(), how.end());
-        return runTW2(arguments);
+        return runTW2(Strings{"render", script, "--size", "48x32"} + how);
     }
 
     /// The picture that such arguments give.
-    G_Image draw(std::vector<std::string> how, const std::string& script = s_sample)
+    G_Image draw(const Strings& how, const std::string& script = s_sample)
     {
-        how.insert(how.end(), {"--png", file("drawn.png")});
-        const CommandResult result = render(how, script);
+        const CommandResult result = render(how + Strings{"--png", file("drawn.png")}, script);
         EXPECT_EQ(result.status, 0) << result.errors;
         return G_Image(file("drawn.png").c_str());
     }
@@ -55,7 +56,7 @@ protected:
     [[nodiscard]] std::string file(const std::string& name) const { return m_directory.file(name); }
     [[nodiscard]] bool exists(const std::string& name) const { return std::filesystem::exists(file(name)); }
 
-    static bool isRefused(const std::vector<std::string>& how, const std::string& reason)
+    static bool isRefused(const Strings& how, const std::string& reason)
     {
         const CommandResult result = render(how);
         return result.status == 1 && result.errors.find(reason) != std::string::npos &&
@@ -104,10 +105,9 @@ TEST_F(RenderCommand, WritesEveryKindOfPicture)
 
 TEST_F(RenderCommand, FadesEndInTheSecondAnimation)
 {
-    const auto fade = [this](std::vector<std::string> how)
+    const auto fade = [this](const Strings& how)
     {
-        how.insert(how.end(), {"--eye", "0", "4", "-20", "--time", "0.3", "--no-grid", "--no-shadow"});
-        draw(how);
+        draw(how + Strings{"--eye", "0", "4", "-20", "--time", "0.3", "--no-grid", "--no-shadow"});
         return m_directory.read("drawn.png");
     };
     EXPECT_EQ(fade({"--blend", "sway:dance", "--weight", "1"}), fade({"--animation", "dance"}));
@@ -134,22 +134,13 @@ TEST_F(RenderCommand, ALoopIsShownOnceWithoutItsFirstPictureAgain)
     EXPECT_FALSE(exists("b5.png"));
     // The pictures of a loop share its time evenly, whatever was asked for: 4/3 seconds by 19 pictures.
     ASSERT_EQ(render({"--animation", "dance", "--fps", "14", "-o", file("dance.gif")}).status, 0);
-    const std::string gif = m_directory.read("dance.gif");
-    int hundredths = 0;
-    for (std::size_t at = gif.find("\x21\xF9\x04"); at != std::string::npos; at = gif.find("\x21\xF9\x04", at + 1))
-    {
-        hundredths += gif[at + 7] == 0 ? static_cast<unsigned char>(gif[at + 4]) : 0;
-    }
-    EXPECT_EQ(hundredths, 133);
+    const std::vector<int> delays = support::readGIFDelays(m_directory.read("dance.gif"));
+    EXPECT_EQ(std::accumulate(delays.begin(), delays.end(), 0), 133);
     // On a sheet they stand for equal parts of the loop: the second one of two for its middle.
-    const std::vector<std::string> fixed{"--animation", "dance", "--eye", "0", "4",         "-20",
-                                         "--target",    "0",     "4",     "0", "--no-grid", "--no-shadow"};
-    std::vector<std::string> sheet = fixed;
-    sheet.insert(sheet.end(), {"--sheet", file("two.png"), "--sheet-pictures", "2", "--columns", "2"});
-    ASSERT_EQ(render(sheet).status, 0);
-    std::vector<std::string> middle = fixed;
-    middle.insert(middle.end(), {"--time", "0.6666667"});
-    const G_Image expected = draw(middle);
+    const Strings fixed{"--animation", "dance", "--eye", "0", "4",         "-20",
+                        "--target",    "0",     "4",     "0", "--no-grid", "--no-shadow"};
+    ASSERT_EQ(render(fixed + Strings{"--sheet", file("two.png"), "--sheet-pictures", "2", "--columns", "2"}).status, 0);
+    const G_Image expected = draw(fixed + Strings{"--time", "0.6666667"});
     const G_Image both(file("two.png").c_str());
     unsigned int different = 0;
     for (unsigned int y = 0; y < 32; ++y)
@@ -191,13 +182,11 @@ TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
 
 TEST_F(RenderCommand, ShowsSurfacesAndBackgroundAsAsked)
 {
-    const std::vector<std::string> plain{"--no-grid", "--no-shadow", "--time", "0"};
+    const Strings plain{"--no-grid", "--no-shadow", "--time", "0"};
     const G_Image usual = draw(plain);
     for (const char* option : {"--wireframe", "--normals", "--unlit", "--skeleton", "--no-lights"})
     {
-        std::vector<std::string> how = plain;
-        how.emplace_back(option);
-        EXPECT_GT(countDifferent(usual, draw(how)), 10U) << option;
+        EXPECT_GT(countDifferent(usual, draw(plain + Strings{option})), 10U) << option;
     }
     EXPECT_GT(countDifferent(usual, draw({"--no-grid", "--time", "0"})), 5U) << "the shadow";
     EXPECT_GT(countDifferent(usual, draw({"--no-shadow", "--time", "0"})), 20U) << "the grid";
@@ -220,18 +209,16 @@ TEST_F(RenderCommand, GoesAroundWhatStandsStill)
     // The sprout in its rest pose is round; the ground's grid, which is not drawn from the same side, tells the turn.
     EXPECT_GT(countDifferent(G_Image(file("t0.png").c_str()), G_Image(file("t1.png").c_str())), 20U);
     // The object turns to the left: as if the camera went to the right, a quarter with each picture.
-    std::vector<std::string> axes{"--animation", "0", "--axes", "--no-mesh", "--no-grid", "--no-shadow"};
-    std::vector<std::string> turning = axes;
-    turning.insert(turning.end(), {"--turntable", "--fps", "1", "-o", file("a#.png")});
-    ASSERT_EQ(render(turning).status, 0);
-    axes.insert(axes.end(), {"--time", "0", "--azimuth", ""});
+    const Strings axes{"--animation", "0", "--axes", "--no-mesh", "--no-grid", "--no-shadow"};
+    ASSERT_EQ(render(axes + Strings{"--turntable", "--fps", "1", "-o", file("a#.png")}).status, 0);
+    const auto from = [&](int degrees) {
+        return draw(axes + Strings{"--time", "0", "--azimuth", std::to_string(degrees)});
+    };
     for (int quarter = 0; quarter < 4; ++quarter)
     {
         const G_Image turned(file("a" + std::to_string(quarter) + ".png").c_str());
-        axes.back() = std::to_string(35 - 90 * quarter);
-        EXPECT_LE(countDifferent(turned, draw(axes)), 6U) << quarter;
-        axes.back() = std::to_string(35 + 90 * (quarter + 1));
-        EXPECT_GT(countDifferent(turned, draw(axes)), 15U) << quarter;
+        EXPECT_LE(countDifferent(turned, from(35 - 90 * quarter)), 6U) << quarter;
+        EXPECT_GT(countDifferent(turned, from(35 + 90 * (quarter + 1))), 15U) << quarter;
     }
 }
 
@@ -265,14 +252,9 @@ TEST_F(RenderCommand, LooksThroughACameraOfTheFiles)
     const G_Image expected =
         draw({"--eye", "1", "4", "-20", "--target", "1", "4", "0", "--angle", std::to_string(vertical), "--time", "0"});
     EXPECT_EQ(countDifferent(draw({"--camera", "front", "--time", "0"}, script), expected), 0U);
-    const std::vector<std::string> rest{"--animation", "0", "--time", "0", "--no-grid", "--no-shadow", "--camera"};
-    const auto through = [&](const std::string& name, const std::vector<std::string>& more = {})
-    {
-        std::vector<std::string> how = rest;
-        how.push_back(name);
-        how.insert(how.end(), more.begin(), more.end());
-        return draw(how, script);
-    };
+    const Strings rest{"--animation", "0", "--time", "0", "--no-grid", "--no-shadow", "--camera"};
+    const auto through = [&](const std::string& name, const Strings& more = {})
+    { return draw(rest + Strings{name} + more, script); };
     EXPECT_LT(countDifferent(through("rider"), through("front")), 4U);
     EXPECT_GT(countDifferent(through("rider"), through("rider", {"--no-mesh"})), 20U);
     EXPECT_EQ(countDifferent(through("far"), through("far", {"--no-mesh"})), 0U) << "nearer than it sees";

@@ -1,4 +1,9 @@
+#include "render/scene_renderer.h"
+#include "tests/support/picture_files.h"
 #include "tests/support/run_command.h"
+#include "tests/support/with_driver.h"
+#include "tests/viewer/showing.h"
+#include "viewer/pictures.h"
 
 #include <platform/image/image.h>
 #include <platform/runtime/file.h>
@@ -6,9 +11,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -38,17 +46,10 @@ protected:
 
     std::vector<unsigned char> look(const std::vector<std::string>& lines, const std::string& file = s_sample)
     {
-        std::vector<std::string> arguments{"view",
-                                           file,
-                                           "--no-settings",
-                                           "--size",
-                                           "640x480",
-                                           "--pictures",
-                                           "3",
-                                           "--seconds-per-picture",
-                                           "0.05",
-                                           "--window-picture",
-                                           m_folder.file("w.png")};
+        std::vector<std::string> arguments{"view", file, "--no-settings", "--size", "640x480", "--pictures", "3"};
+        const std::vector<std::string> more{"--seconds-per-picture", "0.05", "--window-picture",
+                                            m_folder.file("w.png")};
+        arguments.insert(arguments.end(), more.begin(), more.end());
         for (const std::string& line : lines)
         {
             arguments.insert(arguments.end(), {"--do", line});
@@ -95,16 +96,7 @@ TEST_F(ViewCommand, WritesHowItHasLookedAndWaitsBetweenCommands)
                          "--seconds-per-picture", "0.1", "--window-picture", m_folder.file("w.gif")},
                         s_display);
     ASSERT_EQ(result.status, 0) << result.errors;
-    std::ifstream file(m_folder.file("w.gif"), std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    EXPECT_EQ(bytes.substr(0, 6), "GIF89a");
-    // Each picture is announced by a control block that tells how long it stands: a tenth of a second.
-    std::size_t pictures = 0;
-    for (std::size_t at = bytes.find("\x21\xF9\x04"); at != std::string::npos; at = bytes.find("\x21\xF9\x04", at + 1))
-    {
-        pictures += bytes[at + 4] == 10 && bytes[at + 5] == 0 ? 1 : 0;
-    }
-    EXPECT_EQ(pictures, 4U);
+    EXPECT_EQ(support::readGIFDelays(m_folder.read("w.gif")), std::vector<int>(4, 10)) << "a tenth of a second each";
 }
 
 TEST_F(ViewCommand, RemembersWhatWasShownUnlessItIsToldNotTo)
@@ -124,32 +116,99 @@ TEST_F(ViewCommand, RemembersWhatWasShownUnlessItIsToldNotTo)
     EXPECT_NE(run({"--no-settings", "--do", "show skeleton off"}).find("show skeleton on"), std::string::npos);
 }
 
-TEST_F(ViewCommand, KeysDoWhatTheHelpSays)
+/// Each thing that a hand can do before the window, and what it does to the viewer.
+class ViewInput : public support::WithDriver
 {
-    if (!hasProgram("xdotool"))
+protected:
+    struct Step
     {
-        GTEST_SKIP() << "xdotool was not found";
-    }
-    const auto shown = [this](const std::string& keys)
-    {
-        const std::string before = s_display +
-                                   "timeout 60 "
-                                   "sh -c '\"$@\" & "
-                                   "xdotool search --sync --onlyvisible --name \"tw2 view\" windowfocus; sleep 1; "
-                                   "for key in " +
-                                   keys + "; do xdotool key $key; sleep 0.3; done; xdotool key ctrl+q; wait $!' sh ";
-        const support::CommandResult result =
-            support::runTW2({"view", s_sample, "--no-settings", "--size", "640x480", "--do", "play off",
-                             "--window-picture", m_folder.file("w.png")},
-                            before);
-        EXPECT_EQ(result.status, 0) << result.errors;
-        return readPicture();
+        std::vector<const char*> m_vecHand;  ///< xdotool's words; the window has drawn a picture before the next
+        std::function<void(TW2::viewer::Viewer&, float)> m_do;  ///< with the height of the picture
     };
-    const auto plain = shown("Escape");
-    EXPECT_TRUE(shown("s") != plain) << "S: skeleton";
-    EXPECT_TRUE(shown("s s") == plain) << "S again: as before";
-    EXPECT_TRUE(shown("Right") != plain) << "Right: one frame on";
-    EXPECT_TRUE(shown("h") != plain) << "H: panels";
+    static auto line(const char* text)
+    {
+        return [text](TW2::viewer::Viewer& viewer, float) { TW2::viewer::execute(viewer, text); };
+    }
+};
+
+TEST_F(ViewInput, MouseAndKeysDoWhatTheirCommandsDo)
+{
+    if (!hasProgram("Xvfb") || !hasProgram("xdotool"))
+    {
+        GTEST_SKIP() << "Xvfb or xdotool was not found";
+    }
+    const auto pan = [](TW2::viewer::Viewer& viewer, float height)
+    { viewer.getCamera().pan(-20.0F / height, -30.0F / height); };
+    const auto zoom = [](float steps)
+    { return [steps](TW2::viewer::Viewer& viewer, float) { viewer.getCamera().zoom(std::pow(0.88F, steps)); }; };
+    const std::vector<Step> steps{
+        {{"key h"}, {}},
+        {{"key s"}, line("show skeleton")},
+        {{"key S"}, line("show skeleton")},
+        {{"key w"}, line("wire")},
+        {{"key Right", "key Right"}, line("step 2")},
+        {{"key Left"}, line("back")},
+        {{"key n"}, line("next")},
+        {{"key Right"}, line("step 1")},
+        {{"key Home"}, line("seek 0")},
+        {{"key space", "key Right", "key Home", "key Right"}, line("step 1")},
+        {{"mousemove 300 200", "mousedown 1", "mousemove 340 220", "mouseup 1"},
+         [](TW2::viewer::Viewer& viewer, float height)
+         { viewer.getCamera().orbit(-40.0F / height * 250.0F, 20.0F / height * 250.0F); }},
+        {{"mousemove 300 200", "mousedown 3", "mousemove 320 170", "mouseup 3"}, pan},
+        {{"mousemove 300 200", "mousedown 2", "mousemove 320 170", "mouseup 2"}, pan},
+        {{"mousemove 300 200", "keydown shift", "mousedown 1", "mousemove 320 170", "mouseup 1", "keyup shift"}, pan},
+        {{"click 4"}, zoom(1.0F)},
+        {{"click 5", "click 5"}, zoom(-2.0F)},
+        {{"key f"}, line("frame")},
+        // In the middle of the picture, which has the menu above it.
+        {{"mousemove 320 230", "mousedown 1", "mouseup 1"},
+         [](TW2::viewer::Viewer& viewer, float height) { viewer.pick(0.0F, 1.0F - 2.0F * (230.0F - 20.0F) / height); }},
+        {{"mousemove 30 60", "mousedown 1", "mouseup 1"}, line("bone none")},
+        {{"key F1"}, {}},  // which no picture of the object shows
+        {{"key F1"}, {}},
+    };
+    const support::TemporaryDirectory folder;
+    std::string hand = "cd '" + folder.getPath().string() +
+                       "'; picture() { for i in 1 2; do xdotool key F2; n=$((n + 1)); " +
+                       "until [ -s sprout-$n.png ]; do sleep 0.02; done; done; }; n=1; " +
+                       "xdotool search --sync --onlyvisible --name \"tw2 view\" windowfocus; xdotool key F2; " +
+                       "until [ -s sprout.png ]; do sleep 0.1; done; ";
+    std::vector<int> last{1};  // picture of each step
+    for (const Step& step : steps)
+    {
+        // Letters count after the keys of a picture: the second of two shows what they did.
+        last.push_back(last.back() + 2 * static_cast<int>(step.m_vecHand.size()));
+        for (const char* words : step.m_vecHand)
+        {
+            hand += std::string("xdotool ") + words + "; picture; ";
+        }
+    }
+    const support::CommandResult result = support::runTW2(
+        {"view", s_sample, "--no-settings", "--size", "640x480", "--do", "play off"},
+        s_display + "timeout 100 sh -c 'cd \"" + folder.getPath().string() + "\"; \"$@\" & " +
+            std::regex_replace(hand, std::regex("'"), "\"") +
+            "xdotool key F3; until [ -s sprout.gif ]; do sleep 0.1; done; xdotool key ctrl+q; wait $!' sh ");
+    ASSERT_EQ(result.status, 0) << result.errors;
+    TW2::render::SceneRenderer renderer;
+    support::Showing viewer;
+    for (std::size_t i = 0; i < steps.size(); ++i)
+    {
+        const G_Image seen(folder.file("sprout-" + std::to_string(last[i + 1]) + ".png").c_str());
+        ASSERT_EQ(seen.getWidth(), 640U) << "the panels are hidden";
+        if (steps[i].m_do)
+        {
+            steps[i].m_do(viewer, static_cast<float>(seen.getHeight()));
+        }
+        viewer.update(0.0);
+        const G_Image expected = TW2::viewer::takePicture(viewer, renderer, 640, seen.getHeight());
+        int different = 0;
+        for (std::size_t byte = 0; byte < seen.getSize(); ++byte)
+        {
+            different += std::abs(seen.getPixels()[byte] - expected.getPixels()[byte]) > 24 ? 1 : 0;
+        }
+        EXPECT_LT(different, 200) << testing::PrintToString(steps[i].m_vecHand);
+    }
 }
 
 TEST_F(ViewCommand, SaysWhyAFileCannotBeShownAndThatThereIsNoDisplay)
