@@ -517,7 +517,10 @@ private:
         }
         for (const TW_VertexAnimationLODs& object : m_skinned)
         {
-            require(object.isConstructed() == (object.getSkeleton() != nullptr), "constructed levels have a skeleton");
+            // A host may take the first level, which holds the skeleton, apart.
+            const TW_VertexAnimation* const first = object.isConstructed() ? object.getLODObject(0) : nullptr;
+            require((first && first->isConstructed()) == (object.getSkeleton() != nullptr),
+                    "constructed levels have a skeleton");
         }
     }
 
