@@ -33,6 +33,14 @@ public:
 
     void values(auto&... values) { (m_body >> ... >> values); }
     void color(auto& color) { values(color.red, color.green, color.blue, color.alpha); }
+    /// A colour of four bytes in the same order, which becomes 0xAARRGGBB.
+    void packedColor(unsigned int& color)
+    {
+        unsigned char bytes[4];
+        values(bytes[0], bytes[1], bytes[2], bytes[3]);
+        color = static_cast<unsigned int>(bytes[3]) << 24 |
+                static_cast<unsigned int>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]);
+    }
     /// A value that nobody uses.
     template <typename T>
     void unused()
@@ -99,6 +107,11 @@ public:
 
     void values(const auto&... values) { (m_writer << ... << values); }
     void color(const auto& color) { values(color.red, color.green, color.blue, color.alpha); }
+    void packedColor(unsigned int color)
+    {
+        const auto byte = [color](int shift) { return static_cast<unsigned char>(color >> shift); };
+        values(byte(16), byte(8), byte(0), byte(24));
+    }
     template <typename T>
     void unused()
     {
@@ -145,5 +158,11 @@ S_MemoryFileWriter& writeRecord(S_MemoryFileWriter& writer, unsigned int id, uns
     ChunkWriter values(writer);
     describe(values, record);
     return writer;
+}
+
+/// Empties lists and texts, which keep their storage for the next record.
+inline void clearAll(auto&... lists) noexcept
+{
+    (lists.clear(), ...);
 }
 }  // namespace TW2

@@ -42,17 +42,12 @@ LegacyMeshSmoothingLists::LegacyMeshSmoothingLists()
     masks.reserve(usualVertices);
 }
 
-void buildLegacyMeshLists()
+LegacyMeshLists& getLegacyMeshLists()
 {
     if (!s_pLists)
     {
         s_pLists.reset(new LegacyMeshLists);
     }
-}
-
-LegacyMeshLists& getLegacyMeshLists()
-{
-    buildLegacyMeshLists();
     return *s_pLists;
 }
 

@@ -27,7 +27,6 @@ struct LegacyMeshLists : S_Allocated
     std::array<S_Vector<M_Vector3Template<float>>, 10> channelCoordinates;  ///< per converted channel, by vertex
     std::size_t channelCount = 0;                                           ///< channels converted so far
     S_Vector<unsigned char> hasCoordinate;                                  ///< per vertex, in the channel at hand
-    S_Vector<unsigned int> copyTable;                                       ///< hash table of the copies of the channel
 
     S_Vector<unsigned int> materialStarts;     ///< per material its first entry in `materialPolygons`, and the end
     S_Vector<unsigned int> materialPolygons;   ///< polygons, material by material
@@ -70,8 +69,6 @@ struct LegacyMeshSmoothingLists : S_Allocated
 /// The sets live from mesh to mesh. They are made when they are needed and go on request or with the library.
 /// @{
 
-/// Makes the first set unless it is there.
-void buildLegacyMeshLists();
 /// The sets, made when they are not there.
 LegacyMeshLists& getLegacyMeshLists();
 LegacyMeshSmoothingLists& getLegacyMeshSmoothingLists();

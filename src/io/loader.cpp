@@ -73,13 +73,6 @@ void handCamera(S_MemoryFile& file, TW_CameraCallback* callback)
     }
 }
 
-void handUnread(S_MemoryFile& file, TW_UnknownChunkCallback* callback)
-{
-    if (callback)
-    {
-        (*callback)(file);
-    }
-}
 }  // namespace
 
 /// A walk over the file in memory. Before a callback of it loads, the walk's file is put aside; it comes back when the
@@ -254,7 +247,10 @@ void TW_Loader::dispatch(unsigned int id)
         case CHUNK_SPOT_LIGHT_ANIMATION:
             return hand<SpotLightAnimationChunk>(file, sm_pLightCallback);
         default:
-            return handUnread(file, sm_pUnknownChunkCallback);
+            if (sm_pUnknownChunkCallback)
+            {
+                (*sm_pUnknownChunkCallback)(file);
+            }
     }
 }
 

@@ -3,7 +3,6 @@
 #include "io/legacy_mesh_work_lists.h"
 #include "io/mesh_faults.h"
 
-#include <tw2/core/exceptions.h>
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/mesh_chunk.h>
 
@@ -21,42 +20,34 @@ constexpr unsigned int versionGroups = 2;
 constexpr auto describeInstance = [](auto& chunk, auto& name) { chunk.values(name); };
 
 /// Channels past the last slot are left out.
-void readChannel(S_MemoryFile& file, MeshChunk& mesh)
+S_MemoryFile& readChannel(S_MemoryFile& file, MeshChunk& mesh)
 {
     const auto slot = std::find(mesh.channelUsed.begin(), mesh.channelUsed.end(), false);
-    if (slot != mesh.channelUsed.end())
-    {
-        file >> mesh.editChannel(static_cast<std::size_t>(slot - mesh.channelUsed.begin()));
-    }
+    return slot == mesh.channelUsed.end()
+               ? file
+               : file >> mesh.editChannel(static_cast<std::size_t>(slot - mesh.channelUsed.begin()));
 }
 
-void readPart(S_MemoryFile& file, unsigned int id, MeshChunk& mesh)
+S_MemoryFile& readPart(S_MemoryFile& file, unsigned int id, MeshChunk& mesh)
 {
     switch (id)
     {
         case CHUNK_NODE:
-            file >> static_cast<NodeChunk&>(mesh);
-            break;
+            return file >> static_cast<NodeChunk&>(mesh);
         case CHUNK_MESH_VERTICES:
-            file >> mesh.editVertices();
-            break;
+            return file >> mesh.editVertices();
         case CHUNK_MESH_FACES:
-            file >> mesh.editFaces();
-            break;
+            return file >> mesh.editFaces();
         case CHUNK_MESH_SMOOTHING_GROUPS:
-            file >> mesh.editSmoothingGroups();
-            break;
+            return file >> mesh.editSmoothingGroups();
         case CHUNK_MESH_MATERIALS:
-            file >> mesh.editMaterials();
-            break;
+            return file >> mesh.editMaterials();
         case CHUNK_TEXTURE_CHANNEL:
-            readChannel(file, mesh);
-            break;
+            return readChannel(file, mesh);
         case CHUNK_MESH_INSTANCE:
-            readRecord(file, CHUNK_MESH_INSTANCE, mesh.editInstanceName(), describeInstance);
-            break;
+            return readRecord(file, CHUNK_MESH_INSTANCE, mesh.editInstanceName(), describeInstance);
         default:
-            break;
+            return file;
     }
 }
 
@@ -96,38 +87,22 @@ S_String findSlotFault(const MeshChunk& mesh)
 
 void requireWritable(const MeshChunk& mesh)
 {
-    S_String fault = mesh.hasVertices ? findFault(mesh.vertices) : S_String();
-    if (fault.empty() && mesh.hasFaces)
+    requireSound(mesh, "written", mesh.hasVertices ? findFault(mesh.vertices) : S_String());
+    requireSound(mesh, "written", mesh.hasFaces ? findFault(mesh.faces) : S_String());
+    requireSound(mesh, "written", findSlotFault(mesh));
+    for (std::size_t slot = 0; slot < mesh.channels.size() && mesh.channelUsed[slot]; ++slot)
     {
-        fault = findFault(mesh.faces);
+        requireSound(mesh, "written", findFault(mesh.channels[slot]));
     }
-    if (fault.empty())
-    {
-        fault = findSlotFault(mesh);
-    }
-    for (std::size_t slot = 0; fault.empty() && slot < mesh.channels.size() && mesh.channelUsed[slot]; ++slot)
-    {
-        fault = findFault(mesh.channels[slot]);
-    }
-    if (fault.empty() && mesh.hasVertices && mesh.hasFaces && !isInGroups(mesh))
-    {
-        fault = "vertices with normals and faces with indices";
-    }
-    if (fault.empty())
-    {
-        fault = findFault(mesh);
-    }
-    if (!fault.empty())
-    {
-        throw TW_Exception_InvalidGeometry(
-            S_STR("Mesh \"%s\" cannot be written, expected %s", mesh.name.c_str(), fault.c_str()));
-    }
+    const bool isOldLayout = mesh.hasVertices && mesh.hasFaces && !isInGroups(mesh);
+    requireSound(mesh, "written", isOldLayout ? "vertices with normals and faces with indices" : "");
+    requireSound(mesh, "written", findFault(mesh));
 }
 }  // namespace
 
 MeshChunk::MeshChunk() : channelUsed(channelSlots, false), channels(channelSlots)
 {
-    buildLegacyMeshLists();
+    getLegacyMeshLists();  // those that conversions begin with are there from the first record on
 }
 
 void MeshChunk::reset()
@@ -179,24 +154,19 @@ S_MemoryFile& operator>>(S_MemoryFile& file, MeshChunk& mesh)
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const MeshChunk& mesh)
 {
     requireWritable(mesh);
+    const auto writePart = [&writer](bool isThere, const auto& part)
+    {
+        if (isThere)
+        {
+            writer << part;
+        }
+    };
     const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_MESH, versionGroups);
     writer << static_cast<const NodeChunk&>(mesh);
-    if (mesh.hasMaterials)
-    {
-        writer << mesh.materials;
-    }
-    if (mesh.hasVertices)
-    {
-        writer << mesh.vertices;
-    }
-    if (mesh.hasFaces)
-    {
-        writer << mesh.faces;
-    }
-    if (mesh.hasSmoothingGroups)
-    {
-        writer << mesh.smoothingGroups;
-    }
+    writePart(mesh.hasMaterials, mesh.materials);
+    writePart(mesh.hasVertices, mesh.vertices);
+    writePart(mesh.hasFaces, mesh.faces);
+    writePart(mesh.hasSmoothingGroups, mesh.smoothingGroups);
     for (std::size_t slot = 0; slot < mesh.channels.size() && mesh.channelUsed[slot]; ++slot)
     {
         writer << mesh.channels[slot];

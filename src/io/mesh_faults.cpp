@@ -1,5 +1,7 @@
 #include "io/mesh_faults.h"
 
+#include <tw2/core/exceptions.h>
+
 #include <platform/runtime/memory_file.h>
 #include <platform/runtime/str.h>
 
@@ -179,10 +181,7 @@ S_String findFault(const MeshChunk& mesh)
         return {};
     }
     S_String fault = findGroupFault(mesh);
-    if (fault.empty())
-    {
-        fault = findIndexFault(mesh);
-    }
+    fault = fault.empty() ? findIndexFault(mesh) : fault;
     for (std::size_t slot = 0; fault.empty() && slot < mesh.channels.size(); ++slot)
     {
         fault = findChannelFault(mesh, slot);
@@ -202,6 +201,15 @@ S_String findLegacyFault(const MeshChunk& mesh)
         fault = findLegacyChannelFault(mesh, slot);
     }
     return fault;
+}
+
+void requireSound(const MeshChunk& mesh, const char* done, const S_String& fault)
+{
+    if (!fault.empty())
+    {
+        throw TW_Exception_InvalidGeometry(
+            S_STR("Mesh \"%s\" cannot be %s, expected %s", mesh.name.c_str(), done, fault.c_str()));
+    }
 }
 
 void requireFit(const S_MemoryFile& file, const S_String& fault)

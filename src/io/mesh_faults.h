@@ -19,6 +19,8 @@ S_String findFault(const MeshChunk& mesh);
 S_String findLegacyFault(const MeshChunk& mesh);
 /// @}
 
+/// Throws TW_Exception_InvalidGeometry unless the fault is empty; the mesh cannot be `done` then.
+void requireSound(const MeshChunk& mesh, const char* done, const S_String& fault);
 /// A fault in what a file holds is an error at the place where the file stands.
 void requireFit(const S_MemoryFile& file, const S_String& fault);
 }  // namespace TW2

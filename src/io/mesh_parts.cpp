@@ -156,36 +156,25 @@ void requireWritable(const Part& part)
 
 void MeshVertexChunk::reset() noexcept
 {
-    positions.clear();
+    clearAll(positions, normals, groupOffsets, groupCounts, vertexMap);
     hasNormals = true;
-    normals.clear();
-    groupOffsets.clear();
-    groupCounts.clear();
-    vertexMap.clear();
 }
 
 void MeshFaceChunk::reset() noexcept
 {
-    polygons.clear();
+    clearAll(polygons, groupCounts, groupOffsets, indices);
     hasIndices = true;
-    groupCounts.clear();
-    groupOffsets.clear();
-    indices.clear();
 }
 
 void MeshMaterialChunk::reset() noexcept
 {
-    names.clear();
-    faceMaterials.clear();
+    clearAll(names, faceMaterials);
 }
 
 void TextureChannelChunk::reset() noexcept
 {
-    coordinates.clear();
-    polygons.clear();
+    clearAll(coordinates, polygons, groupOffsets, groupCounts);
     channel = 0;
-    groupOffsets.clear();
-    groupCounts.clear();
 }
 
 S_MemoryFile& operator>>(S_MemoryFile& file, MeshVertexChunk& vertices)

@@ -53,28 +53,11 @@ constexpr auto describeLight = [](auto& chunk, auto& light)
     }
 };
 
-// Where the components, in the file's order red, green, blue, alpha, stand in a colour value.
-constexpr int componentShifts[] = {16, 8, 0, 24};
-
-void readColor(S_MemoryFile& file, unsigned int& color)
+constexpr auto describeEnvironment = [](auto& chunk, auto& environment)
 {
-    unsigned int result = 0;
-    for (const int shift : componentShifts)
-    {
-        unsigned char component = 0;
-        file >> component;
-        result |= static_cast<unsigned int>(component) << shift;
-    }
-    color = result;
-}
-
-void writeColor(S_MemoryFileWriter& writer, unsigned int color)
-{
-    for (const int shift : componentShifts)
-    {
-        writer << static_cast<unsigned char>(color >> shift);
-    }
-}
+    chunk.packedColor(environment.firstColor);
+    chunk.packedColor(environment.secondColor);
+};
 }  // namespace
 
 S_MemoryFile& operator>>(S_MemoryFile& file, NodeChunk& node)
@@ -139,18 +122,11 @@ S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const SpotLightChunk&
 
 S_MemoryFile& operator>>(S_MemoryFile& file, EnvironmentChunk& environment)
 {
-    S_MemoryFile::Chunk chunk;
-    file.openChunk(chunk, CHUNK_ENVIRONMENT);
-    readColor(chunk.getMemoryFile(), environment.firstColor);
-    readColor(chunk.getMemoryFile(), environment.secondColor);
-    return file;
+    return readRecord(file, CHUNK_ENVIRONMENT, environment, describeEnvironment);
 }
 
 S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const EnvironmentChunk& environment)
 {
-    const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_ENVIRONMENT, 0);
-    writeColor(writer, environment.firstColor);
-    writeColor(writer, environment.secondColor);
-    return writer;
+    return writeRecord(writer, CHUNK_ENVIRONMENT, 0, environment, describeEnvironment);
 }
 }  // namespace TW2

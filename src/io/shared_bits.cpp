@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <functional>
 #include <utility>
 
 namespace TW2
@@ -81,37 +82,30 @@ SharedBitCounter::Mask SharedBitCounter::findBest(std::span<Mask> masks, std::sp
 
 void SharedBitCounter::makeRows(std::span<const unsigned int> block)
 {
-    m_vecRows.assign(maskBytes * rowsPerByte * rowWords, 0);
+    m_vecRows.assign(maskBytes, {});
     for (std::size_t i = 0; i < block.size(); ++i)
     {
         for (unsigned int left = block[i]; left != 0; left &= left - 1)
         {
             const std::size_t bit = static_cast<std::size_t>(std::countr_zero(left));
-            getRow(bit / 8, std::size_t(1) << bit % 8)[i / 64] |= std::uint64_t(1) << i % 64;
+            m_vecRows[bit / 8][std::size_t(1) << bit % 8][i / 64] |= std::uint64_t(1) << i % 64;
         }
     }
-    for (std::size_t byte = 0; byte < maskBytes; ++byte)
+    for (auto& rows : m_vecRows)
     {
         for (std::size_t value = 1; value < rowsPerByte; ++value)
         {
-            const std::uint64_t* rest = getRow(byte, value & (value - 1));
-            const std::uint64_t* lowest = getRow(byte, value & ~(value - 1));
-            std::uint64_t* row = getRow(byte, value);
-            for (std::size_t word = 0; word < rowWords; ++word)
-            {
-                row[word] = rest[word] | lowest[word];
-            }
+            const Row& rest = rows[value & (value - 1)];
+            const Row& lowest = rows[value & ~(value - 1)];
+            std::transform(rest.begin(), rest.end(), lowest.begin(), rows[value].begin(), std::bit_or<>());
         }
     }
 }
 
 unsigned int SharedBitCounter::countRows(unsigned int mask) const
 {
-    const std::uint64_t* rows[maskBytes];
-    for (std::size_t byte = 0; byte < maskBytes; ++byte)
-    {
-        rows[byte] = getRow(byte, mask >> 8 * byte & 0xFF);
-    }
+    const auto rowOf = [&](std::size_t byte) { return m_vecRows[byte][mask >> 8 * byte & 0xFF].data(); };
+    const std::uint64_t* const rows[maskBytes] = {rowOf(0), rowOf(1), rowOf(2), rowOf(3)};
     std::uint64_t sums = 0;  // eight sums of at most 8 bits for each of the 16 words
     for (std::size_t word = 0; word < rowWords; ++word)
     {

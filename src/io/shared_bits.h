@@ -2,6 +2,7 @@
 
 #include <platform/runtime/allocator.h>
 
+#include <array>
 #include <cstdint>
 #include <span>
 
@@ -35,15 +36,10 @@ private:
 
     void makeRows(std::span<const unsigned int> block);
     [[nodiscard]] unsigned int countRows(unsigned int mask) const;
-    [[nodiscard]] std::uint64_t* getRow(std::size_t byte, std::size_t value)
-    {
-        return m_vecRows.data() + (byte * rowsPerByte + value) * rowWords;
-    }
-    [[nodiscard]] const std::uint64_t* getRow(std::size_t byte, std::size_t value) const
-    {
-        return m_vecRows.data() + (byte * rowsPerByte + value) * rowWords;
-    }
 
-    S_Vector<std::uint64_t> m_vecRows;
+    using Row = std::array<std::uint64_t, rowWords>;
+
+    /// For each byte of a mask the row of each of its values.
+    S_Vector<std::array<Row, rowsPerByte>> m_vecRows;
 };
 }  // namespace TW2

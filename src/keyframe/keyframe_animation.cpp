@@ -206,19 +206,9 @@ void TW_KeyframeAnimation::destruct() noexcept
     tracksChanged();
 }
 
-void TW_KeyframeAnimation::animate(Matrix& matrix, float time) const
-{
-    animateFrame(matrix, static_cast<float>(m_iFrameRate) * time);
-}
-
 void TW_KeyframeAnimation::animateFrame(Matrix& matrix, float frame) const
 {
     m_iLastFrame = animateFrameWithLastFrame(matrix, frame, m_iLastFrame);
-}
-
-int TW_KeyframeAnimation::animateWithLastFrame(Matrix& matrix, float time, int lastFrame) const
-{
-    return animateFrameWithLastFrame(matrix, static_cast<float>(m_iFrameRate) * time, lastFrame);
 }
 
 int TW_KeyframeAnimation::animateFrameWithLastFrame(Matrix& matrix, float frame, int lastFrame) const
@@ -228,11 +218,6 @@ int TW_KeyframeAnimation::animateFrameWithLastFrame(Matrix& matrix, float frame,
     const KeyPair keys = findKeys(position, track.m_pFrames, track.m_iKeyCount, lastFrame);
     evaluateTrack(matrix, track, keys, position.m_fFrame);
     return keys.m_iUpper;
-}
-
-float TW_KeyframeAnimation::getVisibility(float time) const
-{
-    return getVisibilityFrame(static_cast<float>(m_iFrameRate) * time);
 }
 
 float TW_KeyframeAnimation::getVisibilityFrame(float frame) const
@@ -288,16 +273,6 @@ void TW_KeyframeAnimation::dump() const
 {
     Sys.verbose("Keyframe animation for object: \"%s\"\n", m_strAnimationTargetName.c_str());
     Sys.verbose("Frame rate: %i\n", m_iFrameRate);
-}
-
-int TW_KeyframeAnimation::increaseDataReferenceCount() const noexcept
-{
-    return m_pSharedData ? ++m_pSharedData->m_iDataReferenceCount : 0;
-}
-
-int TW_KeyframeAnimation::decreaseDataReferenceCount() const noexcept
-{
-    return m_pSharedData ? --m_pSharedData->m_iDataReferenceCount : 0;
 }
 
 int TW_KeyframeAnimation::getDataReferenceCount() const noexcept

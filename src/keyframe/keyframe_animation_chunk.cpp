@@ -63,14 +63,10 @@ S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const AnimationHeader
 void KeyframeAnimationChunk::clear() noexcept
 {
     header.reset();
-    keys.clear();
-    totalFrameCount = 0;
-    loopToFrame = 0;
-    loopInterpolation = false;
-    objectName.clear();
-    visibilityKeys.clear();
+    clearAll(keys, objectName, visibilityKeys);
+    totalFrameCount = loopToFrame = 0;
+    loopInterpolation = keepScale = false;
     interpolationMode = 0;
-    keepScale = false;
 }
 
 S_MemoryFile& operator>>(S_MemoryFile& file, KeyframeAnimationChunk& record)

@@ -24,13 +24,9 @@ void LinearlyOptimizedContainer<T>::destruct() noexcept
     {
         return;
     }
-    m_bConstructed = false;
-    m_bLooping = false;
-    m_bLoopInterpolation = false;
-    m_uLoopToFrame = 0;
-    m_fLastLowerKey = 0.0F;
-    m_fLastUpperKey = 0.0F;
-    m_uTotalFrameCount = 0;
+    m_bConstructed = m_bLooping = m_bLoopInterpolation = false;
+    m_uLoopToFrame = m_uTotalFrameCount = 0;
+    m_fLastLowerKey = m_fLastUpperKey = 0.0F;
     S_Vector<std::int16_t>().swap(m_vecFrames);
     Values().swap(m_vecValues);
 }

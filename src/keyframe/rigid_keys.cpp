@@ -2,16 +2,12 @@
 
 #include <tw2/keyframe/rigid_keys.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
 namespace TW2
 {
-TW_RigidKeys::~TW_RigidKeys()
-{
-    clear();
-}
-
 TW_KeyframeMatrix TW_RigidKeys::operator[](std::size_t i) const noexcept
 {
     return m_pPacked ? m_pPacked->getKey(m_uiLane, i) : m_vecOwn[i];
@@ -47,10 +43,7 @@ void TW_RigidKeys::swap(TW_RigidKeys& other) noexcept
 S_Vector<TW_KeyframeMatrix> TW_RigidKeys::toVector() const
 {
     S_Vector<TW_KeyframeMatrix> keys(size());
-    for (std::size_t i = 0; i < keys.size(); ++i)
-    {
-        keys[i] = (*this)[i];
-    }
+    std::copy(begin(), end(), keys.begin());
     return keys;
 }
 

@@ -19,16 +19,6 @@ namespace TW2
 {
 namespace
 {
-const G_FColor& valueOf(const ColorKey& key)
-{
-    return key.color;
-}
-
-float valueOf(const FloatKey& key)
-{
-    return key.value;
-}
-
 /// The value of a track at a frame; false, and nothing changes, without keys. `hint` becomes that of the next look-up.
 template <typename T>
 bool readValue(const LinearlyOptimizedContainer<T>* track, T& value, float frame, int& hint)
@@ -41,13 +31,13 @@ bool readValue(const LinearlyOptimizedContainer<T>* track, T& value, float frame
     return true;
 }
 
-/// A new track of a record's keys.
+/// A new track of a record's keys, each with the member `value`.
 template <typename T, typename Key, typename Record>
-void create(LinearlyOptimizedContainer<T>*& track, const S_Vector<Key>& keys, const Record& record)
+void create(LinearlyOptimizedContainer<T>*& track, const S_Vector<Key>& keys, T Key::*value, const Record& record)
 {
     track = new LinearlyOptimizedContainer<T>;
     fillTrack(*track, record, static_cast<unsigned int>(record.totalFrameCount) - 1U, keys,
-              [](const Key& key) { return valueOf(key); });
+              [value](const Key& key) { return key.*value; });
 }
 }  // namespace
 
@@ -77,17 +67,17 @@ void TW_LightAnimation::constructFromRecord(const Record& record)
     S_Rollback rollback([this]() noexcept { destruct(); });
     m_bConstructed = true;
     m_piReferenceCount = new S_OwnCounter(1);
-    create(m_pColor, record.colorKeys, record);
-    create(m_pBrightness, record.brightnessKeys, record);
+    create(m_pColor, record.colorKeys, &ColorKey::color, record);
+    create(m_pBrightness, record.brightnessKeys, &FloatKey::value, record);
     if constexpr (requires { record.fallOffKeys; })
     {
-        create(m_pFallOff, record.fallOffKeys, record);
-        create(m_pHotSpot, record.hotSpotKeys, record);
+        create(m_pFallOff, record.fallOffKeys, &FloatKey::value, record);
+        create(m_pHotSpot, record.hotSpotKeys, &FloatKey::value, record);
     }
     if constexpr (requires { record.fallOffAngleKeys; })
     {
-        create(m_pFallOffAngle, record.fallOffAngleKeys, record);
-        create(m_pHotSpotAngle, record.hotSpotAngleKeys, record);
+        create(m_pFallOffAngle, record.fallOffAngleKeys, &FloatKey::value, record);
+        create(m_pHotSpotAngle, record.hotSpotAngleKeys, &FloatKey::value, record);
     }
     m_strAnimationTargetName = record.header.targetName;
     m_iFrameRate = record.header.frameRate;

@@ -132,12 +132,6 @@ void TW_LevelsOfDetail<Level>::loadMaterials(const char* fileName)
     load.requireObject();
 }
 
-template <typename Level>
-bool TW_LevelsOfDetail<Level>::executeAlways()
-{
-    return true;
-}
-
 template class TW2_TEMPLATE_API TW_LevelsOfDetail<TW_ObjectAnimation>;
 template class TW2_TEMPLATE_API TW_LevelsOfDetail<TW_VertexAnimation>;
 }  // namespace TW2

@@ -15,11 +15,6 @@ TW_ObjectAnimationLODs& TW_ObjectAnimationLODs::operator=(const TW_ObjectAnimati
     return *this;
 }
 
-TW_ObjectAnimationLODs::~TW_ObjectAnimationLODs()
-{
-    destruct();
-}
-
 void TW_ObjectAnimationLODs::construct(S_Script* script, int levelCount, const int* blockIndices,
                                        const float* distances, bool keyframeFlag)
 {
@@ -52,7 +47,8 @@ void TW_ObjectAnimationLODs::construct(const TW_ObjectAnimationLODs& other)
 /// What moves moves on every level, what is asked is asked of the level in use.
 TW_ObjectAnimation* TW_ObjectAnimationLODs::getPart(Operations operations, unsigned int i) const
 {
-    const bool goesToAll = operations == Operations::Move || operations == Operations::Texture;
+    const bool goesToAll =
+        operations == Operations::Move || operations == Operations::Show || operations == Operations::Texture;
     if (i >= (goesToAll ? getLevels().size() : std::min<std::size_t>(getLevels().size(), 1)))
     {
         return nullptr;
@@ -67,28 +63,6 @@ TW_ObjectAnimation* TW_ObjectAnimationLODs::getPart(Operations operations, unsig
         default:
             return getLevels()[i];
     }
-}
-
-/// Shows and hides on every level; whether any level has such tracks.
-template <typename Update>
-bool TW_ObjectAnimationLODs::updateEvery(const Update& update)
-{
-    bool any = false;
-    for (TW_ObjectAnimation* level : getLevels())
-    {
-        any = update(*level) || any;
-    }
-    return any;
-}
-
-bool TW_ObjectAnimationLODs::updateVisibility(int animation, float time)
-{
-    return updateEvery([&](TW_ObjectAnimation& level) { return level.updateVisibility(animation, time); });
-}
-
-bool TW_ObjectAnimationLODs::updateVisibilityFrame(int animation, float frame)
-{
-    return updateEvery([&](TW_ObjectAnimation& level) { return level.updateVisibilityFrame(animation, frame); });
 }
 
 }  // namespace TW2

@@ -18,11 +18,6 @@ TW_VertexAnimationLODs& TW_VertexAnimationLODs::operator=(const TW_VertexAnimati
     return *this;
 }
 
-TW_VertexAnimationLODs::~TW_VertexAnimationLODs()
-{
-    destruct();
-}
-
 /// The skeleton of all levels hangs below the object as well, so that the scene reaches it.
 void TW_VertexAnimationLODs::complete()
 {
@@ -107,6 +102,7 @@ TW_ObjectAnimation* TW_VertexAnimationLODs::getPart(Operations operations, unsig
     }
     switch (operations)
     {
+        case Operations::Show:
         case Operations::Texture:
             return getLevels()[i]->getSkin();
         case Operations::AskTexture:
@@ -128,16 +124,6 @@ void TW_VertexAnimationLODs::remapMaterials(TW_MaterialManager* manager)
     {
         level->remapMaterials(manager);
     }
-}
-
-bool TW_VertexAnimationLODs::updateVisibility(int animation, float time)
-{
-    return !getLevels().empty() && getLevels().front()->updateVisibility(animation, time);
-}
-
-bool TW_VertexAnimationLODs::updateVisibilityFrame(int animation, float frame)
-{
-    return !getLevels().empty() && getLevels().front()->updateVisibilityFrame(animation, frame);
 }
 
 }  // namespace TW2

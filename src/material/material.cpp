@@ -1,3 +1,4 @@
+#include "core/nearest_int.h"
 #include "material/material_builder.h"
 
 #include <tw2/material/material.h>
@@ -45,11 +46,6 @@ TW_Material& TW_Material::operator=(const TW_Material& other)
     return *this;
 }
 
-TW_Material::~TW_Material()
-{
-    destruct();
-}
-
 void TW_Material::initializeMembers() noexcept
 {
     m_bConstructed = false;
@@ -79,7 +75,7 @@ void TW_Material::construct(const TWMaterialChunk& chunk)
     TW_Material built;  // the callbacks of textures and materials may do with this one what they like
     built.build(chunk);
     destruct();
-    takeOver(built);
+    copy(built, true);
 }
 
 /// Builds an unconstructed material that no callback knows of.
@@ -93,19 +89,6 @@ void TW_Material::build(const TWMaterialChunk& chunk)
     Builder(*this, chunk).build();
 }
 
-/// Makes an unconstructed material hold what another one was built of; that one stays a holder beside it.
-void TW_Material::takeOver(TW_Material& built)
-{
-    m_bConstructed = true;
-    ++sm_iTemplateMaterial;
-    m_strName.swap(built.m_strName);
-    m_mapTextureMatrices.swap(built.m_mapTextureMatrices);
-    m_vecTextureMatrixLayers.swap(built.m_vecTextureMatrixLayers);
-    m_vecTextureMatrices.swap(built.m_vecTextureMatrices);
-    copyNumbers(built);
-    shareEngineMaterial(built);
-}
-
 void TW_Material::construct(const TW_Material& other)
 {
     if (this == &other)
@@ -113,15 +96,20 @@ void TW_Material::construct(const TW_Material& other)
         return;
     }
     destruct();
-    if (!other.m_bConstructed)
+    if (other.m_bConstructed)
     {
-        return;
+        copy(other, other.canBeShared());
     }
+}
+
+/// Makes an unconstructed material a copy of a constructed one.
+void TW_Material::copy(const TW_Material& other, bool shareTextures)
+{
     m_bConstructed = true;
     ++sm_iTemplateMaterial;
     S_Rollback rollback([this]() noexcept { destruct(); });
     copyValues(other);
-    if (other.canBeShared())
+    if (shareTextures)
     {
         shareEngineMaterial(other);
     }
@@ -138,11 +126,6 @@ void TW_Material::copyValues(const TW_Material& other)
     m_mapTextureMatrices = other.m_mapTextureMatrices;
     m_vecTextureMatrixLayers = other.m_vecTextureMatrixLayers;
     m_vecTextureMatrices = other.m_vecTextureMatrices;
-    copyNumbers(other);
-}
-
-void TW_Material::copyNumbers(const TW_Material& other)
-{
     m_bInvisibleGeometry = other.m_bInvisibleGeometry;
     m_bSpecularEnabled = other.m_bSpecularEnabled;
     for (const TextureSlot& slot : sm_aTextureSlots)
@@ -234,11 +217,6 @@ void TW_Material::setTextureMatrix(int layer, const M_Matrix4Template<float>& ma
     m_vecTextureMatrices.push_back(copy);
 }
 
-bool TW_Material::hasTextureMatrix(int layer) const noexcept
-{
-    return m_mapTextureMatrices.find(layer) != m_mapTextureMatrices.end();
-}
-
 int TW_Material::getTextureMatrixTextureLayer(int index) const noexcept
 {
     return m_vecTextureMatrixLayers[static_cast<std::size_t>(index)];
@@ -257,36 +235,26 @@ const TW_Material::TextureSlot* TW_Material::selectSlot(TextureType type) const 
     return exists ? &sm_aTextureSlots[index] : nullptr;
 }
 
-/// A slot without a layer has nothing to be bound to.
-void TW_Material::bindFrame(const TextureSlot& slot, unsigned int frame) noexcept
+/// Binds the frame at a position where the slot has a layer; false when it has no animation.
+bool TW_Material::bindFrame(TextureType type, float position) noexcept
 {
-    if (const int layer = this->*slot.m_pLayer; layer >= 0)
+    const TextureSlot* slot = selectSlot(type);
+    if (slot && this->*slot->m_pLayer >= 0)
     {
-        m_pMaterial->setTexture(static_cast<unsigned int>(layer),
-                                (this->*slot.m_pAnimation)->getFrame(frame)->getMap());
+        m_pMaterial->setTexture(static_cast<unsigned int>(this->*slot->m_pLayer),
+                                (this->*slot->m_pAnimation)->getFrame(toFrame(position))->getMap());
     }
+    return slot != nullptr;
 }
 
 bool TW_Material::animateTexture(TextureType type, float seconds)
 {
-    const TextureSlot* slot = selectSlot(type);
-    if (!slot)
-    {
-        return false;
-    }
-    bindFrame(*slot, toFrame(static_cast<float>((this->*slot->m_pAnimation)->getFramesPerSecond()) * seconds));
-    return true;
+    return bindFrame(type, getTextureAnimationFPS(type) * seconds);
 }
 
 bool TW_Material::animateTextureFrame(TextureType type, float frame)
 {
-    const TextureSlot* slot = selectSlot(type);
-    if (!slot)
-    {
-        return false;
-    }
-    bindFrame(*slot, toFrame(std::nearbyint(frame)));
-    return true;
+    return bindFrame(type, std::nearbyint(frame));
 }
 
 unsigned int TW_Material::getTextureAnimationFrames(TextureType type) const noexcept
@@ -303,13 +271,10 @@ float TW_Material::getTextureAnimationFPS(TextureType type) const noexcept
 
 void TW_Material::setTextureAnimationFPS(TextureType type, float rate) noexcept
 {
-    constexpr double lowest = std::numeric_limits<int>::min();
-    constexpr double highest = std::numeric_limits<int>::max();
     const TextureSlot* slot = selectSlot(type);
     if (slot && !std::isnan(rate))
     {
-        const double rounded = std::clamp(std::nearbyint(static_cast<double>(rate)), lowest, highest);
-        (this->*slot->m_pAnimation)->setFramesPerSecond(static_cast<int>(rounded));
+        (this->*slot->m_pAnimation)->setFramesPerSecond(toNearestInt(rate));
     }
 }
 

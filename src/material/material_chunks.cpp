@@ -102,14 +102,9 @@ constexpr auto describeList = [](auto& chunk, auto& list)
 
 void MaterialTextureChunk::reset() noexcept
 {
-    name.clear();
-    frameFiles.clear();
-    mipLevels = 0;
-    filter = 0;
-    reservedFlag = false;
-    randomStart = false;
-    startFrame = 0;
-    framesPerSecond = 0;
+    clearAll(name, frameFiles);
+    mipLevels = filter = startFrame = framesPerSecond = 0;
+    reservedFlag = randomStart = false;
     playback = PLAYBACK_ONCE;
 }
 
@@ -208,8 +203,7 @@ S_MemoryFileWriter& operator<<(S_MemoryFileWriter& writer, const TWMaterialChunk
 
 void MaterialListChunk::reset() noexcept
 {
-    texturePath.clear();
-    materials.clear();
+    clearAll(texturePath, materials);
 }
 
 S_MemoryFile& operator>>(S_MemoryFile& file, MaterialListChunk& list)

@@ -21,11 +21,6 @@ namespace
 constexpr int noSet = -1;
 }  // namespace
 
-TW_MaterialManager::~TW_MaterialManager()
-{
-    destruct();
-}
-
 void TW_MaterialManager::initializeMembers() noexcept
 {
     m_bConstructed = false;
@@ -225,11 +220,6 @@ int TW_MaterialManager::requireSet(std::string_view set) const
         throw TW_Exception_TextureNotFound(S_String(set).c_str());
     }
     return index;
-}
-
-bool TW_MaterialManager::textureAnimationExists(const S_String& set) const
-{
-    return findSet(set) != noSet;
 }
 
 bool TW_MaterialManager::isValidAnimationSet(int set) const noexcept

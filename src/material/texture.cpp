@@ -56,11 +56,6 @@ TW_Texture& TW_Texture::operator=(const TW_Texture& other)
     return *this;
 }
 
-TW_Texture::~TW_Texture()
-{
-    destruct();
-}
-
 void TW_Texture::initializeMembers() noexcept
 {
     m_bConstructed = false;
@@ -178,27 +173,17 @@ const S_String& TW_Texture::getTexturePath(int index) noexcept
 
 TW_Texture::SharedMap* TW_Texture::findMap(const S_String& filename, const S_String& alphaFilename) noexcept
 {
-    for (SharedMap* map : s_lstTextureList)
-    {
-        if (map->filename == filename && map->alphaFilename == alphaFilename)
-        {
-            return map;
-        }
-    }
-    return nullptr;
+    const auto found = std::find_if(s_lstTextureList.begin(), s_lstTextureList.end(),
+                                    [&](const SharedMap* map)
+                                    { return map->filename == filename && map->alphaFilename == alphaFilename; });
+    return found == s_lstTextureList.end() ? nullptr : *found;
 }
 
 bool TW_Texture::findFileFromGlobalPathList(S_String& directory, const S_String& filename)
 {
-    directory.clear();
-    for (const S_String& entry : s_vecTexturePathList)
-    {
-        if (File.exists((entry + filename).c_str()))
-        {
-            directory = entry;
-            break;
-        }
-    }
+    const auto found = std::find_if(s_vecTexturePathList.begin(), s_vecTexturePathList.end(),
+                                    [&](const S_String& entry) { return File.exists((entry + filename).c_str()); });
+    directory = found == s_vecTexturePathList.end() ? S_String() : *found;
     return !directory.empty();
 }
 

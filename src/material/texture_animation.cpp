@@ -17,11 +17,6 @@ TextureAnimation& TextureAnimation::operator=(const TextureAnimation& other)
     return *this;
 }
 
-TextureAnimation::~TextureAnimation()
-{
-    destruct();
-}
-
 void TextureAnimation::initializeMembers() noexcept
 {
     m_bConstructed = false;
@@ -43,7 +38,8 @@ void TextureAnimation::construct(const MaterialTextureChunk& slot, const Materia
     built.createFrames(slot, alpha ? alpha->frameFiles : S_Vector<S_String>());
     if (slot.playback == MaterialTextureChunk::PLAYBACK_PING_PONG)
     {
-        built.appendPlayedBackwards();
+        const S_Vector<TW_Texture*> forward = built.m_vecFrames;
+        built.m_vecFrames.insert(built.m_vecFrames.end(), forward.rbegin(), forward.rend());
     }
     destruct();
     m_bConstructed = true;
@@ -68,16 +64,6 @@ void TextureAnimation::createFrames(const MaterialTextureChunk& slot, const S_Ve
             info.alphaFilename = alphaFiles[frame % alphaFiles.size()];
         }
         m_vecFrames.push_back(new TW_Texture(info));
-    }
-}
-
-void TextureAnimation::appendPlayedBackwards()
-{
-    const std::size_t count = m_vecFrames.size();
-    m_vecFrames.reserve(2 * count);
-    for (std::size_t frame = count; frame-- > 0;)
-    {
-        m_vecFrames.push_back(m_vecFrames[frame]);
     }
 }
 

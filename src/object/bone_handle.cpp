@@ -51,16 +51,13 @@ void TW_BoneHandle::construct(const S_String& name, int index)
 
 void TW_BoneHandle::construct(const TW_BoneHandle& other)
 {
-    if (&other == this)
+    if (&other != this)
     {
-        return;
+        construct(other.m_strBoneName, static_cast<int>(other.m_uiBoneIndex));
+        m_pBoneObject = other.m_pBoneObject;
+        m_pParentObject = other.m_pParentObject;
+        m_bConstructed = other.m_bConstructed;
     }
-    destruct();
-    m_strBoneName = other.m_strBoneName;
-    m_pBoneObject = other.m_pBoneObject;
-    m_pParentObject = other.m_pParentObject;
-    m_uiBoneIndex = other.m_uiBoneIndex;
-    m_bConstructed = other.m_bConstructed;
 }
 
 void TW_BoneHandle::attach(TW_VirtualObject* object)

@@ -12,13 +12,12 @@ namespace TW2
 /// @{
 
 /// Calls an operation on every part, in order; whether any call returned true.
-template <typename... Arguments>
-bool TW_ForwardingObject::onEvery(Operations operations, bool (TW_VirtualObject::*operation)(Arguments...),
+template <typename... Arguments, typename Object>
+bool TW_ForwardingObject::onEvery(Operations operations, bool (Object::*operation)(Arguments...),
                                   Arguments... arguments)
 {
     bool any = false;
-    TW_VirtualObject* part = nullptr;
-    for (unsigned int i = 0; (part = getPart(operations, i)) != nullptr; ++i)
+    for (unsigned int i = 0; Object* const part = getPart(operations, i); ++i)
     {
         any = (part->*operation)(arguments...) || any;
     }
@@ -159,6 +158,16 @@ bool TW_ForwardingObject::animateObject(int index, float time, TW_BoneGroupHandl
 bool TW_ForwardingObject::animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group)
 {
     return onEvery(Operations::Move, &TW_VirtualObject::animateObjectFrame, index, frame, group);
+}
+
+bool TW_ForwardingObject::updateVisibility(int index, float time)
+{
+    return onEvery(Operations::Show, &TW_ObjectAnimation::updateVisibility, index, time);
+}
+
+bool TW_ForwardingObject::updateVisibilityFrame(int index, float frame)
+{
+    return onEvery(Operations::Show, &TW_ObjectAnimation::updateVisibilityFrame, index, frame);
 }
 
 void TW_ForwardingObject::freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group)

@@ -3,7 +3,6 @@
 #include "object/keyframe_animation_reference.h"
 #include "object/object_animation_script.h"
 
-#include <tw2/core/exceptions.h>
 #include <tw2/material/material_manager.h>
 #include <tw2/object/bone_handle.h>
 #include <tw2/object/object_animation.h>
@@ -40,16 +39,10 @@ void eraseEntry(Map& map, const S_String& key, std::size_t mesh) noexcept
 }
 }  // namespace
 
-TW_ObjectAnimation::~TW_ObjectAnimation()
-{
-    destruct();
-}
-
 void TW_ObjectAnimation::initializeMembers() noexcept
 {
     m_bConstructed = false;
     m_pMaterialManager = nullptr;
-    m_vecMeshes.destroy();
     m_pMeshNames = nullptr;
     m_iMaximumAnimationIndex = -1;
     m_vecAnimations.clear();
@@ -60,7 +53,6 @@ void TW_ObjectAnimation::initializeMembers() noexcept
     m_fManualBoundingSphereRadius = largestFloat;
     m_vManualBoundingBoxMin = {largestFloat, largestFloat, largestFloat};
     m_vManualBoundingBoxMax = {largestFloat, largestFloat, largestFloat};
-    m_meshTransforms.release();
     m_pGeometryData.reset();
 }
 

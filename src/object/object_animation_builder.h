@@ -12,8 +12,6 @@ class S_Script;
 
 namespace TW2
 {
-class TW_ObjectAnimationKeyframeCallback;
-
 /// The steps in which an object animation is put together. Whatever a step throws, the current directory and the
 /// loader's callbacks are as they were before it.
 class TW_ObjectAnimation::Builder
@@ -46,8 +44,9 @@ private:
     void loadMeshes(const S_String& fileName, TW_MeshCallback* meshCallback);
     void setBoundingVolumes(const GeometryParameters& parameters);
     void setFixedBoundingVolumes();
-    void loadAnimationFile(const AnimationParameters& parameters, TW_ObjectAnimationKeyframeCallback& callback);
-    void describeAnimation(const AnimationParameters& parameters, const char* place);
+    void fillRecord(Records& records, const AnimationParameters& parameters, const S_Script* script,
+                    bool withVisibility);
+    void loadAnimationFile(const AnimationParameters& parameters);
     void copyMeshNames(const TW_ObjectAnimation& source);
     void copyMeshes(const TW_ObjectAnimation& source, bool deepCopy);
     P_VirtualObject& copyMesh(const P_VirtualObject& source, bool deepCopy);

@@ -1,5 +1,6 @@
 #include "core/memory_scope.h"
 #include "core/release_guard.h"
+#include "object/keyframe_animation_reference.h"
 #include "object/object_animation_builder.h"
 #include "object/object_animation_materials.h"
 
@@ -81,7 +82,7 @@ void TW_ObjectAnimation::Builder::build(S_Script& script, Block block, TW_MeshCa
 {
     m_object.setName(describeBlock(script, block));
     const S_ScriptLockGuard lock(script);
-    lockObjectBlock(script, block);
+    lockBlock(script, block, BlockKind::Object);
     loadGeometry(script, meshCallback);
     loadAnimations(script, withVisibility);
 }
@@ -200,13 +201,7 @@ void TW_ObjectAnimation::Builder::copyAnimations(const TW_ObjectAnimation& sourc
     m_object.m_vecAnimations.swap(records);
     for (const ObjectAnimation& record : m_object.m_vecAnimations)
     {
-        for (const TW_KeyframeAnimation* animation : record.m_vecKeyframeAnimations)
-        {
-            if (animation)
-            {
-                animation->increaseObjectReferenceCount();
-            }
-        }
+        holdTracks(record.m_vecKeyframeAnimations);
     }
 }
 /// @}

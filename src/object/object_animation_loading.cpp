@@ -74,15 +74,7 @@ TW_AnimationDescription makeDescription(const AnimationParameters& parameters,
                      [](const TW_AnimationEvent& a, const TW_AnimationEvent& b) { return a.m_dFrame < b.m_dFrame; });
     return description;
 }
-}  // namespace
 
-void TW_ObjectAnimation::Builder::requireObject() const
-{
-    TW2::requireObject(hasObject());
-}
-
-namespace
-{
 /// Throws for a file without meshes that is skin data or an animation.
 void requireGeometry(const S_String& fileName)
 {
@@ -102,6 +94,11 @@ void requireAnimation(const S_String& fileName)
     }
 }
 }  // namespace
+
+void TW_ObjectAnimation::Builder::requireObject() const
+{
+    TW2::requireObject(hasObject());
+}
 
 /// @name Geometry
 /// @{
@@ -199,17 +196,16 @@ void TW_ObjectAnimation::Builder::setFixedBoundingVolumes()
 
 /// @name Animations
 /// @{
-/// Files the keyframe animations of an animation file under the current index of an object.
+/// Files the keyframe animations of an animation file under an index of an object.
 class TW_ObjectAnimationKeyframeCallback : public TW_KeyframeAnimationCallback
 {
 public:
     /// `script` is named in complaints; null when there is none.
-    TW_ObjectAnimationKeyframeCallback(const S_Script* script, TW_ObjectAnimation* object, bool withVisibility) noexcept
-        : m_pScript(script), m_pObject(object), m_bWithVisibility(withVisibility)
+    TW_ObjectAnimationKeyframeCallback(const S_Script* script, TW_ObjectAnimation* object, int index,
+                                       bool withVisibility) noexcept
+        : m_pScript(script), m_pObject(object), m_iIndex(index), m_bWithVisibility(withVisibility)
     {
     }
-
-    void setIndex(int index) noexcept { m_iIndex = index; }
 
     /// Throws TW_Exception_AnimationTargetNotFound when the target is no mesh of the object and no host callback takes
     /// such animations.
@@ -234,7 +230,7 @@ public:
 private:
     const S_Script* m_pScript;
     TW_ObjectAnimation* m_pObject;
-    int m_iIndex = 0;
+    int m_iIndex;
     bool m_bWithVisibility;
 };
 
@@ -311,9 +307,6 @@ void TW_ObjectAnimation::Builder::loadAnimations(S_Script& script, bool withVisi
     Records records(*this, count);
     const LoaderStateGuard loaderState;
     const CachedFileGuard cachedFile;
-    TW_ObjectAnimationKeyframeCallback callback(&script, &m_object, withVisibility);
-    TW_Loader::setKeyframeAnimationCallback(&callback);
-
     S_Set<int> indices;
     for (unsigned int i = 0; i < count; ++i)
     {
@@ -324,10 +317,7 @@ void TW_ObjectAnimation::Builder::loadAnimations(S_Script& script, bool withVisi
         }
         findFile(script, "animation", i, "filename", parameters.m_strFileName);
         findFile(script, "animation", i, "rootmotion", parameters.m_strRootMotion);
-        records.open(parameters.m_iIndex);
-        loadAnimationFile(parameters, callback);
-        describeAnimation(parameters, script.staticNesting());
-        records.close();
+        fillRecord(records, parameters, &script, withVisibility);
     }
 }
 
@@ -336,23 +326,33 @@ void TW_ObjectAnimation::Builder::loadAnimation(int index, const S_String& fileN
     Records records(*this, 1);
     const LoaderStateGuard loaderState;
     const CachedFileGuard cachedFile;
-    TW_ObjectAnimationKeyframeCallback callback(nullptr, &m_object, withVisibility);
+    fillRecord(records, {index, fileName, {}, {}, {}}, nullptr, withVisibility);
+}
+
+/// The next record becomes the animation of these parameters, which come from `script` (null: from the host).
+void TW_ObjectAnimation::Builder::fillRecord(Records& records, const AnimationParameters& parameters,
+                                             const S_Script* script, bool withVisibility)
+{
+    records.open(parameters.m_iIndex);
+    TW_ObjectAnimationKeyframeCallback callback(script, &m_object, parameters.m_iIndex, withVisibility);
     TW_Loader::setKeyframeAnimationCallback(&callback);
-    const AnimationParameters parameters{index, fileName, {}, {}, {}};
-    records.open(index);
-    loadAnimationFile(parameters, callback);
-    describeAnimation(parameters, parameters.m_strFileName.c_str());
+    loadAnimationFile(parameters);
+    if (ObjectAnimation* const record =
+            m_object.accessAnimation(parameters.m_iIndex))  // a callback may have deleted it
+    {
+        const char* const place = script ? script->staticNesting() : parameters.m_strFileName.c_str();
+        record->m_pDescription = std::allocate_shared<TW_AnimationDescription>(
+            S_Allocator<TW_AnimationDescription>(), makeDescription(parameters, *record, place));
+    }
     records.close();
 }
 
 /// The full path tells files of one name in different directories apart in the loader's memory.
-void TW_ObjectAnimation::Builder::loadAnimationFile(const AnimationParameters& parameters,
-                                                    TW_ObjectAnimationKeyframeCallback& callback)
+void TW_ObjectAnimation::Builder::loadAnimationFile(const AnimationParameters& parameters)
 {
     const S_DirectoryGuard directory;
     const S_String fileName = File.getFullPathName(parameters.m_strFileName);
     File.changeDirectory(File.getPath(fileName));
-    callback.setIndex(parameters.m_iIndex);
     TW_Loader::load(fileName, false);
     requireObject();
     const ObjectAnimation* const record = m_object.getAnimation(parameters.m_iIndex);
@@ -362,23 +362,12 @@ void TW_ObjectAnimation::Builder::loadAnimationFile(const AnimationParameters& p
     }
 }
 
-/// `place` tells in messages where the parameters stand.
-void TW_ObjectAnimation::Builder::describeAnimation(const AnimationParameters& parameters, const char* place)
-{
-    ObjectAnimation* const record = m_object.accessAnimation(parameters.m_iIndex);
-    if (record)  // a host's callback may have deleted it
-    {
-        record->m_pDescription = std::allocate_shared<TW_AnimationDescription>(
-            S_Allocator<TW_AnimationDescription>(), makeDescription(parameters, *record, place));
-    }
-}
-
 template <typename Block>
 void TW_ObjectAnimation::Builder::append(S_Script& script, Block block, bool withVisibility)
 {
     const MemoryScope memory;
     const S_ScriptLockGuard lock(script);
-    lockAnimationBlock(script, block);
+    lockBlock(script, block, BlockKind::Animations);
     loadAnimations(script, withVisibility);
 }
 

@@ -77,19 +77,10 @@ S_String findListFault(const MeshChunk& record)
 /// A record that a host had in hand may not fit in itself any more. Parts that nothing is built from may be anything.
 void requireSound(const MeshChunk& record)
 {
-    if (record.hasInstance || !record.hasVertices || !record.hasFaces)
+    if (!record.hasInstance && record.hasVertices && record.hasFaces)
     {
-        return;
-    }
-    S_String fault = findListFault(record);
-    if (fault.empty())
-    {
-        fault = findFault(record);
-    }
-    if (!fault.empty())
-    {
-        throw TW_Exception_InvalidGeometry(
-            S_STR("Mesh \"%s\" cannot be built, expected %s", record.name.c_str(), fault.c_str()));
+        requireSound(record, "built", findListFault(record));
+        requireSound(record, "built", findFault(record));
     }
 }
 
@@ -178,10 +169,6 @@ void buildPrimitives(P_VirtualObject& mesh, const MeshChunk& record, const TW_Ob
     }
 }
 }  // namespace
-
-TW_ObjectAnimationMeshCallback::TW_ObjectAnimationMeshCallback(TW_ObjectAnimation* object) noexcept : m_pObject(object)
-{
-}
 
 void TW_ObjectAnimationMeshCallback::operator()(MeshChunk& record)
 {

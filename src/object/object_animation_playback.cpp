@@ -1,4 +1,5 @@
 #include "core/memory_scope.h"
+#include "core/nearest_int.h"
 #include "keyframe/track_access.h"
 #include "object/pose_player.h"
 
@@ -14,24 +15,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace TW2
 {
 namespace
 {
-// Frames per second, rounded to the nearest whole number, ties to even, as far as an int reaches.
-int wholeFrameRate(float fps) noexcept
-{
-    constexpr auto least = std::numeric_limits<int>::min();
-    constexpr auto most = std::numeric_limits<int>::max();
-    if (fps <= static_cast<float>(least))
-    {
-        return least;
-    }
-    return fps >= static_cast<float>(most) ? most : static_cast<int>(std::nearbyint(fps));
-}
-
 float secondsPerFrame(float fps) noexcept
 {
     return fps != 0.0F ? 1.0F / fps : 0.0F;
@@ -40,16 +28,9 @@ float secondsPerFrame(float fps) noexcept
 /// False when the tracks were loaded without visibility; true when there are no tracks.
 bool hasVisibility(const TW_TrackList& tracks)
 {
-    bool any = false;
-    for (const TW_KeyframeAnimation* track : tracks)
-    {
-        any = any || track;
-        if (track && track->getVisibilityContainer())
-        {
-            return true;
-        }
-    }
-    return !any;
+    const auto isThere = [](const TW_KeyframeAnimation* track) { return track != nullptr; };
+    const auto isVisible = [](const TW_KeyframeAnimation* track) { return track && track->getVisibilityContainer(); };
+    return std::any_of(tracks.begin(), tracks.end(), isVisible) || std::none_of(tracks.begin(), tracks.end(), isThere);
 }
 
 using Matrix = M_Matrix4x3Template<float>;
@@ -251,7 +232,7 @@ void TW_ObjectAnimation::setAnimationFPS(int index, float fps)
     {
         return;
     }
-    record->m_iFrameRate = wholeFrameRate(fps);
+    record->m_iFrameRate = toNearestInt(fps);
     for (TW_KeyframeAnimation* track : record->m_vecKeyframeAnimations)
     {
         if (track)
@@ -297,11 +278,6 @@ void TW_ObjectAnimation::dump(bool details) const
 
 /// @name Visibility
 /// @{
-bool TW_ObjectAnimation::updateVisibility(int index, float time)
-{
-    return updateVisibilityFrame(index, getAnimationFPS(index) * time);
-}
-
 bool TW_ObjectAnimation::updateVisibilityFrame(int index, float frame)
 {
     const ObjectAnimation* const record = getAnimation(index);

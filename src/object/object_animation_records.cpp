@@ -153,14 +153,9 @@ void TW_ObjectAnimation::shareAnimation(int index, TW_ObjectAnimation* source)
     {
         return;
     }
-    ObjectAnimation record(static_cast<int>(original->m_vecKeyframeAnimations.size()));
-    record.m_iFrameRate = original->m_iFrameRate;
-    record.m_uiFrames = original->m_uiFrames;
-    record.m_uiLoopToFrame = original->m_uiLoopToFrame;
-    record.m_iInstance = original->m_iInstance;
+    ObjectAnimation record(*original);
+    record.m_vecLastFrames.assign(record.m_vecKeyframeAnimations.size(), 0);
     record.m_iKeyframeAnimationCount = 1;
-    record.m_vecKeyframeAnimations = original->m_vecKeyframeAnimations;
-    record.m_pDescription = original->m_pDescription;
     record.m_iIndex = index;
 
     m_vecAnimations.emplace_back();
@@ -170,13 +165,7 @@ void TW_ObjectAnimation::shareAnimation(int index, TW_ObjectAnimation* source)
     m_mapAnimationIndices.emplace(index, position);
     rollback.keep();
     m_vecAnimations.back() = std::move(record);
-    for (const TW_KeyframeAnimation* animation : m_vecAnimations.back().m_vecKeyframeAnimations)
-    {
-        if (animation)
-        {
-            animation->increaseObjectReferenceCount();
-        }
-    }
+    holdTracks(m_vecAnimations.back().m_vecKeyframeAnimations);
     m_iMaximumAnimationIndex = std::max(m_iMaximumAnimationIndex, index);
 }
 }  // namespace TW2

@@ -5,6 +5,9 @@
 #include <platform/runtime/file.h>
 #include <platform/runtime/str.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace TW2
 {
 namespace
@@ -14,21 +17,6 @@ constexpr int unlimited = -1;
 const S_Script::Blocks s_objectBlocks[] = {{"geometry", 1, 1}, {"animation", 0, unlimited}, {nullptr, 0, 0}};
 const S_Script::Blocks s_animationBlocks[] = {{"animation", 0, unlimited}, {nullptr, 0, 0}};
 const S_Script::Blocks s_eventBlocks[] = {{"event", 0, unlimited}, {nullptr, 0, 0}};
-
-/// Makes a block the current one, by its name and how often that may stand there, and checks the blocks inside.
-void lockBlock(S_Script& script, const char* name, int minimum, int maximum, const S_Script::Blocks* inside)
-{
-    const S_Script::Blocks blocks[] = {{name, minimum, maximum}, {nullptr, 0, 0}};
-    script.blockCheck(blocks, false);
-    script.lock(name, 0);
-    script.blockCheck(inside, true);
-}
-
-void lockBlock(S_Script& script, int index, const S_Script::Blocks* inside)
-{
-    script.lock(static_cast<unsigned int>(index));
-    script.blockCheck(inside, true);
-}
 }  // namespace
 
 S_Script& requireScript(S_Script* script)
@@ -114,21 +102,15 @@ AnimationParameters parseAnimation(S_Script& script, unsigned int occurrence)
 
 InterpolationMode parseCrossMode(const S_Script& script, const S_String& crossMode)
 {
-    if (crossMode == "linear")
+    constexpr const char* words[] = {"linear", "normalized", "orthonormalized"};  // by the numbers of the modes
+    const auto* const found = std::find(std::begin(words), std::end(words), crossMode);
+    if (found == std::end(words))
     {
-        return InterpolationMode::Linear;
+        throw TW_Exception_InvalidScriptParameter(
+            script.staticNesting(),
+            "\"CrossMode\" can only take values \"linear\", \"normalized\" and \"orthonormalized\"!");
     }
-    if (crossMode == "normalized")
-    {
-        return InterpolationMode::Normalized;
-    }
-    if (crossMode == "orthonormalized")
-    {
-        return InterpolationMode::Orthonormalized;
-    }
-    throw TW_Exception_InvalidScriptParameter(
-        script.staticNesting(),
-        "\"CrossMode\" can only take values \"linear\", \"normalized\" and \"orthonormalized\"!");
+    return static_cast<InterpolationMode>(found - std::begin(words));
 }
 
 S_String describeBlock(const S_Script& script, const char* blockName)
@@ -141,23 +123,18 @@ S_String describeBlock(const S_Script& script, int blockIndex)
     return describeBlock(script, script.getBlockName(static_cast<unsigned int>(blockIndex)));
 }
 
-void lockObjectBlock(S_Script& script, const char* blockName)
+void lockBlock(S_Script& script, const char* blockName, BlockKind kind)
 {
-    lockBlock(script, blockName, 1, 1, s_objectBlocks);
+    const bool isObject = kind == BlockKind::Object;
+    const S_Script::Blocks blocks[] = {{blockName, isObject ? 1 : 0, isObject ? 1 : unlimited}, {nullptr, 0, 0}};
+    script.blockCheck(blocks, false);
+    script.lock(blockName, 0);
+    script.blockCheck(isObject ? s_objectBlocks : s_animationBlocks, true);
 }
 
-void lockObjectBlock(S_Script& script, int blockIndex)
+void lockBlock(S_Script& script, int blockIndex, BlockKind kind)
 {
-    lockBlock(script, blockIndex, s_objectBlocks);
-}
-
-void lockAnimationBlock(S_Script& script, const char* blockName)
-{
-    lockBlock(script, blockName, 0, unlimited, s_animationBlocks);
-}
-
-void lockAnimationBlock(S_Script& script, int blockIndex)
-{
-    lockBlock(script, blockIndex, s_animationBlocks);
+    script.lock(static_cast<unsigned int>(blockIndex));
+    script.blockCheck(kind == BlockKind::Object ? s_objectBlocks : s_animationBlocks, true);
 }
 }  // namespace TW2

@@ -31,13 +31,15 @@ void findFile(const S_Script& script, const char* block, unsigned int occurrence
 /// "nesting, block" of a block at the script's position, after which an object is named that is built from it.
 [[nodiscard]] S_String describeBlock(const S_Script& script, const char* blockName);
 [[nodiscard]] S_String describeBlock(const S_Script& script, int blockIndex);
-/// Checks that the block stands exactly once at the script's position, makes it the current one and checks the blocks
+/// What is built from a block.
+enum class BlockKind
+{
+    Object,     ///< an object: a block of this name must stand exactly once at the script's position
+    Animations  ///< what is added to one: of several blocks of the name it is the first
+};
+/// Makes a block at the script's position the current one, by its name or by its position, and checks the blocks
 /// inside.
-void lockObjectBlock(S_Script& script, const char* blockName);
-/// Makes a block the current one by its position and checks the blocks inside.
-void lockObjectBlock(S_Script& script, int blockIndex);
-/// The same for a block that only adds animations; of several blocks of that name it is the first.
-void lockAnimationBlock(S_Script& script, const char* blockName);
-void lockAnimationBlock(S_Script& script, int blockIndex);
+void lockBlock(S_Script& script, const char* blockName, BlockKind kind);
+void lockBlock(S_Script& script, int blockIndex, BlockKind kind);
 /// @}
 }  // namespace TW2

@@ -98,9 +98,4 @@ void TW_ObjectAnimationState::restore(TW_ObjectAnimation* object, TW_BoneGroupHa
     player.restore(*this, weight, add);
     player.play();
 }
-
-void TW_ObjectAnimationState::restore(TW_ObjectAnimation* object, float weight, bool add) const
-{
-    restore(object, nullptr, weight, add);
-}
 }  // namespace TW2

@@ -1,4 +1,5 @@
 #include "io/chunk_values.h"
+#include "io/group_offsets.h"
 
 #include <tw2/io/chunk_id.h>
 #include <tw2/skin/skin_chunk.h>
@@ -57,23 +58,18 @@ S_Vector<Triple> readTriples(ChunkReader& chunk)
 /// Sorts the influences by vertex; those of one vertex stay in file order.
 void distribute(const S_Vector<Triple>& triples, SkinChunk& chunk)
 {
-    std::size_t vertices = 0;
+    int last = -1;
     for (const Triple& triple : triples)
     {
-        vertices = std::max(vertices, static_cast<std::size_t>(triple.vertex) + 1);
+        last = std::max(last, triple.vertex);
     }
+    const auto vertices = static_cast<std::size_t>(last + 1);
     chunk.vertexBoneCounts.assign(vertices, 0);
     for (const Triple& triple : triples)
     {
         ++chunk.vertexBoneCounts[static_cast<std::size_t>(triple.vertex)];
     }
-    chunk.vertexInfluenceStarts.resize(vertices);
-    int total = 0;
-    for (std::size_t v = 0; v < vertices; ++v)
-    {
-        chunk.vertexInfluenceStarts[v] = total;
-        total += chunk.vertexBoneCounts[v];
-    }
+    makeOffsets(chunk.vertexInfluenceStarts, chunk.vertexBoneCounts, 1);
     chunk.influenceBones.resize(triples.size());
     chunk.influenceWeights.resize(triples.size());
     S_Vector<int> next = chunk.vertexInfluenceStarts;

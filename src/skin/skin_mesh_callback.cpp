@@ -77,15 +77,10 @@ struct Influence
 /// Largest weight first; equal weights keep their order.
 void sortByWeight(Influence* first, int count)
 {
-    for (int i = 1; i < count; ++i)
+    const auto isHeavier = [](const Influence& a, const Influence& b) { return a.weight > b.weight; };
+    for (Influence* next = first; next != first + count; ++next)
     {
-        const Influence moved = first[i];
-        int place = i;
-        for (; place > 0 && first[place - 1].weight < moved.weight; --place)
-        {
-            first[place] = first[place - 1];
-        }
-        first[place] = moved;
+        std::rotate(std::upper_bound(first, next, *next, isHeavier), next, next + 1);
     }
 }
 

@@ -18,11 +18,6 @@ TW_VertexAnimation::SharedSkeleton::~SharedSkeleton()
     ReleaseGuard::release(m_pSkeleton);
 }
 
-TW_VertexAnimation::~TW_VertexAnimation()
-{
-    destruct();
-}
-
 void TW_VertexAnimation::initializeMembers() noexcept
 {
     m_pSharedSkeleton = nullptr;
@@ -36,34 +31,17 @@ void TW_VertexAnimation::initializeMembers() noexcept
     setFramePreparation(this);
 }
 
+/// The skin data go last: an engine may read bone counts in place.
 void TW_VertexAnimation::takeApart() noexcept
 {
     m_pSharedSkeleton = nullptr;
-    releaseSkin();
-    initializeMembers();
-}
-
-/// The skin data go last: an engine may read bone counts in place.
-void TW_VertexAnimation::releaseSkin() noexcept
-{
     if (m_pSkin)
     {
         m_pSkin->remove();
     }
     ReleaseGuard::release(m_pSkin);
     ReleaseGuard::release(m_pSkinData);
-    m_pSkin = nullptr;
-    m_pSkinData = nullptr;
-}
-
-bool TW_VertexAnimation::updateVisibility(int index, float time)
-{
-    return m_pSkin && m_pSkin->updateVisibility(index, time);
-}
-
-bool TW_VertexAnimation::updateVisibilityFrame(int index, float frame)
-{
-    return m_pSkin && m_pSkin->updateVisibilityFrame(index, frame);
+    initializeMembers();
 }
 
 void TW_VertexAnimation::loadMaterials(const char* fileName)
@@ -91,6 +69,7 @@ TW_ObjectAnimation* TW_VertexAnimation::getPart(Operations operations, unsigned 
     TW_ObjectAnimation* const skeleton = getSkeleton();
     switch (operations)
     {
+        case Operations::Show:
         case Operations::Texture:
         case Operations::AskTexture:
             return i == 0 ? m_pSkin : nullptr;

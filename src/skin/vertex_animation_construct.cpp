@@ -231,7 +231,7 @@ void TW_VertexAnimation::constructSkin(S_Script& script, Block block, bool withV
 {
     {
         const S_ScriptLockGuard guard(script);
-        lockObjectBlock(script, block);
+        lockBlock(script, block, BlockKind::Object);
         readSkinData(script);
     }
     TW_SkinMeshCallback callback(m_pSkin, this);

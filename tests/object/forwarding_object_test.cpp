@@ -160,7 +160,7 @@ protected:
     void check(Operations operations, const std::string& call, const Call& operation)
     {
         const bool everyPart = operations == Operations::Move || operations == Operations::Texture;
-        const char* const names[] = {"move", "freeze", "ask", "index", "texture", "ask texture"};
+        const char* const names[] = {"move", "show", "freeze", "ask", "index", "texture", "ask texture"};
         const std::string name = names[static_cast<int>(operations)];
         std::vector<std::string> expected = {name + " 0: " + call};
         if (everyPart)

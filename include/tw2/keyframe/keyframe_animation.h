@@ -93,16 +93,19 @@ public:
 
     /// Writes the transform at `time` (seconds, any value) into `matrix`. Keeps the key found for the next call, so
     /// that playing forward costs a step or two per call.
-    void animate(M_Matrix4x3Template<float>& matrix, float time) const;
+    void animate(M_Matrix4x3Template<float>& matrix, float time) const { animateFrame(matrix, toFrame(time)); }
     /// The same at a frame.
     void animateFrame(M_Matrix4x3Template<float>& matrix, float frame) const;
     /// The same with a hint that the caller keeps: the value that the previous call returned, 0 at first.
-    int animateWithLastFrame(M_Matrix4x3Template<float>& matrix, float time, int lastFrame) const;
+    int animateWithLastFrame(M_Matrix4x3Template<float>& matrix, float time, int lastFrame) const
+    {
+        return animateFrameWithLastFrame(matrix, toFrame(time), lastFrame);
+    }
     /// The same at a frame.
     int animateFrameWithLastFrame(M_Matrix4x3Template<float>& matrix, float frame, int lastFrame) const;
 
     /// Visibility at `time` (seconds); the object shows while it is above 0. 1 without a visibility track.
-    [[nodiscard]] float getVisibility(float time) const;
+    [[nodiscard]] float getVisibility(float time) const { return getVisibilityFrame(toFrame(time)); }
     /// The same at a frame.
     [[nodiscard]] float getVisibilityFrame(float frame) const;
     /// @}
@@ -146,9 +149,15 @@ public:
     /// @{
 
     /// All return the count after the call.
-    int increaseDataReferenceCount() const noexcept;
+    int increaseDataReferenceCount() const noexcept
+    {
+        return m_pSharedData ? ++m_pSharedData->m_iDataReferenceCount : 0;
+    }
     /// The animation that brings the count to 0 deletes the tracks; done by `destruct`, so a host has no use for it.
-    int decreaseDataReferenceCount() const noexcept;
+    int decreaseDataReferenceCount() const noexcept
+    {
+        return m_pSharedData ? --m_pSharedData->m_iDataReferenceCount : 0;
+    }
     /// How many animations share the tracks.
     [[nodiscard]] int getDataReferenceCount() const noexcept;
     /// A new holder of this object.
@@ -168,6 +177,7 @@ private:
     friend struct TrackAccess;
 
     void initializeMembers() noexcept;
+    [[nodiscard]] float toFrame(float time) const noexcept { return static_cast<float>(m_iFrameRate) * time; }
     /// Tells the track lists that this animation stands in that its tracks are others now.
     void tracksChanged() noexcept;
 

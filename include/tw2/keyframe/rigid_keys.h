@@ -34,7 +34,7 @@ public:
         swap(other);
         return *this;
     }
-    ~TW_RigidKeys();
+    ~TW_RigidKeys() { clear(); }
 
     /// @name Reading
     /// @{

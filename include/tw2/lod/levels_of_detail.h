@@ -48,7 +48,7 @@ protected:
     ~TW_LevelsOfDetail() override = default;
 
     /// Nothing to do each frame; returns true, so that the levels are always visited.
-    bool executeAlways() override;
+    bool executeAlways() override { return true; }
 
     /// @name Building
     /// @{

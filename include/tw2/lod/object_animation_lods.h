@@ -50,7 +50,7 @@ public:
     /// The same; copying an object onto itself does nothing.
     TW_ObjectAnimationLODs& operator=(const TW_ObjectAnimationLODs& other);
     /// Takes the levels out of the tree and deletes them.
-    ~TW_ObjectAnimationLODs() override;
+    ~TW_ObjectAnimationLODs() override { destruct(); }
 
     /// As the constructors of the same arguments, in the place of what the object was before. When it throws, the
     /// object is not constructed.
@@ -58,16 +58,6 @@ public:
                    bool keyframeFlag);
     void construct(S_Script* script, int levelCount, const int* blockIndices, bool keyframeFlag);
     void construct(const TW_ObjectAnimationLODs& other);
-    /// @}
-
-    /// @name On every level
-    /// A result is true when it is true for any level.
-    /// @{
-
-    /// Shows and hides the meshes as the visibility tracks say.
-    bool updateVisibility(int animation, float time);
-    /// The same at a frame.
-    bool updateVisibilityFrame(int animation, float frame);
     /// @}
 
     /// @name Scene object
@@ -78,7 +68,5 @@ public:
 
 private:
     [[nodiscard]] TW_ObjectAnimation* getPart(Operations operations, unsigned int i) const override;
-    template <typename Update>
-    bool updateEvery(const Update& update);
 };
 }  // namespace TW2

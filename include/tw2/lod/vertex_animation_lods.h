@@ -63,7 +63,7 @@ public:
     /// The same; copying an object onto itself does nothing.
     TW_VertexAnimationLODs& operator=(const TW_VertexAnimationLODs& other);
     /// Takes the levels out of the tree and deletes them; the skeleton goes with its last holder.
-    ~TW_VertexAnimationLODs() override;
+    ~TW_VertexAnimationLODs() override { destruct(); }
 
     /// As the constructors of the same arguments, in the place of what the object was before. When it throws, the
     /// object is not constructed.
@@ -82,15 +82,6 @@ public:
 
     /// Replaces the skins' materials on every level by those of a manager (not taken over).
     void remapMaterials(TW_MaterialManager* manager);
-
-    /// @name On level 0
-    /// @{
-
-    /// Shows and hides the skin's meshes as its visibility tracks say.
-    bool updateVisibility(int animation, float time);
-    /// The same at a frame.
-    bool updateVisibilityFrame(int animation, float frame);
-    /// @}
 
     /// @name Scene object
     /// @{

@@ -49,7 +49,7 @@ public:
     /// The same; a material assigned to itself stays as it is.
     TW_Material& operator=(const TW_Material& other);
     /// The last copy deletes the engine material and lets its textures go.
-    ~TW_Material();
+    ~TW_Material() { destruct(); }
 
     /// Builds the material; the texture search path must be set. Throws TW_Exception_TextureNotFound for a file that is
     /// not found or a slot that names none, and what TW_Texture throws for a damaged one;
@@ -91,7 +91,7 @@ public:
 
     /// The first matrix set for a layer is the one of the layer; every call adds to the list.
     void setTextureMatrix(int layer, const M_Matrix4Template<float>& matrix);
-    [[nodiscard]] bool hasTextureMatrix(int layer) const noexcept;
+    [[nodiscard]] bool hasTextureMatrix(int layer) const noexcept { return m_mapTextureMatrices.contains(layer); }
     /// Number of calls of `setTextureMatrix`.
     [[nodiscard]] int getTextureMatrixCount() const noexcept { return static_cast<int>(m_vecTextureMatrices.size()); }
     /// The layer that entry `index`, below the count, was set for.
@@ -156,9 +156,8 @@ private:
     [[nodiscard]] const TextureSlot* selectSlot(TextureType type) const noexcept;
     [[nodiscard]] bool canBeShared() const noexcept;
     void build(const TWMaterialChunk& chunk);
-    void takeOver(TW_Material& built);
+    void copy(const TW_Material& other, bool shareTextures);
     void copyValues(const TW_Material& other);
-    void copyNumbers(const TW_Material& other);
     void shareEngineMaterial(const TW_Material& other) noexcept;
     void copyEngineMaterial(const TW_Material& other);
     /// @name The white map of solid layers: made for the first material that has one, gone with the last
@@ -166,7 +165,7 @@ private:
     P_Map* acquireSolidMap();
     void releaseSolidMap() noexcept;
     /// @}
-    void bindFrame(const TextureSlot& slot, unsigned int frame) noexcept;
+    bool bindFrame(TextureType type, float position) noexcept;
     static void freeStaticData() noexcept;
 
     bool m_bConstructed;

@@ -36,7 +36,7 @@ public:
     /// Copies every material, in order, and builds the sets afresh.
     TW_MaterialManager(const TW_MaterialManager& other) : TW_MaterialManager() { construct(other); }
     /// Deletes the materials.
-    ~TW_MaterialManager();
+    ~TW_MaterialManager() { destruct(); }
 
     /// Back to an empty, constructed manager.
     void construct() noexcept;
@@ -102,7 +102,7 @@ public:
     /// added or the manager changes otherwise.
     [[nodiscard]] const S_String& getTextureAnimationSetName(int set) const noexcept;
     /// Whether a set has that name, which is the name of its textures.
-    [[nodiscard]] bool textureAnimationExists(const S_String& set) const;
+    [[nodiscard]] bool textureAnimationExists(const S_String& set) const { return isValidAnimationSet(findSet(set)); }
     /// The same with a string of the host's.
     template <TW_ForeignText Name>
     [[nodiscard]] bool textureAnimationExists(const Name& set) const

@@ -42,7 +42,7 @@ public:
     /// Shares the other's map; a texture assigned to itself stays as it is.
     TW_Texture& operator=(const TW_Texture& other);
     /// The last texture of a map deletes it.
-    ~TW_Texture();
+    ~TW_Texture() { destruct(); }
 
     /// Finds the map of the two files among those in use, or loads it: looks the files up, calls the callback with the
     /// new map, validates it. Throws TW_Exception_TextureNotFound with the file name for a file in none of the search

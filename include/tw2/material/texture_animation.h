@@ -32,7 +32,7 @@ public:
     /// Shares the engine maps; an animation assigned to itself stays as it is.
     TextureAnimation& operator=(const TextureAnimation& other);
     /// Lets the maps go.
-    ~TextureAnimation();
+    ~TextureAnimation() { destruct(); }
 
     /// As the constructors of the same arguments, in the place of what was there. When it throws, the animation is not
     /// constructed.
@@ -74,7 +74,6 @@ private:
     TextureAnimation() noexcept { initializeMembers(); }
     void initializeMembers() noexcept;
     void createFrames(const MaterialTextureChunk& slot, const S_Vector<S_String>& alphaFiles);
-    void appendPlayedBackwards();
 
     bool m_bConstructed;
     S_Vector<TW_Texture*> m_vecFrames;  // owned, each distinct one once

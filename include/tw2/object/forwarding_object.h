@@ -42,6 +42,11 @@ public:
     /// @{
     bool animateObject(int index, float time, TW_BoneGroupHandle* group = nullptr) override;
     bool animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group = nullptr) override;
+    /// Shows and hides the meshes of a character's skin, of its level 0, or of every level of an object, as the
+    /// animation's visibility tracks say. False when there is no such animation or it was loaded without them.
+    bool updateVisibility(int index, float time);
+    /// The same at a frame.
+    bool updateVisibilityFrame(int index, float frame);
     void freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group = nullptr) override;
     void restoreAnimationState(TW_ObjectAnimationState* state) override;
     [[nodiscard]] TW_BoneHandle getBoneHandle(const char* name) override;
@@ -111,6 +116,7 @@ protected:
     enum class Operations
     {
         Move,         ///< playing, blending and frame rates: every part
+        Show,         ///< showing and hiding meshes: every part
         Freeze,       ///< freezing and restoring states: the first part
         Ask,          ///< meshes, bone handles and animations: the first part
         AskForIndex,  ///< which indices there are and where they loop to: the first part
@@ -159,8 +165,8 @@ private:
     /// The i-th part that `operations` go to; null behind the last.
     [[nodiscard]] virtual TW_ObjectAnimation* getPart(Operations operations, unsigned int i) const = 0;
 
-    template <typename... Arguments>
-    bool onEvery(Operations operations, bool (TW_VirtualObject::*operation)(Arguments...), Arguments... arguments);
+    template <typename... Arguments, typename Object = TW_VirtualObject>
+    bool onEvery(Operations operations, bool (Object::*operation)(Arguments...), Arguments... arguments);
     template <typename Result, typename... Arguments, typename... Given>
     Result ask(Operations operations, Result (TW_VirtualObject::*operation)(Arguments...) const,
                const Given&... arguments) const;

@@ -128,7 +128,7 @@ public:
     /// The same copy; an object assigned to itself stays as it is.
     TW_ObjectAnimation& operator=(const TW_ObjectAnimation& source);
     /// Deletes the meshes, which hosts may no longer use, and lets animations and materials go.
-    ~TW_ObjectAnimation() override;
+    ~TW_ObjectAnimation() override { destruct(); }
 
     /// As the constructors of the same arguments.
     void construct(const char* scriptFileName, const char* blockName, TW_MeshCallback* meshCallback,
@@ -274,7 +274,7 @@ public:
     virtual bool subAnimateObject(int index, float time, float weight);
     /// Shows and hides the meshes as the animation's visibility tracks say. False when there is no such animation or it
     /// was loaded without them.
-    bool updateVisibility(int index, float time);
+    bool updateVisibility(int index, float time) { return updateVisibilityFrame(index, getAnimationFPS(index) * time); }
     /// The same at a frame.
     bool updateVisibilityFrame(int index, float frame);
     void freezeAnimationState(TW_ObjectAnimationState* state, TW_BoneGroupHandle* group = nullptr) override;

@@ -17,7 +17,7 @@ class TW2_API TW_ObjectAnimationMeshCallback : public TW_MeshCallback, public S_
 {
 public:
     /// `object` receives the meshes; it must have a material manager when the records name materials.
-    explicit TW_ObjectAnimationMeshCallback(TW_ObjectAnimation* object) noexcept;
+    explicit TW_ObjectAnimationMeshCallback(TW_ObjectAnimation* object) noexcept : m_pObject(object) {}
     virtual ~TW_ObjectAnimationMeshCallback() = default;
     TW_ObjectAnimationMeshCallback(const TW_ObjectAnimationMeshCallback&) = delete;
     TW_ObjectAnimationMeshCallback& operator=(const TW_ObjectAnimationMeshCallback&) = delete;

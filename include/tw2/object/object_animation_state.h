@@ -97,7 +97,7 @@ protected:
     /// Writes the frozen matrices of the group's meshes (null: of all) times `weight` into the meshes; with `add` on
     /// top of the matrices that the meshes have.
     void restore(TW_ObjectAnimation* object, TW_BoneGroupHandle* group, float weight, bool add) const;
-    void restore(TW_ObjectAnimation* object, float weight, bool add) const;
+    void restore(TW_ObjectAnimation* object, float weight, bool add) const { restore(object, nullptr, weight, add); }
 
 private:
     void initializeMembers() noexcept;

@@ -146,7 +146,7 @@ public:
     /// The same copy; copying an object onto itself does nothing.
     TW_VertexAnimation& operator=(const TW_VertexAnimation& other);
     /// Deletes skeleton and skin, unless other characters share the skeleton.
-    ~TW_VertexAnimation() override;
+    ~TW_VertexAnimation() override { destruct(); }
 
     /// As the constructors of the same arguments, in the place of what the object was before. When it throws, the
     /// object is not constructed.
@@ -234,11 +234,6 @@ public:
     /// @name Skin
     /// @{
 
-    /// Shows and hides the skin's meshes as its visibility tracks say; false when there is no such animation or it was
-    /// loaded without them.
-    bool updateVisibility(int index, float time);
-    /// The same at a frame.
-    bool updateVisibilityFrame(int index, float frame);
     /// Replaces the skin's materials by those of a file; see TW_ObjectAnimation.
     void loadMaterials(const char* fileName);
     /// The same with a string of the host's.
@@ -311,7 +306,6 @@ private:
     void copySkin(const TW_ObjectAnimation& source, const Skin* skinData, TW_MaterialManager* materialManager);
     void readSkinData(S_Script& script);
     void takeBoundingVolumes();
-    void releaseSkin() noexcept;
     /// @}
 
     void buildByName(S_Script& skeletonScript, const char* skeletonBlock, S_Script& skinScript, const char* skinBlock,
