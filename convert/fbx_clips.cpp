@@ -227,9 +227,11 @@ bool isOn(const FbxObject& layer, std::string_view name)
 void addLayer(const FbxScene& scene, const FbxObject& object, bool first, FbxTakeMotion& take)
 {
     constexpr int adds = 0;
-    constexpr int covers = 1;  // whatever its weight; 2 covers by its weight
+    constexpr int covers = 1;      // whatever its weight; 2 covers by its weight
+    constexpr int vectorBit = 14;  // of the kinds of properties that are not blended, that of a node's three parts
     const FbxProperties properties(object.m_pElement);
-    const int mode = properties.getInteger("BlendMode", adds);
+    const bool unblended = (toWhole(properties.getNumber("BlendModeBypass", 0.0)) >> vectorBit & 1) != 0;
+    const int mode = unblended ? covers : properties.getInteger("BlendMode", adds);
     FbxPose::Layer layer;
     layer.m_bAdds = mode == adds;
     layer.m_bTurnsAsWhole = properties.getInteger("RotationAccumulationMode", 0) == 0;

@@ -7,6 +7,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cctype>
 #include <charconv>
@@ -20,21 +21,25 @@ constexpr std::string_view binaryMark("Kaydara FBX Binary  \0", 21);
 constexpr std::size_t binaryHeader = 27;
 constexpr unsigned int deepest = 64;
 
+/// A number of a file: its lowest byte first, or last.
 template <typename T>
-T readAt(const char* data)
+T readAt(const char* data, bool lowestLast)
 {
-    static_assert(std::endian::native == std::endian::little, "FBX files are little-endian");
-    T value;
-    std::memcpy(&value, data, sizeof(T));
-    return value;
+    std::array<char, sizeof(T)> bytes;
+    std::memcpy(bytes.data(), data, sizeof(T));
+    if (lowestLast != (std::endian::native == std::endian::big))
+    {
+        std::ranges::reverse(bytes);
+    }
+    return std::bit_cast<T>(bytes);
 }
 
 template <typename T>
-void appendNumbers(std::string_view data, std::vector<double>& numbers)
+void appendNumbers(std::string_view data, bool lowestLast, std::vector<double>& numbers)
 {
     for (std::size_t i = 0; i + sizeof(T) <= data.size(); i += sizeof(T))
     {
-        numbers.push_back(static_cast<double>(readAt<T>(data.data() + i)));
+        numbers.push_back(static_cast<double>(readAt<T>(data.data() + i, lowestLast)));
     }
 }
 
@@ -90,7 +95,9 @@ public:
 
     void parse()
     {
-        const auto version = readAt<std::uint32_t>(m_bytes.data() + binaryMark.size() + 2);
+        const char* const head = m_bytes.data() + binaryMark.size();
+        m_document.m_bLowestLast = head[1] == 1;
+        const auto version = readAt<std::uint32_t>(head + 2, m_document.m_bLowestLast);
         m_document.m_bWide = version >= 7500;
         std::size_t position = binaryHeader;
         parseChildren(m_document.m_root, position, m_bytes.size(), 0);
@@ -109,8 +116,9 @@ private:
 
     std::uint64_t readWord(std::size_t position) const
     {
-        return m_document.m_bWide ? readAt<std::uint64_t>(m_bytes.data() + position)
-                                  : readAt<std::uint32_t>(m_bytes.data() + position);
+        const char* const data = m_bytes.data() + position;
+        return m_document.m_bWide ? readAt<std::uint64_t>(data, m_document.m_bLowestLast)
+                                  : readAt<std::uint32_t>(data, m_document.m_bLowestLast);
     }
 
     void parseChildren(FbxElement& parent, std::size_t& position, std::size_t end, unsigned int depth)
@@ -157,7 +165,7 @@ private:
     {
         need(position, sizeof(T), end, "a value");
         position += sizeof(T);
-        return readAt<T>(m_bytes.data() + position - sizeof(T));
+        return readAt<T>(m_bytes.data() + position - sizeof(T), m_document.m_bLowestLast);
     }
 
     std::string_view takeBytes(std::size_t& position, std::uint64_t size, std::size_t end) const
@@ -477,20 +485,20 @@ std::vector<double> FbxDocument::getNumbers(const FbxElement& element) const
     switch (array->m_cType)
     {
         case 'f':
-            appendNumbers<float>(data, numbers);
+            appendNumbers<float>(data, m_bLowestLast, numbers);
             break;
         case 'd':
-            appendNumbers<double>(data, numbers);
+            appendNumbers<double>(data, m_bLowestLast, numbers);
             break;
         case 'l':
-            appendNumbers<std::int64_t>(data, numbers);
+            appendNumbers<std::int64_t>(data, m_bLowestLast, numbers);
             break;
         case 'b':
         case 'c':
-            appendNumbers<std::uint8_t>(data, numbers);
+            appendNumbers<std::uint8_t>(data, m_bLowestLast, numbers);
             break;
         default:
-            appendNumbers<std::int32_t>(data, numbers);
+            appendNumbers<std::int32_t>(data, m_bLowestLast, numbers);
     }
     return numbers;
 }

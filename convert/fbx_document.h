@@ -71,6 +71,7 @@ private:
     std::vector<char> m_vecBytes;
     FbxElement m_root;
     bool m_bBinary = false;
-    bool m_bWide = false;  ///< binary: offsets have 64 bits
+    bool m_bWide = false;        ///< binary: offsets have 64 bits
+    bool m_bLowestLast = false;  ///< binary: the lowest byte of a number is its last
 };
 }  // namespace TW2::convert

@@ -95,6 +95,12 @@ private:
     void addCamera(std::size_t node, const FbxElement& element)
     {
         const FbxProperties properties(&element);
+        if (properties.getInteger("CameraProjectionType", 0) != 0)
+        {
+            m_warnings.addLeftOut("camera \"" + m_scene.getPlaces()[node].m_strName + "\"",
+                                  "what sees without perspective");
+            return;
+        }
         constexpr double usualAngle = 40.0;
         Camera camera;
         camera.m_iNode = static_cast<int>(node);

@@ -211,6 +211,26 @@ TEST(Fbx, ACurveGoesOnBeyondItsKeysAsTheFileSays)
     }
 }
 
+TEST(Fbx, CamerasWithoutPerspectiveAreLeftOutAndTold)
+{
+    std::string objects;
+    std::string links;
+    for (const char* kind : {"0", "1"})
+    {
+        objects += std::string("\tModel: 4") + kind + ", \"Model::eye" + kind + "\", \"Camera\" {\n\t}\n" +
+                   "\tNodeAttribute: 5" + kind + R"(, "NodeAttribute::", "Camera" {
+		Properties70:  {
+			P: "FieldOfView", "FieldOfView", "", "A",50
+			P: "CameraProjectionType", "enum", "", "",)" +
+                   kind + "\n\t\t}\n\t}\n";
+        links += std::string("\tC: \"OO\",4") + kind + ",0\n\tC: \"OO\",5" + kind + ",4" + kind + "\n";
+    }
+    const Model model = readFbx(make({.m_strObjects = objects, .m_strLinks = links}));
+    ASSERT_EQ(model.m_vecCameras.size(), 1U);
+    EXPECT_EQ(model.m_vecCameras[0].m_fHorizontalAngle, 50.0F);
+    EXPECT_THAT(model.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("camera \"eye1\": left out")));
+}
+
 TEST(Fbx, PivotsAndPreRotationsArePartOfTheMatrix)
 {
     const std::string pivots = R"(			P: "Lcl Translation", "Lcl Translation", "", "A",5,0,0
@@ -251,6 +271,11 @@ TEST(Fbx, FurtherLayersAreBlendedAsTheFileSays)
 			P: "Weight", "Number", "", "A",50
 			P: "ScaleAccumulationMode", "enum", "", "",1)",
                   1.0, 65.0, 2.5},
+             Case{"not blended", R"(P: "BlendModeBypass", "ULongLong", "", "",16384
+			P: "Weight", "Number", "", "A",25)",
+                  1.0, 40.0, 4.0},
+             Case{"other properties not blended", R"(P: "BlendModeBypass", "ULongLong", "", "",16760831)", 1.0, 130.0,
+                  4.0},
              Case{"mute", R"(P: "Mute", "bool", "", "",1)", 1.0, 90.0, 1.0},
              Case{"alone", R"(P: "Solo", "bool", "", "",1)", 1.0, 40.0, 4.0},
              Case{"mute and alone", R"(P: "Solo", "bool", "", "",1
