@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -42,13 +43,17 @@ enum class Filter : unsigned char
     Likely = 4
 };
 
-int predict(int left, int above, int corner)
+/// In numbers of 16 bits, which processors take eight at once.
+std::int16_t predict(std::int16_t left, std::int16_t above, std::int16_t corner)
 {
-    const int toLeft = std::abs(above - corner);
-    const int toAbove = std::abs(left - corner);
-    const int toCorner = std::abs(left + above - 2 * corner);
-    const int upper = toAbove <= toCorner ? above : corner;
-    return toLeft <= toAbove && toLeft <= toCorner ? left : upper;
+    const auto acrossLeft = static_cast<std::int16_t>(above - corner);
+    const auto acrossAbove = static_cast<std::int16_t>(left - corner);
+    const auto both = static_cast<std::int16_t>(acrossLeft + acrossAbove);
+    const auto toLeft = static_cast<std::int16_t>(std::abs(acrossLeft));
+    const auto toAbove = static_cast<std::int16_t>(std::abs(acrossAbove));
+    const auto toCorner = static_cast<std::int16_t>(std::abs(both));
+    const std::int16_t upper = toAbove <= toCorner ? above : corner;
+    return toLeft <= std::min(toAbove, toCorner) ? left : upper;
 }
 
 /// Writes a row of bytes as a filter leaves them. `row` and `above` have `width` bytes, before which a pixel of zeros
@@ -149,7 +154,7 @@ Bytes packRows(const G_Image& image)
             unsigned int sum = 0;
             for (std::size_t i = 1; i <= width; ++i)
             {
-                sum += std::min<unsigned int>(tried[i], 256U - tried[i]);
+                sum += std::min(tried[i], static_cast<unsigned char>(-tried[i]));
             }
             if (sum < smallest)
             {

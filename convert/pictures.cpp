@@ -38,16 +38,31 @@ bool isPictureName(const std::string& ending)
 }
 
 #ifdef TW2_HAS_WEBP
-G_Image decodeWebP(const std::vector<unsigned char>& content, const std::string& name)
+G_Image::Description inspectWebP(const std::vector<unsigned char>& content, const std::string& name)
 {
-    int width = 0;
-    int height = 0;
-    if (WebPGetInfo(content.data(), content.size(), &width, &height) == 0)
+    WebPBitstreamFeatures features;
+    if (WebPGetFeatures(content.data(), content.size(), &features) != VP8_STATUS_OK)
     {
         throw G_ImageException(name.c_str(), "is no WebP picture");
     }
-    G_Image image(static_cast<unsigned int>(width), static_cast<unsigned int>(height));
-    const int stride = width * static_cast<int>(G_Image::bytesPerPixel);
+    std::size_t size = 8;
+    for (std::size_t i = 0; i < 4; ++i)
+    {
+        size += std::size_t{content[4 + i]} << 8 * i;
+    }
+    if (size > content.size())
+    {
+        throw G_ImageException(name.c_str(), "its data ends too early");
+    }
+    return {static_cast<unsigned int>(features.width), static_cast<unsigned int>(features.height),
+            features.has_alpha != 0};
+}
+
+G_Image decodeWebP(const std::vector<unsigned char>& content, const std::string& name)
+{
+    const G_Image::Description description = inspectWebP(content, name);
+    G_Image image(description.m_uiWidth, description.m_uiHeight);
+    const auto stride = static_cast<int>(description.m_uiWidth * G_Image::bytesPerPixel);
     if (!WebPDecodeRGBAInto(content.data(), content.size(), image.accessPixels(), image.getSize(), stride))
     {
         throw G_ImageException(name.c_str(), "its data is damaged");
@@ -55,9 +70,14 @@ G_Image decodeWebP(const std::vector<unsigned char>& content, const std::string&
     return image;
 }
 #else
-G_Image decodeWebP(const std::vector<unsigned char>&, const std::string& name)
+G_Image::Description inspectWebP(const std::vector<unsigned char>&, const std::string& name)
 {
     throw G_ImageException(name.c_str(), "is a WebP picture, which this program was built without");
+}
+
+G_Image decodeWebP(const std::vector<unsigned char>&, const std::string&)
+{
+    return {};
 }
 #endif
 G_Image decodeContent(const std::vector<unsigned char>& content, const std::string& name)
@@ -76,19 +96,15 @@ void describe(Picture& picture)
 {
     const std::vector<unsigned char> content = loadPicture(picture);
     const std::string name = getFullName(picture);
-    if (!isWebP(content))
+    const G_Image::Description description =
+        isWebP(content) ? inspectWebP(content, name) : G_Image::inspect(content.data(), content.size(), name.c_str());
+    picture.m_uiWidth = description.m_uiWidth;
+    picture.m_uiHeight = description.m_uiHeight;
+    if (!description.m_bAlpha)
     {
-        const G_Image::Description description = G_Image::inspect(content.data(), content.size(), name.c_str());
-        picture.m_uiWidth = description.m_uiWidth;
-        picture.m_uiHeight = description.m_uiHeight;
-        if (!description.m_bAlpha)
-        {
-            return;
-        }
+        return;
     }
     const G_Image image = decodeContent(content, name);
-    picture.m_uiWidth = image.getWidth();
-    picture.m_uiHeight = image.getHeight();
     for (std::size_t i = 3; i < image.getSize(); i += G_Image::bytesPerPixel)
     {
         picture.m_bAlpha |= image.getPixels()[i] < 255;

@@ -27,11 +27,6 @@ using namespace support;
 #ifdef TW2_HAS_WEBP
 TEST(GltfCompression, WebPPicturesAreDecodedAndHaveTheirAlpha)
 {
-    const std::vector<std::uint8_t> pixels{255, 0, 0, 255, 0, 255, 0, 64};
-    std::uint8_t* encoded = nullptr;
-    const std::size_t size = WebPEncodeLosslessRGBA(pixels.data(), 2, 1, 8, &encoded);
-    const std::vector<unsigned char> content(encoded, encoded + size);
-    WebPFree(encoded);
     const auto make = [](const std::vector<unsigned char>& bytes)
     {
         GltfText text;
@@ -43,16 +38,24 @@ TEST(GltfCompression, WebPPicturesAreDecodedAndHaveTheirAlpha)
         text.set("extensionsRequired", R"(["EXT_texture_webp"])");
         return text.make();
     };
-    const Model model = read(make(content));
-    ASSERT_EQ(model.m_vecPictures.size(), 1U);
-    EXPECT_EQ(model.m_vecSurfaces.size(), 1U) << "no plain one that nothing has";
-    EXPECT_TRUE(model.m_vecPictures[0].m_bAlpha);
-    EXPECT_EQ(model.m_vecPictures[0].m_uiWidth, 2U);
-    const G_Image image = TW2::convert::decodePicture(model.m_vecPictures[0]);
-    EXPECT_TRUE(std::equal(pixels.begin(), pixels.end(), image.getPixels()));
-    const Model damaged = read(make(std::vector<unsigned char>(content.begin(), content.end() - 6)));
-    EXPECT_TRUE(damaged.m_vecPictures.empty());
-    EXPECT_THAT(damaged.m_vecWarnings, testing::Contains(testing::HasSubstr("is left out")));
+    for (const std::uint8_t alpha : std::array<std::uint8_t, 2>{64, 255})
+    {
+        const std::vector<std::uint8_t> pixels{255, 0, 0, 255, 0, 255, 0, alpha};
+        std::uint8_t* encoded = nullptr;
+        const std::size_t size = WebPEncodeLosslessRGBA(pixels.data(), 2, 1, 8, &encoded);
+        const std::vector<unsigned char> content(encoded, encoded + size);
+        WebPFree(encoded);
+        const Model model = read(make(content));
+        ASSERT_EQ(model.m_vecPictures.size(), 1U);
+        EXPECT_EQ(model.m_vecSurfaces.size(), 1U) << "no plain one that nothing has";
+        EXPECT_EQ(model.m_vecPictures[0].m_bAlpha, alpha < 255);
+        EXPECT_EQ(model.m_vecPictures[0].m_uiWidth, 2U);
+        const G_Image image = TW2::convert::decodePicture(model.m_vecPictures[0]);
+        EXPECT_TRUE(std::equal(pixels.begin(), pixels.end(), image.getPixels()));
+        const Model damaged = read(make(std::vector<unsigned char>(content.begin(), content.end() - 6)));
+        EXPECT_TRUE(damaged.m_vecPictures.empty());
+        EXPECT_THAT(damaged.m_vecWarnings, testing::Contains(testing::HasSubstr("is left out")));
+    }
 }
 #endif
 
