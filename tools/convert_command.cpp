@@ -370,7 +370,8 @@ const tools::Command s_command(
         command.add_option("--scale", arguments->options.m_import.m_dScale, "Scene units per unit of the file")
             ->check(tools::aboveZero());
         command
-            .add_option("--loop", arguments->loop, "Which clips repeat (default: auto, those that end as they begin)")
+            .add_option("--loop", arguments->loop,
+                        "Which clips repeat (default: auto, those whose end leads to their beginning)")
             ->check(CLI::IsMember({"auto", "always", "never"}));
         command.add_option("--name", arguments->options.m_strName, "Name of the files (default: the model's)");
         command
@@ -378,7 +379,7 @@ const tools::Command s_command(
                         "Folder that is searched for pictures too; may be given several times")
             ->type_name("DIR")
             ->allow_extra_args(false);
-        command.add_option("--timeout", arguments->timeout, "Seconds after which to give up (default: 600)");
+        command.add_option("--timeout", arguments->timeout, "Seconds after which to give up (default: 600; 0: never)");
         command.add_flag(
             "--together", arguments->together,
             "The models are one object: the first that shows anything gives the body, all give their clips");
