@@ -1,509 +1,319 @@
 #!/usr/bin/env python3
-"""Puts single faults into a copy of the code and runs the tests on each; started by mutate.sh, which makes the copy."""
+"""Puts single faults into the code and tells which of them no test notices.
+
+A room is a folder of src or platform, or convert, json, render, tools or viewer; without one, all are taken. The faults
+of all rooms are built into one copy of the working tree, in build/mutate, as choices that an environment variable makes
+when the tests run: `a < b` becomes `(tw2_fault<17>() ? (a <= b) : (a < b))`. What cannot be chosen at run time (a template
+argument, a case label) is left out. Then every test runs once alone and tells which faults it comes by, and each fault is
+tried on the tests that come by it, the quick ones first.
+
+The same SEED makes the same faults. LIST is a file with faults of one's own, or those that an earlier run has printed, a
+line each: file:line `what stands there` -> `what comes there`. A room ends after MINUTES. A run that is stopped tells what
+it knows by then; -c goes on: what was noticed before counts as noticed, what was not is tried again.
+"""
 
 import argparse
-import hashlib
-import json
+import collections
+import concurrent.futures
+import fcntl
 import math
 import os
-import random
 import re
 import resource
-import shlex
 import shutil
 import signal
 import subprocess
 import sys
+import tempfile
+import threading
 import time
 from pathlib import Path
 
-LIBRARY_ROOMS = ["core", "io", "keyframe", "light", "lod", "material", "motion", "object", "skin"]
-PLATFORM_ROOMS = ["image", "math", "runtime", "scene"]
-OTHER_ROOMS = ["convert", "json", "render", "tools", "viewer"]
-ROOMS = LIBRARY_ROOMS + PLATFORM_ROOMS + OTHER_ROOMS
+from mutate_faults import FOLDERS, ROOT, choose_faults, read_list, without_overlap
 
-# More objects than these are not compiled for a fault in a header: then only the room and its tests see it.
-MANY_OBJECTS = 10
+COPY = ROOT / "build" / "mutate"
+# So many marks has the file in which tests tell what they come by: see mutate.h.
+MOST_FAULTS = 1 << 16
 
 
-# What only saves time: a fault there is none that a test of results could notice.
-NO_EFFECT = re.compile(r"\breserve\(|[pP]refetch|\bcapacity\(\)")
+# --- Building ---------------------------------------------------------------------------------------------------------
 
 
-def folder_of(room):
-    return ("src/" if room in LIBRARY_ROOMS else "platform/" if room in PLATFORM_ROOMS else "") + room
+def write(path, text):
+    """Writes a file of the copy unless it is as it should be: what has not changed is not built again."""
+    if not path.exists() or path.read_bytes() != text:
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(text)
 
 
-def tests_of(room):
-    return "tests/" + ("platform/" if room in PLATFORM_ROOMS else "") + room
+def copy_with(faults):
+    """Makes the copy, with faults."""
+    edits = collections.defaultdict(set)
+    for fault in faults:
+        edits[fault.source].update(fault.edits())
+    changed = {}
+    for source, pieces in edits.items():
+        text = source.text
+        for begin, end, new in sorted(pieces, reverse=True):
+            text = text[:begin] + new + text[end:]
+        changed[str(source.path)] = f'#include "{COPY}/scripts/mutate.h"\n#line 1\n{text}'.encode()
+    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, stdout=subprocess.PIPE, text=True,
+                            check=True).stdout.splitlines()
+    files = {name for name in listed if (ROOT / name).is_file()}
+    for name in files:
+        write(COPY / name, changed.get(name) or (ROOT / name).read_bytes())
+        shutil.copymode(ROOT / name, COPY / name)
+    for path in COPY.rglob("*"):
+        if path.is_file() and path.relative_to(COPY).parts[0] != "build" and str(path.relative_to(COPY)) not in files:
+            path.unlink()
 
 
-# --- Faults: what a line may become -----------------------------------------------------------------------------------
+def find_refused(faults, log):
+    """The faults for which something did not compile: those that a message names, or what stands before what it names."""
+    refused = set()
+    for block in re.split(r"^FAILED: ", log, flags=re.M)[1:]:
+        lines = [line for line in block.splitlines() if "warning:" not in line]
+        for named in ([line for line in lines if "error:" in line], lines):
+            places = [(Path(path), int(line)) for path, line in re.findall(rf"(?:{COPY}|\.\./\.\.)/([\w./]+):(\d+)", "\n".join(named))]
+            found = {fault for fault in faults for path, line in places
+                     if fault.source.path == path and fault.line <= line <= fault.last_line}
+            if found:
+                break
+        else:
+            before = [fault for fault in faults if (fault.source.path, fault.line) <= max(
+                (place for place in places if place[0] == fault.source.path), default=(Path(), 0))]
+            found = {max(before, key=lambda fault: fault.line)} if before else set()
+        refused |= found
+    return refused
 
 
-def blank_out(text):
-    """The text with comments, strings and preprocessor lines replaced by blanks; every character keeps its place."""
-    pattern = r'//[^\n]*|/\*.*?\*/|R"\((.*?)\)"|"(?:\\.|[^"\\\n])*"|(?<![0-9A-Fa-f])\'(?:\\.|[^\'\\\n])+\'|^[ \t]*#(?:\\\n|[^\n])*'
-    return re.sub(pattern, lambda match: re.sub(r"[^\n]", " ", match[0]), text, flags=re.S | re.M)
-
-
-def replace_each(pattern, replacement):
-    """An operator that replaces one match of a pattern."""
-
-    def find(line, _):
-        for match in re.finditer(pattern, line):
-            new = replacement(match) if callable(replacement) else replacement[match[0]]
-            yield match.start(), match.end(), new
-
-    return find
-
-
-def find_condition(line, _):
-    for match in re.finditer(r"\b(?:if|while) \(", line):
-        end = find_closing(line, match.end())
-        if end and " = " not in line[match.end() : end] and ";" not in line[match.end() : end]:
-            yield match.end(), end, f"!({line[match.end():end]})"
-
-
-def find_closing(line, begin):
-    depth = 1
-    for at in range(begin, len(line)):
-        depth += line[at] in "([{"
-        depth -= line[at] in ")]}"
-        if depth == 0:
-            return at
-    return None
-
-
-def find_statement(line, before):
-    """A whole statement on a line of its own that does something: a call, an assignment, a jump."""
-    text = line.strip()
-    if not re.search(r"[;{}:)]\s*$", before) or not text.endswith(";"):
-        return
-    jump = text in ("return;", "break;", "continue;")
-    changes = re.match(r"(?:\+\+|--|\*|::)?[\w:.>\[\]()-]*\w[\])]*(?: [-+*/|&^]?= |\(|\+\+;|--;|<.*>\()", text)
-    if jump or (changes and not re.match(r"(?:return|throw|using|static_assert|delete|case|default|TEST)\b", text)):
-        begin = len(line) - len(line.lstrip())
-        yield begin, len(line.rstrip()), ";"
-
-
-def find_arguments(line, _):
-    for match in re.finditer(r"[\w\])>]\(", line):
-        end = find_closing(line, match.end())
-        if not end:
-            continue
-        parts, begin, depth = [], match.end(), 0
-        for at in range(match.end(), end + 1):
-            depth += line[at] in "([{<" and line[at - 1 : at + 2] != " < "
-            depth -= line[at] in ")]}>" and line[at - 1 : at + 1] != "->" and line[at - 1 : at + 2] != " > "
-            if at == end or (line[at] == "," and depth == 0):
-                parts.append((begin, at))
-                begin = at + 1
-        for first, second in zip(parts, parts[1:]):
-            one, two = (line[a:b].strip() for a, b in (first, second))
-            if one and two and one != two:
-                yield first[0], second[1], f"{two}, {one}" if line[first[0]] != " " else f" {two}, {one}"
-
-
-def change_number(match):
-    text = match[0]
-    if re.fullmatch(r"\d+[uU]?", text):
-        return re.sub(r"\d+", lambda digits: str(int(digits[0]) + 1), text)
-    return f"({text} + {re.sub(r'[0-9.]+', '1.0', text, count=1)})"
-
-
-COMPARE = {" == ": " != ", " != ": " == ", " < ": " <= ", " <= ": " < ", " > ": " >= ", " >= ": " > "}
-REVERSE = {" < ": " >= ", " <= ": " > ", " > ": " <= ", " >= ": " < "}
-CALCULATE = {" + ": " - ", " - ": " + ", " * ": " / ", " / ": " * ", " += ": " -= ", " -= ": " += ", " *= ": " /= ",
-             "++": "--", " % ": " / ", " << ": " >> ", " & ": " | ", " | ": " & "}
-OPERATORS = {
-    "comparison": replace_each("|".join(COMPARE), COMPARE),
-    "reversed": replace_each("|".join(REVERSE), REVERSE),
-    "calculation": replace_each("|".join(map(re.escape, CALCULATE)), CALCULATE),
-    "sign": replace_each(r"(?<=[(,=?:] )-(?=[\w(])|(?<=[(\[{])-(?=[\w(])|(?<=return )-(?=[\w(])", lambda match: ""),
-    "logic": replace_each(r" && | \|\| ", {" && ": " || ", " || ": " && "}),
-    "truth": replace_each(r"\btrue\b|\bfalse\b", {"true": "false", "false": "true"}),
-    "constant": replace_each(r"(?<![\w.])\d+(?:\.\d+f?|[uU])?(?![\w.'])", change_number),
-    "off by one": replace_each(r" [-+] 1u?(?![\w.'])", lambda match: ""),
-    "condition": find_condition,
-    "statement": find_statement,
-    "arguments": find_arguments,
-}
-
-
-class Fault:
-    def __init__(self, path, number, old, new):
-        self.path, self.number, self.old, self.new = path, number, old, new
-
-    def __str__(self):
-        return f"{self.path}:{self.number} `{self.old.strip()}` -> `{self.new.strip()}`"
-
-
-def find_faults(root, room):
-    """All faults of a room, by operator."""
-    faults = {name: [] for name in OPERATORS}
-    for path in sorted((root / folder_of(room)).rglob("*")):
-        if path.suffix not in (".cpp", ".h"):
-            continue
-        text = path.read_text()
-        lines, before = text.split("\n"), ";"
-        for number, blank in enumerate(blank_out(text).split("\n"), 1):
-            if re.match(r"\s*(?:static_assert|template|using|friend|extern|namespace)\b", blank) or NO_EFFECT.search(blank):
-                continue
-            line = lines[number - 1]
-            for name, operator in OPERATORS.items():
-                for begin, end, new in operator(blank, before):
-                    # What was blanked out within a replaced piece would be lost.
-                    if blank[begin:end] == line[begin:end]:
-                        changed = line[:begin] + new + line[end:]
-                        faults[name].append(Fault(path.relative_to(root), number, line, changed))
-            if blank.strip():
-                before = blank
+def build(faults):
+    """Builds the copy with all faults that compile, and returns these."""
+    environment = dict(os.environ)
+    if shutil.which("ccache"):
+        environment.setdefault("CMAKE_CXX_COMPILER_LAUNCHER", "ccache")
+    copy_with(faults)
+    subprocess.run(["cmake", "-S", COPY, "--preset", "release"], cwd=COPY, env=environment, stdout=subprocess.DEVNULL, check=True)
+    # Headers that everything includes are put right on few objects first.
+    for target in ("tw2_platform", "tw2_cli", "tw2_tests"):
+        while True:
+            made = subprocess.run(["cmake", "--build", COPY / "build" / "release", "--target", target, "--", "-k", "40"], cwd=COPY,
+                                  env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+            (COPY / "build" / "log").write_text(made.stdout)
+            if made.returncode == 0:
+                break
+            refused = find_refused(faults, made.stdout)
+            if not refused:
+                sys.exit(f"the copy cannot be built: see {COPY}/build/log")
+            faults = [fault for fault in faults if fault not in refused or not fault.at_run_time]
+            for fault in refused:
+                fault.at_run_time = True
+            print(f"{target}: {len(refused)} faults did not compile, {len(faults)} are left", file=sys.stderr, flush=True)
+            copy_with(faults)
     return faults
-
-
-def choose_faults(root, room, seed):
-    """The faults of a room in a random order in which every operator comes as often; the same one for the same seed."""
-    chance = random.Random(f"{seed} {room}")
-    faults = find_faults(root, room)
-    for found in faults.values():
-        chance.shuffle(found)
-    while any(faults.values()):
-        names = [name for name in faults if faults[name]]
-        chance.shuffle(names)
-        for name in names:
-            yield faults[name].pop()
-
-
-def read_list(root, path):
-    """The faults of a list, each with the nearest line that has what it replaces."""
-    for entry in Path(path).read_text().splitlines():
-        match = re.match(r"[-\s]*(\S+?):(\d+):? `(.+?)` -> `(.*?)`", entry)
-        if not match:
-            continue
-        lines = (root / match[1]).read_text().split("\n") if (root / match[1]).exists() else []
-        places = [at for at, line in enumerate(lines, 1) if line.strip() == match[3].strip()]
-        places = places or [at for at, line in enumerate(lines, 1) if match[3] in line]
-        if not places:
-            print(f"gone: {entry}", flush=True)
-            continue
-        at = min(places, key=lambda place: abs(place - int(match[2])))
-        yield Fault(Path(match[1]), at, lines[at - 1], lines[at - 1].replace(match[3], match[4], 1))
-
-
-def room_of(path):
-    return path.parts[1] if path.parts[0] in ("src", "platform") else path.parts[0]
-
-
-# --- Building: only what a fault touches ------------------------------------------------------------------------------
-
-
-class Build:
-    """The built copy: compiles sources into it, links, and puts back what was there."""
-
-    def __init__(self, root):
-        self.root = root
-        self.folder = root / "build" / "release"
-        self.kept = []
-        self.commands = {}
-        for entry in json.loads((self.folder / "compile_commands.json").read_text()):
-            words = shlex.split(entry["command"])
-            output = words[words.index("-o") + 1]
-            # Faults are compiled fast, and what a fault makes a compiler warn of is a fault all the same.
-            words = [word for word in words if word not in ("ccache", "-Werror") and not word.startswith("-O")]
-            self.commands[output] = words + ["-O1", "-w"]
-        self.sources = {output: Path(words[words.index("-c") + 1]).relative_to(root)
-                        for output, words in self.commands.items() if str(root) in words[words.index("-c") + 1]}
-        self.links = self.read_links()
-        self.users = self.read_users()
-        self.baseline = {}
-
-    def run(self, command, **options):
-        return subprocess.run(command, cwd=self.folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False,
-                              **options).returncode == 0
-
-    def ask_ninja(self, *arguments):
-        return subprocess.run(["ninja", "-t", *arguments], cwd=self.folder, capture_output=True, text=True,
-                              check=True).stdout.splitlines()
-
-    def read_links(self):
-        """Of everything that is linked for the tests, in order: output, inputs, command."""
-        links = []
-        for line in self.ask_ninja("commands", "tw2_tests"):
-            archive = re.search(r"ar qc (\S+) (.*?) && ", line)
-            linked = re.search(r"&& (\S+ [^&]* -o (\S+) [^&]*?) &&", line)
-            if archive:
-                links.append((archive[1], set(archive[2].split()), line))
-            elif linked and " -c " not in line:
-                command = linked[1] if "-fuse-ld" in linked[1] or not shutil.which("ld.gold") else linked[1] + " -fuse-ld=gold"
-                links.append((linked[2], set(linked[1].split()), command))
-        return links
-
-    def read_users(self):
-        """The objects that each file of the project goes into."""
-        users, output = {}, None
-        for line in self.ask_ninja("deps"):
-            if line and not line.startswith(" "):
-                output = line.split(":")[0]
-            elif line.strip() and output in self.sources:
-                path = Path(os.path.normpath(self.folder / line.strip()))
-                if path.is_relative_to(self.root):
-                    users.setdefault(path.relative_to(self.root), []).append(output)
-        return users
-
-    def objects_for(self, path, room):
-        linked = set().union(*(inputs for _, inputs, _ in self.links))
-        objects = [output for output in self.users.get(path, []) if output in linked]
-        if len(objects) > MANY_OBJECTS:
-            near = (folder_of(room) + "/", tests_of(room) + "/")
-            objects = [output for output in objects if str(self.sources[output]).startswith(near)]
-        return objects
-
-    def keep(self, output):
-        whole = self.folder / (output + ".whole")
-        if not whole.exists():
-            shutil.copy2(self.folder / output, whole)
-            self.kept.append(output)
-
-    def put_back(self):
-        for output in self.kept:
-            os.replace(self.folder / (output + ".whole"), self.folder / output)
-        self.kept = []
-
-    def digest(self, output):
-        return hashlib.sha256((self.folder / output).read_bytes()).digest()
-
-    def compile(self, output):
-        # Objects that are not for a shared library keep code that nobody calls; that does not matter here.
-        return self.run(self.commands[output], timeout=600)
-
-    def measure_baseline(self, objects):
-        """Compiles objects as faults are compiled, to tell which faults change nothing."""
-        for output in objects:
-            if output not in self.baseline:
-                self.keep(output)
-                if not self.compile(output):
-                    sys.exit(f"{output} cannot be compiled without a fault")
-                self.baseline[output] = self.digest(output)
-
-    def make(self, fault, room):
-        """Builds everything with a fault; None if it does not compile or changes nothing."""
-        objects = self.objects_for(fault.path, room)
-        self.measure_baseline(objects)
-        place = self.root / fault.path
-        text = place.read_text()
-        times = place.stat()
-        lines = text.split("\n")
-        lines[fault.number - 1] = fault.new
-        changed = set()
-        try:
-            place.write_text("\n".join(lines))
-            for output in objects:
-                self.keep(output)
-                if not self.compile(output):
-                    return None
-                if self.digest(output) != self.baseline[output]:
-                    changed.add(output)
-        finally:
-            place.write_text(text)
-            os.utime(place, ns=(times.st_atime_ns, times.st_mtime_ns))
-        return self.link(changed) if changed else None
-
-    def link(self, changed):
-        """Links what the changed objects go into. A program need not be linked again for a shared library."""
-        changed = set(changed)
-        for output, inputs, command in self.links:
-            if inputs & changed:
-                self.keep(output)
-                # Of the functions of a header the linker takes those of the first object.
-                first = [] if output.endswith(".a") else [word for word in inputs & changed if word.endswith(".o")]
-                compiler, *others = command.split(" ")
-                command = " ".join([compiler, *first, *(word for word in others if word not in first)])
-                if not self.run(command, shell=True, timeout=600):
-                    return None
-                if ".so" not in output:
-                    changed.add(output)
-        return True
 
 
 # --- Running ----------------------------------------------------------------------------------------------------------
 
 
 class Tests:
-    """The tests of the copy: those of a room first, then the others."""
+    """The tests of the copy, with the time that each takes and the faults that it comes by."""
 
-    def __init__(self, build):
-        self.build = build
-        self.program = build.folder / "tests" / "tw2_tests"
-        self.suites = {}
-        for path in (build.root / "tests").rglob("*.cpp"):
-            names = re.findall(r"^(?:TYPED_)?TEST(?:_F|_P|_SUITE)?\((\w+),", path.read_text(), flags=re.M)
-            self.suites.setdefault(str(path.relative_to(build.root).parent), set()).update(names)
-        self.broken = []
-        self.seconds = self.measure()
+    def __init__(self, pool):
+        self.program = COPY / "build" / "release" / "tests" / "tw2_tests"
+        self.running, self.stopped, self.lock = set(), False, threading.Lock()
+        names, suite = [], ""
+        listing = subprocess.run([self.program, "--gtest_list_tests"], stdout=subprocess.PIPE, text=True, check=True).stdout
+        for line in listing.splitlines()[1:]:
+            word = line.split("#")[0].rstrip()
+            suite = suite if word.startswith(" ") else word
+            names += [suite + word.strip()] if word.startswith(" ") else []
+        self.seconds, self.passed, self.present, self.reached = {}, {}, set(), set()
+        for name, seen, seconds in pool.map(self.measure, names):
+            if seen is None:
+                print(f"left out, it fails without a fault: {name}", flush=True)
+                continue
+            self.seconds[name] = seconds
+            self.passed[name] = {number for number, mark in enumerate(seen) if mark == 3}
+            self.present |= {number for number, mark in enumerate(seen) if mark}
+            self.reached |= self.passed[name]
 
-    def suites_of(self, *folders):
-        return set().union(*(self.suites[folder] for folder in self.suites if folder.startswith(folders)))
+    def measure(self, name):
+        with tempfile.NamedTemporaryFile() as file:
+            file.truncate(MOST_FAULTS)
+            begin = time.monotonic()
+            status, _ = self.run([name], 600, {"TW2_FAULT_MARKS": file.name})
+            seconds = time.monotonic() - begin
+            return name, None if status else Path(file.name).read_bytes(), seconds
 
-    def stages_of(self, room):
-        """Suites in the order in which they are run. The commands' tests are slow: most rooms do without."""
-        own = self.suites_of(tests_of(room))
-        drawn = self.suites_of("tests/convert", "tests/render", "tests/viewer") - own
-        commands = self.suites_of("tests/tools") - own
-        late = drawn | commands if room in ("convert", "json", "tools", "viewer") else drawn
-        return [stage for stage in (own, set(self.seconds) - own - drawn - commands, late) if stage]
-
-    def start(self, arguments, prepare=None):
-        return subprocess.Popen([self.program, *arguments], cwd=self.build.folder / "tests", stdin=subprocess.DEVNULL,
-                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, preexec_fn=prepare)
-
-    def run(self, suites):
-        """Runs suites until the first test fails. True if all passed."""
-        seconds = sum(self.seconds[suite] for suite in suites)
-        cpu_seconds, wall_seconds = int(10 + 5 * seconds), 60 + 10 * seconds
-        which = ":".join(f"{name}.*:*/{name}.*:{name}/*" for name in sorted(suites)) + "-" + ":".join(self.broken)
+    def run(self, names, seconds, environment, *options):
+        """Runs tests; returns the exit status and, with an option for it, what they print."""
 
         def limit():
             os.setsid()
-            resource.setrlimit(resource.RLIMIT_CPU, (cpu_seconds, cpu_seconds + 1))
+            resource.setrlimit(resource.RLIMIT_CPU, (int(10 + 5 * seconds), int(11 + 5 * seconds)))
             resource.setrlimit(resource.RLIMIT_AS, (12 << 30, 12 << 30))
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
-        process = self.start([f"--gtest_filter={which}", "--gtest_fail_fast", "--gtest_brief=1"], limit)
-        try:
-            return process.wait(timeout=wall_seconds) == 0
-        except subprocess.TimeoutExpired:
-            return False
-        finally:
-            if process.poll() is None:
+        with tempfile.TemporaryDirectory() as folder, tempfile.TemporaryFile("w+", errors="replace") as output:
+            flags = Path(folder) / "flags"
+            flags.write_text("--gtest_filter=" + ":".join(names) + "\n")
+            process = subprocess.Popen([self.program, f"--gtest_flagfile={flags}", *options], cwd=self.program.parent,
+                                       env=os.environ | {"TMPDIR": folder} | environment, preexec_fn=limit, text=True,
+                                       stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL)
+            with self.lock:
+                self.running.add(process.pid)
+            try:
+                if self.stopped:
+                    raise subprocess.TimeoutExpired("", 0)
+                status = process.wait(timeout=60 + 10 * seconds)
+            except subprocess.TimeoutExpired:
+                status = -signal.SIGKILL
+            with self.lock:
+                self.running.remove(process.pid)
+            # Programs that a test has started end with it.
+            try:
                 os.killpg(process.pid, signal.SIGKILL)
-                process.wait()
+            except ProcessLookupError:
+                pass
+            process.wait()
+            output.seek(0)
+            return status, output.read()
 
-    def measure(self):
-        """Times every suite without a fault. Tests that fail then say nothing about faults and are left out."""
-        report = self.build.folder / "tests.json"
-        newest = max((self.build.folder / output).stat().st_mtime for output, _, _ in self.build.links)
-        if not report.exists() or report.stat().st_mtime < newest:
-            report.unlink(missing_ok=True)
-            self.start([f"--gtest_output=json:{report}"]).wait()
-            if not report.exists():
-                sys.exit("the tests do not come to their end without a fault")
-        seconds = {name: 0.0 for names in self.suites.values() for name in names}
-        for suite in json.loads(report.read_text())["testsuites"]:
-            parts = [part for part in suite["name"].split("/") if part in seconds]
-            if parts:
-                seconds[parts[0]] += float(suite["time"].rstrip("s"))
-            for test in suite["testsuite"]:
-                if "failures" in test:
-                    name = f"{suite['name']}.{test['name']}"
-                    print(f"left out, it fails without a fault: {name}", flush=True)
-                    self.broken.append(name)
-        return seconds
+    def stop(self):
+        with self.lock:
+            self.stopped = True
+            for process in self.running:
+                os.killpg(process, signal.SIGKILL)
 
-    def notice(self, room):
-        return not all(self.run(suites) for suites in self.stages_of(room))
+    def that_pass(self, fault):
+        return [name for name, passed in self.passed.items() if fault.number in passed]
 
+    def notice(self, fault):
+        """Whether a test notices a fault: the quick ones first, until one fails."""
+        names = self.that_pass(fault)
+        for least, most in ((0, 0.2), (0.2, 2), (2, math.inf)):
+            stage = [name for name in names if least <= self.seconds[name] < most]
+            seconds = sum(self.seconds[name] for name in stage)
+            if stage and self.run(stage, seconds, {"TW2_FAULT": str(fault.number)}, "--gtest_fail_fast", "--gtest_brief=1")[0]:
+                return True
+        return False
 
-class Verdicts:
-    """What has come of each fault, kept from one run to the next."""
-
-    def __init__(self, path, go_on):
-        self.path = path
-        self.known = {}
-        if go_on and path.exists():
-            for line in path.read_text().splitlines():
-                verdict, _, fault = line.partition(" ")
-                self.known[fault] = verdict
-        elif not go_on:
-            path.unlink(missing_ok=True)
-
-    def find(self, fault):
-        """Faults that nobody noticed are tried again: the tests may have become better."""
-        verdict = self.known.get(str(fault))
-        return None if verdict == "unnoticed" else verdict
-
-    def add(self, fault, verdict):
-        with self.path.open("a") as file:
-            file.write(f"{verdict} {fault}\n")
+    def all_that_notice(self, fault):
+        """Every test that notices a fault. What one that crashes has kept from running runs after it."""
+        names, noticing = self.that_pass(fault), []
+        while names:
+            seconds = sum(self.seconds[name] for name in names)
+            status, output = self.run(names, seconds, {"TW2_FAULT": str(fault.number)})
+            begun = re.findall(r"^\[ RUN      \] (\S+)", output, flags=re.M)
+            failed = set(re.findall(r"\[  FAILED  \] ([^\s,]+)[^\n]* \(\d+ ms\)", output))
+            if status not in (0, 1):
+                failed |= set(begun[-1:] or names)
+            noticing += [name for name in names if name in failed]
+            names = [name for name in names if name not in begun] if begun and status not in (0, 1) else []
+        return noticing
 
 
-class Tally:
-    """The faults of a room that were tried."""
-
-    def __init__(self, room):
-        self.room, self.tried, self.unnoticed = room, 0, 0
-
-    def add(self, verdict):
-        self.tried += verdict != "void"
-        self.unnoticed += verdict == "unnoticed"
-
-    def __str__(self):
-        noticed = self.tried - self.unnoticed
-        return f"{self.room}: {noticed} of {self.tried} noticed" + (f" ({100 * noticed // self.tried} %)" if self.tried else "")
+def try_fault(tests, fault, end, matrix):
+    """None when there was no time; else the tests that notice the fault, or true or false."""
+    if fault.noticed:
+        return True
+    if tests.stopped or time.monotonic() > end:
+        return None
+    noticed = tests.all_that_notice(fault) if matrix else tests.notice(fault)
+    return None if tests.stopped else noticed
 
 
-def judge(build, tests, fault, room):
-    try:
-        if not build.make(fault, room):
-            return "void"
-        return "noticed" if tests.notice(room) else "unnoticed"
-    except subprocess.TimeoutExpired:
-        return "void"
-    finally:
-        build.put_back()
+def write_matrix(path, found):
+    """For each fault the tests that notice it, then for each test how many faults only it notices."""
+    alone = collections.Counter(names[0] for names in found.values() if len(names) == 1)
+    every = sorted({name for names in found.values() for name in names})
+    with open(path, "w", encoding="utf-8") as file:
+        file.writelines(f"{fault}: {' '.join(names) or 'nobody'}\n" for fault, names in found.items())
+        file.writelines(f"{alone[name]:5} only by {name}\n" for name in sorted(every, key=lambda name: (alone[name], name)))
 
 
-def try_room(build, tests, verdicts, tally, faults, count, minutes):
-    end = time.monotonic() + 60 * minutes
-    for fault in faults:
-        if tally.tried == count:
-            break
-        verdict = verdicts.find(fault)
-        if not verdict:
-            if time.monotonic() > end:
-                print(f"{tally.room}: its {minutes:g} minutes are over", flush=True)
-                break
-            verdict = judge(build, tests, fault, tally.room)
-            verdicts.add(fault, verdict)
-        tally.add(verdict)
-        if verdict == "unnoticed":
-            print(f"  {fault}", flush=True)
+def tally(name, results):
+    noticed = sum(map(bool, results))
+    print(f"{name}: {noticed} of {len(results)} noticed" + (f" ({100 * noticed // len(results)} %)" if results else ""), flush=True)
+
+
+def choose(arguments, rooms):
+    """The faults to try, numbered, of which no two are in one place, and some more than asked for: not all will compile."""
+    if arguments.list:
+        listed = [fault for fault in read_list(arguments.list) if fault.room in rooms]
+        chosen = without_overlap(listed, len(listed))
+        for fault in set(listed) - set(chosen):
+            print(f"in the place of another, for a list of its own: {fault}")
+    else:
+        count = arguments.count * 3 // 2 + 5
+        chosen = [fault for room in rooms for fault in without_overlap(choose_faults(room, arguments.seed), count)]
+    for number, fault in enumerate(chosen):
+        fault.number = number
+    return chosen
 
 
 def main():
-    parser = argparse.ArgumentParser(prog="mutate.sh", description=__doc__)
-    parser.add_argument("--folder", type=Path, required=True, help=argparse.SUPPRESS)
-    parser.add_argument("-n", "--count", type=int, default=30, help="faults for each room")
-    parser.add_argument("-s", "--seed", default="1", help="other seeds choose other faults")
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("-n", "--count", type=int, default=30, help="faults for each room (30)")
+    parser.add_argument("-s", "--seed", default="1", help="other seeds choose other faults (1)")
     parser.add_argument("-l", "--list", help="try the faults in this file")
     parser.add_argument("-m", "--minutes", type=float, default=math.inf, help="time for each room")
     parser.add_argument("-c", "--go-on", action="store_true", help="take what earlier runs have noticed as noticed")
-    parser.add_argument("rooms", nargs="*", metavar="ROOM", help=" ".join(ROOMS))
+    parser.add_argument("-j", "--jobs", type=int, default=os.cpu_count(), help="faults that are tried at a time")
+    parser.add_argument("--matrix", metavar="FILE", help="write which tests notice each fault")
+    parser.add_argument("rooms", nargs="*", metavar="ROOM", help=" ".join(FOLDERS))
     arguments = parser.parse_args()
     for room in arguments.rooms:
-        if room not in ROOMS:
-            parser.error(f"there is no room {room}, only {' '.join(ROOMS)}")
-    build = Build(arguments.folder)
-    tests = Tests(build)
-    verdicts = Verdicts(arguments.folder / "build" / "verdicts", arguments.go_on)
-    rooms = arguments.rooms or ROOMS
-    listed = list(read_list(build.root, arguments.list)) if arguments.list else []
-    tallies = []
+        if room not in FOLDERS:
+            parser.error(f"there is no room {room}, only {' '.join(FOLDERS)}")
+    rooms = arguments.rooms or list(FOLDERS)
+    (COPY / "build").mkdir(parents=True, exist_ok=True)
+    lock = (COPY / "build" / "lock").open("w")
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except BlockingIOError:
+        sys.exit(f"another run works in {COPY}")
+
+    chosen = choose(arguments, rooms)
+    built = build(chosen)
+    for fault in set(chosen) - set(built) if arguments.list else ():
+        print(f"cannot be chosen at run time: {fault}")
+    verdicts = COPY / "build" / "verdicts"
+    known = set(verdicts.read_text().splitlines()) if arguments.go_on and verdicts.exists() else set()
+    verdicts.write_text("".join(f"{line}\n" for line in known))
+    for fault in built:
+        fault.noticed = str(fault) in known and not arguments.matrix
+    pool = concurrent.futures.ThreadPoolExecutor(arguments.jobs)
+    tests = Tests(pool)
+
     # Being stopped, by a key or a time limit around this program, ends with what is known by then.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
+    results = {}
     try:
         for room in rooms:
-            faults = [fault for fault in listed if room_of(fault.path) == room]
-            if arguments.list and not faults:
-                continue
-            tallies.append(Tally(room))
-            try_room(build, tests, verdicts, tallies[-1], faults or choose_faults(build.root, room, arguments.seed),
-                     len(faults) or arguments.count, arguments.minutes)
-            print(tallies[-1], flush=True)
+            # What a compiler has left out or evaluated is not there to be chosen.
+            there = [fault for fault in built if fault.room == room and
+                     fault.number in (tests.reached if fault.at_run_time else tests.present)]
+            there = there if arguments.list else there[: arguments.count]
+            end = time.monotonic() + 60 * arguments.minutes
+            for fault, result in zip(there, pool.map(lambda fault: try_fault(tests, fault, end, arguments.matrix), there)):
+                if result is not None:
+                    results[fault] = result
+                    with verdicts.open("a") as file:
+                        file.write(f"{fault}\n" if result else "")
+                    if not result:
+                        print(f"  {fault}{'' if fault.number in tests.reached else ' (no test comes by it)'}", flush=True)
+            if there:
+                tally(room, [result for fault, result in results.items() if fault.room == room])
     except KeyboardInterrupt:
-        print(f"stopped; -c goes on\n{tallies[-1]}" if tallies else "stopped")
-    noticed = sum(tally.tried - tally.unnoticed for tally in tallies)
-    print(f"{noticed} of {sum(tally.tried for tally in tallies)} noticed")
+        tests.stop()
+        print("stopped; -c goes on")
+    pool.shutdown()
+    if arguments.matrix:
+        write_matrix(arguments.matrix, results)
+    tally("all", list(results.values()))
 
 
 if __name__ == "__main__":
