@@ -2,7 +2,6 @@
 #include "io/legacy_mesh_work_lists.h"
 
 #include <platform/bit_cast.h>
-#include <platform/runtime/hash_map.h>
 
 namespace TW2
 {
@@ -18,10 +17,13 @@ class TextureSplitter
 {
 public:
     explicit TextureSplitter(LegacyMeshLists& lists)
-        : m_lists(lists), m_coordinates(lists.channelCoordinates[lists.channelCount])
+        : m_lists(lists),
+          m_coordinates(lists.channelCoordinates[lists.channelCount]),
+          m_uFirstCopy(lists.positions.size())
     {
-        m_coordinates.assign(lists.positions.size(), {});
-        lists.hasCoordinate.assign(lists.positions.size(), 0);
+        m_coordinates.assign(m_uFirstCopy, {});
+        lists.hasCoordinate.assign(m_uFirstCopy, 0);
+        lists.copyTable.assign(smallestTable, 0);
     }
 
     /// The vertex for a corner that names `vertex` and has `coordinate`.
@@ -37,38 +39,52 @@ public:
         {
             return vertex;
         }
-        if (!(coordinate == coordinate))  // what is not a number equals nothing and would never be found
+        unsigned int& slot = find(vertex, coordinate);
+        if (slot != 0)
         {
-            return append(vertex, coordinate);
+            return slot;
         }
-        const auto [copy, isNew] = m_copies.try_emplace({vertex, coordinate.x, coordinate.y});
-        copy->second = isNew ? append(vertex, coordinate) : copy->second;
-        return copy->second;
+        const unsigned int copy = append(vertex, coordinate);
+        if (coordinate == coordinate)  // what is not a number equals nothing and would never be found
+        {
+            slot = copy;
+            growTable();
+        }
+        return copy;
     }
 
 private:
-    /// What a copy is found by.
-    struct Key
-    {
-        unsigned int m_uVertex;
-        float m_u;
-        float m_v;
+    static constexpr std::size_t smallestTable = 64;
 
-        friend bool operator==(const Key&, const Key&) = default;
-    };
-    struct Hash
+    static std::uint64_t hash(unsigned int vertex, const Vector& coordinate)
     {
-        std::size_t operator()(const Key& key) const noexcept
+        // Zeros of either sign are equal; adding a positive one makes them the same.
+        const std::uint64_t u = S_bitCast<unsigned int>(coordinate.x + 0.0F);
+        const std::uint64_t v = S_bitCast<unsigned int>(coordinate.y + 0.0F);
+        std::uint64_t h = (u << 32 | v) ^ vertex * 0x9E3779B97F4A7C15U;
+        h = (h ^ h >> 30) * 0xBF58476D1CE4E5B9U;
+        h = (h ^ h >> 27) * 0x94D049BB133111EBU;
+        return h ^ h >> 31;
+    }
+
+    /// Where the copy of `vertex` with `coordinate` stands in the table, or the free place for it (0).
+    unsigned int& find(unsigned int vertex, const Vector& coordinate)
+    {
+        S_Vector<unsigned int>& table = m_lists.copyTable;
+        for (std::size_t i = hash(vertex, coordinate);; ++i)
         {
-            // Zeros of either sign are equal; adding a positive one makes them the same.
-            const std::uint64_t u = S_bitCast<unsigned int>(key.m_u + 0.0F);
-            const std::uint64_t v = S_bitCast<unsigned int>(key.m_v + 0.0F);
-            std::uint64_t h = (u << 32 | v) ^ key.m_uVertex * 0x9E3779B97F4A7C15U;
-            h = (h ^ h >> 30) * 0xBF58476D1CE4E5B9U;
-            h = (h ^ h >> 27) * 0x94D049BB133111EBU;
-            return static_cast<std::size_t>(h ^ h >> 31);
+            unsigned int& copy = table[i & (table.size() - 1)];
+            if (copy == 0 || (getSource(copy) == vertex && m_coordinates[copy] == coordinate))
+            {
+                return copy;
+            }
         }
-    };
+    }
+
+    [[nodiscard]] unsigned int getSource(unsigned int copy) const
+    {
+        return m_lists.sources[copy - m_lists.fileVertices];
+    }
 
     unsigned int append(unsigned int vertex, const Vector& coordinate)
     {
@@ -84,10 +100,31 @@ private:
         return copy;
     }
 
+    /// Keeps the table at most half full.
+    void growTable()
+    {
+        S_Vector<unsigned int>& table = m_lists.copyTable;
+        const std::size_t copies = m_lists.positions.size() - m_uFirstCopy;
+        if (2 * copies < table.size())
+        {
+            return;
+        }
+        table.assign(4 * table.size(), 0);
+        for (std::size_t copy = m_uFirstCopy; copy < m_lists.positions.size(); ++copy)
+        {
+            if (m_coordinates[copy] == m_coordinates[copy])
+            {
+                const unsigned int number = static_cast<unsigned int>(copy);
+                find(getSource(number), m_coordinates[copy]) = number;
+            }
+        }
+    }
+
     LegacyMeshLists& m_lists;
     S_Vector<Vector>& m_coordinates;
-    S_HashMap<Key, unsigned int, Hash> m_copies;
+    const std::size_t m_uFirstCopy;
 };
+
 }  // namespace
 
 void splitByTexture(const TextureChannelChunk& channel, LegacyMeshLists& lists)

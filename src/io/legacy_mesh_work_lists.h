@@ -27,6 +27,7 @@ struct LegacyMeshLists : S_Allocated
     std::array<S_Vector<M_Vector3Template<float>>, 10> channelCoordinates;  ///< per converted channel, by vertex
     std::size_t channelCount = 0;                                           ///< channels converted so far
     S_Vector<unsigned char> hasCoordinate;                                  ///< per vertex, in the channel at hand
+    S_Vector<unsigned int> copyTable;                                       ///< hash table of the copies of the channel
 
     S_Vector<unsigned int> materialStarts;     ///< per material its first entry in `materialPolygons`, and the end
     S_Vector<unsigned int> materialPolygons;   ///< polygons, material by material
