@@ -148,21 +148,14 @@ private:
         const bool passesOn = m_choices.flip();
         try
         {
-            switch (m_choices.below(6))
-            {
-                case 0:
-                    return destructPart();
-                case 1:
-                    return pick(m_objects).destruct();
-                case 2:
-                    return pick(m_characters).destruct();
-                case 3:
-                    return m_choices.flip() ? pick(m_levels).destruct() : pick(m_skinned).destruct();
-                case 4:
-                    return executeFrame();
-                default:
-                    return call();
-            }
+            m_choices.callOneOf({
+                [&] { destructPart(); },
+                [&] { pick(m_objects).destruct(); },
+                [&] { pick(m_characters).destruct(); },
+                [&] { m_choices.flip() ? pick(m_levels).destruct() : pick(m_skinned).destruct(); },
+                [&] { executeFrame(); },
+                [&] { call(); },
+            });
         }
         catch (const S_Exception&)
         {
@@ -187,51 +180,40 @@ private:
 
     void buildObject(TW_ObjectAnimation& object)
     {
-        switch (m_choices.below(4))
-        {
-            case 0:
-                return object.construct(&m_script, m_choices.below(4), nullptr, m_choices.flip());
-            case 1:
-                return object.construct(m_files.m_script.c_str(), m_choices.flip() ? "skeleton" : "skin", nullptr,
-                                        true);
-            case 2:
+        m_choices.callOneOf({
+            [&] { object.construct(&m_script, m_choices.below(4), nullptr, m_choices.flip()); },
+            [&] { object.construct(m_files.m_script.c_str(), m_choices.flip() ? "skeleton" : "skin", nullptr, true); },
+            [&]
+            {
                 if (const TW_ObjectAnimation* const source = pickObject())
                 {
                     object.construct(*source, m_choices.flip(), pickManager());
                 }
-                return;
-            default:
-                return object.destruct();
-        }
+            },
+            [&] { object.destruct(); },
+        });
     }
 
     void buildCharacter(TW_VertexAnimation& object)
     {
         const bool visibility = m_choices.flip();
         const int skin = 1 + m_choices.below(3);  // block 3 is missing
-        switch (m_choices.below(8))
-        {
-            case 0:
-                return object.construct(&m_script, "skeleton", "skin", visibility);
-            case 1:
-                return object.construct(&m_script, 0, &m_script, skin, visibility);
-            case 2:
-                return object.construct(*pickCharacter(), pickManager());
-            case 3:
-                return object.construct(pickObject(), pickObject());
-            case 4:
-                return object.construct(pickCharacter(), &m_script, skin, visibility);
-            case 5:
-                return object.construct(pickCharacter(), *pickCharacter(), pickManager());
-            case 6:
+        m_choices.callOneOf({
+            [&] { object.construct(&m_script, "skeleton", "skin", visibility); },
+            [&] { object.construct(&m_script, 0, &m_script, skin, visibility); },
+            [&] { object.construct(*pickCharacter(), pickManager()); },
+            [&] { object.construct(pickObject(), pickObject()); },
+            [&] { object.construct(pickCharacter(), &m_script, skin, visibility); },
+            [&] { object.construct(pickCharacter(), *pickCharacter(), pickManager()); },
+            [&]
+            {
                 if (const TW_ObjectAnimation* const skeleton = pickObject())
                 {
                     object.construct(*skeleton, &m_script, skin, visibility);
                 }
-                return;
-            default:
-                return object.destruct();
-        }
+            },
+            [&] { object.destruct(); },
+        });
     }
 
     void buildLevels()
@@ -241,59 +223,41 @@ private:
         TW_ObjectAnimationLODs& levels = pick(m_levels);
         TW_VertexAnimationLODs& skinned = pick(m_skinned);
         const int count = m_choices.below(3);
-        switch (m_choices.below(9))
-        {
-            case 0:
-                return levels.construct(&m_script, count, s_blocks, m_choices.flip() ? s_ranges : nullptr, true);
-            case 1:
-                return levels.construct(&m_script, count, s_blocks + m_choices.below(3 - count), false);
-            case 2:
-                return levels.construct(pick(m_levels));
-            case 3:
-                return levels.destruct();
-            case 4:
-                return skinned.construct(&m_script, 0, count, &m_script, s_blocks,
-                                         m_choices.flip() ? s_ranges : nullptr);
-            case 5:
+        m_choices.callOneOf({
+            [&] { levels.construct(&m_script, count, s_blocks, m_choices.flip() ? s_ranges : nullptr, true); },
+            [&] { levels.construct(&m_script, count, s_blocks + m_choices.below(3 - count), false); },
+            [&] { levels.construct(pick(m_levels)); },
+            [&] { levels.destruct(); },
+            [&] { skinned.construct(&m_script, 0, count, &m_script, s_blocks, m_choices.flip() ? s_ranges : nullptr); },
+            [&]
+            {
                 if (const TW_ObjectAnimation* const skeleton = pickObject())
                 {
                     skinned.construct(*skeleton, count, &m_script, s_blocks);
                 }
-                return;
-            case 6:
-                return skinned.construct(pick(m_skinned), pickManager());
-            case 7:
-                return skinned.remapMaterials(pickManager());
-            default:
-                return skinned.destruct();
-        }
+            },
+            [&] { skinned.construct(pick(m_skinned), pickManager()); },
+            [&] { skinned.remapMaterials(pickManager()); },
+            [&] { skinned.destruct(); },
+        });
     }
 
     void copy()
     {
-        switch (m_choices.below(6))
-        {
-            case 0:
-                pick(m_objects) = pick(m_objects);
-                return;
-            case 1:
-                pick(m_characters) = pick(m_characters);
-                return;
-            case 2:
-                pick(m_levels) = pick(m_levels);
-                return;
-            case 3:
-                pick(m_skinned) = pick(m_skinned);
-                return;
-            case 4:
-                pick(m_states) = pick(m_states);
-                return;
-            default:
+        m_choices.callOneOf({
+            [&] { pick(m_objects) = pick(m_objects); },
+            [&] { pick(m_characters) = pick(m_characters); },
+            [&] { pick(m_levels) = pick(m_levels); },
+            [&] { pick(m_skinned) = pick(m_skinned); },
+            [&] { pick(m_states) = pick(m_states); },
+            [&]
+            {
                 pick(m_states).construct(pick(m_objects));
                 pick(m_states).construct(pick(m_characters));
                 pick(m_states).construct(pick(m_levels));
                 pick(m_states).construct(pick(m_skinned));
-        }
+            },
+        });
     }
 
     /// Some steps with the mixer of one object, which stays until something is built.
@@ -347,39 +311,30 @@ private:
             return executeFrame();
         }
         const int index = m_choices.below(9) - 1;
-        switch (m_choices.below(14))
-        {
-            case 0:
-                return object.appendAnimations(m_files.m_moves.c_str(), "moves", m_choices.flip());
-            case 1:
-                return object.appendSingleAnimation(index, m_files.file("animation1.tw").c_str(), m_choices.flip());
-            case 2:
-                return object.deleteAnimation(index);
-            case 3:
-                return object.deleteAnimation("Bone1", index);
-            case 4:
-                return object.shareAnimation(index, pickObject());
-            case 5:
-                return object.remapMaterials(pickManager());
-            case 6:
-                return object.loadMaterials(m_files.file("body.tw").c_str());
-            case 7:
-                return pick(m_characters).remapMaterials(pickManager());
-            case 8:
-                return pick(m_characters).loadMaterials(m_files.file("body.tw").c_str());
-            case 9:
+        m_choices.callOneOf({
+            [&] { object.appendAnimations(m_files.m_moves.c_str(), "moves", m_choices.flip()); },
+            [&] { object.appendSingleAnimation(index, m_files.file("animation1.tw").c_str(), m_choices.flip()); },
+            [&] { object.deleteAnimation(index); },
+            [&] { object.deleteAnimation("Bone1", index); },
+            [&] { object.shareAnimation(index, pickObject()); },
+            [&] { object.remapMaterials(pickManager()); },
+            [&] { object.loadMaterials(m_files.file("body.tw").c_str()); },
+            [&] { pick(m_characters).remapMaterials(pickManager()); },
+            [&] { pick(m_characters).loadMaterials(m_files.file("body.tw").c_str()); },
+            [&]
+            {
                 m_motion.reset();
-                return addMesh(object);
-            case 10:
-                return insertAnimation(object, index);
-            case 11:
+                addMesh(object);
+            },
+            [&] { insertAnimation(object, index); },
+            [&]
+            {
                 pick(m_levels).loadMaterials(m_files.file("body.tw").c_str());
-                return pick(m_skinned).loadMaterials(m_files.file("body.tw").c_str());
-            case 12:
-                return show();
-            default:
-                return executeFrame();
-        }
+                pick(m_skinned).loadMaterials(m_files.file("body.tw").c_str());
+            },
+            [&] { show(); },
+            [&] { executeFrame(); },
+        });
     }
 
     /// A track of one object for another, which keeps it.
@@ -440,53 +395,43 @@ private:
             group.attach(&object);
         }
         TW_BoneGroupHandle* const g = group.isConstructed() ? &group : nullptr;
-        switch (m_choices.below(12))
-        {
-            case 0:
-                object.animateObject(i, a, g);
-                return;
-            case 1:
+        m_choices.callOneOf({
+            [&] { object.animateObject(i, a, g); },
+            [&]
+            {
                 if (object.animateObjectFrame(i, a, g) && !g)
                 {
                     comparePose(object, {{i, a, 1.0F}});
                 }
-                return;
-            case 2:
+            },
+            [&]
+            {
                 if (object.crossAnimateObjectFrame(i, a, w, j, b, g) && !g)
                 {
                     comparePose(object, {{i, a, w}, {j, b, 1.0F - w}});
                 }
-                return;
-            case 3:
+            },
+            [&]
+            {
                 if (object.crossAnimateObjectFrame(i, a, w, j, b, 0.5F, i, b, g) && !g)
                 {
                     comparePose(object, {{i, a, w}, {j, b, 0.5F}, {i, b, 0.5F - w}});
                 }
-                return;
-            case 4:
-                object.crossAnimateObject(state, w, i, a, g);
-                return;
-            case 5:
-                object.crossAnimateObjectFrame(state, w, i, a, w, j, b, w, g);
-                return;
-            case 6:
-                object.crossAnimateObject(state, w, &pick(m_states), g);
-                return;
-            case 7:
-                object.crossAnimateObject(state, w, &pick(m_states), TW_BoneHandle("x", j), g);
-                return;
-            case 8:
-                return object.freezeAnimationState(state, g);
-            case 9:
-                return object.restoreAnimationState(state);
-            case 10:
-                pick(m_states).construct(object.getTotalMeshes());
-                return;
-            default:
+            },
+            [&] { object.crossAnimateObject(state, w, i, a, g); },
+            [&] { object.crossAnimateObjectFrame(state, w, i, a, w, j, b, w, g); },
+            [&] { object.crossAnimateObject(state, w, &pick(m_states), g); },
+            [&] { object.crossAnimateObject(state, w, &pick(m_states), TW_BoneHandle("x", j), g); },
+            [&] { object.freezeAnimationState(state, g); },
+            [&] { object.restoreAnimationState(state); },
+            [&] { pick(m_states).construct(object.getTotalMeshes()); },
+            [&]
+            {
                 object.setAnimationFPS(i, a);
                 require(std::isfinite(object.getAnimationLength(j)), "lengths are numbers");
                 static_cast<void>(object.getBoneHandle("bone1"));
-        }
+            },
+        });
     }
 
     void check()

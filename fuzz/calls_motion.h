@@ -24,48 +24,43 @@ public:
 
     void step()
     {
-        switch (m_choices.below(12))
-        {
-            case 0:
-                m_iMasks = std::max(m_iMasks, m_mixer.addMask(makeMask()) + 1);
-                return;
-            case 1:
+        m_choices.callOneOf({
+            [&] { m_iMasks = std::max(m_iMasks, m_mixer.addMask(makeMask()) + 1); },
+            [&]
+            {
                 m_mixer.addLayer({m_choices.flip(), weight(), mask(), m_choices.flip() ? "moves" : nullptr, seconds()});
                 ++m_iLayers;
-                return;
-            case 2:
-                m_mixer.setLayerWeight(layer(), weight());
-                return;
-            case 3:
-            case 4:
-                m_iLast = m_choices.below(4) - 1;
-                m_last = options();
-                m_uLast = m_mixer.play(m_iLast, m_last);
-                return;
-            case 5:
-                m_mixer.crossFade(m_object.getAnimationName(m_choices.below(3)), options());
-                return;
-            case 6:
+            },
+            [&] { m_mixer.setLayerWeight(layer(), weight()); },
+            [&] { playOne(); },
+            [&] { playOne(); },
+            [&] { m_mixer.crossFade(m_object.getAnimationName(m_choices.below(3)), options()); },
+            [&]
+            {
                 m_mixer.stop(m_uLast, seconds());
                 m_mixer.stopLayer(layer(), seconds());
-                return;
-            case 7:
+            },
+            [&]
+            {
                 m_mixer.setWeight(m_uLast, weight(), seconds());
                 m_mixer.setSpeed(m_uLast, m_choices.number());
                 m_mixer.seek(m_uLast, seconds());
-                return;
-            case 8:
-                return saveAndRestore();
-            case 9:
-                return reach();
-            case 10:
-                return runClock();
-            default:
-                return update();
-        }
+            },
+            [&] { saveAndRestore(); },
+            [&] { reach(); },
+            [&] { runClock(); },
+            [&] { update(); },
+        });
     }
 
 private:
+    void playOne()
+    {
+        m_iLast = m_choices.below(4) - 1;
+        m_last = options();
+        m_uLast = m_mixer.play(m_iLast, m_last);
+    }
+
     float weight() { return static_cast<float>(m_choices.below(5)) / 4.0F; }
     float seconds() { return m_choices.number() / 4.0F; }
     int layer() { return m_choices.below(m_iLayers + 2); }
@@ -155,17 +150,11 @@ private:
     {
         TW_BoneChain chain(m_object, "bone0", m_choices.flip() ? "bone3" : "bone1");
         const M_Vector3Template<float> target{m_choices.number(), m_choices.number(), m_choices.number()};
-        switch (m_choices.below(3))
-        {
-            case 0:
-                chain.reachTwoBones({.target = target, .weight = weight(), .softness = weight()});
-                break;
-            case 1:
-                chain.aim({.target = target, .weight = weight()});
-                break;
-            default:
-                chain.reach({.target = target, .weight = weight(), .iterations = 5});
-        }
+        m_choices.callOneOf({
+            [&] { chain.reachTwoBones({.target = target, .weight = weight(), .softness = weight()}); },
+            [&] { chain.aim({.target = target, .weight = weight()}); },
+            [&] { chain.reach({.target = target, .weight = weight(), .iterations = 5}); },
+        });
         requireFinitePose();
     }
 

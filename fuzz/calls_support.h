@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/character_files.h"
+#include "tests/support/load_callbacks.h"
 #include "tests/support/records.h"
 
 #include <tw2/tw2.h>
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -49,6 +51,10 @@ public:
         return *m_pData++ % limit;
     }
     bool flip() { return below(2) == 1; }
+    void callOneOf(std::initializer_list<std::function<void()>> calls)
+    {
+        calls.begin()[below(static_cast<int>(calls.size()))]();
+    }
     float number() { return static_cast<float>(below(256) - 64) / 8.0F; }
 
 private:
@@ -83,35 +89,22 @@ struct Files
 };
 
 /// Loads, throws and calls whatever else a host may call inside other loads, as it is told.
-class Callbacks : public TW_LoadMeshCallback,
-                  public TW_MeshLoadedCallback,
-                  public TW_MeshParentNotFoundCallback,
-                  public TW_ObjectKeyframeAnimationCallback,
-                  public TW_MaterialCallback
+class Callbacks : public support::LoadCallbacks
 {
 public:
     Callbacks(const Files& files, Choices& choices, std::function<void()> call)
         : m_files(files), m_choices(choices), m_call(std::move(call))
     {
-        TW_ObjectAnimation::setLoadMeshCallback(this);
-        TW_ObjectAnimation::setMeshLoadedCallback(this);
-        TW_ObjectAnimation::setMeshParentNotFoundCallback(this);
-        TW_Material::setCallback(this);
     }
-    ~Callbacks() override
-    {
-        TW_ObjectAnimation::setLoadMeshCallback(nullptr);
-        TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
-        TW_ObjectAnimation::setMeshParentNotFoundCallback(nullptr);
-        TW_ObjectAnimation::setKeyframeAnimationCallback(nullptr);
-        TW_Material::setCallback(nullptr);
-    }
-    Callbacks(const Callbacks&) = delete;
-    Callbacks& operator=(const Callbacks&) = delete;
 
-    bool operator()(MeshChunk& record) override
+    int m_iLoadAt = 0;  ///< counted down at every call, as are the next two
+    int m_iThrowAt = 0;
+    int m_iCallAt = 0;
+    int m_iChange = 0;  ///< what is done to the records of meshes
+
+private:
+    bool take(MeshChunk& record) override
     {
-        act();
         switch (m_bInner ? -1 : m_iChange)
         {
             case 1:
@@ -128,19 +121,8 @@ public:
                 return true;
         }
     }
-    void operator()(TW_ObjectAnimation*, P_VirtualObject*) override { act(); }
-    void operator()(P_VirtualObject*, const S_String&) override { act(); }
-    void operator()(int, TW_KeyframeAnimation*) override { act(); }
-    void operator()(P_Material*, const TWMaterialChunk&) override { act(); }
-    void operator()(int&, int&, const TWMaterialChunk&) override { act(); }
 
-    int m_iLoadAt = 0;  ///< counted down at every call, as are the next two
-    int m_iThrowAt = 0;
-    int m_iCallAt = 0;
-    int m_iChange = 0;  ///< what is done to the records of meshes
-
-private:
-    void act()
+    void act(Place) override
     {
         if (m_iThrowAt > 0 && --m_iThrowAt == 0)
         {

@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const long long live = S_Memory::getLiveCount();
     {
         TW2::MaterialListChunk list;
-        if (fuzz::readUnlessDamaged(list, data, size))
+        if (fuzz::completes([&] { fuzz::read(list, data, size); }))
         {
             fuzz::requireRoundTrip(list);
             buildMaterials(list);

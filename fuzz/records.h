@@ -48,16 +48,16 @@ void requireRoundTrip(const Record& record)
     require(write(again) == file);
 }
 
-/// Reads likewise; false when the bytes are refused.
-template <typename Record>
-bool readUnlessDamaged(Record& record, const void* data, std::size_t size)
+/// False when an action refuses what it reads.
+template <typename Refusal = S_MemoryFileException, typename Action>
+bool completes(Action&& action)
 {
     try
     {
-        read(record, data, size);
+        action();
         return true;
     }
-    catch (const S_MemoryFileException&)
+    catch (const Refusal&)
     {
         return false;
     }
