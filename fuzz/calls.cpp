@@ -14,6 +14,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 
@@ -117,28 +118,21 @@ private:
 
     void call()
     {
-        const int kind = m_choices.below(8);
-        if (kind < 4)
+        const auto build = [this](const std::function<void()>& building)
         {
             m_motion.reset();  // a mixer's object keeps its bones
-        }
-        switch (kind)
-        {
-            case 0:
-                return buildObject(pick(m_objects));
-            case 1:
-                return buildCharacter(pick(m_characters));
-            case 2:
-                return buildLevels();
-            case 3:
-                return copy();
-            case 4:
-                return change();
-            case 5:
-                return move();
-            default:
-                return play(pickAny());
-        }
+            building();
+        };
+        m_choices.callOneOf({
+            [&] { build([&] { buildObject(pick(m_objects)); }); },
+            [&] { build([&] { buildCharacter(pick(m_characters)); }); },
+            [&] { build([&] { buildLevels(); }); },
+            [&] { build([&] { copy(); }); },
+            [&] { change(); },
+            [&] { move(); },
+            [&] { play(pickAny()); },
+            [&] { play(pickAny()); },
+        });
     }
 
     /// What a host's callback does during a load: with what is being loaded, too.

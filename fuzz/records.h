@@ -5,7 +5,6 @@
 #include <platform/runtime/memory_file.h>
 #include <platform/runtime/memory_file_writer.h>
 
-#include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
 

@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 #include <type_traits>
 
 using namespace TW2;

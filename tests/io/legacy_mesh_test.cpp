@@ -199,43 +199,6 @@ TEST(LegacyMesh, ACubeOfFlatSidesHasThreeVerticesPerCorner)
     EXPECT_THAT(sidesOfCorners, SizeIs(24));
 }
 
-TEST(LegacyMesh, TrianglesWithoutAMaskAreFlatAndShareNothing)
-{
-    LegacyMesh cube = support::makeLegacyCube();
-    cube.masks = {};
-    const MeshChunk mesh = convert(cube);
-    // The eight corners stay behind without a triangle.
-    ASSERT_EQ(mesh.getVertexCount(0), 8u + 36u);
-    std::set<unsigned int> used;
-    for (std::size_t i = 0; i < 36; ++i)
-    {
-        used.insert(mesh.getIndex(0, i / 3, i % 3));
-    }
-    EXPECT_THAT(used, SizeIs(36));
-    EXPECT_EQ(*used.begin(), 8u);
-    EXPECT_EQ(mesh.getNormal(0, 0), Vector());
-}
-
-TEST(LegacyMesh, CornersWithEqualCoordinatesShareAVertexAndOthersGetACopy)
-{
-    LegacyMesh mesh;
-    mesh.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}};
-    mesh.polygons = {{0, 1, 2}, {1, 3, 2}, {2, 1, 0}};
-    mesh.masks = {1, 1, 1};
-    mesh.materials = {"paper"};
-    mesh.faceMaterials = {0, 0, 0};
-    mesh.channels = {
-        {4, {{0, 0, 9}, {1, 0, 8}, {0, 1, 7}, {1, 1, 6}, {0.5f, 0, 5}, {1, 0, 4}}, {{0, 1, 2}, {5, 3, 2}, {2, 4, 0}}}};
-    const MeshChunk converted = convert(mesh);
-    // Only the third polygon asks for another coordinate, at vertex 1.
-    ASSERT_EQ(converted.getVertexCount(0), 5u);
-    EXPECT_THAT(converted.faces.indices, ElementsAre(0, 1, 2, 1, 3, 2, 2, 4, 0));
-    EXPECT_THAT(converted.vertices.vertexMap, ElementsAre(0, 1, 2, 3, 1));
-    EXPECT_EQ(converted.getCoordinate(0, 0, 4), Vector(0.5f, 0, 0));
-    EXPECT_EQ(converted.getCoordinate(0, 0, 1), Vector(1, 0, 0));
-    EXPECT_EQ(converted.channels[0].channel, 4);
-}
-
 TEST(LegacyMesh, ConvertsToTheBitAsThePlainWayDoes)
 {
     for (unsigned int seed = 0; seed < 400; ++seed)

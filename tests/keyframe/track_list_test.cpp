@@ -1,3 +1,4 @@
+#include "tests/support/expectations.h"
 #include "tests/support/keyframe_tracks.h"
 #include "tests/support/object_files.h"
 
@@ -123,25 +124,16 @@ TEST_F(PlayedTracks, AreWholeAgainAfterAFailedChange)
 {
     TW_ObjectAnimation copy(*m_object);
     const TW_KeyframeAnimation inserted(makeTrack("a"), false);
-    for (int n = 1;; ++n)
-    {
-        TW_KeyframeAnimation& before = getTrack(copy, 0);
-        const int references = before.getObjectReferenceCount();
-        S_Memory::failAllocation(n);
-        try
-        {
-            const bool isInserted = copy.insertAnimation("a", 0, const_cast<TW_KeyframeAnimation*>(&inserted));
-            S_Memory::failAllocation(0);
-            EXPECT_TRUE(isInserted);
-            break;
-        }
-        catch (const S_MemoryException_Allocation&)
+    TW_KeyframeAnimation& before = getTrack(copy, 0);
+    const int references = before.getObjectReferenceCount();
+    support::expectUnchangedByFailedAllocations(
+        [&] { EXPECT_TRUE(copy.insertAnimation("a", 0, const_cast<TW_KeyframeAnimation*>(&inserted))); },
+        [&]
         {
             EXPECT_EQ(&getTrack(copy, 0), &before);
             EXPECT_EQ(before.getObjectReferenceCount(), references);
             EXPECT_EQ(inserted.getObjectReferenceCount(), 1);
-        }
-    }
+        });
     expectPlays(copy, inserted, getTrack(copy, 1));
     expectPlays(*m_object, getTrack(*m_object, 0), getTrack(*m_object, 1));
     copy.deleteAnimation("a", 0);

@@ -1,3 +1,4 @@
+#include "tests/support/chunk_files.h"
 #include "tests/support/expectations.h"
 #include "tests/support/verbose_capture.h"
 
@@ -13,6 +14,7 @@
 #include <platform/scene/point_light.h>
 #include <platform/scene/spot_light.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -51,17 +53,6 @@ Chunk makeLamp()
 }
 
 template <typename Chunk>
-Chunk read(const S_MemoryFileWriter& writer)
-{
-    S_MemoryFile file;
-    file.constructFromMemory("lamp.tw", writer.getBytes().data(), writer.getBytes().size());
-    Chunk chunk;
-    file >> chunk;
-    EXPECT_EQ(file.getPosition(), file.getFileSize());
-    return chunk;
-}
-
-template <typename Chunk>
 class LightAnimationChunks : public testing::Test
 {
 };
@@ -70,9 +61,7 @@ TYPED_TEST_SUITE(LightAnimationChunks, Chunks);
 
 TYPED_TEST(LightAnimationChunks, WhatIsWrittenIsReadAgain)
 {
-    S_MemoryFileWriter writer;
-    writer << makeLamp<TypeParam>();
-    EXPECT_EQ(read<TypeParam>(writer), makeLamp<TypeParam>());
+    EXPECT_EQ(support::writeAndRead(makeLamp<TypeParam>()), makeLamp<TypeParam>());
 }
 }  // namespace
 
@@ -96,7 +85,7 @@ TEST(LightAnimationFiles, OldVersionsStoreTheLastFrameAndTheFirstNoLoopToFrame)
                 writer << 12u;
             }
         }
-        const auto lamp = read<SpotLightAnimationChunk>(writer);
+        const auto lamp = support::readWritten<SpotLightAnimationChunk>(writer);
         EXPECT_EQ(lamp.totalFrameCount, 50);
         EXPECT_EQ(lamp.loopToFrame, version > 0 ? 12u : 0u);
         EXPECT_TRUE(lamp.header.looping);
@@ -115,8 +104,8 @@ TEST(LightAnimationFiles, ANumberOfKeysThatTheFileCannotHoldIsNamedAndNotAllocat
         const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_SPOT_LIGHT_ANIMATION, 2);
         writer << AnimationHeader{"lamp", 25, false} << 50 << false << 0x7FFFFFFF;
     }
-    const std::string message = support::messageOf([&] { read<SpotLightAnimationChunk>(writer); });
-    EXPECT_NE(message.find("lamp.tw"), std::string::npos) << message;
+    const std::string message = support::messageOf([&] { support::readWritten<SpotLightAnimationChunk>(writer); });
+    EXPECT_THAT(message, testing::HasSubstr("test.tw"));
 }
 
 TEST(LightAnimations, ASpotLightTakesColorTimesBrightnessRangeAndAngles)
@@ -225,9 +214,7 @@ TEST(LightAnimations, CopiesShareTheirTracksUntilTheLastGoes)
         EXPECT_NEAR(light.getFalloffRange(), 35, 1e-4);
         second = *&second;
         EXPECT_TRUE(second.isConstructed());
-        second = TW_SpotLightAnimation();
-        EXPECT_FALSE(second.isConstructed());
-        EXPECT_EQ(second.getColorContainer(), nullptr);
+        second.destruct();
         // Name and rate belong to each object, with tracks or without.
         second.setFrameRate(30);
         second.setAnimationTargetName("lamp to be");

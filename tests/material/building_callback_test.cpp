@@ -1,3 +1,4 @@
+#include "tests/support/load_callbacks.h"
 #include "tests/support/material_records.h"
 
 #include <tw2/core/exceptions.h>
@@ -14,50 +15,32 @@ using namespace TW2;
 namespace
 {
 /// Calls `m_act` once, at one of the places at which a host is asked while a material is built.
-class Actor : public TW_TextureCallback, public TW_MaterialCallback
+class Actor : public support::LoadCallbacks, public TW_TextureCallback
 {
 public:
-    enum Place
-    {
-        TEXTURE,
-        COUNTS,
-        COMPLETE,
-        PLACES
-    };
+    static constexpr Place TEXTURE = PLACES;
 
-    Actor()
-    {
-        TW_Texture::setCallback(this);
-        TW_Material::setCallback(this);
-    }
-    ~Actor() override
-    {
-        TW_Texture::setCallback(nullptr);
-        TW_Material::setCallback(nullptr);
-    }
-    Actor(const Actor&) = delete;
-    Actor& operator=(const Actor&) = delete;
+    Actor() { TW_Texture::setCallback(this); }
+    ~Actor() override { TW_Texture::setCallback(nullptr); }
 
     void actAt(Place place, std::function<void()> act)
     {
         m_place = place;
         m_act = std::move(act);
     }
-    void operator()(P_Map*, const TW_Texture::CreateInfo&) override { pass(TEXTURE); }
-    void operator()(int&, int&, const TWMaterialChunk&) override { pass(COUNTS); }
-    void operator()(P_Material*, const TWMaterialChunk&) override { pass(COMPLETE); }
+    using LoadCallbacks::operator();
+    void operator()(P_Map*, const TW_Texture::CreateInfo&) override { act(TEXTURE); }
 
 private:
-    void pass(Place place)
+    void act(Place place) override
     {
-        if (place == m_place)
+        if (place == m_place && m_act)
         {
-            m_place = PLACES;
-            m_act();
+            std::exchange(m_act, nullptr)();
         }
     }
 
-    Place m_place = PLACES;
+    Place m_place = TEXTURE;
     std::function<void()> m_act;
 };
 
@@ -89,9 +72,9 @@ TEST(BuildingCallback, WhateverItDoesWithWhatIsBuiltTheCallInProgressDecides)
             {"copy another", [&] { material = TW_Material(other); }}};
         for (const auto& [name, act] : acts)
         {
-            for (int place = 0; place < Actor::PLACES; ++place)
+            for (const Actor::Place place : {Actor::TEXTURE, Actor::MATERIAL_COUNTS, Actor::MATERIAL})
             {
-                actor.actAt(static_cast<Actor::Place>(place), act);
+                actor.actAt(place, act);
                 material.construct(wanted);
                 EXPECT_EQ(material.getName(), "wanted") << name << " at " << place;
                 EXPECT_EQ(support::describe(material), text) << name << " at " << place;

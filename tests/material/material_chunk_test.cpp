@@ -1,3 +1,4 @@
+#include "tests/support/chunk_files.h"
 #include "tests/support/expectations.h"
 #include "tests/support/material_records.h"
 
@@ -19,13 +20,7 @@ namespace
 {
 using Writer = S_MemoryFileWriter;
 
-template <typename Record>
-void read(const Writer& writer, Record& record)
-{
-    S_MemoryFile file;
-    file.constructFromMemory("materials.tw", writer.getBytes().data(), writer.getBytes().size());
-    file >> record;
-}
+using support::readWritten;
 
 /// A material chunk as an exporter of `version` writes it, value by value; `writeSlots` writes what stands from the
 /// first slot's flag on.
@@ -117,7 +112,7 @@ TEST(MaterialChunk, FieldsThatAnOlderFileDoesNotCarryKeepTheirDefaults)
                           }
                       });
         TWMaterialChunk material;
-        read(writer, material);
+        readWritten(writer, material);
         EXPECT_EQ(material.name, "stone");
         EXPECT_TRUE(material.twoSided && !material.fog && material.reservedFlag && !material.invisibleGeometry &&
                     material.vertexAlpha);
@@ -145,7 +140,7 @@ TEST(MaterialChunk, OnlyATextureOfSeveralFramesCarriesHowItIsPlayed)
     Writer still;
     writeTexture(still, {"a.png"}, nothing);
     MaterialTextureChunk texture;
-    read(still, texture);
+    readWritten(still, texture);
     EXPECT_EQ(texture.name, "wave");
     EXPECT_EQ(texture.mipLevels, 3);
     EXPECT_EQ(texture.filter, 4);
@@ -154,7 +149,7 @@ TEST(MaterialChunk, OnlyATextureOfSeveralFramesCarriesHowItIsPlayed)
 
     Writer animated;
     writeTexture(animated, {"a.png", "b.png", "c.png"}, [](Writer& body) { body << true << true << 4 << 25 << 1; });
-    read(animated, texture);
+    readWritten(animated, texture);
     EXPECT_THAT(texture.frameFiles, testing::ElementsAre("a.png", "b.png", "c.png"));
     EXPECT_TRUE(texture.reservedFlag && texture.randomStart);
     EXPECT_EQ(texture.startFrame, 4);
@@ -163,7 +158,7 @@ TEST(MaterialChunk, OnlyATextureOfSeveralFramesCarriesHowItIsPlayed)
 
     Writer empty;
     writeTexture(empty, {}, nothing);
-    read(empty, texture);
+    readWritten(empty, texture);
     EXPECT_TRUE(texture.frameFiles.empty());
 }
 
@@ -180,7 +175,7 @@ TEST(MaterialChunk, ValuesThatANewerExporterAddedToATextureAreSkipped)
                       body << false;
                   });
     TWMaterialChunk material;
-    read(writer, material);
+    readWritten(writer, material);
     EXPECT_TRUE(material.hasDiffuseTexture() && material.hasSpecularTexture());
     EXPECT_FALSE(material.hasReflectionTexture() || material.hasOpacityTexture());
     EXPECT_EQ(material.getSpecularTexture()->getFrameFile(0), "s.png");
@@ -192,7 +187,7 @@ TEST(MaterialChunk, WhatIsWrittenIsReadBackInEveryField)
     Writer writer;
     writer << original;
     TWMaterialChunk material;
-    read(writer, material);
+    readWritten(writer, material);
     EXPECT_EQ(toBytes(material), writer.getBytes());
     EXPECT_EQ(material.getDiffuseTexture()->getStartFrame(), 5);
     EXPECT_EQ(*material.getGlossTexture(), *original.getGlossTexture());
@@ -214,9 +209,9 @@ TEST(MaterialChunk, AListReadIntoAUsedRecordHoldsExactlyTheNewMaterials)
     plainFile << plain;
 
     MaterialListChunk list;
-    read(fullFile, list);
+    readWritten(fullFile, list);
     EXPECT_EQ(list.getMaterialCount(), 3u);
-    read(plainFile, list);
+    readWritten(plainFile, list);
     EXPECT_EQ(list.texturePath, "new;newer");
     ASSERT_EQ(list.getMaterialCount(), 2u);
     EXPECT_TRUE(list == plain);
@@ -339,28 +334,23 @@ TEST(MaterialChunk, EqualityDecidesOnWhatAnEngineMaterialIsBuiltFrom)
 
 TEST(MaterialChunk, CountsThatTheFileCannotHoldAreRejectedBeforeMemoryIsReserved)
 {
-    const auto readList = [](int count)
+    const auto complain = [](auto record, unsigned int id, int count)
     {
         Writer writer;
         {
-            const Writer::Chunk chunk(writer, CHUNK_MATERIAL_LIST, 0);
-            writer << "path" << count;
+            const Writer::Chunk chunk(writer, id, 0);
+            writer << "a path or a name";
+            if (id == CHUNK_MATERIAL_TEXTURE)
+            {
+                writer << 0 << 0;
+            }
+            writer << count;
         }
-        MaterialListChunk list;
-        read(writer, list);
+        return support::messageOf([&] { readWritten(writer, record); });
     };
-    const auto readFrames = [](int count)
-    {
-        Writer writer;
-        {
-            const Writer::Chunk chunk(writer, CHUNK_MATERIAL_TEXTURE, 0);
-            writer << "wave" << 0 << 0 << count;
-        }
-        MaterialTextureChunk texture;
-        read(writer, texture);
-    };
-    EXPECT_THROW(readList(-1), std::length_error);
-    EXPECT_THROW(readFrames(-1), std::length_error);
-    EXPECT_THAT(support::messageOf([&] { readList(2'000'000'000); }), testing::HasSubstr("chunk 0x1000F"));
-    EXPECT_THAT(support::messageOf([&] { readFrames(2'000'000'000); }), testing::HasSubstr("chunk 0x10011"));
+    EXPECT_THROW(complain(MaterialListChunk(), CHUNK_MATERIAL_LIST, -1), std::length_error);
+    EXPECT_THROW(complain(MaterialTextureChunk(), CHUNK_MATERIAL_TEXTURE, -1), std::length_error);
+    EXPECT_THAT(complain(MaterialListChunk(), CHUNK_MATERIAL_LIST, 2'000'000'000), testing::HasSubstr("chunk 0x1000F"));
+    EXPECT_THAT(complain(MaterialTextureChunk(), CHUNK_MATERIAL_TEXTURE, 2'000'000'000),
+                testing::HasSubstr("chunk 0x10011"));
 }

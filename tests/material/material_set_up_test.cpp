@@ -8,81 +8,41 @@
 
 using namespace TW2;
 
-namespace
-{
-constexpr int shaded = 2;
-
-/// One combination of everything that decides, from the bits of a number.
-struct Combination
-{
-    static constexpr unsigned int count = 3 << 7;
-
-    explicit Combination(unsigned int number) : m_iShading(static_cast<int>(number >> 7))
-    {
-        const auto bit = [number](unsigned int i) { return (number >> i & 1) != 0; };
-        m_bDiffuse = bit(0);
-        m_bReflection = bit(1);
-        m_bSpecular = bit(2);
-        m_bGloss = bit(3);
-        m_bVertexAlpha = bit(4);
-        m_bAlphaTest = bit(5);
-        m_bPixelShaders = bit(6);
-    }
-
-    [[nodiscard]] TWMaterialChunk makeRecord() const
-    {
-        TWMaterialChunk record;
-        record.shading = m_iShading;
-        record.vertexAlpha = m_bVertexAlpha;
-        record.alphaTest = m_bAlphaTest;
-        if (m_bDiffuse)
-        {
-            record.accessDiffuseTexture();
-        }
-        if (m_bReflection)
-        {
-            record.accessReflectionTexture();
-        }
-        if (m_bSpecular)
-        {
-            record.accessSpecularTexture();
-        }
-        if (m_bGloss)
-        {
-            record.accessGlossTexture();
-        }
-        return record;
-    }
-
-    int m_iShading;
-    bool m_bDiffuse;
-    bool m_bReflection;
-    bool m_bSpecular;
-    bool m_bGloss;
-    bool m_bVertexAlpha;
-    bool m_bAlphaTest;
-    bool m_bPixelShaders;
-};
-}  // namespace
-
+// Every combination of what decides, from the bits of a number.
 TEST(MaterialSetUps, TheFirstRuleThatHoldsDecides)
 {
-    for (unsigned int number = 0; number < Combination::count; ++number)
+    MaterialTextureChunk& (TWMaterialChunk::*const slots[])() = {
+        &TWMaterialChunk::accessDiffuseTexture, &TWMaterialChunk::accessReflectionTexture,
+        &TWMaterialChunk::accessSpecularTexture, &TWMaterialChunk::accessGlossTexture};
+    constexpr int shaded = 2;
+    for (unsigned int number = 0; number < 3 << 7; ++number)
     {
-        const Combination c(number);
-        const bool plain = c.m_bDiffuse && c.m_iShading == shaded && !c.m_bVertexAlpha;
+        const auto bit = [number](std::size_t i) { return (number >> i & 1) != 0; };
+        TWMaterialChunk record;
+        record.shading = static_cast<int>(number >> 7);
+        record.vertexAlpha = bit(4);
+        record.alphaTest = bit(5);
+        const bool pixelShaders = bit(6);
+        for (std::size_t slot = 0; slot < 4; ++slot)
+        {
+            if (bit(slot))
+            {
+                (record.*slots[slot])();
+            }
+        }
+        const bool plain = bit(0) && record.shading == shaded && !record.vertexAlpha;
         const std::pair<bool, MaterialSetUp> rules[] = {
-            {plain && !c.m_bReflection && c.m_bAlphaTest, MaterialSetUp::Transparent},
-            {plain && !c.m_bReflection, MaterialSetUp::Textured},
-            {plain && c.m_bReflection, MaterialSetUp::Environment},
-            {c.m_bSpecular && c.m_bPixelShaders, MaterialSetUp::Specular},
-            {c.m_bGloss, MaterialSetUp::Gloss},
+            {plain && !bit(1) && record.alphaTest, MaterialSetUp::Transparent},
+            {plain && !bit(1), MaterialSetUp::Textured},
+            {plain && bit(1), MaterialSetUp::Environment},
+            {bit(2) && pixelShaders, MaterialSetUp::Specular},
+            {bit(3), MaterialSetUp::Gloss},
             {true, MaterialSetUp::General}};
         const auto* rule = rules;
         while (!rule->first)
         {
             ++rule;
         }
-        EXPECT_EQ(selectSetUp(c.makeRecord(), c.m_bPixelShaders), rule->second) << "combination " << number;
+        EXPECT_EQ(selectSetUp(record, pixelShaders), rule->second) << "combination " << number;
     }
 }

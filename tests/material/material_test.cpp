@@ -14,6 +14,7 @@
 #include <functional>
 #include <random>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 using namespace TW2;
@@ -32,6 +33,20 @@ enum Slots : unsigned int
     GLOSS = 16
 };
 
+const struct
+{
+    unsigned int bit;
+    bool (TWMaterialChunk::*has)() const;
+    MaterialTextureChunk& (TWMaterialChunk::*access)();
+    const char* file;
+} s_slots[] = {
+    {DIFFUSE, &TWMaterialChunk::hasDiffuseTexture, &TWMaterialChunk::accessDiffuseTexture, "diffuse.png"},
+    {REFLECTION, &TWMaterialChunk::hasReflectionTexture, &TWMaterialChunk::accessReflectionTexture, "sky.png"},
+    {SPECULAR, &TWMaterialChunk::hasSpecularTexture, &TWMaterialChunk::accessSpecularTexture, "shine.png"},
+    {OPACITY, &TWMaterialChunk::hasOpacityTexture, &TWMaterialChunk::accessOpacityTexture, "holes.png"},
+    {GLOSS, &TWMaterialChunk::hasGlossTexture, &TWMaterialChunk::accessGlossTexture, "gloss.png"},
+};
+
 /// A record with these slots; each has the file of its name, nearest-pixel filter and mip levels.
 TWMaterialChunk makeRecord(unsigned int slots, int shading, const Change& change = {})
 {
@@ -42,27 +57,12 @@ TWMaterialChunk makeRecord(unsigned int slots, int shading, const Change& change
     record.diffuseColor = {21, 22, 23};
     record.specularColor = {31, 32, 33};
     record.specularExponent = 8;
-    const auto fill = [](MaterialTextureChunk& texture, const char* file)
-    { support::fillTexture(texture, file, {file}); };
-    if (slots & DIFFUSE)
+    for (const auto& slot : s_slots)
     {
-        fill(record.accessDiffuseTexture(), "diffuse.png");
-    }
-    if (slots & REFLECTION)
-    {
-        fill(record.accessReflectionTexture(), "sky.png");
-    }
-    if (slots & SPECULAR)
-    {
-        fill(record.accessSpecularTexture(), "shine.png");
-    }
-    if (slots & OPACITY)
-    {
-        fill(record.accessOpacityTexture(), "holes.png");
-    }
-    if (slots & GLOSS)
-    {
-        fill(record.accessGlossTexture(), "gloss.png");
+        if (slots & slot.bit)
+        {
+            support::fillTexture((record.*slot.access)(), slot.file, {slot.file});
+        }
     }
     if (change)
     {
@@ -80,21 +80,13 @@ TWMaterialChunk makeVariant(TWMaterialChunk record)
     record.specularColor = {9, 10, 11, 12};
     record.specularExponent = 99;
     record.vertexAlphaValue = 0.75f;
-    const auto swap = [](bool present, auto access)
+    for (const auto& slot : s_slots)
     {
-        if (present)
+        if ((record.*slot.has)())
         {
-            support::fillTexture(access(), "other", {"other.png"});
+            support::fillTexture((record.*slot.access)(), "other", {"other.png"});
         }
-    };
-    swap(
-        record.hasDiffuseTexture(), [&]() -> auto& { return record.accessDiffuseTexture(); });
-    swap(
-        record.hasReflectionTexture(), [&]() -> auto& { return record.accessReflectionTexture(); });
-    swap(
-        record.hasSpecularTexture(), [&]() -> auto& { return record.accessSpecularTexture(); });
-    swap(
-        record.hasGlossTexture(), [&]() -> auto& { return record.accessGlossTexture(); });
+    }
     return record;
 }
 
@@ -144,13 +136,7 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
     const std::string solidColor = ": 21 22 23 255\n";
     const std::string environment = s_szEnvironmentMatrix;
     const std::string highlights = "specular 31 32 33 255\nexponent 8\n";
-    struct Case
-    {
-        const char* m_szWhat;
-        TWMaterialChunk m_record;
-        std::string m_expected;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, TWMaterialChunk, std::string> cases[] = {
         {"transparent", makeRecord(DIFFUSE, 2, [](auto& r) { r.alphaTest = true; }),
          "layer 0 diffuse.png set 0 blend opaque filter point\nshading gouraud combined\n" + ambient +
              "alpha test 240\npriority 6\nset-up texture-transparent\ncoordinates 1\n"},
@@ -264,9 +250,9 @@ TEST_F(Material, EveryKindOfRecordGivesItsLayersStatesAndCoordinates)
              ambient + "diffuse 21 22 23 255\n" + solidAt + "0" + solidColor + "vertex alpha 0\nmatrix of layer 1" +
              environment + "coordinates 1\n"},
     };
-    for (const Case& test : cases)
+    for (const auto& [what, record, expected] : cases)
     {
-        EXPECT_EQ(build(test.m_record), test.m_expected) << test.m_szWhat;
+        EXPECT_EQ(build(record), expected) << what;
     }
 }
 

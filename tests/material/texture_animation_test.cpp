@@ -13,6 +13,8 @@
 #include <cstring>
 #include <limits>
 #include <set>
+#include <tuple>
+#include <utility>
 
 using namespace TW2;
 
@@ -86,12 +88,7 @@ protected:
 
 TEST_F(AnimatedTexture, PlaysOnceOrLoopsOrGoesBackAndForth)
 {
-    struct Case
-    {
-        MaterialTextureChunk m_slot;
-        const char* m_szSequence;
-    };
-    const Case cases[] = {
+    const std::pair<MaterialTextureChunk, const char*> cases[] = {
         {makeSlot(1, 2), "0000"},
         {makeSlot(1, 0), "0000"},
         {makeSlot(3, 2), "0122222"},
@@ -104,43 +101,37 @@ TEST_F(AnimatedTexture, PlaysOnceOrLoopsOrGoesBackAndForth)
         {makeSlot(4, 2, 10, -1), "3012333"},  // unsigned: far past the end, then from the beginning
         {makeSlot(4, 7), "01230"},            // whatever is not "once" loops
     };
-    for (const Case& test : cases)
+    for (const auto& [slot, sequence] : cases)
     {
-        const TextureAnimation animation(test.m_slot);
-        const auto count = static_cast<unsigned int>(std::strlen(test.m_szSequence));
-        EXPECT_EQ(getSequence(animation, count), test.m_szSequence);
-        EXPECT_EQ(getSequence(TextureAnimation(animation), count), test.m_szSequence) << "of the copy";
+        const TextureAnimation animation(slot);
+        const auto count = static_cast<unsigned int>(std::strlen(sequence));
+        EXPECT_EQ(getSequence(animation, count), sequence);
+        EXPECT_EQ(getSequence(TextureAnimation(animation), count), sequence) << "of the copy";
     }
     EXPECT_EQ(TextureAnimation(makeSlot(3, 1)).getFrameCount(), 6u);
 }
 
 TEST_F(AnimatedTexture, ShowsTheFrameThatATimeHasReached)
 {
-    struct Case
+    const std::tuple<int, float, char> cases[] = {{2, 0, '0'},
+                                                  {2, 0.15f, '1'},
+                                                  {2, 0.25f, '2'},
+                                                  {2, 0.3f, '2'},
+                                                  {2, 1e30f, '2'},
+                                                  {2, s_fInfinity, '2'},
+                                                  {2, -0.5f, '0'},
+                                                  {2, -s_fInfinity, '0'},
+                                                  {2, s_fNotANumber, '0'},
+                                                  {0, 0.3f, '0'},
+                                                  {0, 0.45f, '1'},
+                                                  {0, -0.15f, '0'},
+                                                  {0, s_fNotANumber, '0'},
+                                                  // Frame 2^31 - 1 of a loop of three.
+                                                  {0, s_fInfinity, '1'}};
+    for (const auto& [playback, seconds, shown] : cases)
     {
-        int m_iPlayback;
-        float m_fSeconds;
-        char m_shown;
-    };
-    const Case cases[] = {{2, 0, '0'},
-                          {2, 0.15f, '1'},
-                          {2, 0.25f, '2'},
-                          {2, 0.3f, '2'},
-                          {2, 1e30f, '2'},
-                          {2, s_fInfinity, '2'},
-                          {2, -0.5f, '0'},
-                          {2, -s_fInfinity, '0'},
-                          {2, s_fNotANumber, '0'},
-                          {0, 0.3f, '0'},
-                          {0, 0.45f, '1'},
-                          {0, -0.15f, '0'},
-                          {0, s_fNotANumber, '0'},
-                          // Frame 2^31 - 1 of a loop of three.
-                          {0, s_fInfinity, '1'}};
-    for (const Case& test : cases)
-    {
-        build(makeSlot(3, test.m_iPlayback));
-        EXPECT_EQ(showAt(test.m_fSeconds), test.m_shown) << test.m_fSeconds << " s, playback " << test.m_iPlayback;
+        build(makeSlot(3, playback));
+        EXPECT_EQ(showAt(seconds), shown) << seconds << " s, playback " << playback;
     }
     build(makeSlot(3, 2, 10, 1));
     EXPECT_EQ(showAt(s_fInfinity), '2') << "a start frame does not carry the end of time around";

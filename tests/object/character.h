@@ -85,7 +85,7 @@ public:
         model.pose.clear();
         for (const Matrix& matrix : getPose())
         {
-            model.pose.push_back(PoseModel::toDouble(matrix));
+            model.pose.push_back(support::toDouble(matrix));
         }
     }
     /// Compares the local matrices with the model, and the world matrices with products of them.
@@ -96,7 +96,7 @@ public:
         {
             const P_VirtualObject& object = *m_pObject->getMesh(static_cast<unsigned int>(mesh));
             expectNear(model.pose[mesh], object.getMatrix(), what + ", local matrix of " + name(mesh));
-            const PoseModel::Matrix local = PoseModel::toDouble(object.getMatrix());
+            const PoseModel::Matrix local = support::toDouble(object.getMatrix());
             worlds.push_back(mesh == 0 ? local : local * worlds[mesh < 8 ? mesh - 1 : 0]);
             expectNear(worlds.back(), object.getObjectToWorldMatrix(), what + ", world matrix of " + name(mesh));
         }

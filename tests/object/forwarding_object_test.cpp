@@ -1,5 +1,6 @@
 #include "tests/support/character_files.h"
 #include "tests/support/expectations.h"
+#include "tests/support/load_callbacks.h"
 #include "tests/support/records.h"
 
 #include <tw2/core/exceptions.h>
@@ -141,17 +142,13 @@ class Forwarding : public testing::Test
 {
 protected:
     using Operations = Whole::Operations;
+    static constexpr const char* s_names[] = {"move", "show", "freeze", "ask", "index", "texture", "ask texture"};
 
     Forwarding()
     {
-        const std::pair<Operations, const char*> all[] = {
-            {Operations::Move, "move"},       {Operations::Freeze, "freeze"},
-            {Operations::Ask, "ask"},         {Operations::AskForIndex, "index"},
-            {Operations::Texture, "texture"}, {Operations::AskTexture, "ask texture"},
-        };
-        for (const auto& [operations, name] : all)
+        for (int i = 0; i < 7; ++i)
         {
-            m_whole.addParts(operations, name);
+            m_whole.addParts(static_cast<Operations>(i), s_names[i]);
         }
     }
 
@@ -160,8 +157,7 @@ protected:
     void check(Operations operations, const std::string& call, const Call& operation)
     {
         const bool everyPart = operations == Operations::Move || operations == Operations::Texture;
-        const char* const names[] = {"move", "show", "freeze", "ask", "index", "texture", "ask texture"};
-        const std::string name = names[static_cast<int>(operations)];
+        const std::string name = s_names[static_cast<int>(operations)];
         std::vector<std::string> expected = {name + " 0: " + call};
         if (everyPart)
         {
@@ -321,39 +317,23 @@ TEST_F(Forwarding, ManualVolumesAreThoseOfTheFirstPartThatUsesOne)
 }
 
 /// Does something once: when the given mesh has been loaded, or when a material is built.
-class Taker : public TW_MeshLoadedCallback, public TW_MaterialCallback
+class Taker : public support::LoadCallbacks
 {
 public:
-    Taker(int mesh, std::function<void()> take) : m_iMesh(mesh), m_take(std::move(take))
+    Taker(int mesh, std::function<void()> take) : m_iMesh(mesh), m_take(std::move(take)) {}
+
+    static constexpr int materials = -1;
+
+private:
+    void act(Place place) override
     {
-        TW_ObjectAnimation::setMeshLoadedCallback(this);
-        TW_Material::setCallback(this);
-    }
-    ~Taker() override
-    {
-        TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
-        TW_Material::setCallback(nullptr);
-    }
-    void operator()(TW_ObjectAnimation*, P_VirtualObject*) override
-    {
-        if (m_iMesh > 0 && --m_iMesh == 0)
-        {
-            m_take();
-        }
-    }
-    using TW_MaterialCallback::operator();
-    void operator()(P_Material*, const TWMaterialChunk&) override
-    {
-        if (m_iMesh == materials)
+        if ((place == MESH_LOADED && m_iMesh > 0 && --m_iMesh == 0) || (place == MATERIAL && m_iMesh == materials))
         {
             m_iMesh = 0;
             m_take();
         }
     }
 
-    static constexpr int materials = -1;
-
-private:
     int m_iMesh;
     std::function<void()> m_take;
 };

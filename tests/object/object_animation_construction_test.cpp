@@ -1,5 +1,6 @@
 #include "tests/object/soldier_files.h"
 #include "tests/support/expectations.h"
+#include "tests/support/load_callbacks.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/io/helper_chunk.h>
@@ -25,6 +26,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace TW2;
@@ -65,14 +67,6 @@ public:
 private:
     SomeKeyframeCallback m_callback;
     S_String m_directory;
-};
-
-/// What went wrong when an object was built from a script with these lines.
-struct Failure
-{
-    const char* name;
-    std::string lines;
-    std::vector<std::string> fragments;
 };
 
 }  // namespace
@@ -187,43 +181,21 @@ TEST(ObjectAnimationConstruction, BoundingVolumesFollowTheMeshesOrWhatTheScriptG
 TEST(ObjectAnimationConstruction, CallbacksMayBuildOtherObjectsMeanwhile)
 {
     /// At every call: another object, and an animation for one that there is.
-    class Builder : public TW_MeshLoadedCallback,
-                    public TW_LoadMeshCallback,
-                    public TW_ObjectKeyframeAnimationCallback,
-                    public TW_MaterialCallback
+    class Builder : public support::LoadCallbacks
     {
     public:
         explicit Builder(const ObjectFiles& files)
             : m_script(files.writeScript("orthonormalized")),
-              m_animation(files.writeAnimation("wave.tw", {makeTrack("arm", 4.0f)}).c_str()),
-              m_other(m_script.c_str(), "object", nullptr, false)
+              m_animation(files.writeAnimation("wave.tw", {makeTrack("arm", 4.0f)}).c_str())
         {
-            TW_ObjectAnimation::setMeshLoadedCallback(this);
-            TW_ObjectAnimation::setLoadMeshCallback(this);
-            TW_ObjectAnimation::setKeyframeAnimationCallback(this);
-            TW_Material::setCallback(this);
+            m_bBuilding = true;
+            m_other.construct(m_script.c_str(), "object", nullptr, false);
+            m_bBuilding = false;
         }
-        ~Builder() override
-        {
-            TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
-            TW_ObjectAnimation::setLoadMeshCallback(nullptr);
-            TW_ObjectAnimation::setKeyframeAnimationCallback(nullptr);
-            TW_Material::setCallback(nullptr);
-        }
-        void operator()(TW_ObjectAnimation*, P_VirtualObject*) override { build(); }
-        bool operator()(MeshChunk&) override
-        {
-            build();
-            return true;
-        }
-        void operator()(int, TW_KeyframeAnimation*) override { build(); }
-        using TW_MaterialCallback::operator();
-        void operator()(P_Material*, const TWMaterialChunk&) override { build(); }
-
         int m_iBuilt = 0;
 
     private:
-        void build()
+        void act(Place) override
         {
             if (m_bBuilding)
             {
@@ -265,7 +237,8 @@ TEST(ObjectAnimationConstruction, CallbacksMayBuildOtherObjectsMeanwhile)
     const SurroundingsCheck surroundings;
     Builder builder(innerFiles);
     const auto object = files.build();
-    EXPECT_EQ(builder.m_iBuilt, 2 + 3 + 3 + 1);  // materials, meshes before and after, one target that is missing
+    EXPECT_EQ(builder.m_iBuilt, 2 * 2 + 2 * 3 + 1)
+        << "materials and meshes before and after, one target without a mesh";
     EXPECT_EQ(object->getTotalMeshes(), 3u);
     EXPECT_EQ(object->getMaterialManager()->getMaterialCount(), 2u);
     EXPECT_EQ(object->getAnimation(3)->m_iKeyframeAnimationCount, 2);
@@ -275,52 +248,13 @@ TEST(ObjectAnimationConstruction, CallbacksMayBuildOtherObjectsMeanwhile)
 TEST(ObjectAnimationConstruction, ACallbackThatTakesTheObjectAwayEndsItsLoad)
 {
     /// Does something once, at the call of one of the callbacks.
-    class Taker : public TW_MeshLoadedCallback,
-                  public TW_LoadMeshCallback,
-                  public TW_MeshParentNotFoundCallback,
-                  public TW_ObjectKeyframeAnimationCallback,
-                  public TW_MaterialCallback
+    class Taker : public support::LoadCallbacks
     {
     public:
-        enum Place
-        {
-            MATERIAL,
-            MESH,
-            PARENT,
-            MESH_LOADED,
-            TRACK,
-            PLACES
-        };
-
-        Taker(Place place, const std::function<void()>& take) : m_place(place), m_take(take)
-        {
-            TW_ObjectAnimation::setMeshLoadedCallback(this);
-            TW_ObjectAnimation::setLoadMeshCallback(this);
-            TW_ObjectAnimation::setMeshParentNotFoundCallback(this);
-            TW_ObjectAnimation::setKeyframeAnimationCallback(this);
-            TW_Material::setCallback(this);
-        }
-        ~Taker() override
-        {
-            TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
-            TW_ObjectAnimation::setLoadMeshCallback(nullptr);
-            TW_ObjectAnimation::setMeshParentNotFoundCallback(nullptr);
-            TW_ObjectAnimation::setKeyframeAnimationCallback(nullptr);
-            TW_Material::setCallback(nullptr);
-        }
-        void operator()(TW_ObjectAnimation*, P_VirtualObject*) override { callAt(MESH_LOADED); }
-        bool operator()(MeshChunk&) override
-        {
-            callAt(MESH);
-            return true;
-        }
-        void operator()(P_VirtualObject*, const S_String&) override { callAt(PARENT); }
-        void operator()(int, TW_KeyframeAnimation*) override { callAt(TRACK); }
-        using TW_MaterialCallback::operator();
-        void operator()(P_Material*, const TWMaterialChunk&) override { callAt(MATERIAL); }
+        Taker(Place place, const std::function<void()>& take) : m_place(place), m_take(take) {}
 
     private:
-        void callAt(Place place)
+        void act(Place place) override
         {
             if (place == m_place)
             {
@@ -381,7 +315,7 @@ TEST(ObjectAnimationConstruction, WhatIsWrongIsNamedAndNothingIsLeftBehind)
     const std::string walk = "\"" + files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)}) + "\"";
     const std::string tail = "\"" + files.writeAnimation("tail.tw", {makeTrack("Tail", 1.0f)}) + "\"";
     const std::string lines = "geometry { exportdata " + geometry + " }\n";
-    const Failure failures[] = {
+    const std::tuple<const char*, std::string, std::vector<std::string>> failures[] = {
         {"no geometry", "animation { index 0 filename " + walk + " }", {"broken.txt", "geometry"}},
         {"two geometries", lines + lines, {"broken.txt", "geometry"}},
         {"unknown block", lines + "sound { }", {"broken.txt", "sound"}},
@@ -409,15 +343,14 @@ TEST(ObjectAnimationConstruction, WhatIsWrongIsNamedAndNothingIsLeftBehind)
          {"TW2: Animation target not found and callback not set ", "broken.txt", "soldier", ": Target name \"Tail\""}},
     };
     TW_ObjectAnimation object;
-    for (const Failure& failure : failures)
+    for (const auto& [failure, broken, fragments] : failures)
     {
-        SCOPED_TRACE(failure.name);
-        const std::string name =
-            files.getDirectory().write("broken.txt", "soldier\n{\n" + failure.lines + "\n}\nother { }\n");
+        SCOPED_TRACE(failure);
+        const std::string name = files.getDirectory().write("broken.txt", "soldier\n{\n" + broken + "\n}\nother { }\n");
         const SurroundingsCheck surroundings;
         S_Script script(name.c_str());
         const std::string byName = support::messageOf([&] { object.construct(&script, "soldier", nullptr, false); });
-        for (const std::string& fragment : failure.fragments)
+        for (const std::string& fragment : fragments)
         {
             EXPECT_THAT(byName, HasSubstr(fragment));
         }
@@ -520,8 +453,11 @@ TEST(ObjectAnimationConstruction, VisibilityTracksAreThereOnlyWhenAskedFor)
     const auto without = files.build("linear", false);
     ASSERT_NE(with->getAnimation(0)->m_vecKeyframeAnimations[0]->getVisibilityContainer(), nullptr);
     EXPECT_EQ(without->getAnimation(0)->m_vecKeyframeAnimations[0]->getVisibilityContainer(), nullptr);
-    EXPECT_TRUE(with->updateVisibilityFrame(0, 10.0f));
-    EXPECT_FALSE(with->getMesh(0)->isEnabled());
+    for (const float frame : {10.0f, 0.0f, 5.0f, 4.99f})
+    {
+        EXPECT_TRUE(with->updateVisibilityFrame(0, frame));
+        EXPECT_EQ(with->getMesh(0)->isEnabled(), frame < 5.0f) << "exactly zero hides";
+    }
     S_Script script(files.writeScript().c_str());
     const int blocks[] = {0};
     EXPECT_TRUE(TW2::TW_ObjectAnimationLODs(&script, 1, blocks, true).updateVisibilityFrame(0, 10.0f));

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
 
 using namespace TW2;
@@ -96,13 +97,7 @@ TEST(ObjectAnimationFiles, AFileThatIsNowhereIsNamedWithBothPlacesAndTheLineThat
     const std::string geometry = "geometry {\n exportdata \"" + directory.file("geometry.tw") + "\" }\n";
     const std::string walk = "\"" + files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)}) + "\"";
     const std::string gone = directory.file("gone.tw");
-    const struct
-    {
-        std::string lines;
-        const char* file;
-        int line;
-        const char* key;
-    } cases[] = {
+    const std::tuple<std::string, const char*, int, const char*> cases[] = {
         {"geometry {\n crossmode linear\n exportdata away.tw }", "away.tw", 5, "exportdata"},
         {geometry + "animation {\n index 0\n filename no/away.tw }", "no/away.tw", 7, "filename"},
         {geometry + "animation { index 0 filename " + walk + " }\nanimation { index 1\n filename " + walk +
@@ -110,18 +105,17 @@ TEST(ObjectAnimationFiles, AFileThatIsNowhereIsNamedWithBothPlacesAndTheLineThat
          "away.tw", 9, "rootmotion"},
         {"geometry { exportdata \"" + gone + "\" }", gone.c_str(), 3, "exportdata"},
     };
-    for (const auto& expected : cases)
+    for (const auto& [lines, file, line, key] : cases)
     {
-        const std::string name = directory.write("scripts/broken.txt", "soldier\n{\n" + expected.lines + "\n}\n");
+        const std::string name = directory.write("scripts/broken.txt", "soldier\n{\n" + lines + "\n}\n");
         const std::string message =
             support::messageOf([&name] { TW_ObjectAnimation(name.c_str(), "soldier", nullptr, false); });
         const std::string places =
-            expected.file == gone ? "there is no such file"
-                                  : "is neither in the current directory \"" + std::string(File.getCurrentDirectory()) +
-                                        "\" nor beside the script in \"" + directory.file("scripts/") + "\"";
-        EXPECT_EQ(message, "File \"" + std::string(expected.file) + "\": " + places + "; line " +
-                               std::to_string(expected.line) + " of \"" + name + "\" asks for it (key \"" +
-                               expected.key + "\")");
+            file == gone ? "there is no such file"
+                         : "is neither in the current directory \"" + std::string(File.getCurrentDirectory()) +
+                               "\" nor beside the script in \"" + directory.file("scripts/") + "\"";
+        EXPECT_EQ(message, "File \"" + std::string(file) + "\": " + places + "; line " + std::to_string(line) +
+                               " of \"" + name + "\" asks for it (key \"" + key + "\")");
     }
 }
 

@@ -16,6 +16,7 @@
 
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace TW2;
@@ -334,12 +335,7 @@ TEST(ObjectAnimationMeshes, RecordsThatAHostChangesAreBuiltOnlyWhenTheyStillFit)
         }
         std::function<void(MeshChunk&)> m_edit;
     };
-    const struct
-    {
-        const char* name;
-        std::function<void(MeshChunk&)> edit;
-        bool fits;
-    } edits[] = {
+    const std::tuple<const char*, std::function<void(MeshChunk&)>, bool> edits[] = {
         {"nothing", [](MeshChunk&) {}, true},
         {"no triangles, wild vertices",
          [](MeshChunk& record)
@@ -392,75 +388,57 @@ TEST(ObjectAnimationMeshes, RecordsThatAHostChangesAreBuiltOnlyWhenTheyStillFit)
     }
 }
 
-TEST(ObjectAnimationMeshes, AHostsMeshCallbackBuildsGeometryInItsOwnWay)
+TEST(ObjectAnimationMeshes, AHostsMeshCallbackBuildsGeometryItselfAndMayTakeTheObjectAwayMeanwhile)
 {
-    class Counter : public TW_ObjectAnimationMeshCallback
+    class Builder : public TW_ObjectAnimationMeshCallback
     {
     public:
-        using TW_ObjectAnimationMeshCallback::TW_ObjectAnimationMeshCallback;
+        Builder(TW_ObjectAnimation* object, std::size_t takeAt)
+            : TW_ObjectAnimationMeshCallback(object), m_object(object), m_uTakeAt(takeAt)
+        {
+        }
         P_TriangleMesh* createTriangleMesh(P_VirtualObject* mesh, int primitive, int flags, int triangles, int vertices,
                                            const S_Vector<int>& vertexMap) override
         {
             m_asked.push_back(vertices);
             EXPECT_TRUE(vertexMap.empty());
-            return TW_ObjectAnimationMeshCallback::createTriangleMesh(mesh, primitive, flags, triangles, vertices,
-                                                                      vertexMap);
-        }
-        std::vector<int> m_asked;
-    };
-    ObjectFiles files;
-    files.addMesh(makeMesh("a", "", {{7, 2}}));
-    files.addMesh(makeMesh("b", "a", {{3, 1}}));
-    TW_ObjectAnimation object;
-    Counter counter(&object);
-    object.construct(files.writeScript().c_str(), "object", &counter, false);
-    EXPECT_EQ(counter.m_asked, (std::vector<int>{7, 3}));
-    EXPECT_EQ(object.getTotalMeshes(), 2u);
-
-    Counter nobodys(nullptr);
-    MeshChunk record = makeMesh("c", "", {{3, 1}});
-    EXPECT_THROW(nobodys(record), TW_Exception_InvalidGeometry);
-}
-
-TEST(ObjectAnimationMeshes, AHostsMeshCallbackMayTakeTheObjectAwayWhileItIsBuilt)
-{
-    class Taker : public TW_ObjectAnimationMeshCallback
-    {
-    public:
-        Taker(TW_ObjectAnimation* object, int at) : TW_ObjectAnimationMeshCallback(object), m_object(*object), m_iAt(at)
-        {
-        }
-        P_TriangleMesh* createTriangleMesh(P_VirtualObject* mesh, int primitive, int flags, int triangles, int vertices,
-                                           const S_Vector<int>& vertexMap) override
-        {
-            if (m_iAt-- == 0)
+            if (m_asked.size() == m_uTakeAt)
             {
-                m_object.destruct();
+                m_object->destruct();
             }
             return TW_ObjectAnimationMeshCallback::createTriangleMesh(mesh, primitive, flags, triangles, vertices,
                                                                       vertexMap);
         }
+        std::vector<int> m_asked;
 
     private:
-        TW_ObjectAnimation& m_object;
-        int m_iAt;
+        TW_ObjectAnimation* m_object;
+        std::size_t m_uTakeAt;
     };
     ObjectFiles files;
     files.addMaterials(MaterialListChunk{"", {makeSolidMaterial("skin"), makeSolidMaterial("cloth")}});
-    for (const char* name : {"a", "b"})
+    MeshChunk first = makeMesh("a", "", {{7, 2}, {3, 1}});
+    MeshChunk second = makeMesh("b", "a", {{4, 1}, {5, 1}});
+    for (MeshChunk* mesh : {&first, &second})
     {
-        MeshChunk mesh = makeMesh(name, "a", {{3, 1}, {3, 1}});
-        mesh.hasParent = mesh.name == "b";
-        setMaterials(mesh, {"skin", "cloth"});
-        files.addMesh(mesh);
+        setMaterials(*mesh, {"skin", "cloth"});
+        files.addMesh(*mesh);
     }
     const std::string script = files.writeScript();
-    for (int at = 0; at < 4; ++at)
+    TW_ObjectAnimation object;
+    for (std::size_t takeAt = 1; takeAt <= 4; ++takeAt)
     {
-        TW_ObjectAnimation object;
-        Taker taker(&object, at);
-        EXPECT_THROW(object.construct(script.c_str(), "object", &taker, false), TW_Exception_InvalidGeometry) << at;
+        Builder taker(&object, takeAt);
+        EXPECT_THROW(object.construct(script.c_str(), "object", &taker, false), TW_Exception_InvalidGeometry) << takeAt;
         EXPECT_FALSE(object.isConstructed());
         EXPECT_EQ(object.getTotalMeshes(), 0u);
     }
+    Builder builder(&object, 5);
+    object.construct(script.c_str(), "object", &builder, false);
+    EXPECT_EQ(builder.m_asked, (std::vector<int>{7, 3, 4, 5}));
+    EXPECT_EQ(object.getTotalMeshes(), 2u);
+
+    Builder nobodys(nullptr, 0);
+    MeshChunk record = makeMesh("c", "", {{3, 1}});
+    EXPECT_THROW(nobodys(record), TW_Exception_InvalidGeometry);
 }

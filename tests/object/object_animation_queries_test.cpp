@@ -8,6 +8,7 @@
 #include <platform/scene/scene.h>
 
 #include <limits>
+#include <utility>
 
 namespace
 {
@@ -34,18 +35,14 @@ TEST(ObjectAnimationQueries, FrameRatesAreRoundedToWholeOnesForEveryoneWhoShares
     Character character;
     const TW2::TW_ObjectAnimation copy(*character);
     const float most = 2147483648.0F;
-    const struct
-    {
-        float set;
-        float rate;
-    } cases[] = {{29.5F, 30.0F},
-                 {30.5F, 30.0F},
-                 {12.4F, 12.0F},
-                 {-24.6F, -25.0F},
-                 {std::numeric_limits<float>::quiet_NaN(), -25.0F},
-                 {1e30F, most},
-                 {-std::numeric_limits<float>::infinity(), -most},
-                 {0.25F, 0.0F}};
+    const std::pair<float, float> cases[] = {{29.5F, 30.0F},
+                                             {30.5F, 30.0F},
+                                             {12.4F, 12.0F},
+                                             {-24.6F, -25.0F},
+                                             {std::numeric_limits<float>::quiet_NaN(), -25.0F},
+                                             {1e30F, most},
+                                             {-std::numeric_limits<float>::infinity(), -most},
+                                             {0.25F, 0.0F}};
     for (const auto& [set, rate] : cases)
     {
         character->setAnimationFPS(2, set);
@@ -77,25 +74,7 @@ TEST(ObjectAnimationVisibility, MeshesShowWhileTheirTrackIsAboveZero)
     }
 }
 
-TEST(ObjectAnimationVisibility, AVisibilityOfExactlyZeroHides)
-{
-    support::ObjectFiles files;
-    files.addMesh("a");
-    TW2::KeyframeAnimationChunk track;
-    track.header.targetName = "a";
-    track.header.frameRate = 1;
-    track.totalFrameCount = 3;
-    track.keys.resize(1);
-    track.visibilityKeys = {{0, 1.0F}, {2, -1.0F}};
-    files.addAnimation(0, {track});
-    const auto object = files.build("linear", true);
-    EXPECT_TRUE(object->updateVisibilityFrame(0, 1.0F));
-    EXPECT_FALSE(object->getMesh(0)->isEnabled());
-    EXPECT_TRUE(object->updateVisibilityFrame(0, 0.99F));
-    EXPECT_TRUE(object->getMesh(0)->isEnabled());
-}
-
-TEST(ObjectAnimationBounds, ManualVolumesStandInForTheEnginesAndDecideWhatIsInView)
+TEST(ObjectAnimationBounds, ManualVolumesDecideWhatIsInView)
 {
     // Reaches the operation that the engine calls.
     class Object : public TW2::TW_ObjectAnimation
@@ -106,18 +85,7 @@ TEST(ObjectAnimationBounds, ManualVolumesStandInForTheEnginesAndDecideWhatIsInVi
     object.setBoundingRadius(3.0F);
     object.setEngineFlag(P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME, true);
     object.setManualBoundingSphereRadius(7.0F);
-    object.setManualBoundingBoxMin({-1, -2, -3});
-    object.setManualBoundingBoxMax({1, 2, 3});
-    EXPECT_EQ(object.getBoundingRadius(), 3.0F);
-    EXPECT_EQ(object.getBoundingBoxMax(), (M_Vector3Template<float>{0, 0, 0}));
-    object.setUseManualBoundingBox(true);
-    EXPECT_EQ(object.getBoundingRadius(), 3.0F);
-    EXPECT_EQ(object.getBoundingBoxMin(), (M_Vector3Template<float>{-1, -2, -3}));
-    object.setUseManualBoundingBox(false);
     object.setUseManualBoundingSphere(true);
-    EXPECT_EQ(object.getBoundingRadius(), 7.0F);
-    EXPECT_EQ(object.getBoundingBoxMax(), (M_Vector3Template<float>{0, 0, 0}));
-
     P_Camera camera;
     object.getContext()->setCurrentCamera(&camera);
     object.setEngineFlag(P_BaseObject::FLAG_BOUNDING_SPHERE, true);

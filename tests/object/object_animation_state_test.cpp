@@ -106,8 +106,8 @@ protected:
     // What must come out for the bones of the group, `aligned` saying whether the second pose is moved.
     void expectBlend(const std::vector<std::size_t>& bones, bool aligned, std::size_t reference)
     {
-        const auto pose1 = [this](std::size_t bone) { return PoseModel::toDouble(first.accessMatrixVector()[bone]); };
-        const auto pose2 = [this](std::size_t bone) { return PoseModel::toDouble(second.accessMatrixVector()[bone]); };
+        const auto pose1 = [this](std::size_t bone) { return support::toDouble(first.accessMatrixVector()[bone]); };
+        const auto pose2 = [this](std::size_t bone) { return support::toDouble(second.accessMatrixVector()[bone]); };
         const PoseModel::Matrix move =
             aligned ? pose2(reference).inverse() * pose1(reference) : PoseModel::Matrix::identity();
         character.model.group = std::set<std::size_t>(bones.begin(), bones.end());
@@ -162,7 +162,7 @@ TEST_P(ReferenceBoneBlend, WithoutAGroupRestoresTheFirstPose)
     TW_ObjectAnimationState few(2);
     const auto pose = character.getPose();
     EXPECT_TRUE(character->crossAnimateObject(&few, 0.3F, &few, TW_BoneHandle("x", 0), character.group({9}).get()));
-    Character::expectNear(PoseModel::toDouble(pose[8]), character.getMatrix(8), "outside the group");
+    Character::expectNear(support::toDouble(pose[8]), character.getMatrix(8), "outside the group");
     EXPECT_EQ(character.getMatrix(9).getTranslation(), pose[9].getTranslation());
 }
 

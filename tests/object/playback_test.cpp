@@ -3,7 +3,7 @@
 #include <tw2/object/object_animation_state.h>
 
 #include <functional>
-#include <limits>
+#include <utility>
 
 namespace
 {
@@ -175,11 +175,7 @@ TEST_P(PlaybackInEveryCrossMode, EachCallGivesTheModelsPoseAndAllocatesNothing)
 TEST_P(PlaybackInEveryCrossMode, SubAnimationMovesTheMeshesThatHaveATrackPartOfTheWay)
 {
     Character character(GetParam());
-    const struct
-    {
-        int index;
-        float weight;
-    } cases[] = {{1, 0.3F}, {1, 0.0F}, {0, 1.0F}, {1, 2.0F}, {-3, -0.5F}, {9, 0.5F}};
+    const std::pair<int, float> cases[] = {{1, 0.3F}, {1, 0.0F}, {0, 1.0F}, {1, 2.0F}, {-3, -0.5F}, {9, 0.5F}};
     for (const auto& [index, weight] : cases)
     {
         character->animateObjectFrame(2, 7.5F, nullptr);
@@ -197,33 +193,12 @@ INSTANTIATE_TEST_SUITE_P(CrossModes, PlaybackInEveryCrossMode,
                          testing::Values("linear", "normalized", "orthonormalized"),
                          [](const auto& mode) { return std::string(mode.param); });
 
-TEST(Playback, OneAnimationIsNotCorrectedAndABlendOfTwoTurnsIsTheTurnBetween)
+TEST(Playback, RowsWithoutADirectionStayAndNothingIsProjectedOnThem)
 {
-    support::ObjectFiles files;
-    files.addMesh("a");
-    TW2::KeyframeAnimationChunk track;
-    track.header.targetName = "a";
-    track.totalFrameCount = 2;
-    track.keys.resize(1);
-    track.keys[0].matrix.m[0][0] = 3.0F;
-    files.addAnimation(0, {track});
-    track.keys[0].matrix = {{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}, {2, 0, 0}}};
-    files.addAnimation(1, {track});
-    track.keys[0].matrix = {};
-    files.addAnimation(2, {track});
-    const auto object = files.build("orthonormalized");
-
-    EXPECT_TRUE(object->animateObjectFrame(0, 0.0F, nullptr));
-    EXPECT_EQ(object->getMesh(0)->getMatrix().m[0][0], 3.0F);
-    EXPECT_TRUE(object->crossAnimateObjectFrame(2, 0.0F, 0.5F, 1, 0.0F, nullptr));
-    const double half = std::sqrt(0.5);
-    Character::expectNear({{{half, half, 0}, {-half, half, 0}, {0, 0, 1}, {1, 0, 0}}}, object->getMesh(0)->getMatrix(),
-                          "45 degrees");
-
-    // Rows without a direction stay as they are, and nothing is projected on them.
-    object->getMesh(0)->setMatrix({{{0, 0, 0}, {0, 2, 0}, {0, 0, 0}, {1, 2, 3}}});
-    EXPECT_FALSE(object->crossAnimateObjectFrame(5, 0.0F, 0.5F, 1, 0.0F, nullptr));
-    EXPECT_EQ(object->getMesh(0)->getMatrix(), (Character::Matrix{{{0, 0, 0}, {0, 1, 0}, {0, 0, 0}, {1, 2, 3}}}));
+    Character character("orthonormalized");
+    character->getMesh(0)->setMatrix({{{0, 0, 0}, {0, 2, 0}, {0, 0, 0}, {1, 2, 3}}});
+    EXPECT_FALSE(character->crossAnimateObjectFrame(99, 0.0F, 0.5F, 1, 0.0F, nullptr));
+    EXPECT_EQ(character.getMatrix(0), (Character::Matrix{{{0, 0, 0}, {0, 1, 0}, {0, 0, 0}, {1, 2, 3}}}));
 }
 
 TEST(Playback, AnUnknownAnimationLeavesEverythingValid)
@@ -289,27 +264,18 @@ TEST(Playback, AMeshAddedLaterStaysWhereItIsUntilAnAnimationMovesIt)
 
 TEST(Playback, MoreMeshesThanAnyInternalListAreAllPlayed)
 {
-    support::ObjectFiles files;
     constexpr unsigned int COUNT = 301;
-    std::vector<TW2::KeyframeAnimationChunk> tracks;
+    support::ObjectFiles files;
     std::vector<TW2::KeyframeAnimationChunk> everySecond;
     for (unsigned int i = 0; i < COUNT; ++i)
     {
-        TW2::KeyframeAnimationChunk track;
-        track.header.targetName = Character::name(i).c_str();
         files.addMesh(Character::name(i));
-        track.totalFrameCount = 1;
-        track.keys.resize(1);
-        track.keys[0].matrix.setTranslation({static_cast<float>(i), 0.0F, 0.0F});
-        tracks.push_back(track);
-        track.keys[0].matrix.setTranslation({static_cast<float>(i), 1.0F, 0.0F});
         if (i % 2 == 0)
         {
-            everySecond.push_back(track);
+            everySecond.push_back(support::makeTrack(Character::name(i), 1.0F + static_cast<float>(i)));
         }
     }
-    files.addAnimation(0, tracks);
-    files.addAnimation(1, everySecond);
+    files.addAnimation(0, everySecond);
     const auto object = files.build();
     std::vector<TW2::TW_BoneHandle> handles;
     for (unsigned int i = 0; i < COUNT; i += 1 + i % 3 / 2)
@@ -321,13 +287,12 @@ TEST(Playback, MoreMeshesThanAnyInternalListAreAllPlayed)
     for (TW_BoneGroupHandle* chosen : {&group, static_cast<TW_BoneGroupHandle*>(nullptr)})
     {
         object->accessMeshTransforms().updateWorldMatrices();
-        EXPECT_TRUE(object->animateObjectFrame(1, 0.0F, chosen));
+        EXPECT_TRUE(object->animateObjectFrame(0, 10.0F, chosen));
         for (unsigned int i = 0; i < COUNT; ++i)
         {
-            const bool selected = !chosen || group.hasMesh(object->getMesh(i));
-            const M_Vector3Template<float> expected{static_cast<float>(i), i % 2 == 0 ? 1.0F : 0.0F, 0.0F};
-            EXPECT_EQ(object->getMesh(i)->getPosition(), selected ? expected : M_Vector3Template<float>{}) << i;
-            EXPECT_EQ(object->getMesh(i)->isObjectToWorldMatrixValid(), !selected) << i;
+            const bool moves = i % 2 == 0 && (!chosen || group.hasMesh(object->getMesh(i)));
+            EXPECT_EQ(object->getMesh(i)->getPosition().x, moves ? 1.0F + static_cast<float>(i) : 0.0F) << i;
+            EXPECT_EQ(object->getMesh(i)->isObjectToWorldMatrixValid(), !moves) << i;
         }
     }
 }

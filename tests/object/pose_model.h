@@ -9,7 +9,6 @@
 #include <platform/runtime/allocator.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -20,29 +19,13 @@
 class PoseModel
 {
 public:
-    using Matrix = M_Matrix4x3Template<double>;
+    using Matrix = support::DoubleMatrix;
     /// For each mesh the chunk of its track, or null.
     using Tracks = std::vector<const TW2::KeyframeAnimationChunk*>;
 
-    static Matrix toDouble(const M_Matrix4x3Template<float>& matrix)
-    {
-        Matrix result;
-        for (int i = 0; i < 12; ++i)
-        {
-            result.data()[i] = static_cast<double>(matrix.data()[i]);
-        }
-        return result;
-    }
-
     static Matrix getTrackPose(const TW2::KeyframeAnimationChunk& track, float frame)
     {
-        const support::DoubleMatrix pose = support::TrackOracle(track).getTransform(static_cast<double>(frame));
-        Matrix result;
-        for (std::size_t i = 0; i < 12; ++i)
-        {
-            result.data()[i] = pose[i / 3][i % 3];
-        }
-        return result;
+        return support::TrackOracle(track).getTransform(static_cast<double>(frame));
     }
 
     std::map<int, Tracks> animations;
@@ -95,7 +78,7 @@ public:
         {
             if (frozen[mesh])
             {
-                put(mesh, toDouble(matrices[mesh]), weight, add);
+                put(mesh, support::toDouble(matrices[mesh]), weight, add);
             }
         }
     }
@@ -104,18 +87,7 @@ public:
     {
         for (const std::size_t mesh : selected())
         {
-            M_Vector3Template<double> rows[3] = {pose[mesh].getRow(0), pose[mesh].getRow(1), pose[mesh].getRow(2)};
-            for (int r = 0; r < 3 && mode != TW2::InterpolationMode::Linear; ++r)
-            {
-                for (int u = 0; u < r && mode == TW2::InterpolationMode::Orthonormalized; ++u)
-                {
-                    const double length = rows[u].lengthSquared();
-                    rows[r] -= rows[u] * (length > 0.0 ? rows[u].dot(rows[r]) / length : 0.0);
-                }
-                const double length = rows[r].length();
-                rows[r] *= length > 0.0 ? 1.0 / length : 1.0;
-                pose[mesh].setRow(r, rows[r]);
-            }
+            support::applyMode(pose[mesh], mode);
         }
     }
 

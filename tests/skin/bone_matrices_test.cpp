@@ -1,4 +1,5 @@
 #include "tests/support/character_files.h"
+#include "tests/support/double_matrix.h"
 
 #include <tw2/object/object_animation.h>
 #include <tw2/skin/vertex_animation.h>
@@ -15,6 +16,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace TW2;
@@ -22,23 +24,16 @@ using namespace TW2;
 namespace
 {
 using Matrix = M_Matrix4x3Template<float>;
-using Wide = M_Matrix4x3Template<double>;
-using WideVector = M_Vector3Template<double>;
-
-Wide widen(const Matrix& matrix)
-{
-    Wide result;
-    std::copy_n(matrix.data(), 12, result.data());
-    return result;
-}
+using support::DoubleMatrix;
+using support::toDouble;
 
 /// World matrix by multiplying the local ones out, in doubles.
-Wide worldOf(const P_BaseObject& object)
+DoubleMatrix worldOf(const P_BaseObject& object)
 {
-    Wide result;
+    DoubleMatrix result;
     for (const P_BaseObject* o = &object; o; o = o->getParent())
     {
-        result = result * widen(o->getMatrix());
+        result = result * toDouble(o->getMatrix());
     }
     return result;
 }
@@ -52,7 +47,7 @@ public:
         m_files.m_skinKeys = skinKeys;
         m_object.construct(m_files.write().c_str(), "skeleton", "skin");
         m_object.addTo(&m_scene);
-        const Wide worldToMesh = worldOf(body()).inverse();
+        const DoubleMatrix worldToMesh = worldOf(body()).inverse();
         for (unsigned int b = 0; b < m_object.getTotalMeshes(); ++b)
         {
             m_restBones.push_back(worldOf(bone(b)) * worldToMesh);
@@ -63,8 +58,8 @@ public:
     double executeFrameAndGetError()
     {
         m_scene.executeFrame();
-        const Wide worldToMesh = worldOf(body()).inverse();
-        std::vector<Wide> bones;
+        const DoubleMatrix worldToMesh = worldOf(body()).inverse();
+        std::vector<DoubleMatrix> bones;
         for (std::size_t b = 0; b < m_restBones.size(); ++b)
         {
             bones.push_back(m_restBones[b].inverse() * (worldOf(bone(b)) * worldToMesh));
@@ -75,7 +70,7 @@ public:
         {
             for (int v = 0; v < skin.getPrimitiveVertexCount(p); ++v)
             {
-                WideVector expected(0, 0, 0);
+                support::DoubleVector expected(0, 0, 0);
                 const auto& rest =
                     m_files.m_skinMeshes[0].getPosition(static_cast<std::size_t>(p), static_cast<std::size_t>(v));
                 for (int k = 0; k < skin.getVertexBoneCount(p, v); ++k)
@@ -86,9 +81,24 @@ public:
                 }
                 const auto found = body().getVertexPosition(p, static_cast<unsigned int>(v));
                 error = std::max(error, std::hypot(found.x - expected.x, found.y - expected.y, found.z - expected.z));
+                expectInsideVolumes(body().getMatrix().transformPoint(found));
             }
         }
         return error;
+    }
+
+    /// Volumes that are computed hold the skin in every pose.
+    void expectInsideVolumes(const M_Vector3Template<float>& p)
+    {
+        TW_ObjectAnimation& skin = *m_object.getSkin();
+        if (skin.hasEngineFlag(P_BaseObject::FLAG_AUTOMATIC_BOUNDING_VOLUME))
+        {
+            const M_Vector3Template<float> low = skin.getBoundingBoxMin();
+            const M_Vector3Template<float> high = skin.getBoundingBoxMax();
+            ASSERT_LE(p.length(), skin.getBoundingRadius());
+            ASSERT_TRUE(low.x <= p.x && low.y <= p.y && low.z <= p.z);
+            ASSERT_TRUE(p.x <= high.x && p.y <= high.y && p.z <= high.z);
+        }
     }
 
     [[nodiscard]] P_VirtualObject& body() { return *m_object.getSkin()->getMesh(0); }
@@ -100,7 +110,7 @@ public:
     TW_VertexAnimation m_object;
 
 private:
-    std::vector<Wide> m_restBones;
+    std::vector<DoubleMatrix> m_restBones;
 };
 
 /// Turned, moved by a few units and scaled evenly.
@@ -119,7 +129,7 @@ double distanceFromIdentity(const Matrix& matrix)
     double distance = 0.0;
     for (int i = 0; i < 12; ++i)
     {
-        distance = std::max(distance, std::abs(static_cast<double>(matrix.data()[i]) - Wide().data()[i]));
+        distance = std::max(distance, std::abs(static_cast<double>(matrix.data()[i]) - DoubleMatrix().data()[i]));
     }
     return distance;
 }
@@ -166,22 +176,14 @@ TEST(BoneMatrices, ASkinOnASkeletonOfAnotherRestPoseTakesThatOne)
     scene.executeFrame();
     for (int bone = 0; bone < heir.getBoneMatrixCount(); ++bone)
     {
-        for (int i = 0; i < 12; ++i)
-        {
-            EXPECT_NEAR(heir.getBoneMatrix(bone).data()[i], i < 9 && i % 4 == 0 ? 1.0f : 0.0f, 1e-5f) << bone;
-        }
+        EXPECT_LT(distanceFromIdentity(heir.getBoneMatrix(bone)), 1e-5) << bone;
     }
 }
 
 TEST(BoneMatrices, SkinnedVerticesFollowTheBones)
 {
-    struct Variant
-    {
-        const char* name;
-        std::function<void(Character&)> change;
-    };
     P_VirtualObject outside(0);
-    const Variant variants[] = {
+    const std::pair<const char*, std::function<void(Character&)>> variants[] = {
         {"as built", [](Character&) {}},
         {"moved", [](Character& c) { c.m_object.setMatrix(place(3)); }},
         {"skeleton moved", [](Character& c) { c.m_object.getSkeleton()->setMatrix(place(1)); }},
@@ -200,15 +202,18 @@ TEST(BoneMatrices, SkinnedVerticesFollowTheBones)
         {"bones that keep their matrices themselves",
          [](Character& c) { c.m_object.getSkeleton()->accessMeshTransforms().release(); }},
     };
-    for (const Variant& variant : variants)
+    for (const auto& [name, change] : variants)
     {
         Character character;
-        variant.change(character);
+        change(character);
+        character.m_scene.executeFrame();
+        const long long made = S_Memory::sm_iNewCount;
         for (int i = 0; i < 40; ++i)
         {
             EXPECT_TRUE(character.m_object.animateObject(i % 2, 0.07f * static_cast<float>(i), nullptr));
-            EXPECT_LT(character.executeFrameAndGetError(), 1e-5) << variant.name << ", frame " << i;
+            EXPECT_LT(character.executeFrameAndGetError(), 1e-5) << name << ", frame " << i;
         }
+        EXPECT_EQ(S_Memory::sm_iNewCount, made) << name;
     }
 }
 
@@ -280,19 +285,6 @@ TEST(BoneMatrices, AHostWithoutASceneGetsThemWhenItAsks)
         }
     }
 
-    // A camera that looks away hides a skin from a scene, and is nobody's concern here.
-    Character hidden({}, "boundingSphereRadius 2 enableBoundingBox 0");
-    P_Camera camera;
-    camera.addTo(&hidden.m_scene);
-    hidden.m_context.setCurrentCamera(&camera);
-    hidden.m_object.setPosition(0, 0, -50);
-    hidden.m_object.animateObjectFrame(1, 3.0f, nullptr);
-    const Matrix before = hidden.m_object.getBoneMatrix(5);
-    hidden.m_scene.executeFrame();
-    EXPECT_EQ(hidden.m_object.getBoneMatrix(5), before);
-    hidden.m_object.updateBones();
-    EXPECT_NE(hidden.m_object.getBoneMatrix(5), before);
-
     TW_VertexAnimation nothing;
     nothing.updateBones();
     EXPECT_EQ(nothing.getBoneMatrixCount(), 0);
@@ -334,6 +326,8 @@ TEST(BoneMatrices, ASkinWithBoundingVolumesOutOfViewIsHiddenAndLeftAsItIs)
     character.m_scene.executeFrame();
     EXPECT_FALSE(character.body().isEnabled());
     EXPECT_EQ(character.m_object.getBoneMatrix(5), before);
+    character.m_object.updateBones();
+    EXPECT_NE(character.m_object.getBoneMatrix(5), before) << "for a host that asks";
 
     character.m_context.setCurrentCamera(nullptr);
     EXPECT_LT(character.executeFrameAndGetError(), 1e-5);

@@ -7,12 +7,15 @@
 #include <platform/runtime/memory_file_writer.h>
 #include <platform/runtime/memory_scope.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <functional>
 #include <limits>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 using namespace TW2;
@@ -34,13 +37,7 @@ SkinChunk makeSkin()
     return chunk;
 }
 
-struct Triple
-{
-    int vertex;
-    int bone;
-    float weight;
-};
-using Triples = std::vector<Triple>;
+using Triples = std::vector<std::tuple<int, int, float>>;  // vertex, bone, weight
 
 /// A skin data file of version 0 with these three influence lists.
 S_Bytes writeVersion0(const Triples& first, const Triples& second, const Triples& third)
@@ -51,9 +48,9 @@ S_Bytes writeVersion0(const Triples& first, const Triples& second, const Triples
         for (const Triples* list : {&first, &second, &third})
         {
             writer.writeCount(list->size());
-            for (const Triple& triple : *list)
+            for (const auto& [vertex, bone, weight] : *list)
             {
-                writer << triple.vertex << triple.bone << triple.weight;
+                writer << vertex << bone << weight;
             }
         }
         writer << 1 << "body" << 2 << "Hip"
@@ -111,28 +108,21 @@ TEST(SkinChunks, AnOldVertexIndexThatCannotBeIsNamedAndNotAllocated)
             message = support::messageOf([&] { read(writeVersion0({{0, 0, 1}}, {{vertex, 0, 1}}, {})); });
         }
         // Two influences, and a million vertices that may be without.
-        EXPECT_NE(message.find("vertex indices from 0 to 1048577, not " + std::to_string(vertex)), std::string::npos)
-            << message;
-        EXPECT_NE(message.find("body.skd"), std::string::npos) << message;
+        EXPECT_THAT(message, testing::HasSubstr("vertex indices from 0 to 1048577, not " + std::to_string(vertex)));
+        EXPECT_THAT(message, testing::HasSubstr("body.skd"));
         EXPECT_LT(S_MemoryScope::getUsage("skin test").m_iBytes - before.m_iBytes, 4096);
     }
     EXPECT_EQ(read(writeVersion0({{70000, 0, 1}}, {}, {})).vertexBoneCounts.size(), 70001u);
-    EXPECT_NE(support::messageOf(
-                  [] {
-                      read(writeVersion0({{0, 2, 1}}, {}, {}));
-                  })
-                  .find("bone 2 of 2"),
-              std::string::npos);
+    EXPECT_THAT(support::messageOf(
+                    [] {
+                        read(writeVersion0({{0, 2, 1}}, {}, {}));
+                    }),
+                testing::HasSubstr("bone 2 of 2"));
 }
 
 TEST(SkinChunks, AnIndexThatPointsOutsideItsListIsNamed)
 {
-    struct Fault
-    {
-        const char* expected;
-        std::function<void(SkinChunk&)> damage;
-    };
-    const Fault faults[] = {
+    const std::pair<const char*, std::function<void(SkinChunk&)>> faults[] = {
         {"vertex 1: first influence -1", [](SkinChunk& c) { c.vertexInfluenceStarts[1] = -1; }},
         {"vertex 2: first influence 4", [](SkinChunk& c) { c.vertexInfluenceStarts[2] = 4; }},
         {"first influence 2147483647", [](SkinChunk& c) { c.vertexInfluenceStarts[0] = INT_MAX; }},
@@ -148,26 +138,12 @@ TEST(SkinChunks, AnIndexThatPointsOutsideItsListIsNamed)
         {"primitive 0: 2 vertices from 4294967295 on", [](SkinChunk& c) { c.primitiveFirstVertices[0] = 0xFFFFFFFFu; }},
         {"2 vertex counts and 3 first vertices", [](SkinChunk& c) { c.primitiveFirstVertices.push_back(0); }},
     };
-    for (const Fault& fault : faults)
+    for (const auto& [expected, damage] : faults)
     {
         SkinChunk chunk = makeSkin();
-        fault.damage(chunk);
-        EXPECT_NE(chunk.findInvalidValue().find(fault.expected), S_String::npos) << chunk.findInvalidValue();
+        damage(chunk);
+        EXPECT_NE(chunk.findInvalidValue().find(expected), S_String::npos) << chunk.findInvalidValue();
         const std::string message = support::messageOf([&] { rewrite(chunk); });
-        EXPECT_NE(message.find(fault.expected), std::string::npos) << message;
-    }
-}
-
-TEST(SkinChunks, ATruncatedFileIsAnErrorAtEveryByte)
-{
-    S_MemoryFileWriter writer;
-    writer << makeSkin();
-    for (const S_Bytes& whole : {writer.getBytes(), writeVersion0({{1, 1, 1}}, {{0, 0, 1}}, {})})
-    {
-        for (std::size_t size = 0; size < whole.size(); ++size)
-        {
-            const S_Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
-            EXPECT_THROW(read(part), S_MemoryFileException) << size;
-        }
+        EXPECT_THAT(message, testing::HasSubstr(expected));
     }
 }

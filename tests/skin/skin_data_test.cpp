@@ -1,5 +1,6 @@
 #include "tests/support/character_files.h"
 #include "tests/support/expectations.h"
+#include "tests/support/load_callbacks.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/core/static_data.h>
@@ -13,11 +14,13 @@
 #include <platform/scene/skin_mesh.h>
 #include <platform/scene/virtual_object.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <functional>
 #include <string>
+#include <utility>
 
 using namespace TW2;
 
@@ -127,12 +130,10 @@ TEST(SkinData, AreCheckedAgainstACharacterThatIsConstructed)
 
 TEST(SkinData, ThatAHostExchangesWhileTheSkinIsLoadedMoveNoMeshAndAreChecked)
 {
-    class Exchange : public TW_LoadMeshCallback
+    class Exchange : public support::LoadCallbacks
     {
-    public:
-        Exchange() { TW_ObjectAnimation::setLoadMeshCallback(this); }
-        ~Exchange() override { TW_ObjectAnimation::setLoadMeshCallback(nullptr); }
-        bool operator()(MeshChunk& record) override
+        void act(Place) override {}
+        bool take(MeshChunk& record) override
         {
             if (record.name == m_strAt)
             {
@@ -140,6 +141,8 @@ TEST(SkinData, ThatAHostExchangesWhileTheSkinIsLoadedMoveNoMeshAndAreChecked)
             }
             return true;
         }
+
+    public:
         TW_VertexAnimation m_character;
         S_String m_strAt;
         SkinChunk m_chunk;
@@ -169,13 +172,8 @@ TEST(SkinData, ThatAHostExchangesWhileTheSkinIsLoadedMoveNoMeshAndAreChecked)
 
 TEST(SkinData, ThatDoNotFitTheCharacterAreNamed)
 {
-    struct Fault
-    {
-        const char* message;
-        std::function<void(support::CharacterFiles&)> damage;
-    };
     using Files = support::CharacterFiles;
-    const Fault faults[] = {
+    const std::pair<const char*, std::function<void(support::CharacterFiles&)>> faults[] = {
         {"number of skin objects don't match(skin 1, skd 2)", [](Files& f) { f.m_skin.objectNames.push_back("cape"); }},
         {"objects' names and .SKD object names don't match(skin \"body\", skd \"Body\")",
          [](Files& f) { f.m_skin.objectNames[0] = "Body"; }},
@@ -188,13 +186,13 @@ TEST(SkinData, ThatDoNotFitTheCharacterAreNamed)
          [](Files& f) { f.m_skin.primitiveVertexCounts[0] = 59; }},
         {"names no SKD (key \"skindata\")", [](Files& f) { f.m_bNamesSkinData = false; }},
     };
-    for (const Fault& fault : faults)
+    for (const auto& [expected, damage] : faults)
     {
         support::CharacterFiles files;
-        fault.damage(files);
+        damage(files);
         const std::string message = buildError(files);
         EXPECT_EQ(message.rfind("TW2: Invalid Geometry: ", 0), 0u) << message;
-        EXPECT_NE(message.find(fault.message), std::string::npos) << message;
+        EXPECT_THAT(message, testing::HasSubstr(expected));
     }
 
     support::CharacterFiles files;
@@ -257,11 +255,10 @@ TEST(SkinMeshes, SlotsAreSortedByWeightUnlessAVertexMapNamesTheVertices)
     for (const int vertex : {3, -1, INT_MAX})
     {
         const std::string message = support::messageOf([&] { make({0, vertex, 0}); });
-        EXPECT_NE(message.find("Skin mesh \"hand-made\""), std::string::npos) << message;
-        EXPECT_NE(message.find("vertex " + std::to_string(vertex)), std::string::npos) << message;
+        EXPECT_THAT(message, testing::HasSubstr("Skin mesh \"hand-made\""));
+        EXPECT_THAT(message, testing::HasSubstr("vertex " + std::to_string(vertex)));
     }
-    EXPECT_NE(support::messageOf([&] { make({0}); }).find("a vertex map of 1 entries for 3 vertices"),
-              std::string::npos);
+    EXPECT_THAT(support::messageOf([&] { make({0}); }), testing::HasSubstr("a vertex map of 1 entries for 3 vertices"));
     TW_VertexAnimation empty;
     TW_SkinMeshCallback lost(character.getSkin(), &empty);
     EXPECT_THROW(lost.createTriangleMesh(&mesh, 0, 0x30, 1, 3, {}), TW_Exception_InvalidGeometry);

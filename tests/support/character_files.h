@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/keyframe_tracks.h"
+#include "tests/support/records.h"
 #include "tests/support/temporary_directory.h"
 
 #include <tw2/io/mesh_chunk.h>
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -95,28 +95,16 @@ public:
     /// A mesh of `groups` groups of `vertices` vertices each.
     static TW2::MeshChunk makeMesh(const std::string& name, unsigned int groups, unsigned int vertices)
     {
-        TW2::MeshChunk mesh;
-        mesh.name = name;
-        for (unsigned int g = 0; g < groups; ++g)
+        TW2::MeshChunk mesh = support::makeMesh(name, "", std::vector<GroupSize>(groups, {vertices, vertices / 3}));
+        for (unsigned int g = 0; g < groups && groups > 1; ++g)
         {
-            mesh.editVertices().groupOffsets.push_back(g * vertices);
-            mesh.vertices.groupCounts.push_back(vertices);
-            mesh.editFaces().groupOffsets.push_back(g * vertices / 3 * 3);
-            mesh.faces.groupCounts.push_back(vertices / 3);
-            for (unsigned int i = 0; i < vertices / 3 * 3; ++i)
-            {
-                mesh.faces.indices.push_back(static_cast<std::uint16_t>(i));
-            }
-            if (groups > 1)
-            {
-                mesh.editMaterials().names.push_back(S_String("material") + static_cast<char>('0' + g));
-            }
+            mesh.editMaterials().names.push_back(S_String("material") + static_cast<char>('0' + g));
         }
         for (unsigned int v = 0; v < groups * vertices; ++v)
         {
             const float angle = 0.7f * static_cast<float>(v);
-            mesh.vertices.positions.emplace_back(std::cos(angle), std::sin(angle), 0.01f * static_cast<float>(v));
-            mesh.vertices.normals.emplace_back(std::cos(angle), std::sin(angle), 0.0f);
+            mesh.vertices.positions[v] = {std::cos(angle), std::sin(angle), 0.01f * static_cast<float>(v)};
+            mesh.vertices.normals[v] = {std::cos(angle), std::sin(angle), 0.0f};
         }
         return mesh;
     }

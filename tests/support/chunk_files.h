@@ -11,14 +11,19 @@ inline void openWritten(S_MemoryFile& file, const S_MemoryFileWriter& writer)
     file.constructFromMemory("test.tw", writer.getBytes().data(), writer.getBytes().size());
 }
 
-/// The first chunk of what was written, read into a new record.
+/// Reads the first chunk of what was written into a record.
 template <typename R>
-R readWritten(const S_MemoryFileWriter& writer)
+void readWritten(const S_MemoryFileWriter& writer, R& record)
 {
     S_MemoryFile file;
     openWritten(file, writer);
-    R record;
     file >> record;
+}
+template <typename R>
+R readWritten(const S_MemoryFileWriter& writer)
+{
+    R record;
+    readWritten(writer, record);
     return record;
 }
 

@@ -42,10 +42,10 @@ std::string complaintOf(Action&& action)
 }
 
 /// Runs `action` with its first allocation failing, then its second and so on until it succeeds, and checks that each
-/// failure arrives as S_MemoryException_Allocation and leaves nothing allocated. `action` takes no state from run to
-/// run.
-template <typename Action>
-void expectNothingLeftByFailedAllocations(Action&& action)
+/// failure arrives as S_MemoryException_Allocation and leaves nothing allocated; `check` looks at what it leaves as it
+/// was.
+template <typename Action, typename Check>
+void expectUnchangedByFailedAllocations(Action&& action, Check&& check)
 {
     constexpr long long limit = 100000;
     for (long long n = 1; n < limit; ++n)
@@ -63,13 +63,27 @@ void expectNothingLeftByFailedAllocations(Action&& action)
         }
         const bool done = S_Memory::isFailurePending();
         S_Memory::failAllocation(0);
-        EXPECT_EQ(S_Memory::getLiveCount(), live) << "blocks were left behind by the failure of allocation " << n;
         EXPECT_EQ(failed, !done) << "the failure of allocation " << n << " did not arrive";
-        if (done || testing::Test::HasFailure())
+        if (done)
+        {
+            return;
+        }
+        EXPECT_EQ(S_Memory::getLiveCount(), live) << "blocks were left behind by the failure of allocation " << n;
+        check();
+        if (testing::Test::HasFailure())
         {
             return;
         }
     }
     ADD_FAILURE() << "more than " << limit << " allocations";
+}
+
+/// The same with an action that takes no state from run to run and leaves nothing when it succeeds.
+template <typename Action>
+void expectNothingLeftByFailedAllocations(Action&& action)
+{
+    const long long live = S_Memory::getLiveCount();
+    expectUnchangedByFailedAllocations(action, [] {});
+    EXPECT_EQ(S_Memory::getLiveCount(), live) << "blocks were left behind by the run that succeeded";
 }
 }  // namespace support

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "tests/support/records.h"
+
 #include <tw2/io/chunk_id.h>
 #include <tw2/io/mesh_chunk.h>
 
 #include <platform/runtime/memory_file_writer.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string>
@@ -179,45 +182,18 @@ LegacyMesh makeLegacyFan(int triangles, MaskOf&& maskOf)
     return fan;
 }
 
-/// A mesh in the current layout: one group per name in `materials` (one without a name when it is empty), each a strip
-/// of `triangles` triangles, with normals and one texture channel.
+/// A mesh in the current layout: one group per name in `materials` (one without a name when it is empty), each of
+/// `triangles` triangles, with normals and one texture channel.
 inline TW2::MeshChunk makeStripMesh(const char* name, unsigned int triangles,
                                     const std::vector<std::string>& materials = {})
 {
-    TW2::MeshChunk mesh;
-    mesh.name = name;
-    const unsigned int groups = materials.empty() ? 1u : static_cast<unsigned int>(materials.size());
-    const unsigned int vertices = triangles + 2;
-    for (const std::string& material : materials)
+    const std::size_t groups = std::max<std::size_t>(materials.size(), 1);
+    TW2::MeshChunk mesh = makeMesh(name, "", std::vector<GroupSize>(groups, {triangles + 2, triangles}));
+    if (!materials.empty())
     {
-        mesh.editMaterials().names.emplace_back(material.c_str());
+        setMaterials(mesh, materials);
     }
-    TW2::TextureChannelChunk& channel = mesh.editChannel(0);
-    channel.channel = 1;
-    for (unsigned int group = 0; group < groups; ++group)
-    {
-        for (unsigned int i = 0; i < vertices; ++i)
-        {
-            const float x = static_cast<float>(i / 2);
-            const float y = static_cast<float>(i % 2);
-            mesh.editVertices().positions.push_back({x, y, static_cast<float>(group)});
-            mesh.vertices.normals.push_back({0, 0, 1});
-            channel.coordinates.push_back({x, y, 0});
-        }
-        mesh.vertices.groupOffsets.push_back(group * vertices);
-        mesh.vertices.groupCounts.push_back(vertices);
-        channel.groupOffsets.push_back(static_cast<int>(group * vertices));
-        channel.groupCounts.push_back(static_cast<int>(vertices));
-        for (unsigned int i = 0; i < triangles; ++i)
-        {
-            for (const unsigned int corner : {i, i + 1 + i % 2, i + 2 - i % 2})
-            {
-                mesh.editFaces().indices.push_back(static_cast<std::uint16_t>(corner));
-            }
-        }
-        mesh.faces.groupOffsets.push_back(3 * group * triangles);
-        mesh.faces.groupCounts.push_back(triangles);
-    }
+    setChannel(mesh, 0, 0.0f);
     return mesh;
 }
 }  // namespace support

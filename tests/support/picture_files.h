@@ -34,7 +34,8 @@ using Pixel = std::array<unsigned char, 4>;
 
 /// The content of a file; JPEG and BMP do without the alpha.
 [[nodiscard]] std::vector<unsigned char> encodePicture(const G_Image& image, PictureFormat format);
-/// Colours of a hollow PNG: four bytes a pixel; one bit, and packed as tightly as can be; two bytes.
+/// Colours of a hollow PNG: four bytes a pixel; one bit, and 126,000 bytes packed as tightly as can be,
+/// whatever `raw` is; two bytes.
 enum class HollowPNG
 {
     Colors,

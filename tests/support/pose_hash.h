@@ -52,7 +52,7 @@ public:
 private:
     /// Of characters: what their tracks are like, see `makeTrack`.
     static constexpr unsigned int KINDS = 6;
-    static constexpr unsigned int BONES = 43;
+    static constexpr std::array<unsigned int, KINDS> BONES = {43, 40, 29, 71, 25, 46};
     static constexpr int ANIMATIONS = 4;
 
     /// @name Numbers
@@ -167,14 +167,14 @@ private:
     std::unique_ptr<TW2::TW_ObjectAnimation> makeCharacter(const char* crossMode, unsigned int kind)
     {
         ObjectFiles files;
-        for (unsigned int bone = 0; bone < BONES; ++bone)
+        for (unsigned int bone = 0; bone < m_uBones; ++bone)
         {
             files.addMesh(name(bone), bone == 0 ? "" : name((bone - 1) / 2), drawPose(1.0F));
         }
         for (int animation = 0; animation < ANIMATIONS; ++animation)
         {
             std::vector<TW2::KeyframeAnimationChunk> tracks;
-            for (unsigned int bone = 0; bone < BONES; ++bone)
+            for (unsigned int bone = 0; bone < m_uBones; ++bone)
             {
                 if (kind < 3 && animation < 2 ? true : !drawOnceIn(animation == 0 ? 9 : 4))
                 {
@@ -189,7 +189,7 @@ private:
     static std::unique_ptr<TW2::TW_BoneGroupHandle> makeGroup(TW2::TW_ObjectAnimation& object, unsigned int step)
     {
         std::vector<TW2::TW_BoneHandle> handles;
-        for (unsigned int bone = 0; bone < BONES; bone += step)
+        for (unsigned int bone = 0; bone < object.getTotalMeshes(); bone += step)
         {
             handles.push_back(object.getBoneHandle(name(bone).c_str()));
         }
@@ -200,11 +200,12 @@ private:
 
     void play(const char* crossMode, unsigned int kind, unsigned int rounds)
     {
+        m_uBones = BONES[kind];
         const auto object = makeCharacter(crossMode, kind);
         const std::unique_ptr<TW2::TW_BoneGroupHandle> groups[] = {nullptr, makeGroup(*object, 2),
                                                                    makeGroup(*object, 5)};
         TW2::TW_ObjectAnimationState states[] = {TW2::TW_ObjectAnimationState(*object),
-                                                 TW2::TW_ObjectAnimationState(BONES - 3)};
+                                                 TW2::TW_ObjectAnimationState(m_uBones - 3)};
         for (unsigned int round = 0; round < rounds; ++round)
         {
             for (unsigned int call = 0; call < CALLS; ++call)
@@ -231,10 +232,10 @@ private:
     /// The bone matrices of a character that moves, and whose skeleton is moved beside its skin.
     void playSkinned(unsigned int rounds)
     {
-        CharacterFiles files({.bones = BONES, .vertices = 30, .primitives = 1, .animations = 1});
+        CharacterFiles files({.bones = m_uBones, .vertices = 30, .primitives = 1, .animations = 1});
         files.m_skinMeshes.front().transform = drawPose(1.0F);
         files.m_animations.front().clear();
-        for (unsigned int bone = 0; bone < BONES; ++bone)
+        for (unsigned int bone = 0; bone < m_uBones; ++bone)
         {
             files.m_bones[bone].transform = drawPose(1.0F);
             auto& track = files.m_animations.front().emplace_back(makeTrack(bone, 0, 3));
@@ -290,7 +291,7 @@ private:
                 return object.crossAnimateObject(&states[0], weightA, &states[1], group);
             case 8:
                 return object.crossAnimateObject(&states[0], weightA, &states[1],
-                                                 object.getBoneHandle(name(draw(BONES)).c_str()), group);
+                                                 object.getBoneHandle(name(draw(m_uBones)).c_str()), group);
             case 9:
                 object.freezeAnimationState(state, group);
                 object.restoreAnimationState(&states[draw(2)]);
@@ -347,5 +348,6 @@ private:
     std::uint64_t m_uHash = 14695981039346656037ULL;
     std::uint64_t m_uRandom = 1;
     float m_fFrame = 0.0F;
+    unsigned int m_uBones = 0;
 };
 }  // namespace support

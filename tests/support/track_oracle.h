@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/double_matrix.h"
+
 #include <tw2/keyframe/interpolation_mode.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
 
@@ -8,49 +10,23 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <string>
+#include <utility>
 
 namespace support
 {
-/// A transform in doubles: three basis rows, then the translation row.
-using DoubleRow = std::array<double, 3>;
-using DoubleMatrix = std::array<DoubleRow, 4>;
-
-inline DoubleMatrix toDouble(const M_Matrix4x3Template<float>& matrix)
-{
-    DoubleMatrix result;
-    for (std::size_t e = 0; e < 12; ++e)
-    {
-        result[e / 3][e % 3] = static_cast<double>(matrix.data()[e]);
-    }
-    return result;
-}
-
-inline double dot(const DoubleRow& a, const DoubleRow& b)
-{
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
 /// What a mode makes of the basis rows. Rows of length 0 stay as they are.
 inline void applyMode(DoubleMatrix& matrix, TW2::InterpolationMode mode)
 {
-    for (std::size_t r = 0; r < 3 && mode != TW2::InterpolationMode::Linear; ++r)
+    for (int r = 0; r < 3 && mode != TW2::InterpolationMode::Linear; ++r)
     {
-        for (std::size_t before = 0; before < r && mode == TW2::InterpolationMode::Orthonormalized; ++before)
+        DoubleVector row = matrix.getRow(r);
+        for (int before = 0; before < r && mode == TW2::InterpolationMode::Orthonormalized; ++before)
         {
-            const double along = dot(matrix[r], matrix[before]);  // rows before are of length 1 or 0
-            for (std::size_t c = 0; c < 3; ++c)
-            {
-                matrix[r][c] -= along * matrix[before][c];
-            }
+            row -= matrix.getRow(before) * row.dot(matrix.getRow(before));  // rows before are of length 1 or 0
         }
-        const double length = std::sqrt(dot(matrix[r], matrix[r]));
-        for (double& value : matrix[r])
-        {
-            value /= length > 0.0 ? length : 1.0;
-        }
+        const double length = row.length();
+        matrix.setRow(r, length > 0.0 ? row * (1.0 / length) : row);
     }
 }
 
@@ -67,22 +43,16 @@ public:
         const DoubleMatrix a = toDouble(m_chunk.keys[place.lower].matrix);
         const DoubleMatrix b = toDouble(m_chunk.keys[place.upper].matrix);
         DoubleMatrix result;
-        for (std::size_t r = 0; r < 4; ++r)
+        for (std::size_t e = 0; e < 12; ++e)
         {
-            for (std::size_t c = 0; c < 3; ++c)
-            {
-                result[r][c] = a[r][c] * (1.0 - place.fraction) + b[r][c] * place.fraction;
-            }
+            result.data()[e] = a.data()[e] * (1.0 - place.fraction) + b.data()[e] * place.fraction;
         }
         applyMode(result, getMode());
-        for (std::size_t r = 0; r < 3 && m_chunk.keepScale; ++r)
+        for (int r = 0; r < 3 && m_chunk.keepScale; ++r)
         {
-            const double lengthA = std::sqrt(dot(a[r], a[r]));
-            const double lengthB = std::sqrt(dot(b[r], b[r]));
-            for (double& value : result[r])
-            {
-                value *= lengthA + (lengthB - lengthA) * place.scaleFraction;
-            }
+            const double lengthA = a.getRow(r).length();
+            const double lengthB = b.getRow(r).length();
+            result.setRow(r, result.getRow(r) * (lengthA + (lengthB - lengthA) * place.scaleFraction));
         }
         return result;
     }
@@ -165,20 +135,16 @@ private:
 /// rows or translation).
 inline double relativeError(const M_Matrix4x3Template<float>& actual, const DoubleMatrix& expected)
 {
-    const DoubleMatrix matrix = toDouble(actual);
     double worst = 0.0;
-    for (const auto& [first, end] : {std::pair<std::size_t, std::size_t>{0, 3}, {3, 4}})
+    for (const auto& [first, end] : {std::pair(0, 9), std::pair(9, 12)})
     {
         double size = 1.0;
         double error = 0.0;
-        for (std::size_t r = first; r < end; ++r)
+        for (int e = first; e < end; ++e)
         {
-            for (std::size_t c = 0; c < 3; ++c)
-            {
-                size = std::max(size, std::fabs(expected[r][c]));
-                const double difference = std::fabs(matrix[r][c] - expected[r][c]);
-                error = difference <= error ? error : difference;  // a NaN stays
-            }
+            size = std::max(size, std::fabs(expected.data()[e]));
+            const double difference = std::fabs(static_cast<double>(actual.data()[e]) - expected.data()[e]);
+            error = difference <= error ? error : difference;  // a NaN stays
         }
         worst = error / size <= worst ? worst : error / size;
     }

@@ -1,6 +1,7 @@
 // Under the thread sanitizer these tests tell of any memory that two threads touch without order; everywhere else they
 // compare what the threads see with what one thread sees.
 
+#include "tests/support/threads.h"
 #include "tests/threads/players.h"
 
 #include <tw2/light/light_animation_chunks.h>
@@ -13,11 +14,9 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <deque>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <vector>
 
 using namespace TW2;
@@ -25,30 +24,16 @@ using namespace TW2;
 namespace
 {
 constexpr unsigned int threadCount = 4;
-constexpr unsigned int frameCount = 150;
+constexpr unsigned int frameCount = 40;
 
-/// Runs `work(i)` for every i below `count`, each on a thread of its own, beside `meanwhile` on this one.
-template <typename Work, typename Meanwhile>
-void runOnThreads(unsigned int count, const Work& work, const Meanwhile& meanwhile)
-{
-    std::vector<std::thread> threads;
-    for (unsigned int i = 0; i < count; ++i)
-    {
-        threads.emplace_back([&work, i] { work(i); });
-    }
-    meanwhile();
-    for (std::thread& thread : threads)
-    {
-        thread.join();
-    }
-}
+using support::runOnThreads;
 
 /// Players on a thread each, which see what one player alone sees, beside something else on this thread.
-template <typename Kind = Player, typename Meanwhile>
+template <typename Meanwhile>
 void expectUndisturbedPlayers(const Prototypes& prototypes, const Meanwhile& meanwhile)
 {
-    const std::uint64_t expected = Kind(prototypes).play(0, frameCount);
-    std::deque<Kind> players;
+    const std::uint64_t expected = Player(prototypes).play(0, frameCount);
+    std::deque<Player> players;
     for (unsigned int i = 0; i < threadCount; ++i)
     {
         players.emplace_back(prototypes);
@@ -89,6 +74,9 @@ TEST(Threads, PlayWhileOneLoadsCopiesAndDestroysOtherObjects)
                                      copy.deleteAnimation(0);
                                      copy = *object;
                                      skinnedCopy = *skinned;
+                                     Player(prototypes).play(0, static_cast<unsigned int>(round % 3));
+                                     TW_VertexAnimationLODs levels(*prototypes.levels);
+                                     levels = *prototypes.levels;
                                      EXPECT_TRUE(copy.animateObjectFrame(1, 5.0F, nullptr));
                                      EXPECT_TRUE(skinnedCopy.animateObjectFrame(1, 5.0F, nullptr));
                                  }
@@ -96,53 +84,27 @@ TEST(Threads, PlayWhileOneLoadsCopiesAndDestroysOtherObjects)
     EXPECT_EQ(S_Memory::getLiveCount(), live);
 }
 
-TEST(Threads, MixLayersReachAndShowLevelsWhileOneCopiesAndDestroysOthers)
-{
-    const Prototypes prototypes;
-    const long long live = S_Memory::getLiveCount();
-    expectUndisturbedPlayers<Mover>(prototypes,
-                                    [&prototypes]
-                                    {
-                                        for (unsigned int round = 0; round < 20; ++round)
-                                        {
-                                            Mover mover(prototypes);
-                                            mover.play(0, round % 5);
-                                            TW_VertexAnimationLODs copy(*prototypes.levels);
-                                            copy = *prototypes.levels;
-                                            copy.destruct();
-                                        }
-                                    });
-    EXPECT_EQ(S_Memory::getLiveCount(), live);
-}
-
 TEST(Threads, EachMakesItsCopiesAndLetsThemGoInItsTurnWhileTheOthersPlay)
 {
     const Prototypes prototypes;
     const long long live = S_Memory::getLiveCount();
-    const std::uint64_t expectedOfPlayer = Player(prototypes).play(0, 10);
-    const std::uint64_t expectedOfMover = Mover(prototypes).play(0, 10);
+    const std::uint64_t expected = Player(prototypes).play(0, 3);
     std::mutex turn;  // copies are made and go on one thread at a time
-    runOnThreads(
-        threadCount,
-        [&](unsigned int)
-        {
-            for (int round = 0; round < 12; ++round)
-            {
-                std::optional<Player> player;
-                std::optional<Mover> mover;
-                {
-                    const std::lock_guard lock(turn);
-                    player.emplace(prototypes);
-                    mover.emplace(prototypes);
-                }
-                EXPECT_EQ(player->play(0, 10), expectedOfPlayer);
-                EXPECT_EQ(mover->play(0, 10), expectedOfMover);
-                const std::lock_guard lock(turn);
-                player.reset();
-                mover.reset();
-            }
-        },
-        [] {});
+    runOnThreads(threadCount,
+                 [&](unsigned int)
+                 {
+                     for (int round = 0; round < 12; ++round)
+                     {
+                         std::optional<Player> player;
+                         {
+                             const std::lock_guard lock(turn);
+                             player.emplace(prototypes);
+                         }
+                         EXPECT_EQ(player->play(0, 3), expected);
+                         const std::lock_guard lock(turn);
+                         player.reset();
+                     }
+                 });
     EXPECT_EQ(S_Memory::getLiveCount(), live);
 }
 
@@ -178,31 +140,29 @@ TEST(Threads, EachReadsTheTracksOfLightsThatCopiesShare)
     {
         const TW_PointLightAnimation copy(lamp);
         P_PointLight light;
-        for (unsigned int frame = 0; frame < 20 * frameCount; ++frame)
+        for (unsigned int frame = 0; frame < 75 * frameCount; ++frame)
         {
             copy.animateFrame(&light, static_cast<float>(frame % 50));
             ASSERT_NEAR(light.getFalloffRange(),
                         frame % 50 < 30 ? 3.0 + 4.0 * (frame % 50) / 30.0 : 7.0 - 5.0 * (frame % 50 - 30) / 19.0, 1e-4);
         }
     };
-    runOnThreads(threadCount, shine, [] {});
+    runOnThreads(threadCount, shine);
 }
 
 TEST(Threads, AskAHandleWithoutABoneForItsOwnMatrix)
 {
     const Prototypes prototypes;
-    runOnThreads(
-        threadCount,
-        [&prototypes](unsigned int i)
-        {
-            TW_BoneHandle handle("a bone of another object", 1000);
-            handle.attach(prototypes.object.get());
-            for (unsigned int round = 0; round < frameCount; ++round)
-            {
-                M_Matrix4x3Template<float>& matrix = handle.accessMatrix();
-                matrix.m[3][0] = static_cast<float>(i + 1);
-                ASSERT_EQ(matrix.m[3][0], static_cast<float>(i + 1));
-            }
-        },
-        [] {});
+    runOnThreads(threadCount,
+                 [&prototypes](unsigned int i)
+                 {
+                     TW_BoneHandle handle("a bone of another object", 1000);
+                     handle.attach(prototypes.object.get());
+                     for (unsigned int round = 0; round < frameCount; ++round)
+                     {
+                         M_Matrix4x3Template<float>& matrix = handle.accessMatrix();
+                         matrix.m[3][0] = static_cast<float>(i + 1);
+                         ASSERT_EQ(matrix.m[3][0], static_cast<float>(i + 1));
+                     }
+                 });
 }

@@ -1,3 +1,4 @@
+#include "tests/support/threads.h"
 #include "tests/threads/players.h"
 
 #include <platform/scene/camera.h>
@@ -6,7 +7,6 @@
 
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 using namespace TW2;
@@ -20,22 +20,14 @@ constexpr int frameCount = 12;
 /// Shares out work to threads that are made for it.
 void shareOut(std::size_t count, const std::function<void(std::size_t)>& body)
 {
-    std::vector<std::thread> threads;
-    for (std::size_t t = 0; t < threadCount; ++t)
-    {
-        threads.emplace_back(
-            [&body, t, count]
-            {
-                for (std::size_t i = t; i < count; i += threadCount)
-                {
-                    body(i);
-                }
-            });
-    }
-    for (std::thread& thread : threads)
-    {
-        thread.join();
-    }
+    support::runOnThreads(threadCount,
+                          [&](std::size_t t)
+                          {
+                              for (std::size_t i = t; i < count; i += threadCount)
+                              {
+                                  body(i);
+                              }
+                          });
 }
 
 /// A crowd in a scene: characters alone, some on one skeleton, some with bounding volumes that take them out of view,
@@ -146,16 +138,10 @@ private:
         int m_iCalls = 0;
     };
 
-    class Place : public P_BaseObject
-    {
-    public:
-        [[nodiscard]] P_Context* getContext() const override { return getStoredContext(); }
-    };
-
     P_Context m_context;
     P_Scene m_scene;
     P_Camera m_camera;
-    Place m_parent;
+    P_VirtualObject m_parent;
     std::vector<std::unique_ptr<TW_VertexAnimation>> m_crowd;
     std::vector<std::unique_ptr<Meddler>> m_meddlers;
     std::string m_seen;

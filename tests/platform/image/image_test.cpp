@@ -11,25 +11,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <tuple>
 
 namespace
 {
 using support::PictureFormat;
 using testing::HasSubstr;
 using Bytes = std::vector<unsigned char>;
-
-struct Tolerance
-{
-    int color;
-    bool keepsAlpha;
-};
-
-Tolerance getTolerance(PictureFormat format)
-{
-    const bool isExact = format != PictureFormat::JPEG;
-    const bool keepsAlpha = isExact && format != PictureFormat::BMP;
-    return {isExact ? 0 : 12, keepsAlpha};
-}
 
 G_Image decode(const Bytes& bytes)
 {
@@ -50,16 +38,17 @@ TEST(Image, EveryFormatGivesItsPixelsFromTopToBottom)
         const G_Image image = decode(support::encodePicture(original, format));
         ASSERT_EQ(image.getWidth(), 12u);
         ASSERT_EQ(image.getHeight(), 7u);
-        const Tolerance tolerance = getTolerance(format);
+        const bool isExact = format != PictureFormat::JPEG;
+        const bool keepsAlpha = isExact && format != PictureFormat::BMP;
         int worst = 0;
         for (std::size_t i = 0; i < image.getSize(); ++i)
         {
             const bool isAlpha = i % 4 == 3;
-            const int expected = isAlpha && !tolerance.keepsAlpha ? 255 : original.getPixels()[i];
+            const int expected = isAlpha && !keepsAlpha ? 255 : original.getPixels()[i];
             worst = std::max(worst, std::abs(image.getPixels()[i] - expected));
         }
         // Neighbours differ by 16 in some channel: a swapped row, column or channel is off by more.
-        EXPECT_LE(worst, tolerance.color) << "format " << static_cast<int>(format);
+        EXPECT_LE(worst, isExact ? 0 : 12) << "format " << static_cast<int>(format);
     }
 }
 
@@ -80,17 +69,6 @@ TEST(Image, APictureCutOffAnywhereIsRejectedByName)
     }
 }
 
-TEST(Image, APNGWithAnyByteAlteredIsRejected)
-{
-    const Bytes original = support::encodePicture(support::makeVariedPicture(8, 5), PictureFormat::PNG);
-    for (std::size_t i = 0; i < original.size(); ++i)
-    {
-        Bytes altered = original;
-        altered[i] ^= 0x10;
-        EXPECT_THROW(static_cast<void>(decode(altered)), G_ImageException) << "byte " << i;
-    }
-}
-
 TEST(Image, AnAlteredByteNeverDoesMoreHarmThanAWrongPicture)
 {
     const G_Image original = support::makeVariedPicture(8, 5);
@@ -105,6 +83,7 @@ TEST(Image, AnAlteredByteNeverDoesMoreHarmThanAWrongPicture)
             {
                 const G_Image image = G_Image::decode(bytes.data(), bytes.size(), "stone", 1000);
                 EXPECT_EQ(image.getSize(), std::size_t{image.getWidth()} * image.getHeight() * 4);
+                EXPECT_NE(format, PictureFormat::PNG) << "has a checksum, byte " << i;
             }
             catch (const G_ImageException&)
             {
@@ -135,15 +114,9 @@ TEST(Image, AJPEGWithMoreCodesThanValuesIsRejectedWhereverItsMarksAre)
 
 TEST(Image, AnAbsurdSizeIsRejectedBeforeMemoryIsReserved)
 {
-    struct Case
-    {
-        const char* m_szName;
-        Bytes m_bytes;
-        const char* m_szReason;
-    };
     Bytes largeBMP = support::encodePicture(support::makePlainPicture(4, 4, {1, 2, 3, 255}), PictureFormat::BMP);
     largeBMP[20] = largeBMP[24] = 1;  // the sides' third bytes: 65540 x 65540
-    const Case cases[] = {
+    const std::tuple<const char*, Bytes, const char*> cases[] = {
         {"far too many pixels", support::makeHollowPNG(30000, 30000, 100),
          "not a PNG, JPEG, TGA or BMP picture of up to 67108864 pixels"},
         {"a few pixels too many", support::makeHollowPNG(8193, 8192, 100), "8193 x 8192 pixels are more than 67108864"},
@@ -151,16 +124,15 @@ TEST(Image, AnAbsurdSizeIsRejectedBeforeMemoryIsReserved)
         {"data for more pixels than there are", support::makeHollowPNG(1, 1, 8 << 20), "unpack to more"},
         {"too many pixels in a BMP", largeBMP, "65540 x 65540 pixels are more"},
     };
-    for (const Case& test : cases)
+    for (const auto& [name, bytes, reason] : cases)
     {
         const auto before = S_MemoryScope::getUsage("absurd pictures");
         {
             const S_MemoryScope scope("absurd pictures");
-            EXPECT_THAT(complaintAbout(test.m_bytes), HasSubstr(test.m_szReason)) << test.m_szName;
+            EXPECT_THAT(complaintAbout(bytes), HasSubstr(reason)) << name;
         }
-        EXPECT_LT(S_MemoryScope::getUsage("absurd pictures").m_iBytes - before.m_iBytes, 10'000'000) << test.m_szName;
+        EXPECT_LT(S_MemoryScope::getUsage("absurd pictures").m_iBytes - before.m_iBytes, 10'000'000) << name;
     }
-    EXPECT_THROW(G_Image(0, 5), G_ImageException);
     EXPECT_THROW(G_Image(1, std::numeric_limits<unsigned int>::max()), G_ImageException);
 }
 
@@ -191,13 +163,4 @@ TEST(Image, AWrittenPNGIsReadBackAndReplacesTheOldFileAsAWhole)
     directory.write("broken.png", "no picture");
     EXPECT_THAT(support::messageOf([] { G_Image("broken.png"); }), HasSubstr("Image \"broken.png\": not a PNG"));
     EXPECT_THROW(G_Image("missing.png"), S_FileException);
-}
-
-TEST(Image, OnlyAPictureOfOneColourIsUniform)
-{
-    G_Image image = support::makePlainPicture(3, 2, {10, 20, 30, 40});
-    EXPECT_TRUE(image.isUniform());
-    image.accessPixel(2, 1)[3] ^= 1;
-    EXPECT_FALSE(image.isUniform());
-    EXPECT_TRUE(G_Image().isUniform());
 }

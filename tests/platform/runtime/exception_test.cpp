@@ -78,19 +78,6 @@ TEST(Exceptions, AMessageMayBecomePartOfTheNext)
     EXPECT_STREQ(ContextException("walk.tw", "").what(), ": File \"walk.tw\": does not exist ()");
 }
 
-TEST(Memory, AnOrderedFailureHitsExactlyTheChosenAllocation)
-{
-    const long long live = S_Memory::getLiveCount();
-    S_Memory::failAllocation(2);
-    S_Vector<int> first(10);
-    EXPECT_TRUE(S_Memory::isFailurePending());
-    EXPECT_THROW(S_Vector<int>(10), S_MemoryException_Allocation);
-    EXPECT_FALSE(S_Memory::isFailurePending());
-    EXPECT_NO_THROW(S_Vector<int>(10));
-    S_Memory::release(nullptr);
-    EXPECT_EQ(S_Memory::getLiveCount(), live + 1);
-}
-
 TEST(Memory, AScopeBooksWhatIsAllocatedInsideItAndNotInAnInnerOne)
 {
     const auto before = S_MemoryScope::getUsage("outer scope of the test");

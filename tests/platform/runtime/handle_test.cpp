@@ -1,3 +1,5 @@
+#include "tests/support/threads.h"
+
 #include <platform/runtime/allocator.h>
 #include <platform/runtime/counter.h>
 #include <platform/runtime/exception.h>
@@ -7,12 +9,12 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
 #include <utility>
-#include <vector>
 
 namespace
 {
+using support::runOnThreads;
+
 constexpr int threadCount = 4;
 constexpr int rounds = 20000;
 
@@ -26,21 +28,6 @@ struct Shared : S_Allocated
     int& m_iDeletions;
     S_Counter<int> m_iReferenceCount{1};
 };
-
-/// Runs `work` on several threads at once.
-template <typename Work>
-void runOnThreads(const Work& work)
-{
-    std::vector<std::thread> threads;
-    for (int i = 0; i < threadCount; ++i)
-    {
-        threads.emplace_back(work);
-    }
-    for (std::thread& thread : threads)
-    {
-        thread.join();
-    }
-}
 
 TEST(Handles, TheLastHolderDeletes)
 {
@@ -74,15 +61,15 @@ TEST(Handles, AreCopiedAndDroppedOnSeveralThreadsAtOnce)
 {
     int deletions = 0;
     S_Handle shared(new Shared(deletions));
-    runOnThreads(
-        [shared]
-        {
-            for (int i = 0; i < rounds; ++i)
-            {
-                const S_Handle<Shared> copy = shared;
-                ASSERT_TRUE(copy);
-            }
-        });
+    runOnThreads(threadCount,
+                 [shared](unsigned int)
+                 {
+                     for (int i = 0; i < rounds; ++i)
+                     {
+                         const S_Handle<Shared> copy = shared;
+                         ASSERT_TRUE(copy);
+                     }
+                 });
     EXPECT_EQ(shared->m_iReferenceCount, 1);
     EXPECT_EQ(deletions, 0);
     shared = nullptr;
@@ -93,16 +80,16 @@ TEST(Counters, CountWhatSeveralThreadsCount)
 {
     S_Counter<int> up;
     S_Counter<long long> balance(5);
-    runOnThreads(
-        [&]
-        {
-            for (int i = 0; i < rounds; ++i)
-            {
-                ++up;
-                balance += 3;
-                --balance;
-            }
-        });
+    runOnThreads(threadCount,
+                 [&](unsigned int)
+                 {
+                     for (int i = 0; i < rounds; ++i)
+                     {
+                         ++up;
+                         balance += 3;
+                         --balance;
+                     }
+                 });
     EXPECT_EQ(up, threadCount * rounds);
     EXPECT_EQ(balance, 5 + 2LL * threadCount * rounds);
     EXPECT_EQ(++up, threadCount * rounds + 1) << "counting gives the new value";
@@ -119,16 +106,16 @@ TEST(Allocations, OfAllThreadsAreCountedAndBooked)
     const long long released = S_Memory::sm_iDeleteCount;
     const auto usage = S_MemoryScope::getUsage(name);
     const S_MemoryScope outside("scope of the first thread");
-    runOnThreads(
-        [name]
-        {
-            EXPECT_EQ(S_MemoryScope::getCurrentName(), nullptr) << "a scope is its thread's own";
-            const S_MemoryScope scope(name);
-            for (int i = 0; i < rounds; ++i)
-            {
-                S_Memory::release(S_Memory::allocate(10));
-            }
-        });
+    runOnThreads(threadCount,
+                 [name](unsigned int)
+                 {
+                     EXPECT_EQ(S_MemoryScope::getCurrentName(), nullptr) << "a scope is its thread's own";
+                     const S_MemoryScope scope(name);
+                     for (int i = 0; i < rounds; ++i)
+                     {
+                         S_Memory::release(S_Memory::allocate(10));
+                     }
+                 });
     EXPECT_EQ(S_Memory::sm_iNewCount - made, threadCount * rounds);
     EXPECT_EQ(S_Memory::sm_iDeleteCount - released, threadCount * rounds);
     EXPECT_EQ(S_MemoryScope::getUsage(name).m_iBlocks - usage.m_iBlocks, threadCount * rounds);
@@ -157,6 +144,7 @@ TEST(Allocations, FailExactlyWhenOrdered)
         }
         EXPECT_EQ(S_Memory::sm_iNewCount - made, 5) << "the one that failed does not count";
     }
+    S_Memory::release(nullptr);
     S_Memory::failAllocation(1);
     S_Memory::failAllocation(0);
     EXPECT_NO_THROW(S_Memory::release(S_Memory::allocate(1))) << "the order was taken back";

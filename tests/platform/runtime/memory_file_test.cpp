@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 
@@ -34,26 +36,24 @@ T take(S_MemoryFile& file)
     return value;
 }
 
+template <typename... Values>
+void writeChunk(S_MemoryFileWriter& writer, unsigned int id, unsigned int version, const Values&... values)
+{
+    const WriteChunk chunk(writer, id, version);
+    static_cast<void>((writer << ... << values));
+}
+
 /// outer { inner version 3 { 1 2 } other { 3 } 4 } other { 5 }
 S_MemoryFileWriter nestedFile()
 {
     S_MemoryFileWriter writer;
     {
         const WriteChunk outer(writer, s_outer, 2);
-        {
-            const WriteChunk inner(writer, s_inner, 3);
-            writer << 1 << 2;
-        }
-        {
-            const WriteChunk other(writer, s_other, 0);
-            writer << 3;
-        }
+        writeChunk(writer, s_inner, 3, 1, 2);
+        writeChunk(writer, s_other, 0, 3);
         writer << 4;
     }
-    {
-        const WriteChunk last(writer, s_other, 0);
-        writer << 5;
-    }
+    writeChunk(writer, s_other, 0, 5);
     return writer;
 }
 }  // namespace
@@ -177,103 +177,69 @@ TEST(ChunkFile, AnEmptyOrReleasedFileHasNoChunk)
 
 TEST(ChunkFile, EveryComplaintNamesFileChunkByteAndExpectation)
 {
-    struct Case
+    using Writer = S_MemoryFileWriter;
+    using Reader = S_MemoryFile;
+    const auto peek = [](Reader& file) { file.peekChunk(*std::make_unique<Chunk>()); };
+    const auto open = [](Reader& file) { file.openChunk(*std::make_unique<Chunk>(), s_outer); };
+    const auto peekInside = [](Reader& file)
     {
-        const char* m_pName;
-        void (*m_pWrite)(S_MemoryFileWriter&);
-        void (*m_pRead)(S_MemoryFile&);
-        const char* m_pMessage;
+        Chunk outer;
+        file.openChunk(outer, s_outer);
+        outer.peekChunk(*std::make_unique<Chunk>());
     };
-    const Case cases[] = {
-        {"another id", [](S_MemoryFileWriter& writer) { const WriteChunk chunk(writer, s_other, 0); },
-         [](S_MemoryFile& file) { file.openChunk(*std::make_unique<Chunk>(), s_outer); },
-         "File \"walk.tw\", top level, byte 0: expected chunk 0x10005, found chunk 0x1001A"},
-        {"no chunk", [](S_MemoryFileWriter&) {},
-         [](S_MemoryFile& file) { file.openChunk(*std::make_unique<Chunk>(), s_outer); },
-         "File \"walk.tw\", top level, byte 0: expected chunk 0x10005, but the file ends here"},
-        {"half a header", [](S_MemoryFileWriter& writer) { writer << 1 << 2; },
-         [](S_MemoryFile& file) { file.peekChunk(*std::make_unique<Chunk>()); },
-         "File \"walk.tw\", top level, byte 0: expected the 12 bytes of a chunk's header, 8 are left"},
-        {"chunk past the file", [](S_MemoryFileWriter& writer) { writer << 0x10005 << 0 << 5 << 1; },
-         [](S_MemoryFile& file) { file.peekChunk(*std::make_unique<Chunk>()); },
-         "File \"walk.tw\", top level, byte 0: expected a chunk of at most 4 bytes, chunk 0x10005 says that it has 5"},
-        {"nested chunk past its parent",
-         [](S_MemoryFileWriter& writer)
-         {
-             {
-                 const WriteChunk chunk(writer, s_outer, 0);
-                 writer << s_inner << 0u << 0xFFFFFFFFu << 7;
-             }
-             writer << 1 << 2 << 3 << 4;
-         },
-         [](S_MemoryFile& file)
-         {
-             Chunk outer;
-             file.openChunk(outer, s_outer);
-             Chunk sub;
-             outer.peekChunk(sub);
-         },
-         "File \"walk.tw\", chunk 0x10005, byte 12: expected a chunk of at most 4 bytes, chunk 0x10000 says that it "
-         "has "
-         "4294967295"},
-        {"value past its chunk",
-         [](S_MemoryFileWriter& writer)
-         {
-             {
-                 const WriteChunk chunk(writer, s_outer, 0);
-                 writer << 1.0f << 2.0f;
-             }
-             writer << 3.0f;
-         },
-         [](S_MemoryFile& file)
-         {
-             Chunk outer;
-             file.openChunk(outer, s_outer);
-             take<M_Vector3Template<float>>(file);
-         },
-         "File \"walk.tw\", chunk 0x10005, byte 12: expected a vector of 12 bytes, 8 are left"},
-        {"string longer than its chunk", [](S_MemoryFileWriter& writer) { writer << 0xFFFFFFFFu << 1; },
-         [](S_MemoryFile& file) { take<S_String>(file); },
-         "File \"walk.tw\", top level, byte 0: expected a string of 4294967295 bytes, 4 are left"},
-        {"count that cannot fit", [](S_MemoryFileWriter& writer) { writer << 1 << 28 << 0x7FFFFFFF << 9; },
-         [](S_MemoryFile& file)
-         {
-             take<int>(file);
-             take<S_Vector<int>>(file);
-         },
-         "File \"walk.tw\", top level, byte 12: expected 2147483647 elements of at least 4 bytes, 4 are left"},
-        {"no list", [](S_MemoryFileWriter& writer) { writer << 27 << 0; },
-         [](S_MemoryFile& file) { take<S_Vector<int>>(file); },
-         "File \"walk.tw\", top level, byte 0: expected type tag 28, found 27"},
-        {"block past the end", [](S_MemoryFileWriter& writer) { writer << 1; },
-         [](S_MemoryFile& file)
-         {
-             char block[5];
-             file.read(block, sizeof block);
-         },
-         "File \"walk.tw\", top level, byte 0: expected a block of 5 bytes, 4 are left"},
-        {"seek past the end", [](S_MemoryFileWriter& writer) { writer << 1; },
-         [](S_MemoryFile& file) { file.seek(5, S_MemoryFile::seekBegin); },
-         "File \"walk.tw\", top level, byte 0: expected a seek to a byte from 0 to 4, not to 5"},
-        {"nested chunk of a handle that was only peeked",
-         [](S_MemoryFileWriter& writer) { const WriteChunk chunk(writer, s_other, 0); },
-         [](S_MemoryFile& file)
-         {
-             Chunk peeked;
-             file.peekChunk(peeked);
-             Chunk sub;
-             peeked.peekChunk(sub);
-         },
-         "File \"walk.tw\", top level, byte 0: expected chunk 0x1001A to be open"},
-    };
-    for (const Case& each : cases)
+    const auto takeVectorInside = [](Reader& file)
     {
-        SCOPED_TRACE(each.m_pName);
-        S_MemoryFileWriter writer;
-        each.m_pWrite(writer);
-        S_MemoryFile file;
+        Chunk outer;
+        file.openChunk(outer, s_outer);
+        take<M_Vector3Template<float>>(file);
+    };
+    const auto takeIntAndList = [](Reader& file)
+    {
+        take<int>(file);
+        take<S_Vector<int>>(file);
+    };
+    const auto readFiveBytes = [](Reader& file) { file.read(std::array<char, 5>().data(), 5); };
+    const auto peekInsidePeeked = [](Reader& file)
+    {
+        Chunk peeked;
+        file.peekChunk(peeked);
+        peeked.peekChunk(*std::make_unique<Chunk>());
+    };
+    const struct
+    {
+        std::function<void(Writer&)> write;
+        std::function<void(Reader&)> read;
+        const char* message;
+    } cases[] = {
+        {[](Writer& w) { writeChunk(w, s_other, 0); }, open,
+         "top level, byte 0: expected chunk 0x10005, found chunk 0x1001A"},
+        {[](Writer&) {}, open, "top level, byte 0: expected chunk 0x10005, but the file ends here"},
+        {[](Writer& w) { w << 1 << 2; }, peek,
+         "top level, byte 0: expected the 12 bytes of a chunk's header, 8 are left"},
+        {[](Writer& w) { w << 0x10005 << 0 << 5 << 1; }, peek,
+         "top level, byte 0: expected a chunk of at most 4 bytes, chunk 0x10005 says that it has 5"},
+        {[](Writer& w) { writeChunk(w, s_outer, 0, s_inner, 0u, 0xFFFFFFFFu, 7), w << 1 << 2 << 3 << 4; }, peekInside,
+         "chunk 0x10005, byte 12: expected a chunk of at most 4 bytes, chunk 0x10000 says that it has 4294967295"},
+        {[](Writer& w) { writeChunk(w, s_outer, 0, 1.0f, 2.0f), w << 3.0f; }, takeVectorInside,
+         "chunk 0x10005, byte 12: expected a vector of 12 bytes, 8 are left"},
+        {[](Writer& w) { w << 0xFFFFFFFFu << 1; }, take<S_String>,
+         "top level, byte 0: expected a string of 4294967295 bytes, 4 are left"},
+        {[](Writer& w) { w << 1 << 28 << 0x7FFFFFFF << 9; }, takeIntAndList,
+         "top level, byte 12: expected 2147483647 elements of at least 4 bytes, 4 are left"},
+        {[](Writer& w) { w << 27 << 0; }, take<S_Vector<int>>, "top level, byte 0: expected type tag 28, found 27"},
+        {[](Writer& w) { w << 1; }, readFiveBytes, "top level, byte 0: expected a block of 5 bytes, 4 are left"},
+        {[](Writer& w) { w << 1; }, [](Reader& file) { file.seek(5, Reader::seekBegin); },
+         "top level, byte 0: expected a seek to a byte from 0 to 4, not to 5"},
+        {[](Writer& w) { writeChunk(w, s_other, 0); }, peekInsidePeeked,
+         "top level, byte 0: expected chunk 0x1001A to be open"},
+    };
+    for (const auto& each : cases)
+    {
+        Writer writer;
+        each.write(writer);
+        Reader file;
         load(file, writer);
-        EXPECT_EQ(messageOf([&] { each.m_pRead(file); }), each.m_pMessage);
+        EXPECT_EQ(messageOf([&] { each.read(file); }), std::string("File \"walk.tw\", ") + each.message);
     }
 }
 
@@ -490,25 +456,11 @@ TEST(ChunkFile, SavingReplacesTheFileAsAWholeAndAFailureLeavesTheOldOne)
     EXPECT_NO_THROW(file.openChunk(chunk, s_outer));
 }
 
-TEST(ChunkFile, FailedAllocationsLeaveNothingBehind)
+TEST(ChunkFile, FailedAllocationsOfASaveLeaveNothingBehind)
 {
     support::TemporaryDirectory directory;
     const std::string name = directory.file("a scene whose name does not fit into a short string.tw");
-    S_MemoryFileWriter writer;
-    {
-        const WriteChunk chunk(writer, s_outer, 0);
-        writer.writeList(S_Vector<S_String>{"short", "a name that does not fit into a short string"});
-    }
-    writer.save(name);
-    support::expectNothingLeftByFailedAllocations(
-        [&]
-        {
-            S_MemoryFile file(8192);
-            file.construct(name, S_MemoryFile::accessRead);
-            Chunk chunk;
-            file.openChunk(chunk, s_outer);
-            take<S_Vector<S_String>>(file);
-        });
+    const S_MemoryFileWriter writer = nestedFile();
     support::expectNothingLeftByFailedAllocations([&] { writer.save(name); });
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.getPath()), {}), 1)
         << "no temporary file is left";

@@ -9,6 +9,7 @@
 
 #include <clocale>
 #include <string>
+#include <utility>
 
 using support::messageOf;
 
@@ -148,11 +149,7 @@ TEST(Script, ValuesOfEveryFormatAreReadAndMissingKeysGetTheirDefaults)
 
 TEST(Script, DamagedTextIsRefusedWithItsLine)
 {
-    const struct
-    {
-        std::string m_text;
-        const char* m_pMessage;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"a {\n b {\n\n",
          "4, block \"a: b\": expected } for the block that begins in line 2, found the end of the script"},
         {"a\n{\n}\n}", "4, top level: expected a block name, found } without an open block"},
@@ -171,9 +168,9 @@ TEST(Script, DamagedTextIsRefusedWithItsLine)
         {"a {\n\x7F 1 }", "2, block \"a\": expected text, found a byte of value 0x7F"},
         {"a { \"\" 1 }", "1, block \"a\": expected a block name, a key or }, found \"\""},
     };
-    for (const auto& each : cases)
+    for (const auto& [text, message] : cases)
     {
-        EXPECT_EQ(complaint(each.m_text), std::string("Script \"a.txt\", line ") + each.m_pMessage);
+        EXPECT_EQ(complaint(text), std::string("Script \"a.txt\", line ") + message);
     }
     std::string deep;
     for (int i = 0; i < 100000; ++i)
@@ -188,11 +185,7 @@ TEST(Script, DamagedTextIsRefusedWithItsLine)
 TEST(Script, ValuesThatDoNotFitAreRefusedWithTheirKeyAndNothingIsWritten)
 {
     const std::string head = "Script \"a.txt\", line 2, block \"animation\", key ";
-    const struct
-    {
-        const char* m_pKeys;
-        const char* m_pMessage;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"index 1 filename x\n index 2", "\"index\": is given a second time; line 2 has the first"},
         {"index 1 filename x Speed 2", "\"Speed\": is not known here; known are: \"index\", \"filename\", \"speed\""},
         {"index 2.5 filename x", "\"index\": expected a whole number, found 2.5"},
@@ -208,12 +201,12 @@ TEST(Script, ValuesThatDoNotFitAreRefusedWithTheirKeyAndNothingIsWritten)
         {"index 1 filename x speed 1e39",
          "\"speed\": expected a number of at most 3.4e38 and, unless 0, at least 1.4e-45 in magnitude, found 1e39"},
     };
-    for (const auto& each : cases)
+    for (const auto& [keys, complained] : cases)
     {
         Animation animation;
-        const std::string message = complaint(std::string("animation {\n ") + each.m_pKeys + " }",
+        const std::string message = complaint(std::string("animation {\n ") + keys + " }",
                                               [&](const S_Script& script) { animation.parse(script, 0); });
-        std::string expected = head + each.m_pMessage;
+        std::string expected = head + complained;
         if (expected.find("second time") != std::string::npos)
         {
             expected.replace(expected.find("line 2"), 6, "line 3");
@@ -324,20 +317,4 @@ TEST(Script, AFileIsReadWithOrWithoutByteOrderMark)
     animation.parse(script, 0);
     EXPECT_EQ(animation.m_strFilename, "\xC3\xA4.tw");
     EXPECT_THROW(S_Script("missing.txt"), S_FileException);
-}
-
-TEST(Script, FailedAllocationsLeaveNothingBehind)
-{
-    support::TemporaryDirectory directory;
-    const std::string name = directory.write("army.txt", s_soldier);
-    support::expectNothingLeftByFailedAllocations(
-        [&]
-        {
-            S_Script script(name.c_str());
-            const S_ScriptLockGuard guard(script);
-            script.lock("soldier", 0);
-            Animation animation;
-            animation.parse(script, 0);
-            EXPECT_NE(script.staticNesting(), nullptr);
-        });
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace
 {
@@ -101,25 +102,22 @@ TEST_F(CameraTest, WhatLiesBehindBesideOrBeyondIsLeftOut)
 
 TEST_F(CameraTest, LooksWhereItIsToldToWithASensibleUp)
 {
-    struct Case
+    using Case = std::pair<Vector, Vector>;
+    for (const auto& [target, up] :
+         {Case{{0.0f, 0.0f, 9.0f}, {0.0f, 1.0f, 0.0f}}, Case{{3.0f, -2.0f, 1.0f}, {0.0f, 5.0f, 0.0f}},
+          Case{{0.0f, 7.0f, 0.0f}, {0.0f, 1.0f, 0.0f}}, Case{{1.0f, 2.0f, 3.0f}, {}}, Case{{}, {0.0f, 1.0f, 0.0f}},
+          Case{{}, {0.0f, 0.0f, 1.0f}}})
     {
-        Vector m_target;
-        Vector m_up;
-    };
-    for (const Case& c : {Case{{0.0f, 0.0f, 9.0f}, {0.0f, 1.0f, 0.0f}}, Case{{3.0f, -2.0f, 1.0f}, {0.0f, 5.0f, 0.0f}},
-                          Case{{0.0f, 7.0f, 0.0f}, {0.0f, 1.0f, 0.0f}}, Case{{1.0f, 2.0f, 3.0f}, {}},
-                          Case{{}, {0.0f, 1.0f, 0.0f}}, Case{{}, {0.0f, 0.0f, 1.0f}}})
-    {
-        m_camera.lookAt({}, c.m_target, c.m_up);
+        m_camera.lookAt({}, target, up);
         const Matrix& matrix = m_camera.getMatrix();
         EXPECT_NEAR(matrix.determinant(), 1.0f, 1e-5f);
         for (int row = 0; row < 3; ++row)
         {
             EXPECT_NEAR(matrix.getRow(row).length(), 1.0f, 1e-5f);
         }
-        EXPECT_NEAR(matrix.getRow(2).dot(c.m_target), c.m_target.length(), 1e-5f);
-        EXPECT_GE(matrix.getRow(1).dot(c.m_up), -1e-5f);
-        EXPECT_NEAR(matrix.getRow(0).dot(c.m_up), 0.0f, 1e-5f);
+        EXPECT_NEAR(matrix.getRow(2).dot(target), target.length(), 1e-5f);
+        EXPECT_GE(matrix.getRow(1).dot(up), -1e-5f);
+        EXPECT_NEAR(matrix.getRow(0).dot(up), 0.0f, 1e-5f);
     }
 }
 

@@ -1,4 +1,5 @@
 #include "skinned_geometry.h"
+#include "tests/support/expectations.h"
 
 #include <platform/runtime/allocator.h>
 #include <platform/runtime/exception.h>
@@ -11,37 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <vector>
-
-namespace
-{
-/// Runs `action` with each of its allocations failing in turn, then without failure. Each failed run must leave no
-/// allocation behind; `check` looks at what must be as before.
-void failEachAllocation(const std::function<void()>& action, const std::function<void()>& check)
-{
-    const long long live = S_Memory::getLiveCount();
-    for (long long n = 1;; ++n)
-    {
-        ASSERT_LT(n, 1000);
-        S_Memory::failAllocation(n);
-        try
-        {
-            action();
-            EXPECT_TRUE(S_Memory::isFailurePending());
-            S_Memory::failAllocation(0);
-            EXPECT_GT(n, 1) << "nothing was allocated";
-            return;
-        }
-        catch (const S_MemoryException_Allocation&)
-        {
-            ASSERT_EQ(S_Memory::getLiveCount(), live) << "allocation " << n;
-            check();
-        }
-    }
-}
-}  // namespace
 
 TEST(Geometry, AFormatIsWhatItsFlagsSay)
 {
@@ -169,27 +141,27 @@ TEST(Geometry, FailedAllocationsLeaveNothingBehindAndObjectsAsTheyWere)
     original.getPrimitiveInstance(0)->setTextureMatrix(1, M_Matrix4Template<float>());
     P_TriangleMesh* mesh = original.getPrimitive(0);
     const Vector position = original.getVertexPosition(0, 2);
-    const auto nothing = [] {};
-    failEachAllocation([&] { P_VirtualObject object(3); }, nothing);
-    failEachAllocation([&] { P_VirtualObject copy(original); }, [&] { EXPECT_EQ(mesh->getReferenceCount(), 1); });
+    support::expectNothingLeftByFailedAllocations([&] { P_VirtualObject object(3); });
+    support::expectUnchangedByFailedAllocations([&] { P_VirtualObject copy(original); },
+                                                [&] { EXPECT_EQ(mesh->getReferenceCount(), 1); });
     {
         P_VirtualObject target(1);
         fill(target, dice, 1, 0);
         const P_TriangleMesh* before = target.getPrimitive(0);
-        failEachAllocation([&] { target.duplicate(original); },
-                           [&]
-                           {
-                               EXPECT_EQ(target.getPrimitive(0), before);
-                               EXPECT_EQ(target.getName(), "");
-                           });
+        support::expectUnchangedByFailedAllocations([&] { target.duplicate(original); },
+                                                    [&]
+                                                    {
+                                                        EXPECT_EQ(target.getPrimitive(0), before);
+                                                        EXPECT_EQ(target.getName(), "");
+                                                    });
     }
-    failEachAllocation([&] { P_LODObject lod(2); }, nothing);
-    failEachAllocation([&] { mesh->allocate(5, 7, false); },
-                       [&]
-                       {
-                           EXPECT_EQ(mesh->getVertexBuffer().getCapacity(), 3u);
-                           EXPECT_EQ(original.getVertexPosition(0, 2), position);
-                       });
+    support::expectNothingLeftByFailedAllocations([&] { P_LODObject lod(2); });
+    support::expectUnchangedByFailedAllocations([&] { mesh->allocate(5, 7, false); },
+                                                [&]
+                                                {
+                                                    EXPECT_EQ(mesh->getVertexBuffer().getCapacity(), 3u);
+                                                    EXPECT_EQ(original.getVertexPosition(0, 2), position);
+                                                });
     EXPECT_THROW(P_VirtualObject(-1), P_SceneException);
     EXPECT_THROW(P_LODObject(-1), P_SceneException);
     EXPECT_THROW(original.createTriangleMesh(2, nullptr, {}), P_SceneException);

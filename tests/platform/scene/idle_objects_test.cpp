@@ -1,4 +1,5 @@
-#include "test_object.h"
+#include "actor.h"
+#include "skinned_geometry.h"
 
 #include <platform/scene/camera.h>
 #include <platform/scene/context.h>
@@ -10,49 +11,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 namespace
 {
-P_VertexFormat makeFormat()
-{
-    P_VertexFormat format;
-    format.constructFromOldVertexFormat(0x10);
-    return format;
-}
-
-/// Says when the scene calls it.
-class Actor : public P_VirtualObject
-{
-public:
-    Actor(std::vector<std::string>& calls, const std::string& name) : m_calls(calls) { setName(name.c_str()); }
-
-    std::function<void()> m_onCall;
-
-protected:
-    bool executeAlways() override { return call("always "); }
-    void executeVisible() override { call("visible "); }
-
-private:
-    bool call(const char* what)
-    {
-        m_calls.push_back(what + std::string(getName().c_str()));
-        if (m_onCall)
-        {
-            const auto action = m_onCall;
-            action();
-        }
-        return false;
-    }
-
-    std::vector<std::string>& m_calls;
-};
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 /// A scene of plain meshes ("bones") and actors, its bones in a block or not. What is done at random depends on the
 /// seed alone, so that two worlds live through the same.
@@ -72,7 +39,7 @@ public:
         for (std::size_t i = 0; i < s_uiActors; ++i)
         {
             m_actors.push_back(std::make_unique<Actor>(m_calls, "actor" + std::to_string(i)));
-            m_actors[i]->m_onCall = [this]
+            m_actors[i]->m_onAlways = m_actors[i]->m_onVisible = [this]
             {
                 if (m_bEventful && m_dice.chance(0.5))
                 {
@@ -125,7 +92,7 @@ public:
                 bone.duplicate(static_cast<const P_BaseObject&>(*m_bones[m_dice.pick(s_uiBones)]));
                 break;
             case 2:
-                bone.createTriangleMesh(0, nullptr, makeFormat());
+                bone.createTriangleMesh(0, nullptr, makeFormat(0x10));
                 break;
             case 3:
                 bone.setEngineFlags(on ? P_BaseObject::FLAG_BOUNDING_SPHERE | P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME |
@@ -203,7 +170,7 @@ private:
     std::unique_ptr<P_VirtualObject> makeBone()
     {
         auto bone = std::make_unique<P_VirtualObject>(1);
-        bone->createTriangleMesh(0, nullptr, makeFormat());
+        bone->createTriangleMesh(0, nullptr, makeFormat(0x10));
         bone->setName(("bone" + std::to_string(m_iNumber++)).c_str());
         bone->addTo(anyContainer());
         return bone;
@@ -259,7 +226,7 @@ protected:
     static std::unique_ptr<P_VirtualObject> makeBone(const char* name)
     {
         auto bone = std::make_unique<P_VirtualObject>(1);
-        bone->createTriangleMesh(0, nullptr, makeFormat());
+        bone->createTriangleMesh(0, nullptr, makeFormat(0x10));
         bone->setName(name);
         return bone;
     }
@@ -320,7 +287,7 @@ TEST_F(IdleBones, AreShownOnceTheyHaveSomethingToShow)
     EXPECT_TRUE(m_pTop->isIdle());
     m_pEnd->getPrimitive(0)->allocate(0, 0, false);
     EXPECT_THAT(walk(), ElementsAre("end"));  // as long as nobody asks again
-    m_pEnd->createTriangleMesh(0, nullptr, makeFormat());
+    m_pEnd->createTriangleMesh(0, nullptr, makeFormat(0x10));
     EXPECT_THAT(walk(), IsEmpty());
     m_pEnd->getPrimitive(0)->allocate(0, 3, false);
     EXPECT_THAT(walk(), ElementsAre("end"));

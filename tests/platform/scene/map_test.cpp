@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace
 {
 constexpr support::Pixel s_gray = {100, 100, 100, 255};
@@ -15,29 +17,23 @@ constexpr support::Pixel s_gray = {100, 100, 100, 255};
 
 TEST(Map, TheSecondPictureGivesItsAlphaOrElseItsBrightness)
 {
-    struct Case
-    {
-        const char* m_szWhat;
-        support::Pixel m_alphaPixel;
-        int m_iExpected;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, support::Pixel, int> cases[] = {
         {"an alpha of its own", {255, 255, 255, 40}, 40},
         {"white is opaque", {255, 255, 255, 255}, 255},
         {"black is transparent", {0, 0, 0, 255}, 0},
         {"green counts most", {0, 255, 0, 255}, 150},  // 0.587 x 255
     };
     const G_Image color = support::makePlainPicture(4, 2, s_gray);
-    for (const Case& test : cases)
+    for (const auto& [what, alphaPixel, expected] : cases)
     {
-        const G_Image alpha = support::makePlainPicture(3, 5, test.m_alphaPixel);
+        const G_Image alpha = support::makePlainPicture(3, 5, alphaPixel);
         P_Map map(&color, &alpha);
         map.validate();
         ASSERT_EQ(map.getImage().getWidth(), 4u);
-        EXPECT_EQ(map.getImage().getPixel(3, 1)[3], test.m_iExpected) << test.m_szWhat;
-        EXPECT_EQ(map.getImage().getPixel(3, 1)[0], 100) << test.m_szWhat;
-        EXPECT_EQ(map.hasAlpha(), test.m_iExpected != 255) << test.m_szWhat;
-        EXPECT_TRUE(map.isUniform()) << test.m_szWhat;
+        EXPECT_EQ(map.getImage().getPixel(3, 1)[3], expected) << what;
+        EXPECT_EQ(map.getImage().getPixel(3, 1)[0], 100) << what;
+        EXPECT_EQ(map.hasAlpha(), expected != 255) << what;
+        EXPECT_TRUE(map.isUniform()) << what;
     }
 }
 

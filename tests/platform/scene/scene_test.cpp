@@ -1,3 +1,4 @@
+#include "actor.h"
 #include "test_object.h"
 
 #include <platform/runtime/exception.h>
@@ -24,47 +25,6 @@ using testing::IsEmpty;
 
 namespace
 {
-/// Writes down what the scene calls, and does what a test wants done during the call.
-class Actor : public P_VirtualObject
-{
-public:
-    Actor(std::vector<std::string>& calls, const char* name) : m_calls(calls) { setName(name); }
-
-    std::function<void()> m_onAlways;
-    std::function<void()> m_onVisible;
-    bool m_bForcesItselfInView = false;
-
-protected:
-    bool executeAlways() override
-    {
-        m_calls.push_back(std::string("always ") + getName().c_str());
-        const bool forces = m_bForcesItselfInView;
-        if (m_onAlways)
-        {
-            const auto action = m_onAlways;
-            action();
-        }
-        return forces;
-    }
-    void executeVisible() override
-    {
-        m_calls.push_back(std::string("visible ") + getName().c_str());
-        if (m_onVisible)
-        {
-            const auto action = m_onVisible;
-            action();
-        }
-    }
-    void linkToScene() override
-    {
-        P_VirtualObject::linkToScene();
-        m_calls.push_back(std::string("link ") + getName().c_str());
-    }
-
-private:
-    std::vector<std::string>& m_calls;
-};
-
 class SceneWalk : public ::testing::Test
 {
 protected:

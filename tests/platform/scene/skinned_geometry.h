@@ -4,8 +4,6 @@
 
 #include <platform/scene/virtual_object.h>
 
-#include <algorithm>
-
 inline P_VertexFormat makeFormat(unsigned int flags)
 {
     P_VertexFormat format;
@@ -42,22 +40,19 @@ inline void fill(P_VirtualObject& object, Dice& dice, unsigned int vertices, uns
 }
 
 /// Where a vertex stands by the definition of skinning, in double precision.
-inline M_Vector3Template<double> getSkinned(const P_VirtualObject& object, unsigned int vertex)
+inline DoubleVector getSkinned(const P_VirtualObject& object, unsigned int vertex)
 {
     const P_TriangleMesh& mesh = *object.getPrimitive(0);
     const Vector rest = mesh.getVertexBuffer().getPosition(vertex);
-    const M_Vector3Template<double> p{static_cast<double>(rest.x), static_cast<double>(rest.y),
-                                      static_cast<double>(rest.z)};
+    const DoubleVector p{static_cast<double>(rest.x), static_cast<double>(rest.y), static_cast<double>(rest.z)};
     const P_SkinMesh* skin = mesh.asSkinMesh();
-    M_Vector3Template<double> sum;
+    DoubleVector sum;
     bool weighted = false;
     for (unsigned int slot = 0; skin && slot < skin->getSlotCount(); ++slot)
     {
-        M_Matrix4x3Template<double> bone;
-        if (skin->getBoneIndex(vertex, slot) < object.getBoneMatrixCount())
-        {
-            std::copy_n(object.getBoneMatrix(skin->getBoneIndex(vertex, slot)).data(), 12, bone.data());
-        }
+        const unsigned int index = skin->getBoneIndex(vertex, slot);
+        const DoubleMatrix bone =
+            index < object.getBoneMatrixCount() ? toDouble(object.getBoneMatrix(index)) : DoubleMatrix();
         const double weight = static_cast<double>(skin->getBoneWeight(vertex, slot));
         sum += bone.transformPoint(p) * weight;
         weighted = weighted || weight != 0.0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/double_matrix.h"
+
 #include <platform/math/matrix4x3.h>
 #include <platform/scene/base_object.h>
 
@@ -7,6 +9,9 @@
 
 using Matrix = M_Matrix4x3Template<float>;
 using Vector = M_Vector3Template<float>;
+using support::DoubleMatrix;
+using support::DoubleVector;
+using support::toDouble;
 
 /// The plainest scene object there can be.
 class TestObject : public P_BaseObject

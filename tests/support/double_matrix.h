@@ -1,0 +1,18 @@
+#pragma once
+
+#include <platform/math/matrix4x3.h>
+
+#include <algorithm>
+
+namespace support
+{
+using DoubleVector = M_Vector3Template<double>;
+using DoubleMatrix = M_Matrix4x3Template<double>;
+
+inline DoubleMatrix toDouble(const M_Matrix4x3Template<float>& matrix)
+{
+    DoubleMatrix result;
+    std::copy_n(matrix.data(), 12, result.data());
+    return result;
+}
+}  // namespace support
