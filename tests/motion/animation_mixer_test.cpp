@@ -217,34 +217,49 @@ TEST_F(AnimationMixer, TravelIsBlendedByWeightAndAddsUp)
     }
 }
 
-TEST_F(AnimationMixer, SomethingPlayedOnceFadesOutBeforeItsEndAndGoes)
+TEST_F(AnimationMixer, WhatEndsFadesOutBeforeItsEndAndGoes)
 {
     TW_AnimationMixer mixer(*m_object);
     const int layer = mixer.addLayer({});
     mixer.play("walk");
-    for (const float speed : {1.0f, -1.0f})
+    struct Case
     {
-        const auto wave = mixer.play(
-            "wave",
-            {.fade = 0.2f, .speed = speed, .start = speed < 0.0f ? 1.0f : 0.0f, .layer = layer, .fadeOut = 0.25f});
+        const char* m_szName;
+        int m_iLoops;
+        float m_fSpeed;
+        double m_dSeconds;
+        const char* m_szHeard;
+    };
+    // Backwards the rounds count below the one in which playing begins.
+    for (const Case& each :
+         {Case{"wave", 0, 1.0f, 1.0, "waved"}, Case{"wave", 0, -1.0f, 1.0, "waved"},
+          Case{"walk", 2, 1.0f, 2.0, "stepstepstepstep"}, Case{"walk", 1, 1.0f, 1.0, "stepstep"},
+          Case{"walk", 2, -1.0f, 3.0, "stepstepstepstepstepstep"}, Case{"walk", 1, -2.0f, 1.0, "stepstepstepstep"}})
+    {
+        SCOPED_TRACE(testing::Message() << each.m_szName << " x " << each.m_iLoops << " at " << each.m_fSpeed);
+        const auto played = mixer.play(each.m_szName, {.fade = 0.2f,
+                                                       .speed = each.m_fSpeed,
+                                                       .start = each.m_fSpeed < 0.0f ? 1.0f : 0.0f,
+                                                       .loops = each.m_iLoops,
+                                                       .layer = layer,
+                                                       .fadeOut = 0.25f});
         float most = 0.0f;
         std::string heard;
-        for (int i = 0; i < 110; ++i)
+        for (double time = 0.01; time < each.m_dSeconds + 0.1; time += 0.01)
         {
             mixer.update(0.01);
-            const float weight = mixer.getWeight(wave);
-            const double time = (i + 1) * 0.01;
-            const double expected = std::max(0.0, std::min({time / 0.2, 1.0, (1.0 - time) / 0.25}));
+            const float weight = mixer.getWeight(played);
+            const double expected = std::max(0.0, std::min({time / 0.2, 1.0, (each.m_dSeconds - time) / 0.25}));
             EXPECT_NEAR(static_cast<double>(weight), expected, 0.05) << time;
             most = std::max(most, weight);
             for (TW_MixerEvent event; mixer.nextEvent(event);)
             {
-                heard += event.event->m_strName == "waved" ? "waved" : "";
+                heard += event.play == played ? event.event->m_strName.c_str() : "";
             }
         }
         EXPECT_EQ(most, 1.0f);
-        EXPECT_EQ(heard, "waved");
-        EXPECT_FALSE(mixer.isPlaying(wave));
+        EXPECT_EQ(heard, each.m_szHeard);
+        EXPECT_FALSE(mixer.isPlaying(played));
     }
     const auto held = mixer.play("wave", {.layer = layer});
     mixer.update(30.0);

@@ -62,6 +62,18 @@ struct Arm
     float lengths[2];
 };
 
+/// Bones of half a unit, each turned in any way, that go up but for chance.
+std::vector<Matrix> anyChain(std::mt19937& random, std::size_t count)
+{
+    std::vector<Matrix> chain{anyPlace(random, {})};
+    while (chain.size() < count)
+    {
+        const Vector way = (anyDirection(random) * 0.8f + Vector{0, 1, 0}).normalized();
+        chain.push_back(anyPlace(random, chain.back().getTranslation() + way * 0.5f));
+    }
+    return chain;
+}
+
 void expectRigid(const Matrix& m)
 {
     for (int r = 0; r < 3; ++r)
@@ -273,12 +285,9 @@ TEST(Aim, AChainLooksAtItsTargetWithinItsLimits)
         EXPECT_LT(left, 1e-3f) << i;
         const Vector view = chain[2].transformDirection(forward);
         EXPECT_LT(angleBetween(view, target - chain[2].transformPoint(eye)), 0.01f);
-        double turned = 0.0;
-        for (int bone = 0; bone < 3; ++bone)
-        {
-            expectRigid(chain[static_cast<std::size_t>(bone)]);
-        }
-        turned = (TW_Rotation::ofMatrix(before[0]).inverse() * TW_Rotation::ofMatrix(chain[0])).getDegrees();
+        std::ranges::for_each(chain, expectRigid);
+        const double turned =
+            (TW_Rotation::ofMatrix(before[0]).inverse() * TW_Rotation::ofMatrix(chain[0])).getDegrees();
         EXPECT_NEAR(turned, static_cast<double>(angle) * 57.29578 / 3.0, 2.5) << "the first of three takes a third";
 
         chain = before;
@@ -330,12 +339,7 @@ TEST(ChainReach, BendsSoThatItsTipComesToTheTarget)
     for (int i = 0; i < 300; ++i)
     {
         const std::size_t count = 3 + random() % 8;
-        std::vector<Matrix> chain{anyPlace(random, {})};
-        while (chain.size() < count)
-        {
-            chain.push_back(anyPlace(
-                random, chain.back().getTranslation() + (anyDirection(random) + Vector{0, 1, 0}).normalized() * 0.5f));
-        }
+        std::vector<Matrix> chain = anyChain(random, count);
         const float length = 0.5f * static_cast<float>(count - 1);
         const float distance = std::uniform_real_distribution<float>(0.1f, 1.2f)(random) * length;
         const Vector target = anyDirection(random) * distance;
@@ -363,29 +367,12 @@ TEST(ChainReach, BonesCarryWhatHangsOnThemAndTheWeightLeadsThereWithoutAJump)
 {
     // Where the next bone stands in a bone's own axes, in double precision.
     const auto hangsAt = [](const Matrix& bone, const Matrix& next)
-    {
-        M_Vector3Template<double> place;
-        const Vector from = next.getTranslation() - bone.getTranslation();
-        double* const parts[] = {&place.x, &place.y, &place.z};
-        for (int row = 0; row < 3; ++row)
-        {
-            const Vector axis = bone.getRow(row);
-            *parts[row] = static_cast<double>(axis.x) * static_cast<double>(from.x) +
-                          static_cast<double>(axis.y) * static_cast<double>(from.y) +
-                          static_cast<double>(axis.z) * static_cast<double>(from.z);
-        }
-        return place;
-    };
+    { return (TW_Travel::ofMatrix(next) * TW_Travel::ofMatrix(bone).inverse()).m_vTranslation; };
     std::mt19937 random(12);
     for (int i = 0; i < 60; ++i)
     {
         constexpr std::size_t count = 6;
-        std::vector<Matrix> chain{anyPlace(random, {})};
-        while (chain.size() < count)
-        {
-            const Vector way = (anyDirection(random) * 0.8f + Vector{0, 1, 0}).normalized();
-            chain.push_back(anyPlace(random, chain.back().getTranslation() + way * 0.5f));
-        }
+        const std::vector<Matrix> chain = anyChain(random, count);
         const Vector target = anyDirection(random) * std::uniform_real_distribution<float>(0.3f, 2.2f)(random);
         std::vector<Matrix> last = chain;
         constexpr int steps = 200;
@@ -442,12 +429,8 @@ TEST(BoneChain, ReachesInTheWorldWhereverTheObjectStands)
             const Vector tip = object->getMesh(4)->getObjectToWorldMatrix().getTranslation();
             EXPECT_NEAR(left, std::max({0.0f, std::abs(1.0f - folded) - 1.4f, 1.4f - 1.0f - folded}), 2e-5f);
             EXPECT_NEAR((tip - target).length(), left, 3e-5f);
-            EXPECT_LT((M_Vector3Template<float>{static_cast<float>(arm.getTipPosition().x),
-                                                static_cast<float>(arm.getTipPosition().y),
-                                                static_cast<float>(arm.getTipPosition().z)} -
-                       tip)
-                          .length(),
-                      1e-4f);
+            EXPECT_LT((arm.getTipPosition() - TW_Travel::ofMatrix(Matrix::translation(tip)).m_vTranslation).length(),
+                      1e-4);
             expectRigid(object->getMesh(1)->getMatrix());
             EXPECT_EQ(object->getMesh(2)->getMatrix().getTranslation(), (Vector{0, 1, 0})) << "bones keep their places";
 
