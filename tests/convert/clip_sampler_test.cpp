@@ -10,17 +10,6 @@ using namespace convert_test;
 using TW2::convert::chooseFrameRate;
 using TW2::convert::ClipSampler;
 
-/// A clip that moves node 0 of a chain by one curve of places.
-Clip moving(const Curve<Vector3d>& positions)
-{
-    Clip clip;
-    clip.m_dDuration = positions.m_vecTimes.back();
-    Channel channel;
-    channel.m_positions = positions;
-    clip.m_vecChannels.push_back(channel);
-    return clip;
-}
-
 double xAt(const Clip& clip, double seconds)
 {
     const Model model = makeChain(1);
@@ -65,10 +54,9 @@ TEST(ClipSampler, RotationsTurnTheShorterWayAtEvenSpeed)
 {
     const Model model = makeChain(1);
     Clip clip;
-    Channel channel;
-    Quaternion other = spinZ(300.0);  // the same as -60 degrees
-    channel.m_rotations = makeCurve<Quaternion>(Interpolation::Linear, {{0.0, spinZ(0.0)}, {1.0, other}});
-    clip.m_vecChannels.push_back(channel);
+    const Quaternion other = spinZ(300.0);  // the same as -60 degrees
+    clip.m_vecChannels.emplace_back().m_rotations =
+        makeCurve<Quaternion>(Interpolation::Linear, {{0.0, spinZ(0.0)}, {1.0, other}});
     const ClipSampler sampler(model, clip);
     EXPECT_LT(largestDifference(sampler.sample(0, 0.25), turnZ(-15.0)), 1e-12);
     EXPECT_LT(largestDifference(sampler.sample(0, 0.75), turnZ(-45.0)), 1e-12);
@@ -78,10 +66,7 @@ TEST(ClipSampler, WhatAChannelHasNoKeysForStaysAsAtRest)
 {
     Model model;
     addNode(model, "top", -1, scale(3.0) * turnZ(30.0) * move(4.0, 5.0, 6.0));
-    Clip clip;
-    Channel channel;
-    channel.m_positions = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {1, 2, 3}}});
-    clip.m_vecChannels.push_back(channel);
+    Clip clip = moving(makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {1, 2, 3}}}));
     EXPECT_LT(
         largestDifference(ClipSampler(model, clip).sample(0, 0.0), scale(3.0) * turnZ(30.0) * move(1.0, 2.0, 3.0)),
         1e-12);

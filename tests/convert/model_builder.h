@@ -107,6 +107,15 @@ Curve<T> makeCurve(Interpolation interpolation, const std::vector<std::pair<doub
     return curve;
 }
 
+/// A clip that moves node 0 by one curve of places.
+inline Clip moving(const Curve<Vector3d>& positions)
+{
+    Clip clip;
+    clip.m_dDuration = positions.m_vecTimes.back();
+    clip.m_vecChannels.emplace_back().m_positions = positions;
+    return clip;
+}
+
 inline double largestDifference(const Matrixd& a, const Matrixd& b)
 {
     double largest = 0.0;

@@ -96,11 +96,7 @@ TEST(Reduction, StaysWithinTheToleranceAtTheEndOfALongLimb)
 
 TEST(Reduction, KeepsOnlyTheEndsOfWhatPlaybackInterpolatesItself)
 {
-    Clip clip;
-    clip.m_dDuration = 2.0;
-    Channel channel;
-    channel.m_positions = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {0, 0, 0}}, {2.0, {8, 0, 0}}});
-    clip.m_vecChannels.push_back(channel);
+    const Clip clip = moving(makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {0, 0, 0}}, {2.0, {8, 0, 0}}}));
     const Reduced reduced(makeChain(3), clip);
     EXPECT_EQ(reduced.m_reduced.m_vecTracks[0].m_vecKeys.size(), 2U);
     EXPECT_EQ(reduced.m_reduced.m_vecTracks[1].m_vecKeys.size(), 1U) << "a joint that the clip does not move";
@@ -152,12 +148,9 @@ TEST(Reduction, LooksCloselyOnlyWhereAClipIsFast)
 
 TEST(Reduction, WhatJumpsBetweenFramesJumpsAtTheFastestRate)
 {
-    Clip clip;
+    Clip clip =
+        moving(makeCurve<Vector3d>(Interpolation::Step, {{0.0, {0, 0, 0}}, {0.1037, {3, 0, 0}}, {1.5171, {-2, 0, 0}}}));
     clip.m_dDuration = 2.0;
-    Channel channel;
-    channel.m_positions =
-        makeCurve<Vector3d>(Interpolation::Step, {{0.0, {0, 0, 0}}, {0.1037, {3, 0, 0}}, {1.5171, {-2, 0, 0}}});
-    clip.m_vecChannels.push_back(channel);
     const Reduced reduced(makeChain(1), clip);
     EXPECT_GE(reduced.m_reduced.m_iFrameRate, 900);
     EXPECT_LE(reduced.countKeys(), 6U) << "two for each jump";
@@ -165,15 +158,11 @@ TEST(Reduction, WhatJumpsBetweenFramesJumpsAtTheFastestRate)
 
 TEST(Reduction, StepsStayStepsAtTheRateOfTheirKeys)
 {
-    Clip clip;
-    clip.m_dDuration = 2.0;
-    Channel channel;
-    channel.m_positions = makeCurve<Vector3d>(
-        Interpolation::Step, {{0.0, {0, 0, 0}}, {0.5, {3, 0, 0}}, {1.5, {-2, 0, 0}}, {2.0, {0, 0, 0}}});
-    clip.m_vecChannels.push_back(channel);
+    Clip clip = moving(makeCurve<Vector3d>(Interpolation::Step,
+                                           {{0.0, {0, 0, 0}}, {0.5, {3, 0, 0}}, {1.5, {-2, 0, 0}}, {2.0, {0, 0, 0}}}));
+    Channel& channel = clip.m_vecChannels.emplace_back();
     channel.m_iNode = 1;
     channel.m_positions = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {0, 0, 0}}, {2.0, {1, 0, 0}}});
-    clip.m_vecChannels.push_back(channel);
     const Reduced reduced(makeChain(2), clip);
     EXPECT_EQ(reduced.m_reduced.m_iFrameRate, 10) << "more frames would not make it any better";
     EXPECT_LT(reduced.measure().m_dDistance, 1e-5);

@@ -81,15 +81,9 @@ TEST(OrbitCamera, ShowsEveryPointAndTurnsAroundTheMiddleOfThem)
     }
 }
 
-TEST(OrbitCamera, PansWithThePictureAndStopsBeforeThePoles)
+TEST(OrbitCamera, StopsBeforeThePolesAndAtTheEndsOfItsRange)
 {
     OrbitCamera orbit;
-    const auto eye = orbit.getEye();
-    const auto target = orbit.m_vTarget;
-    orbit.pan(0.5F, 0.0F);
-    EXPECT_EQ((orbit.getEye() - eye).y, 0.0F);
-    const float height = 2.0F * orbit.m_fDistance * std::tan(orbit.m_fVerticalAngle * 3.14159265F / 360.0F);
-    EXPECT_NEAR((orbit.m_vTarget - target).length(), 0.5F * height, 1e-4F);
     orbit.orbit(0.0F, 500.0F);
     EXPECT_EQ(orbit.m_fElevation, 89.0F);
     orbit.zoom(1e-9F);
@@ -289,12 +283,24 @@ TEST(Viewer, ACrowdIsInThePictureAndBlendsAsTheObjectDoes)
 
 TEST(Viewer, OfBonesThatStandCloseTheNearestIsPickedAndNoneBehindTheEye)
 {
-    Showing viewer({"clip sprout_dance", "seek 0.4", "look left", "zoom 15"}, s_sprout, "skeleton");
-    for (const Viewer::Label& label : viewer.getLabels(400, 300))
+    Showing viewer({"clip sprout_dance", "seek 0.4", "look left"}, s_sprout, "skeleton");
+    float farthest = 0.0F;
+    for (const char* zoom : {"zoom 1", "zoom 15"})
     {
-        viewer.pick(label.m_fX / 200.0F - 1.0F, 1.0F - label.m_fY / 150.0F);
-        EXPECT_EQ(viewer.getPickedBone(), label.m_iBone);
+        viewer.run({zoom});
+        const auto labels = viewer.getLabels(400, 300);
+        ASSERT_EQ(labels.size(), 8U);
+        for (const Viewer::Label& label : labels)
+        {
+            const float x = label.m_fX / 200.0F - 1.0F;
+            const float y = 1.0F - label.m_fY / 150.0F;
+            EXPECT_LE(std::max(std::abs(x), std::abs(y)), 1.0F) << "bones alone are framed, too";
+            farthest = std::max(farthest, std::abs(x));
+            viewer.pick(x, y);
+            EXPECT_EQ(viewer.getPickedBone(), label.m_iBone) << zoom;
+        }
     }
+    EXPECT_GT(farthest, 0.05F) << "not all of them in the middle";
     viewer.run({"clip sprout_rest", "look top"});
     viewer.getCamera().m_fDistance *= 0.02F;  // into the middle of the stalk
     viewer.update(0.0);
@@ -330,6 +336,9 @@ TEST(Viewer, PicksWhereverTheObjectStandsInThePictureWhatIsVisible)
     ASSERT_LT(labels[2].m_fX, 100.0F) << "far from the middle";
     EXPECT_NEAR(pickBetween(2), 2, 1);
     EXPECT_NEAR(pickBetween(3), 3, 1);
+    EXPECT_NEAR(pickBetween(5), 5, 1);
+    viewer.pick(0.95F, 0.95F);
+    EXPECT_EQ(viewer.getPickedBone(), -1) << "nothing stands there";
     TW2::TW_ObjectAnimation& drawn = viewer.getObject()->getDrawn();
     for (unsigned int i = 0; i < drawn.getTotalMeshes(); ++i)
     {
@@ -339,45 +348,6 @@ TEST(Viewer, PicksWhereverTheObjectStandsInThePictureWhatIsVisible)
         }
     }
     EXPECT_EQ(pickBetween(2), -1);
-}
-
-TEST(Viewer, PicksTheBoneWhoseNameStandsThere)
-{
-    Showing viewer({"clip sprout_dance", "seek 0.4", "look left"}, s_sprout, "skeleton");
-    const auto labels = viewer.getLabels(400, 300);
-    ASSERT_EQ(labels.size(), 8U);
-    float farthest = 0.0F;
-    for (const Viewer::Label& label : labels)
-    {
-        const float x = label.m_fX / 200.0F - 1.0F;
-        EXPECT_LE(std::max(std::abs(x), std::abs(1.0F - label.m_fY / 150.0F)), 1.0F) << "bones alone are framed, too";
-        farthest = std::max(farthest, std::abs(x));
-        viewer.pick(x, 1.0F - label.m_fY / 150.0F);
-        EXPECT_EQ(viewer.getPickedBone(), label.m_iBone);
-    }
-    EXPECT_GT(farthest, 0.05F) << "not all of them in the middle";
-}
-
-TEST(Viewer, PicksTheBoneThatMovesWhatIsClicked)
-{
-    Showing viewer({"clip sprout_rest", "look front"});
-    // From the front the stalk stands in the middle, its root at the bottom: bones follow upwards.
-    int last = -1;
-    int picked = 0;
-    for (float y = -0.85F; y < 0.85F; y += 0.1F)
-    {
-        viewer.pick(0.0F, y);
-        if (viewer.getPickedBone() >= 0)
-        {
-            EXPECT_GE(viewer.getPickedBone(), last) << y;
-            last = viewer.getPickedBone();
-            ++picked;
-        }
-    }
-    EXPECT_GT(picked, 10);
-    EXPECT_GE(last, 5);
-    viewer.pick(0.95F, 0.95F);
-    EXPECT_EQ(viewer.getPickedBone(), -1);
 }
 
 TEST(Viewer, CurvesAreWhatTheBonePlaysAndKnowItsKeys)
