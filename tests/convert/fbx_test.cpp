@@ -369,6 +369,19 @@ TEST(Fbx, ANodeWithoutItsParentsScaleStandsWhereThatPutsIt)
     EXPECT_LT(largestDifference(sampleLower(text, 1.0), expected), 1e-9);
 }
 
+TEST(Fbx, BelowAScaleThatBecomesUnevenRotationsComeFirstWhereTheFileSaysSo)
+{
+    const Matrixd lower =
+        sampleLower(make({.m_strLower = R"(P: "InheritType", "enum", "", "",0)",
+                          .m_strObjects = makeNode(22, "S", 1, 1, 1) + makeCurve(25, {1, 3}, "4", "0,0,0,0"),
+                          .m_strLinks = "\tC: \"OO\",22,11\n\tC: \"OP\",22,1, \"Lcl Scaling\"\n"
+                                        "\tC: \"OP\",25,22, \"d|X\"\n"}),
+                    1.0);
+    Matrixd wide;
+    wide.m[0][0] = 3.0;
+    EXPECT_LT(largestDifference(lower, wide * turnZ(90.0) * wide.inverse()), 1e-9);
+}
+
 TEST(Fbx, WhatNoBoneMovesHangsOnTheMeshsNodeAndBonesWithoutAMatrixAreBoundAtRest)
 {
     const std::string objects = makeTriangle() + R"(	Model: 21, "Model::shown", "Mesh" {

@@ -147,6 +147,16 @@ TEST_P(SceneRenderer, TakesAsManyLightsAsItCanAndNoMore)
     expectColor(draw(), 0.5F, 0.5F, {160, 0, 0}, "sixteen of forty");
 }
 
+TEST_P(SceneRenderer, APictureHasAtLeastAPixelEachWayAndNoMoreThanTheDriverDraws)
+{
+    constexpr unsigned int most = 1U << 30U;
+    for (const auto& [width, height] : {std::pair(0U, 1U), {1U, 0U}, {most, 1U}, {1U, most}})
+    {
+        EXPECT_THROW(TW2::render::PictureTarget(width, height, 1), TW2::render::RenderException) << width;
+    }
+    EXPECT_NO_THROW(TW2::render::PictureTarget(1, 1, 1));
+}
+
 TEST_P(SceneRenderer, AnAlphaAsLargeAsTheReferencePassesTheTest)
 {
     P_Material& glass = addGlass({255, 0, 0});

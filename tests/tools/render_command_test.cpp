@@ -167,8 +167,12 @@ TEST_F(RenderCommand, ASheetOfALongTimeNeedsOnlyThePicturesOnIt)
 TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
 {
     EXPECT_TRUE(isRefused({}, "say what to write"));
-    EXPECT_NE(runTW2({"render", s_sample, "--png", "x.png", "--size", "huge"}).errors.find("WIDTHxHEIGHT"),
-              std::string::npos);
+    for (const char* size : {"huge", "0x32", "48x0", "8193x32", "48x8193", "48x32x"})
+    {
+        EXPECT_NE(runTW2({"render", s_sample, "--png", "x.png", "--size", size}).errors.find("WIDTHxHEIGHT"),
+                  std::string::npos)
+            << size;
+    }
     EXPECT_TRUE(isRefused({"--frames", "x.png"}, "place for the number"));
     EXPECT_TRUE(isRefused({"--gif", "x.gif", "--from", "2", "--to", "1"}, "ends before it begins"));
     EXPECT_TRUE(isRefused({"-o", "x.jpg"}, ".png, .gif or .webp"));

@@ -132,7 +132,8 @@ TEST(Viewer, LoadsAChangedFileAgainAndKeepsWhatIsShown)
 {
     const support::TemporaryDirectory folder;
     fs::copy(TW2_SAMPLE, folder.getPath(), fs::copy_options::recursive);
-    Showing viewer({}, folder.file("sprout.script"));
+    const std::string twin = "twin { geometry { exportdata \"sprout_skeleton.tw\" } }\n";
+    Showing viewer({}, folder.write("sprout.script", folder.read("sprout.script") + twin));
     FileWatch watch;
     const std::vector<std::string> files = viewer.getObject()->getFiles();
     for (const char* name : {"sprout.script", "sprout_skeleton.tw", "sprout_dance.tw", "sprout_skin.tw", "sprout.skd"})
@@ -467,7 +468,7 @@ TEST(SceneView, TellsTheRendererWhatIsToBeShown)
     EXPECT_TRUE(view.m_vecLines.empty() && view.m_vecOverlayLines.empty());
     show.m_bTransparent = true;
     show.m_bMesh = false;
-    shown.m_iPickedBone = 3;
+    shown.m_iPickedBone = 0;
     view = makeView(show, shown);
     EXPECT_TRUE(view.m_bTransparent);
     EXPECT_FALSE(view.m_shadow) << "of nothing";
