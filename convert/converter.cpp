@@ -49,7 +49,7 @@ public:
     {
         m_summary.m_tolerance = m_options.m_tolerance.value_or(chooseTolerance(m_model, m_skeleton));
         Warnings warnings;
-        TextureFiles textures(m_model.m_vecPictures, m_files);
+        TextureFiles textures(m_model.m_vecPictures, m_files, warnings);
         m_vecPlans = planSurfaces(m_model, textures, warnings);
         const MaterialListChunk materials = buildMaterials(m_model, m_vecPlans);
         m_summary.m_uiTextures = m_files.getCount();

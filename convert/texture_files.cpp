@@ -3,6 +3,8 @@
 #include "convert/color_space.h"
 #include "convert/pictures.h"
 
+#include <platform/image/image_exception.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -107,7 +109,7 @@ std::string TextureFiles::add(int picture, const Retouch& retouch)
     else
     {
         content = {};
-        G_Image image = decodePicture(source);
+        G_Image image = decode(source, sourceName);
         if (colored)
         {
             multiply(image, f);
@@ -115,6 +117,22 @@ std::string TextureFiles::add(int picture, const Retouch& retouch)
         name = add(mirrored ? mirror(image, retouch.m_bMirrorU, retouch.m_bMirrorV) : image, makeStem(sourceName));
     }
     return m_mapNames.emplace(key, name).first->second;
+}
+
+/// That a picture is damaged shows only now where nothing but its size was asked before.
+G_Image TextureFiles::decode(const Picture& picture, const std::string& name)
+{
+    try
+    {
+        return decodePicture(picture);
+    }
+    catch (const G_ImageException& exception)
+    {
+        m_warnings.add("texture \"" + name + "\" is left out: " + exception.getErrorMessage());
+        G_Image white(1, 1);
+        std::memset(white.accessPixels(), 255, white.getSize());
+        return white;
+    }
 }
 
 std::string TextureFiles::add(const G_Image& image, const std::string& name)

@@ -3,6 +3,7 @@
 #include "convert/model.h"
 #include "convert/output_files.h"
 #include "convert/unique_names.h"
+#include "convert/warnings.h"
 
 #include <platform/image/image.h>
 
@@ -25,11 +26,14 @@ struct Retouch
 class TextureFiles
 {
 public:
-    /// Both must outlive this.
-    TextureFiles(const std::vector<Picture>& pictures, OutputFiles& files) : m_pictures(pictures), m_files(files) {}
+    /// All must outlive this.
+    TextureFiles(const std::vector<Picture>& pictures, OutputFiles& files, Warnings& warnings)
+        : m_pictures(pictures), m_files(files), m_warnings(warnings)
+    {
+    }
 
-    /// A picture of the model; as it is where nothing is done to it and the library reads its format. Returns the name
-    /// of the file.
+    /// A picture of the model; as it is where nothing is done to it and the library reads its format. White stands for
+    /// one that turns out to be damaged, which is told. Returns the name of the file.
     std::string add(int picture, const Retouch& retouch);
     /// A picture made here.
     std::string add(const G_Image& image, const std::string& name);
@@ -37,10 +41,13 @@ public:
     static constexpr const char* folderName = "textures";
 
 private:
+    [[nodiscard]] G_Image decode(const Picture& picture, const std::string& name);
+
     using Key = std::tuple<int, float, float, float, bool, bool>;
 
     const std::vector<Picture>& m_pictures;
     OutputFiles& m_files;
+    Warnings& m_warnings;
     UniqueNames m_names{"texture"};
     std::map<Key, std::string> m_mapNames;
 };

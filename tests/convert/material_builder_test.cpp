@@ -53,8 +53,8 @@ protected:
     TWMaterialChunk build()
     {
         TW2::convert::OutputFiles files;
-        TW2::convert::TextureFiles textures(m_model.m_vecPictures, files);
         TW2::convert::Warnings warnings;
+        TW2::convert::TextureFiles textures(m_model.m_vecPictures, files, warnings);
         m_vecPlans = TW2::convert::planSurfaces(m_model, textures, warnings);
         m_vecWarnings = warnings.makeLines();
         const TW2::MaterialListChunk list = TW2::convert::buildMaterials(m_model, m_vecPlans);
@@ -193,6 +193,16 @@ TEST_F(WrittenMaterials, ThePictureOfTheOpacityIsNotTinted)
     surface.m_diffuse = white;
     material = build();
     EXPECT_EQ(material.accessOpacityTexture().frameFiles.at(0), material.accessDiffuseTexture().frameFiles.at(0));
+}
+
+TEST_F(WrittenMaterials, WhiteStandsForADamagedPictureThatHasToBeChanged)
+{
+    addSurface().m_diffuseTexture.m_iPicture = 1;
+    std::vector<unsigned char>& bytes = m_model.m_vecPictures[1].m_vecBytes;
+    bytes.resize(bytes.size() / 2);
+    EXPECT_EQ(build().accessDiffuseTexture().frameFiles.at(0), "bark.png");
+    ASSERT_EQ(m_vecWarnings.size(), 1U);
+    EXPECT_TRUE(m_vecWarnings[0].starts_with("texture \"bark.png\" is left out: ")) << m_vecWarnings[0];
 }
 
 TEST_F(WrittenMaterials, APictureIsMirroredOnlyWhereCoordinatesLeaveIt)
