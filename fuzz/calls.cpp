@@ -292,9 +292,13 @@ private:
         object.setTextureAnimationFPS("flicker", i, a);
         object.uploadTextures();
         require(!(object.getBoundingRadius() < 0.0F), "a radius is not negative");
-        const char* const name = object.getAnimationName(i);
-        require(!name || object.findAnimation(name) >= 0, "an animation is found by its name");
         require(object.isValidAnimation(i) || object.getAnimationEvents(i).empty(), "what is not there has no events");
+        if (object.isValidAnimation(i))
+        {
+            const S_String name = object.getAnimationName(i);
+            require(S_CaselessNameEqual()(object.getAnimationName(object.findAnimation(name)), name.c_str()),
+                    "an animation is found by its name");
+        }
     }
 
     void change()

@@ -58,12 +58,11 @@ S_Vector<Triple> readTriples(ChunkReader& chunk)
 /// Sorts the influences by vertex; those of one vertex stay in file order.
 void distribute(const S_Vector<Triple>& triples, SkinChunk& chunk)
 {
-    int last = -1;
+    std::size_t vertices = 0;
     for (const Triple& triple : triples)
     {
-        last = std::max(last, triple.vertex);
+        vertices = std::max(vertices, static_cast<std::size_t>(triple.vertex) + 1);
     }
-    const auto vertices = static_cast<std::size_t>(last + 1);
     chunk.vertexBoneCounts.assign(vertices, 0);
     for (const Triple& triple : triples)
     {
