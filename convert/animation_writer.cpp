@@ -1,5 +1,7 @@
 #include "convert/animation_writer.h"
 
+#include "convert/clip_gathering.h"
+
 #include <platform/runtime/memory_file_writer.h>
 
 #include <algorithm>
@@ -34,15 +36,6 @@ Tolerance chooseTolerance(const Model& model, const Skeleton& skeleton)
     return {std::max(measureSize(model, skeleton) * ofSize, 1e-9), degrees};
 }
 
-/// A clip as it is written.
-struct AnimationWriter::Written
-{
-    ReducedClip m_reduced;
-    std::vector<KeyframeAnimationChunk> m_vecRecords;
-    std::optional<KeyframeAnimationChunk> m_travel;
-    PoseError m_error;
-};
-
 namespace
 {
 /// The events that lie within a clip, in order, in seconds from its beginning.
@@ -62,87 +55,20 @@ std::vector<Event> findEvents(const Clip& clip, double end)
                      [](const Event& a, const Event& b) { return a.m_dTime < b.m_dTime; });
     return events;
 }
-
-/// How far from the origin anything stands in the pose at rest.
-double measureExtent(const Skeleton& skeleton, const DrawnBounds& bounds)
-{
-    double extent = bounds.getRadius();
-    for (const Joint& joint : skeleton.m_vecJoints)
-    {
-        extent = std::max(extent, joint.m_world.getTranslation().length());
-    }
-    return extent;
-}
 }  // namespace
 
 AnimationWriter::AnimationWriter(const Model& model, const Skeleton& skeleton, const Options& options,
-                                 const Tolerance& tolerance, const std::string& base, OutputFiles& files,
-                                 DrawnBounds& bounds)
+                                 const Tolerance& tolerance, const std::optional<TravelChoice>& travel,
+                                 const std::string& base, OutputFiles& files, DrawnBounds& bounds)
     : m_model(model),
       m_skeleton(skeleton),
       m_options(options),
-      m_tolerance(tolerance),
       m_strBase(base),
       m_files(files),
       m_bounds(bounds),
-      m_meter(model, skeleton)
+      m_reducer(model, skeleton, options, tolerance, travel),
+      m_clipsAhead(m_reducer, model.m_vecClips, options.m_uiThreads)
 {
-}
-
-Seam AnimationWriter::chooseSeam(const ReducedClip& clip) const
-{
-    switch (m_options.m_eLoop)
-    {
-        case Options::Loop::Always:
-            return clip.m_eSeam == Seam::Open ? Seam::SameFrame : clip.m_eSeam;
-        case Options::Loop::Never:
-            return Seam::Open;
-        case Options::Loop::Automatic:
-            break;
-    }
-    return clip.m_eSeam;
-}
-
-AnimationWriter::Written AnimationWriter::reduce(const Clip& clip) const
-{
-    // The library plays in single precision: what that adds is made up for by a tighter reduction.
-    constexpr double tighter = 0.7;
-    constexpr int mostTries = 4;
-    std::shared_ptr<const Travel> travel;
-    if (m_travel)
-    {
-        travel = std::make_shared<Travel>(m_model, clip, *m_travel);
-        travel = travel->isFartherThan(m_tolerance.m_dDistance, m_tolerance.m_dDegrees) ? travel : nullptr;
-    }
-    const Clip played = travel ? makeStandingClip(travel) : clip;
-    // Pose and travel share what is allowed.
-    const double share = travel ? 0.5 : 1.0;
-    Tolerance tolerance{m_tolerance.m_dDistance * share, m_tolerance.m_dDegrees * share};
-    Written written;
-    for (int tries = 0; tries < mostTries; ++tries)
-    {
-        written.m_reduced = reduceClip(m_model, m_skeleton, played, tolerance, m_options.m_iFrameRate);
-        const Seam seam = chooseSeam(written.m_reduced);
-        written.m_vecRecords = makeRecords(m_skeleton, written.m_reduced, seam);
-        const int rate = written.m_reduced.m_iFrameRate;
-        const std::vector<double>& times = written.m_reduced.m_vecLookedAt;
-        if (travel)
-        {
-            written.m_travel =
-                makeTravelRecord(*travel, written.m_reduced, seam, tolerance, measureExtent(m_skeleton, m_bounds));
-            written.m_error = m_meter.measure(clip, written.m_vecRecords, *travel, *written.m_travel, rate, times);
-        }
-        else
-        {
-            written.m_error = m_meter.measure(clip, written.m_vecRecords, rate, times);
-        }
-        if (written.m_error.isWithin(m_tolerance) || !written.m_reduced.m_error.isWithin(tolerance))
-        {
-            break;
-        }
-        tolerance = {tolerance.m_dDistance * tighter, tolerance.m_dDegrees * tighter};
-    }
-    return written;
 }
 
 ScriptBlock::Animation AnimationWriter::addRest(const std::string& comment)
@@ -154,17 +80,29 @@ ScriptBlock::Animation AnimationWriter::addRest(const std::string& comment)
     return animation;
 }
 
-ScriptBlock::Animation AnimationWriter::addClip(int index, const Clip& clip)
+std::vector<ScriptBlock::Animation> AnimationWriter::addClips(int firstIndex)
 {
-    const Written written = reduce(clip);
+    std::vector<ScriptBlock::Animation> animations;
+    for (const Clip& clip : m_model.m_vecClips)
+    {
+        const auto done = static_cast<double>(animations.size());
+        m_options.tell("clip " + clip.m_strName,
+                       partOfReading + (1.0 - partOfReading) * done / static_cast<double>(m_model.m_vecClips.size()));
+        animations.push_back(addClip(firstIndex + static_cast<int>(animations.size()), clip, m_clipsAhead.takeNext()));
+    }
+    return animations;
+}
+
+ScriptBlock::Animation AnimationWriter::addClip(int index, const Clip& clip, const WrittenClip& written)
+{
     const ReducedClip& reduced = written.m_reduced;
-    m_meter.addBounds(written.m_vecRecords, m_bounds);
+    m_reducer.getMeter().addBounds(written.m_vecRecords, m_bounds);
     ClipSummary summary;
     summary.m_iIndex = index;
     summary.m_strName = clip.m_strName;
     summary.m_iFrameRate = reduced.m_iFrameRate;
     summary.m_uiFrames = reduced.m_uiFrames;
-    summary.m_bLooping = chooseSeam(reduced) != Seam::Open;
+    summary.m_bLooping = written.m_eSeam != Seam::Open;
     summary.m_uiSampledKeys = reduced.m_uiSampledKeys;
     summary.m_error = written.m_error;
     for (const Track& track : reduced.m_vecTracks)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "convert/clip_writer.h"
+#include "convert/clip_reducer.h"
 #include "convert/converter.h"
 #include "convert/output_files.h"
 #include "convert/script_writer.h"
@@ -22,43 +22,41 @@ namespace TW2::convert
 /// A two-thousandth of the model's size, 0.1 degrees.
 [[nodiscard]] Tolerance chooseTolerance(const Model& model, const Skeleton& skeleton);
 
-/// Makes animation files of a model's clips, and tells what a script says about them.
+/// Makes animation files of a model's clips, and tells what a script says about them. The clips are reduced on
+/// `Options::m_uiThreads` threads from its construction on.
 class AnimationWriter
 {
 public:
-    /// All must outlive the writer. `base` begins the names of the files, which go to `files`; what the clips draw goes
-    /// to `bounds`.
+    /// All must outlive the writer. `travel`: what is taken out of all clips, if anything. `base` begins the names of
+    /// the files, which go to `files`; what the clips draw goes to `bounds`.
     AnimationWriter(const Model& model, const Skeleton& skeleton, const Options& options, const Tolerance& tolerance,
-                    const std::string& base, OutputFiles& files, DrawnBounds& bounds);
+                    const std::optional<TravelChoice>& travel, const std::string& base, OutputFiles& files,
+                    DrawnBounds& bounds);
 
-    /// Takes this travel out of all clips that come after.
-    void takeOut(const TravelChoice& travel) { m_travel = travel; }
     /// Gives files other names than those that this folder has already.
     void avoidFilesIn(const std::string& folder) { m_strAvoided = folder; }
     /// The pose at rest, as animation 0.
     [[nodiscard]] ScriptBlock::Animation addRest(const std::string& comment);
-    [[nodiscard]] ScriptBlock::Animation addClip(int index, const Clip& clip);
+    /// All clips of the model, in their order; call it once. Throws what reducing them throws.
+    [[nodiscard]] std::vector<ScriptBlock::Animation> addClips(int firstIndex);
     /// Whether any clip scales anything.
     [[nodiscard]] bool isScaled() const noexcept { return m_bScaled; }
     /// What became of the clips, in their order.
     [[nodiscard]] const std::vector<ClipSummary>& getSummaries() const noexcept { return m_vecSummaries; }
 
 private:
-    struct Written;
-    [[nodiscard]] Written reduce(const Clip& clip) const;
-    [[nodiscard]] Seam chooseSeam(const ReducedClip& clip) const;
+    [[nodiscard]] ScriptBlock::Animation addClip(int index, const Clip& clip, const WrittenClip& written);
     [[nodiscard]] std::string makeClipName(const std::string& clip);
     [[nodiscard]] std::string addRecords(const std::string& name, const std::vector<KeyframeAnimationChunk>& records);
 
     const Model& m_model;
     const Skeleton& m_skeleton;
     const Options& m_options;
-    Tolerance m_tolerance;
     std::string m_strBase;
     OutputFiles& m_files;
     DrawnBounds& m_bounds;
-    PlaybackMeter m_meter;
-    std::optional<TravelChoice> m_travel;
+    ClipReducer m_reducer;
+    ClipsAhead m_clipsAhead;
     std::string m_strAvoided;
     UniqueNames m_fileNames{"clip"};
     UniqueNames m_scriptNames{"clip"};

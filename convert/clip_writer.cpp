@@ -11,6 +11,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <set>
 
 namespace TW2::convert
@@ -80,7 +81,7 @@ void composeMoved(const Skeleton& skeleton, const std::vector<Matrixd>& local, c
 }
 }  // namespace
 
-/// Plays records as the library does.
+/// Plays records as the library does. Players are made and go one at a time, as the library demands, and play at once.
 class PlaybackMeter::Player
 {
 public:
@@ -89,14 +90,7 @@ public:
            const KeyframeAnimationChunk* travel)
         : m_skeleton(skeleton)
     {
-        if (travel)
-        {
-            m_pTravel = std::make_unique<TW_KeyframeAnimation>(*travel, false);
-        }
-        for (const KeyframeAnimationChunk& record : records)
-        {
-            m_vecTracks.push_back(std::make_unique<TW_KeyframeAnimation>(record, false));
-        }
+        build(records, travel);
         m_vecLocal.resize(m_vecTracks.size());
         for (std::size_t joint = 0; joint < records.size(); ++joint)
         {
@@ -112,6 +106,14 @@ public:
             m_uiFrames -= m_bAgain ? 1 : 0;
         }
     }
+    ~Player()
+    {
+        const std::lock_guard lock(s_building);
+        m_vecTracks.clear();
+        m_pTravel.reset();
+    }
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
 
     /// The frames from 0 that are shown.
     [[nodiscard]] unsigned int getFrameCount() const noexcept { return m_uiFrames; }
@@ -148,15 +150,36 @@ public:
     }
 
 private:
+    using Tracks = std::vector<std::unique_ptr<TW_KeyframeAnimation>>;
+
+    void build(const std::vector<KeyframeAnimationChunk>& records, const KeyframeAnimationChunk* travel)
+    {
+        const std::lock_guard lock(s_building);
+        Tracks tracks;
+        for (const KeyframeAnimationChunk& record : records)
+        {
+            tracks.push_back(std::make_unique<TW_KeyframeAnimation>(record, false));
+        }
+        if (travel)
+        {
+            m_pTravel = std::make_unique<TW_KeyframeAnimation>(*travel, false);
+        }
+        m_vecTracks = std::move(tracks);
+    }
+
+    static std::mutex s_building;
+
     const Skeleton& m_skeleton;
     std::unique_ptr<TW_KeyframeAnimation> m_pTravel;
-    std::vector<std::unique_ptr<TW_KeyframeAnimation>> m_vecTracks;
+    Tracks m_vecTracks;
     unsigned int m_uiFrames = 0;
     bool m_bAgain = false;
     std::vector<bool> m_vecPlaying;  // the records that have more than one key
     std::vector<bool> m_vecMoving;
     mutable std::vector<Matrixd> m_vecLocal;
 };
+
+std::mutex PlaybackMeter::Player::s_building;
 
 std::vector<KeyframeAnimationChunk> makeRecords(const Skeleton& skeleton, const ReducedClip& clip, Seam seam)
 {

@@ -23,7 +23,7 @@ namespace TW2::convert
 [[nodiscard]] KeyframeAnimationChunk makeTravelRecord(const Travel& travel, const ReducedClip& clip, Seam seam,
                                                       const Tolerance& tolerance, double reach);
 
-/// Looks at clips as the library plays their records.
+/// Looks at clips as the library plays their records. May be asked on several threads at once.
 class PlaybackMeter
 {
 public:

@@ -17,6 +17,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
+#include <optional>
 
 namespace TW2::convert
 {
@@ -48,6 +50,14 @@ public:
     Summary convert(const std::string& folder)
     {
         m_summary.m_tolerance = m_options.m_tolerance.value_or(chooseTolerance(m_model, m_skeleton));
+        std::optional<TravelChoice> travel;
+        if (!m_options.m_strTravel.empty())
+        {
+            travel = chooseTravel(m_model, m_options.m_strTravel, m_strModelFile);
+        }
+        // Clips are reduced while the pictures and the geometry are written.
+        AnimationWriter clips(m_model, m_skeleton, m_options, m_summary.m_tolerance, travel, m_strBase, m_files,
+                              m_bounds);
         Warnings warnings;
         TextureFiles textures(m_model.m_vecPictures, m_files, warnings);
         m_vecPlans = planSurfaces(m_model, textures, warnings);
@@ -55,11 +65,11 @@ public:
         m_summary.m_uiTextures = m_files.getCount();
         if (m_summary.m_bSkinned)
         {
-            addSkinnedObject(materials);
+            addSkinnedObject(materials, clips);
         }
         else
         {
-            addRigidObject(materials);
+            addRigidObject(materials, clips);
         }
         for (ScriptBlock& block : m_vecBlocks)
         {
@@ -95,9 +105,9 @@ private:
         return m_skeleton.m_vecHolders[mesh] >= 0 || !m_model.m_vecMeshes[mesh].m_vecBones.empty();
     }
 
-    void addSkinnedObject(const MaterialListChunk& materials)
+    void addSkinnedObject(const MaterialListChunk& materials, AnimationWriter& clips)
     {
-        ScriptBlock& skeleton = m_vecBlocks.emplace_back();
+        ScriptBlock skeleton;
         skeleton.m_strName = "skeleton";
         skeleton.m_strComment = "The bones and their animations; never drawn.";
         skeleton.m_strGeometryFile = m_strBase + "_skeleton.tw";
@@ -105,7 +115,6 @@ private:
         writeSkeleton(bones, m_skeleton);
         writeStage(bones, m_model, m_skeleton);
         m_files.add(skeleton.m_strGeometryFile, bones);
-        addAnimations(skeleton);
 
         ScriptBlock skin;
         skin.m_strName = skinName;
@@ -113,7 +122,9 @@ private:
         skin.m_strGeometryFile = m_strBase + "_skin.tw";
         skin.m_strSkinFile = m_strBase + ".skd";
         addSkin(skin, materials);
-        m_vecBlocks.push_back(skin);
+        addAnimations(skeleton, clips);
+        m_vecBlocks.push_back(std::move(skeleton));
+        m_vecBlocks.push_back(std::move(skin));
     }
 
     void addSkin(const ScriptBlock& block, const MaterialListChunk& materials)
@@ -153,7 +164,7 @@ private:
         m_summary.m_uiGroups = geometry.getGroupCount();
     }
 
-    void addRigidObject(const MaterialListChunk& materials)
+    void addRigidObject(const MaterialListChunk& materials, AnimationWriter& clips)
     {
         ScriptBlock& object = m_vecBlocks.emplace_back();
         object.m_strName = "object";
@@ -166,32 +177,20 @@ private:
         m_summary.m_uiVertices = size.m_uiVertices;
         m_summary.m_uiTriangles = size.m_uiTriangles;
         m_summary.m_uiGroups = size.m_uiGroups;
-        addAnimations(object);
+        addAnimations(object, clips);
     }
 
-    void addAnimations(ScriptBlock& block)
+    void addAnimations(ScriptBlock& block, AnimationWriter& clips)
     {
-        AnimationWriter writer(m_model, m_skeleton, m_options, m_summary.m_tolerance, m_strBase, m_files, m_bounds);
-        if (!m_options.m_strTravel.empty())
-        {
-            writer.takeOut(chooseTravel(m_model, m_options.m_strTravel, m_strModelFile));
-        }
         if (m_summary.m_bSkinned || !m_model.m_vecClips.empty())
         {
             block.m_vecAnimations.push_back(
-                writer.addRest(m_summary.m_bSkinned ? "the pose the skin was bound in" : "the model at rest"));
+                clips.addRest(m_summary.m_bSkinned ? "the pose the skin was bound in" : "the model at rest"));
         }
-        int index = 1;
-        for (const Clip& clip : m_model.m_vecClips)
-        {
-            m_options.tell(
-                "clip " + clip.m_strName,
-                partOfReading + (1.0 - partOfReading) * (index - 1) / static_cast<double>(m_model.m_vecClips.size()));
-            block.m_vecAnimations.push_back(writer.addClip(index++, clip));
-        }
+        std::ranges::move(clips.addClips(1), std::back_inserter(block.m_vecAnimations));
         // Rows of unit length would take a scale away.
-        block.m_strCrossMode = writer.isScaled() ? "linear" : "orthonormalized";
-        m_summary.m_vecClips = writer.getSummaries();
+        block.m_strCrossMode = clips.isScaled() ? "linear" : "orthonormalized";
+        m_summary.m_vecClips = clips.getSummaries();
     }
 
     void addScript()

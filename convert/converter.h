@@ -32,7 +32,9 @@ struct Options
     bool m_bMergeClips = false;  ///< all clips that are taken become one
     std::string m_strTravel;     ///< whose motion is the object's travel, as `chooseTravel` reads it; empty: none's
     std::string m_strMapFile;    ///< which node is which between models, as `NodeMap` reads it; empty: names tell
-    std::string m_strBlock;      ///< of `addMotion`: the script's block; empty: the only one that is not a skin
+    /// How many threads reduce the clips; what is written is the same with any number. 1: only the calling one does.
+    unsigned int m_uiThreads = 1;
+    std::string m_strBlock;  ///< of `addMotion`: the script's block; empty: the only one that is not a skin
     /// Is told what begins now, and which part of the work is behind it, 0 to 1; empty: nobody is told.
     std::function<void(const std::string& step, double part)> m_onProgress;
 

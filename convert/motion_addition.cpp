@@ -78,20 +78,14 @@ Summary addMotion(const std::vector<std::string>& modelFiles, const std::string&
     OutputFiles files;
     const std::string folder = std::filesystem::path(scriptFile).parent_path().string();
     summary.m_tolerance = options.m_tolerance.value_or(chooseTolerance(body, skeleton));
-    AnimationWriter writer(body, skeleton, options, summary.m_tolerance, character.m_strPlace, files, bounds);
-    writer.avoidFilesIn(folder.empty() ? "." : folder);
+    std::optional<TravelChoice> travel;
     if (!options.m_strTravel.empty())
     {
-        writer.takeOut(chooseTravel(body, options.m_strTravel, scriptFile));
+        travel = chooseTravel(body, options.m_strTravel, scriptFile);
     }
-    std::vector<ScriptBlock::Animation> animations;
-    for (const Clip& clip : body.m_vecClips)
-    {
-        options.tell("clip " + clip.m_strName, partOfReading + (1.0 - partOfReading) *
-                                                                   static_cast<double>(animations.size()) /
-                                                                   static_cast<double>(body.m_vecClips.size()));
-        animations.push_back(writer.addClip(character.m_iNextIndex + static_cast<int>(animations.size()), clip));
-    }
+    AnimationWriter writer(body, skeleton, options, summary.m_tolerance, travel, character.m_strPlace, files, bounds);
+    writer.avoidFilesIn(folder.empty() ? "." : folder);
+    const std::vector<ScriptBlock::Animation> animations = writer.addClips(character.m_iNextIndex);
     if (writer.isScaled() && character.m_strCrossMode != "linear")
     {
         body.m_vecWarnings.push_back(

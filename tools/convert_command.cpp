@@ -224,7 +224,7 @@ bool convertAll(const std::vector<Job>& jobs, const Arguments& arguments)
     action.sa_handler = noteInterruption;  // without SA_RESTART: waiting ends
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
-    const std::size_t most = arguments.jobs > 0 ? arguments.jobs : std::max(std::thread::hardware_concurrency(), 1U);
+    const std::size_t most = arguments.jobs;
     std::vector<std::unique_ptr<Worker>> workers;
     std::size_t reported = 0;
     std::size_t running = 0;
@@ -318,6 +318,7 @@ void run(Arguments arguments)
         arguments.options.m_onProgress = [descriptor = arguments.progress](const std::string& step, double part)
         { dprintf(descriptor, "%.3f %s\n", part, step.c_str()); };
     }
+    arguments.jobs = arguments.jobs > 0 ? arguments.jobs : std::max(std::thread::hardware_concurrency(), 1U);
     std::vector<Job> jobs;
     if (single)
     {
@@ -328,6 +329,7 @@ void run(Arguments arguments)
         std::ranges::transform(arguments.models, std::back_inserter(jobs),
                                [](const std::string& model) { return Job{model}; });
     }
+    arguments.options.m_uiThreads = std::max(arguments.jobs / static_cast<unsigned int>(jobs.size()), 1U);
     if (convertAll(jobs, arguments))
     {
         std::exit(EXIT_FAILURE);  // the reasons are on standard error already
@@ -401,7 +403,9 @@ const tools::Command s_command(
                         "File descriptor to write a line to for each step: which part is done, and what begins")
             ->check(CLI::Range(0, 1 << 20));
         command.add_option("--depfile", arguments->depfile, "Write what was read as a rule for make and ninja");
-        command.add_option("-j,--jobs", arguments->jobs, "Models to convert at once (default: one per processor)")
+        command
+            .add_option("-j,--jobs", arguments->jobs,
+                        "Processors to use, for several models at once and for the clips of each (default: all)")
             ->check(CLI::Range(1, 256));
         command.callback([arguments] { run(*arguments); });
     });
