@@ -36,12 +36,23 @@ Matrixd turnBetween(const Vector3d& from, const Vector3d& to)
         }
         return turn;
     }
-    // Rodrigues, with (1 - cosine) / sine^2 = 1 / (1 + cosine).
-    const double f = 1.0 / (1.0 + cosine);
+    // Rodrigues, with (1 - cosine) / sine^2 = 1 / (1 + cosine); of these that in which nothing cancels out.
+    const double f = cosine < 0.0 ? (1.0 - cosine) / axis.lengthSquared() : 1.0 / (1.0 + cosine);
     turn.setRow(0, {cosine + axis.x * axis.x * f, axis.x * axis.y * f + axis.z, axis.x * axis.z * f - axis.y});
     turn.setRow(1, {axis.x * axis.y * f - axis.z, cosine + axis.y * axis.y * f, axis.y * axis.z * f + axis.x});
     turn.setRow(2, {axis.x * axis.z * f + axis.y, axis.y * axis.z * f - axis.x, cosine + axis.z * axis.z * f});
     return turn;
+}
+
+/// What `findTurn` turns around of a joint's place in the scene, which is its own inverse: turns inside of a mirrored
+/// joint have to be seen through it, before and behind. Of -1 nothing.
+Matrixd getMirror(const Skeleton& skeleton, int joint)
+{
+    const bool mirrored =
+        joint >= 0 && skeleton.m_vecJoints[static_cast<std::size_t>(joint)].m_world.determinant() < 0.0;
+    Matrixd mirror;
+    mirror.m[0][0] = mirrored ? -1.0 : 1.0;
+    return mirror;
 }
 
 double measureScale(const Matrixd& matrix)
@@ -78,7 +89,8 @@ public:
         const Joint& rest = fitting.getBodyAtRest().m_vecJoints[node];
         const auto from = static_cast<std::size_t>(fitting.getPlace(node).m_iFrom);
         const Matrixd above = getTurn(rest.m_iParent, seconds);
-        const Matrixd turn = getTurn(static_cast<int>(node), seconds) * above.inverse();
+        const Matrixd mirrorAbove = getMirror(fitting.getBodyAtRest(), rest.m_iParent);
+        const Matrixd turn = mirrorAbove * getTurn(static_cast<int>(node), seconds) * above.inverse() * mirrorAbove;
         const double stretch = measureStretch(from, seconds);
         const double mirror = rest.m_local.determinant() < 0.0 ? -1.0 : 1.0;
         Matrixd local;
@@ -103,9 +115,12 @@ private:
     {
         Matrixd turn;
         const Model& other = m_pFitting->getOther();
-        for (int at = node; at >= 0; at = other.m_vecNodes[static_cast<std::size_t>(at)].m_iParent)
+        for (int at = node; at >= 0;)
         {
-            turn = turn * findTurn(m_sampler.sample(static_cast<std::size_t>(at), seconds));
+            const int parent = other.m_vecNodes[static_cast<std::size_t>(at)].m_iParent;
+            const Matrixd mirrorAbove = getMirror(m_pFitting->getOtherAtRest(), parent);
+            turn = turn * mirrorAbove * findTurn(m_sampler.sample(static_cast<std::size_t>(at), seconds)) * mirrorAbove;
+            at = parent;
         }
         return turn;
     }
@@ -166,8 +181,10 @@ private:
         const double ratio = boneFrom.length() > least * fitting.getOtherHeight() && bone.length() > 0.0
                                  ? bone.length() / boneFrom.length()
                                  : bySize;
-        const Matrixd across = findTurn(restParentFrom.m_world) * fitting.getHeading() *
-                               (fitting.getPlace(parent).m_rest * fitting.getPlace(parent).m_alignment).inverse();
+        const Matrixd across = getMirror(fitting.getOtherAtRest(), restFrom.m_iParent) *
+                               findTurn(restParentFrom.m_world) * fitting.getHeading() *
+                               (fitting.getPlace(parent).m_rest * fitting.getPlace(parent).m_alignment).inverse() *
+                               getMirror(fitting.getBodyAtRest(), rest.m_iParent);
         return bone + across.transformPoint(apart) * ratio;
     }
 
@@ -271,8 +288,9 @@ void Fitting::findPlaces(const NodeMatch& match)
             const Place& above = m_vecPlaces[static_cast<std::size_t>(parent)];
             place.m_iAbove = above.m_iFrom >= 0 ? parent : above.m_iAbove;
         }
-        place.m_rest =
-            findTurn(place.m_iFrom >= 0 ? m_bodyAtRest.m_vecJoints[i].m_world : m_body.m_vecNodes[i].m_local);
+        const Matrixd mirrorAbove = getMirror(m_bodyAtRest, parent);
+        place.m_rest = place.m_iFrom >= 0 ? findTurn(m_bodyAtRest.m_vecJoints[i].m_world)
+                                          : mirrorAbove * findTurn(m_body.m_vecNodes[i].m_local) * mirrorAbove;
     }
 }
 

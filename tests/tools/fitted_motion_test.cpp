@@ -130,19 +130,29 @@ TEST(FittedMotion, ASkeletonOfAnotherSizeAndOtherAxesPlaysTheSameDirections)
         return (isArm(bone) ? from + turn(about({0, 0, 1}, bone < 12 ? -50 : 50), atRest(bone) - from) : atRest(bone)) *
                2.0;
     };
+    // An arm and a shin stand opposite at rest. What fingers then do, nobody can say: any half turn brings the arm
+    // back.
+    const auto opposite = [&](std::size_t bone)
+    {
+        const bool arm = bone >= 3 && bone <= 7;
+        const bool shin = bone >= 9 && bone <= 11;
+        return (arm || shin ? atRest(arm ? 3 : 9) * 2.0 - atRest(bone) : atRest(bone)) * 2.0;
+    };
     struct Case
     {
         const char* m_pName;
         std::function<Vec(std::size_t)> m_place;
         bool m_bTurned = false;
+        bool m_bFingers = true;
     };
-    for (const auto& [name, place, turned] :
+    for (const auto& [name, place, turned, fingers] :
          {Case{"twice the size", [&](std::size_t bone) { return atRest(bone) * 2.0; }}, Case{"hanging arms", hanging},
           Case{"looks back",
                [&](std::size_t bone) {
                    return turn(about({0, 1, 0}, 180), hanging(bone));
                },
-               true}})
+               true},
+          Case{"opposite limbs", opposite, false, false}})
     {
         const GltfCharacter giant = makeOther(
             person, place, [&](std::size_t bone) { return spellOtherwise(person.m_vecBones[bone].m_strName); });
@@ -170,6 +180,11 @@ TEST(FittedMotion, ASkeletonOfAnotherSizeAndOtherAxesPlaysTheSameDirections)
                 object->animateObject(index, static_cast<float>(frame) / 30.0f, nullptr);
                 for (std::size_t bone = 0; bone < person.m_vecBones.size(); ++bone)
                 {
+                    const bool finger = bone == 6 || bone == 7;
+                    if (finger && !fingers)
+                    {
+                        continue;
+                    }
                     Vec expected = person.getPoint(clip, bone, frame / 30.0) * 2.0;
                     expected = turned ? turn(about({0, 1, 0}, 180), expected) : expected;
                     const Vec played = getPoint(*object, giant.m_vecBones[bone].m_strName, {});
