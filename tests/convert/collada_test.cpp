@@ -2,6 +2,7 @@
 #include "convert/model_reader.h"
 #include "tests/convert/model_builder.h"
 #include "tests/support/expectations.h"
+#include "tests/support/gltf_character.h"
 #include "tests/support/temporary_directory.h"
 
 #include <platform/image/image.h>
@@ -9,11 +10,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 
 namespace
 {
 using namespace convert_test;
+using support::Vec;
 using TW2::convert::ClipSampler;
 
 std::string makeSource(const std::string& id, const std::string& array, std::size_t stride = 1, std::size_t offset = 0)
@@ -102,10 +105,6 @@ TEST(Collada, EveryKindOfKeyMovesThePartThatItNames)
     }
     expectTurn(makeAnimation("arm/turn.ANGLE", "BEZIER", "0 90 30", 1, "-20 70 10", "20 110 50"), 0.25, hermite);
     expectTurn(makeAnimation("arm/turn.ANGLE", "HERMITE", "0 90 30", 1, "60 60 60", "60 60 60"), 0.25, hermite);
-    // One number of a place, and one element of a matrix: column 3, row 1.
-    EXPECT_LT(largestDifference(sample(makeAnimation("arm/place.Z", "LINEAR", "3 5 9"), 0, 1.5), move(1, 2, -7)), 1e-9);
-    EXPECT_LT(largestDifference(sample(makeAnimation("hand/matrix(3)(1)", "LINEAR", "0 4 8"), 1, 0.5), move(5, 2, 0)),
-              1e-9);
     // Whole matrices turn the shorter way and stay as large as they are.
     const std::string quarter =
         "1 0 0 5 0 1 0 0 0 0 1 0 0 0 0 1  0 -1 0 7 1 0 0 0 0 0 1 0 0 0 0 1  "
@@ -113,6 +112,116 @@ TEST(Collada, EveryKindOfKeyMovesThePartThatItNames)
     EXPECT_LT(largestDifference(sample(makeAnimation("hand/matrix", "LINEAR", quarter, 16), 1, 0.5),
                                 turnZ(45.0) * move(6, 0, 0)),
               1e-9);
+}
+
+namespace
+{
+struct Step
+{
+    std::string m_strKind;
+    std::vector<double> m_vecNumbers;
+};
+
+double dot(const Vec& a, const Vec& b)
+{
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+/// Where a step of a node's matrix takes a point of the file's space.
+Vec apply(const Step& step, const Vec& p)
+{
+    const std::vector<double>& n = step.m_vecNumbers;
+    const auto unit = [](const Vec& v) { return v * (1.0 / length(v)); };
+    const auto cross = [](const Vec& a, const Vec& b) {
+        return Vec{a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+    };
+    if (step.m_strKind == "matrix")
+    {
+        return {dot({n[0], n[1], n[2]}, p) + n[3], dot({n[4], n[5], n[6]}, p) + n[7],
+                dot({n[8], n[9], n[10]}, p) + n[11]};
+    }
+    if (step.m_strKind == "rotate")
+    {
+        return support::turn(support::about({n[0], n[1], n[2]}, n[3]), p);
+    }
+    if (step.m_strKind == "scale")
+    {
+        return {p.x * n[0], p.y * n[1], p.z * n[2]};
+    }
+    if (step.m_strKind == "skew")
+    {
+        const Vec moved = unit({n[4], n[5], n[6]});
+        const Vec turned{n[1], n[2], n[3]};
+        return p +
+               moved * (std::tan(n[0] * std::numbers::pi / 180.0) * dot(unit(turned - moved * dot(turned, moved)), p));
+    }
+    if (step.m_strKind == "lookat")
+    {
+        const Vec eye{n[0], n[1], n[2]};
+        const Vec back = unit(eye - Vec{n[3], n[4], n[5]});
+        const Vec right = unit(cross({n[6], n[7], n[8]}, back));
+        return eye + right * p.x + cross(back, right) * p.y + back * p.z;
+    }
+    return p + Vec{n[0], n[1], n[2]};
+}
+}  // namespace
+
+TEST(Collada, EveryNumberOfEveryStepOfANodesMatrixCountsAndMoves)
+{
+    std::vector<Step> steps{{"translate", {1, -2, 3}},
+                            {"rotate", {1, 2, -0.5, 40}},
+                            {"skew", {30, 1, 3, 4, 2, 0.5, 1}},
+                            {"scale", {2, 3, -0.5}},
+                            {"lookat", {1, 2, 3, 2, -1, 5, 0.2, 1, 0.1}},
+                            {"matrix", {1, 0.5, 0, 4, -0.2, 2, 0.3, 5, 0, 1, 1.5, 6, 0, 0, 0, 1}}};
+    for (std::size_t moved = 0; moved < steps.size(); ++moved)
+    {
+        const std::string kind = steps[moved].m_strKind;
+        for (std::size_t number = 0; number < std::min<std::size_t>(steps[moved].m_vecNumbers.size(), 12); ++number)
+        {
+            std::ranges::rotate(steps, steps.begin() + (number % 2 == 0 ? 1 : 2));
+            std::string text;
+            for (const Step& step : steps)
+            {
+                text += "<" + step.m_strKind + " sid='" + step.m_strKind + "'>";
+                for (const double value : step.m_vecNumbers)
+                {
+                    text += std::to_string(value) + " ";
+                }
+                text += "</" + step.m_strKind + ">";
+            }
+            const std::string index = std::to_string(number);
+            const std::string part = kind == "matrix"
+                                         ? "(" + std::to_string(number % 4) + ")(" + std::to_string(number / 4) + ")"
+                                     : kind == "skew" || kind == "lookat" ? "(" + index + ")"
+                                     : number == 3                        ? std::string(".ANGLE")
+                                                                          : std::string(".") + "xyz"[number];
+            auto played = steps;
+            double& value = std::ranges::find(played, kind, &Step::m_strKind)->m_vecNumbers[number];
+            const std::string keys = std::to_string(value) + " " + std::to_string(value + 0.5) + " 9";
+            const Model model = readCollada(makeCollada(makeAnimation("steps/" + kind + part, "LINEAR", keys), {},
+                                                        "<node id='steps'>" + text + "</node>"));
+            value += 0.25;
+            const Matrixd back = model.m_root.inverse();
+            const Matrixd local = ClipSampler(model, model.m_vecClips.at(0)).sample(2, 0.5) * back;
+            for (const Vec& point : {Vec{}, Vec{1, 2, 3}, Vec{-2, 0.5, 1}, Vec{0.3, -1, 2}})
+            {
+                const auto expect = [&](const Matrixd& matrix, const std::vector<Step>& by)
+                {
+                    Vec expected = point;
+                    for (std::size_t i = by.size(); i-- > 0;)
+                    {
+                        expected = apply(by[i], expected);
+                    }
+                    const Vector3d is = matrix.transformPoint({point.x, point.y, -point.z});
+                    EXPECT_LT(length(Vec{is.x, is.y, -is.z} - expected), 1e-9) << kind << part;
+                };
+                expect(model.m_vecNodes.at(2).m_local * back, steps);
+                expect(local, played);
+            }
+            std::ranges::rotate(steps, steps.end() - (number % 2 == 0 ? 1 : 2));
+        }
+    }
 }
 
 TEST(Collada, AnimationsAreOneClipUnlessTheFileArrangesThem)
@@ -143,13 +252,8 @@ TEST(Collada, AnimationsAreOneClipUnlessTheFileArrangesThem)
 TEST(Collada, NodesHaveTheirNamesAndTheSceneItsUpAxisAndUnit)
 {
     const std::string keys = makeAnimation("arm/turn.ANGLE", "LINEAR", "0 90 30");
-    const std::string eye = "<node id='eye'><lookat>1 2 3 1 2 8 0 1 0</lookat></node>";
-    const Model model = readCollada(makeCollada(keys, {}, eye, "Z_UP"));
-    ASSERT_EQ(model.m_vecNodes.size(), 3U);
-    Matrixd turned;
-    turned.m[0][0] = turned.m[2][2] = -1.0;
-    EXPECT_LT(largestDifference(model.m_vecNodes[2].m_local * model.m_root.inverse(), turned * move(1, 2, -3)), 1e-9)
-        << "it looks along its negative z";
+    const Model model = readCollada(makeCollada(keys, {}, {}, "Z_UP"));
+    ASSERT_EQ(model.m_vecNodes.size(), 2U);
     EXPECT_EQ(model.m_vecNodes[0].m_strName, "upper arm");
     EXPECT_EQ(model.m_vecNodes[1].m_strName, "hand") << "the id where there is no name";
     // (1, 2, 3) with z up is (1, 3, -2) with y up, mirrored at z, and half as large.
@@ -228,16 +332,156 @@ TEST(Collada, SkinsMaterialsAndPolygonsAreThoseOfTheFile)
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("points and lines")));
 }
 
+TEST(Collada, PolygonsOfEveryKindAreTheirTrianglesWithWhatTheirCornersSay)
+{
+    // Five corners, of which each says four numbers: where its place, normal, coordinates and colour stand in the
+    // lists.
+    const std::vector<std::array<double, 3>> places{{0, 0, 0}, {4, 0, 1}, {5, 3, 2}, {2, 5, 1}, {-1, 3, 3}};
+    const std::array<std::array<std::size_t, 4>, 5> corners{
+        {{0, 2, 1, 0}, {1, 0, 2, 1}, {2, 1, 0, 2}, {3, 2, 2, 1}, {4, 1, 1, 2}}};
+    const std::array<std::array<float, 3>, 3> normals{{{0, 0, 1}, {0.6F, 0, 0.8F}, {0, -0.8F, 0.6F}}};
+    const std::array<std::array<float, 2>, 3> first{{{0, 0.25F}, {0.5F, 1}, {2, -1}}};
+    const std::array<std::array<float, 2>, 3> second{{{3, 0}, {4, 0.5F}, {5, 0.75F}}};
+    const std::array<std::array<int, 4>, 3> colors{{{255, 0, 51, 255}, {0, 102, 255, 51}, {153, 204, 0, 0}}};
+    const auto list = [](const auto& rows, double factor = 1.0)
+    {
+        std::string text;
+        for (const auto& row : rows)
+        {
+            for (const auto number : row)
+            {
+                text += std::to_string(static_cast<double>(number) * factor) + " ";
+            }
+        }
+        return floats(text);
+    };
+    const auto p = [&corners](const std::vector<std::size_t>& chosen)
+    {
+        std::string text;
+        for (const std::size_t corner : chosen)
+        {
+            for (const std::size_t index : corners[corner])
+            {
+                text += std::to_string(index) + " ";
+            }
+        }
+        return "<p>" + text + "</p>";
+    };
+    struct Case
+    {
+        std::string m_strKind;
+        std::string m_strLists;
+        std::vector<std::array<std::size_t, 3>> m_vecTriangles;
+        std::string m_strWarning = {};
+    };
+    const std::string thin = "what consists of points and lines";
+    for (const Case& each :
+         {Case{"triangles", p({0, 1, 2, 2, 3, 4}), {{0, 1, 2}, {2, 3, 4}}},
+          Case{"trifans", p({0, 1, 2, 3}) + p({4, 0, 1}), {{0, 1, 2}, {0, 2, 3}, {4, 0, 1}}},
+          Case{"tristrips", p({0, 1, 2, 3, 4}), {{0, 1, 2}, {2, 1, 3}, {2, 3, 4}}},
+          Case{"polygons", p({0, 1, 2}) + p({3, 4}) + p({2, 3, 4}), {{0, 1, 2}, {2, 3, 4}}, thin},
+          Case{"polygons", "<ph>" + p({1, 2, 3}) + "<h>0 0 0 0</h></ph>", {{1, 2, 3}}, "the holes of its polygons"},
+          Case{"polylist",
+               "<vcount>3 2 4</vcount>" + p({0, 1, 2, 3, 4, 0, 1, 2, 3}),
+               {{0, 1, 2}, {0, 1, 2}, {0, 2, 3}},
+               thin}})
+    {
+        const std::string libraries =
+            "<library_geometries><geometry id='g'><mesh>" + makeSource("gp", list(places), 3) +
+            makeSource("gn", list(normals, 2.0), 3) + makeSource("g0", list(first), 2) +
+            makeSource("g1", list(second), 2) + makeSource("gc", list(colors, 1.0 / 255.0), 4) +
+            "<vertices id='gv'><input semantic='POSITION' source='#gp'/></vertices><" + each.m_strKind +
+            "><input semantic='TEXCOORD' source='#g1' offset='2' set='4'/><input semantic='VERTEX' source='#gv' "
+            "offset='0'/>"
+            "<input semantic='NORMAL' source='#gn' offset='1'/><input semantic='TEXCOORD' source='#g0' offset='2' "
+            "set='1'/>"
+            "<input semantic='COLOR' source='#gc' offset='3'/>" +
+            each.m_strLists + "</" + each.m_strKind + "></mesh></geometry></library_geometries>";
+        const Model model = readCollada(makeCollada({}, libraries, "<node><instance_geometry url='#g'/></node>"));
+        const Mesh& mesh = model.m_vecMeshes.at(0);
+        ASSERT_EQ(mesh.m_vecIndices.size(), 3 * each.m_vecTriangles.size()) << each.m_strKind;
+        for (std::size_t i = 0; i < mesh.m_vecIndices.size(); ++i)
+        {
+            // Mirrored at z, triangles run the other way round.
+            const auto& [place, normal, coordinates, color] = corners[each.m_vecTriangles[i / 3][(3 - i % 3) % 3]];
+            const unsigned int vertex = mesh.m_vecIndices[i];
+            SCOPED_TRACE(each.m_strKind + ", corner " + std::to_string(i));
+            EXPECT_EQ(mesh.m_vecPositions.at(vertex),
+                      TW2::convert::Vector3(static_cast<float>(places[place][0]), static_cast<float>(places[place][1]),
+                                            static_cast<float>(-places[place][2])));
+            EXPECT_LT((mesh.m_vecNormals.at(vertex) -
+                       TW2::convert::Vector3(normals[normal][0], normals[normal][1], -normals[normal][2]))
+                          .length(),
+                      1e-6F);
+            ASSERT_EQ(mesh.m_vecCoordinates.size(), 2U);
+            EXPECT_EQ(mesh.m_vecCoordinates[0].at(vertex),
+                      TW2::convert::Vector3(first[coordinates][0], 1.0F - first[coordinates][1], 0.0F));
+            EXPECT_EQ(mesh.m_vecCoordinates[1].at(vertex),
+                      TW2::convert::Vector3(second[coordinates][0], 1.0F - second[coordinates][1], 0.0F));
+            for (std::size_t c = 0; c < 4; ++c)
+            {
+                EXPECT_EQ(mesh.m_vecColors.at(vertex)[c], colors[color][c]);
+            }
+        }
+        EXPECT_THAT(model.m_vecWarnings, testing::SizeIs(each.m_strWarning.empty() ? 0 : 1));
+        EXPECT_THAT(testing::PrintToString(model.m_vecWarnings), testing::HasSubstr(each.m_strWarning));
+    }
+}
+
+TEST(Collada, CamerasAndLightsAreWhatTheFileSays)
+{
+    struct Case
+    {
+        std::string m_strKind;
+        const char* m_szContent;
+        const char* m_szExpected;
+    };
+    std::string libraries;
+    std::string nodes;
+    std::string expected;
+    for (const auto& [kind, content, says] :
+         {Case{"camera", "<perspective><xfov>50</xfov><znear>0.5</znear><zfar>100</zfar></perspective>",
+               "camera of 2 along 0 0 1: 50 from 0.5 to 100"},
+          Case{"camera", "<perspective><yfov>60</yfov><aspect_ratio>1.5</aspect_ratio></perspective>",
+               "; camera of 3 along 0 0 1: 81.787 from 0 to 0"},
+          Case{"camera", "<orthographic><xmag>1</xmag></orthographic>", ""},
+          Case{"light", "<ambient><color>1 1 1</color></ambient>", ""},
+          Case{"light", "<point><color>2 1 0.5</color><quadratic_attenuation>0.01</quadratic_attenuation></point>",
+               "; point of 6 along 0 0 1: 255 127.5 63.75 times 2 up to 100"},
+          Case{"light",
+               "<spot><color>0.5 0 "
+               "1</color><linear_attenuation>0.5</linear_attenuation><falloff_angle>60</falloff_angle>"
+               "<falloff_exponent>2</falloff_exponent></spot>",
+               "; spot of 7 along 0 0 1: 127.5 0 255 times 1 up to 200 in 0 to 60"},
+          Case{"light", "<spot/>", "; spot of 8 along 0 0 1: 255 255 255 times 1 up to 1e+06 in 180 to 180"},
+          Case{"light", "<directional><color>0 1 0</color></directional>",
+               "; directional of 9 along 0 0 1: 0 255 0 times 1 up to 1e+06"}})
+    {
+        const std::string id = "s" + std::to_string(nodes.size());
+        const std::string common = std::string("<technique_common>") + content + "</technique_common>";
+        libraries += "<library_" + kind + "s><" + kind + " id='" + id + "'>" +
+                     (kind == "camera" ? "<optics>" + common + "</optics>" : common) + "</" + kind + "></library_" +
+                     kind + "s>";
+        nodes += "<node><instance_" + kind + " url='#" + id + "'/></node>";
+        expected += says;
+    }
+    const Model model =
+        readCollada(makeCollada(makeAnimation("arm/turn.ANGLE", "LINEAR", "0 90 30"), libraries, nodes));
+    EXPECT_EQ(describeStage(model), expected);
+    EXPECT_THAT(model.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("what is not seen in perspective")));
+}
+
 TEST(Collada, APictureLiesAsTheFileSaysAndMapsWithoutAPlaceAreTold)
 {
     const support::TemporaryDirectory directory;
     directory.write("flag.png", G_Image(2, 2).encodePNG());
-    const std::string libraries =
+    std::string libraries =
         "<library_images><image id='i'><init_from>flag.png</init_from></image></library_images><library_effects>"
         "<effect id='fx'><profile_COMMON><newparam sid='f'><surface type='2D'><init_from>i</init_from></surface>"
         "</newparam><newparam sid='s'><sampler2D><source>f</source><wrap_t>CLAMP</wrap_t></sampler2D></newparam>"
-        "<technique><phong><diffuse><texture texture='s'><extra><technique profile='x'><repeatU>2</repeatU>"
-        "<offsetV>0.25</offsetV></technique></extra></texture></diffuse><specular><texture texture='other'/></specular>"
+        "<technique><phong><diffuse><texture texture='s'><extra><technique "
+        "profile='x'><repeatU>2</repeatU><offsetV>0.25</offsetV></technique></extra></texture></"
+        "diffuse><specular><texture texture='other'/></specular>"
         "<ambient><texture texture='s'/></ambient></phong></technique></profile_COMMON></effect></library_effects>"
         "<library_materials><material id='m' name='cloth'><instance_effect url='#fx'/></material></library_materials>"
         "<library_geometries><geometry id='g'><mesh>" +
@@ -245,14 +489,27 @@ TEST(Collada, APictureLiesAsTheFileSaysAndMapsWithoutAPlaceAreTold)
         "<vertices id='gv'><input semantic='POSITION' source='#gp'/></vertices><triangles material='m' count='1'>"
         "<input semantic='VERTEX' source='#gv' offset='0'/><p>0 1 2</p></triangles></mesh></geometry>"
         "</library_geometries>";
-    const std::string text = makeCollada({}, libraries, "<node><instance_geometry url='#g'/></node>");
-    const Model model = TW2::convert::readModel(directory.write("cloth.dae", text), {});
+    // Some programs write a reference's letters by their numbers.
+    const auto readIt = [&]
+    {
+        const std::string text = makeCollada({}, libraries, "<node><instance_geometry url='#%67'/></node>");
+        return TW2::convert::readModel(directory.write("cloth.dae", text), {});
+    };
+    const Model model = readIt();
     const TW2::convert::Texture& texture = model.m_vecSurfaces.at(0).m_diffuseTexture;
     EXPECT_TRUE(texture.isUsed());
     EXPECT_EQ(texture.m_eWrapU, TW2::convert::Wrap::Repeat);
     EXPECT_EQ(texture.m_eWrapV, TW2::convert::Wrap::Clamp);
     const std::array<std::array<double, 2>, 3> lies{{{2.0, 0.0}, {0.0, 1.0}, {0.0, -0.25}}};
     EXPECT_EQ(texture.m_transform, lies) << "v counts downwards";
+    const std::string before = "<repeatU>2</repeatU><offsetV>0.25</offsetV>";
+    libraries.replace(libraries.find(before), before.size(),
+                      "<repeatV>3</repeatV><offsetU>0.5</offsetU><mirrorU>1</mirrorU><wrapV>0</wrapV>");
+    const TW2::convert::Texture other = readIt().m_vecSurfaces.at(0).m_diffuseTexture;
+    EXPECT_EQ(other.m_eWrapU, TW2::convert::Wrap::Mirror);
+    EXPECT_EQ(other.m_eWrapV, TW2::convert::Wrap::Clamp);
+    const std::array<std::array<double, 2>, 3> otherLies{{{1.0, 0.0}, {0.0, 3.0}, {0.5, -2.0}}};
+    EXPECT_EQ(other.m_transform, otherLies);
     EXPECT_THAT(model.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("the map of its highlights")));
 }
 

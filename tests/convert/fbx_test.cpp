@@ -1,14 +1,12 @@
-#include "convert/clip_sampler.h"
-#include "convert/model_reader.h"
-#include "tests/convert/model_builder.h"
+#include "tests/convert/fbx_builder.h"
 #include "tests/support/expectations.h"
-#include "tests/support/temporary_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <iomanip>
 #include <sstream>
 #include <string>
@@ -16,42 +14,7 @@
 
 namespace
 {
-using namespace convert_test;
-using TW2::convert::ClipSampler;
-
-/// A node of three numbers that curves may move: `kind` R or S.
-std::string makeNode(int id, const char* kind, double x, double y, double z)
-{
-    std::ostringstream text;
-    text << "\tAnimationCurveNode: " << id << ", \"AnimCurveNode::" << kind << "\", \"\" { Properties70: {\n"
-         << "\t\tP: \"d|X\", \"Number\", \"\", \"A\"," << x << "\n\t\tP: \"d|Y\", \"Number\", \"\", \"A\"," << y
-         << "\n\t\tP: \"d|Z\", \"Number\", \"\", \"A\"," << z << "\n\t} }\n";
-    return text.str();
-}
-
-/// A curve whose keys are all of one kind, at whole seconds.
-std::string makeCurve(int id, const std::vector<int>& values, const std::string& flags, const std::string& slopes,
-                      const std::string& beyond = {})
-{
-    std::string times;
-    std::string numbers;
-    for (std::size_t i = 0; i < values.size(); ++i)
-    {
-        times += (i > 0 ? "," : "") + std::to_string(46186158000 * static_cast<long long>(i));
-        numbers += (i > 0 ? "," : "") + std::to_string(values[i]);
-    }
-    const auto list = [](const char* name, const std::string& content)
-    { return "\t\t" + std::string(name) + ": *9 { a: " + content + " }\n"; };
-    return "\tAnimationCurve: " + std::to_string(id) + ", \"AnimCurve::\", \"\" {\n" + list("KeyTime", times) +
-           list("KeyValueFloat", numbers) + list("KeyAttrFlags", flags) + list("KeyAttrDataFloat", slopes) +
-           list("KeyAttrRefCount", std::to_string(values.size())) + beyond + "\t}\n";
-}
-
-/// A second layer.
-std::string makeLayer(const std::string& properties)
-{
-    return "\tAnimationLayer: 21, \"AnimLayer::more\", \"\" { Properties70: {\n" + properties + "\n\t} }\n";
-}
+using namespace fbx_test;
 
 /// A triangle, object 20. `last`: its third corner.
 std::string makeTriangle(const char* last = "-3")
@@ -61,325 +24,175 @@ std::string makeTriangle(const char* last = "-3")
 		PolygonVertexIndex: *3 { a: 0,1,)") +
            last + " }\n\t}\n";
 }
-
-/// The weight of a layer that grows from 0 to 100 in a second: objects 24 and 25, and their links to it.
-const std::string growingWeight =
-    "\tAnimationCurveNode: 24, \"AnimCurveNode::Weight\", \"\" { }\n" + makeCurve(25, {0, 100}, "4", "0,0,0,0");
-const std::string weightLinks = "\tC: \"OP\",24,21, \"Weight\"\n\tC: \"OO\",24,21\n\tC: \"OP\",25,24, \"d|Weight\"\n";
-const std::string layerLinks = "\tC: \"OO\",21,10\n\tC: \"OO\",22,21\n\tC: \"OP\",22,2, \"Lcl Rotation\"\n";
-
-/// What differs from file to file.
-struct Fbx
-{
-    std::string m_strLower = {};  ///< properties of the lower node
-    std::string m_strFlags = "4";
-    std::string m_strSlopes = "0,0,0,0";
-    std::string m_strBeyond = {};  ///< the keys
-    std::string m_strObjects = {};
-    std::string m_strLinks = {};
-};
-
-/// A text FBX with two nodes, "arm" below "arm", and one curve for the rotation of the lower one around z: 0 degrees at
-/// 0 s, 90 at 1 s, 30 at 2 s.
-std::string make(const Fbx& fbx)
-{
-    return R"(; FBX 7.4.0 project file
-FBXHeaderExtension:  {
-	FBXVersion: 7400
-}
-GlobalSettings:  {
-	Properties70: { P: "UpAxis", "int", "Integer", "",1 }
-}
-Objects:  {
-	Model: 1, "Model::arm", "Null" {
-		Properties70:  {
-			P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3
-			P: "InheritType", "enum", "", "",1
-		}
-	}
-	Model: 2, "Model::arm", "LimbNode" {
-		Properties70:  {
-			P: "InheritType", "enum", "", "",1
-)" + fbx.m_strLower +
-           R"(
-		}
-	}
-	AnimationStack: 10, "AnimStack::wave", "" {
-		Properties70: { P: "LocalStop", "KTime", "Time", "",92372316000 }
-	}
-	AnimationLayer: 11, "AnimLayer::base", "" { }
-)" + makeNode(12, "R", 0, 0, 0) +
-           makeCurve(13, {0, 90, 30}, fbx.m_strFlags, fbx.m_strSlopes, fbx.m_strBeyond) + fbx.m_strObjects + R"(}
-Connections:  {
-	C: "OO",1,0
-	C: "OO",2,1
-	C: "OO",11,10
-	C: "OO",12,11
-	C: "OP",12,2, "Lcl Rotation"
-	C: "OP",13,12, "d|Z"
-)" + fbx.m_strLinks +
-           "}\n";
-}
-
-Model readFbx(const std::string& text)
-{
-    const support::TemporaryDirectory directory;
-    return TW2::convert::readModel(directory.write("wave.fbx", text), {});
-}
-
-/// The lower node's local matrix at a time.
-Matrixd sampleLower(const std::string& text, double seconds)
-{
-    const Model model = readFbx(text);
-    EXPECT_EQ(model.m_vecNodes.size(), 2U);
-    EXPECT_EQ(model.m_vecNodes[1].m_strName, "arm") << "names are as in the file";
-    EXPECT_EQ(model.m_vecClips.size(), 1U);
-    return ClipSampler(model, model.m_vecClips.at(0)).sample(1, seconds);
-}
-/// How far the lower node is from a turn about z at a time, which is the same when z is mirrored.
-double missTurn(const Fbx& fbx, double seconds, double degrees)
-{
-    return largestDifference(sampleLower(make(fbx), seconds), turnZ(degrees));
-}
-
-/// Degrees a quarter of a second into a cubic of Hermite from 0 to 90 with these slopes.
-constexpr double hermite(double leaving, double arriving)
-{
-    return 90.0 * 0.15625 + leaving * 0.140625 - arriving * 0.046875;
-}
 }  // namespace
 
-TEST(Fbx, KeysOfEveryKindAreWhatTheFileMeans)
+TEST(Fbx, CamerasAndLightsAreWhatTheirPropertiesSay)
 {
     struct Case
     {
-        const char* m_szWhat;
-        const char* m_szFlags;
-        const char* m_szNumbers;
-        double m_dSeconds;
-        double m_dDegrees;
+        const char* m_szKind;
+        const char* m_szProperties;  // each a name, a comma and its numbers
+        const char* m_szExpected;
     };
-    // The keys are 0 at 0 s, 90 at 1 s, 30 at 2 s.
-    for (const Case& one : {
-             Case{"straight", "4", "0,0,0,0", 0.5, 45.0},
-             Case{"a step", "2", "0,0,0,0", 0.9, 0.0},
-             Case{"a step at its key", "2", "0,0,0,0", 1.0, 90.0},
-             Case{"a step to the next value", "258", "0,0,0,0", 0.1, 90.0},
-             Case{"flags that no whole number is", "1e300", "0,0,0,0", 0.5, 45.0},
-             Case{"a cubic", "8", "60,60,0,0", 0.5, 45.0},
-             Case{"a cubic at a quarter", "8", "60,60,0,0", 0.25, hermite(60.0, 60.0)},
-             // 60.0F, and weights of a third as two numbers of 16 bits in ten-thousandths.
-             Case{"numbers that are the bits of floats", "8", "1114636288,1114636288,218434821,0", 0.25,
-                  hermite(60.0, 60.0)},
-             Case{"straight from neighbour to neighbour", "8456", "0,0,0,0", 0.25, hermite(90.0, 15.0)},
-             Case{"not beyond the keys' values", "24840", "0,0,0,0", 0.25, hermite(0.0, 0.0)},
-             Case{"the numbers are no slopes", "24840", "60,60,0,0", 0.25, hermite(0.0, 0.0)},
-             Case{"by how far away the neighbours are", "264", "0,0,0,0", 0.25, hermite(90.0, 15.0)},
-             Case{"drawn half to what follows", "264", "50,-50,0,0", 0.25, hermite(90.0, -22.5)},
-             Case{"as before where both sides differ", "264", "0,50,0,0", 0.25, hermite(90.0, 52.5)},
-             Case{"with tension, continuity and bias of nothing", "520", "0,0,0,0", 0.25, hermite(90.0, 15.0)},
-             Case{"with tension", "520", "0.5,0,0,0", 0.25, hermite(45.0, 7.5)},
-             Case{"with slopes of the user", "1032", "60,60,0,0", 0.25, hermite(60.0, 60.0)},
-         })
-    {
-        const Fbx fbx{.m_strFlags = one.m_szFlags, .m_strSlopes = one.m_szNumbers};
-        EXPECT_LT(missTurn(fbx, one.m_dSeconds, one.m_dDegrees), 1e-9) << one.m_szWhat;
-    }
-}
-
-TEST(Fbx, ACurveGoesOnBeyondItsKeysAsTheFileSays)
-{
-    struct Case
-    {
-        const char* m_szType;
-        int m_iTimes;
-        double m_dSeconds;  // the keys are 0 at 0 s, 90 at 1 s, 30 at 2 s
-        double m_dDegrees;
-        const char* m_szSide = "Post";
-    };
-    for (const Case& each :
-         {Case{"C", -1, 2.5, 30.0}, Case{"K", -1, 2.5, 0.0}, Case{"R", -1, 2.5, 45.0}, Case{"R", -1, 5.0, 90.0},
-          Case{"M", -1, 2.5, 60.0}, Case{"M", -1, 4.5, 45.0}, Case{"A", -1, 2.5, 75.0}, Case{"A", -1, 5.0, 150.0},
-          Case{"R", 1, 5.0, 30.0}, Case{"R", 0, 2.5, 30.0}, Case{"A", -1, -0.5, 30.0, "Pre"},
-          Case{"K", -1, -0.5, -45.0, "Pre"}})
-    {
-        const std::string beyond = "\t\t" + std::string(each.m_szSide) +
-                                   "-Extrapolation: {\n\t\t\tType: " + each.m_szType +
-                                   "\n\t\t\tRepetition: " + std::to_string(each.m_iTimes) + "\n\t\t}\n";
-        EXPECT_LT(missTurn({.m_strBeyond = beyond}, each.m_dSeconds, each.m_dDegrees), 1e-9)
-            << each.m_szType << " at " << each.m_dSeconds;
-    }
-}
-
-TEST(Fbx, CamerasWithoutPerspectiveAreLeftOutAndTold)
-{
+    int number = 0;
     std::string objects;
     std::string links;
-    for (const char* kind : {"0", "1"})
+    std::string expected;
+    for (const auto& [kind, properties, says] :
+         {Case{"Camera", "FieldOfView,50;NearPlane,2;FarPlane,90", "camera of 2 along 1 0 0: 50 from 2 to 90"},
+          Case{"Camera", "", "; camera of 3 along 1 0 0: 40 from 0 to 0"}, Case{"Camera", "CameraProjectionType,1", ""},
+          Case{"Light", "", "; point of 5 along 0 -1 0: 255 255 255 times 1 up to 1e+06"},
+          Case{"Light",
+               "LightType,2;Color,1,0.5,0.25;Intensity,300;DecayType,2;DecayStart,20;InnerAngle,15;OuterAngle,65",
+               "; spot of 6 along 0 -1 0: 255 127.5 63.75 times 3 up to 141.42 in 15 to 65"},
+          Case{"Light", "LightType,2;Color,1,1,0;Intensity,50;Cone angle,30;DecayType,2",
+               "; spot of 7 along 0 -1 0: 127.5 127.5 0 times 1 up to 1e+06 in 0 to 30"},
+          Case{"Light", "LightType,1;DecayType,1;DecayStart,3",
+               "; directional of 8 along 0 -1 0: 255 255 255 times 1 up to 150"}})
     {
-        objects += std::string("\tModel: 4") + kind + ", \"Model::eye" + kind + "\", \"Camera\" {\n\t}\n" +
-                   "\tNodeAttribute: 5" + kind + R"(, "NodeAttribute::", "Camera" {
-		Properties70:  {
-			P: "FieldOfView", "FieldOfView", "", "A",50
-			P: "CameraProjectionType", "enum", "", "",)" +
-                   kind + "\n\t\t}\n\t}\n";
-        links += std::string("\tC: \"OO\",4") + kind + ",0\n\tC: \"OO\",5" + kind + ",4" + kind + "\n";
+        const std::string id = std::to_string(40 + number);
+        const std::string attribute = std::to_string(60 + number++);
+        objects += "\tModel: " + id + ", \"Model::" + id + "\", \"" + kind +
+                   "\" {\n\t}\n\tNodeAttribute: " + attribute + ", \"NodeAttribute::\", \"" + kind +
+                   "\" {\n\t\tProperties70:  {\n";
+        std::istringstream lines(properties);
+        for (std::string line; std::getline(lines, line, ';');)
+        {
+            const std::size_t comma = line.find(',');
+            objects +=
+                "\t\t\tP: \"" + line.substr(0, comma) + "\", \"Number\", \"\", \"A\"" + line.substr(comma) + "\n";
+        }
+        objects += "\t\t}\n\t}\n";
+        links += "\tC: \"OO\"," + id + ",0\n\tC: \"OO\"," + attribute + "," + id + "\n";
+        expected += says;
     }
     const Model model = readFbx(make({.m_strObjects = objects, .m_strLinks = links}));
-    ASSERT_EQ(model.m_vecCameras.size(), 1U);
-    EXPECT_EQ(model.m_vecCameras[0].m_fHorizontalAngle, 50.0F);
-    EXPECT_THAT(model.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("camera \"eye1\": left out")));
+    EXPECT_EQ(describeStage(model), expected);
+    EXPECT_THAT(model.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("camera \"42\": left out")));
 }
 
-TEST(Fbx, PivotsAndPreRotationsArePartOfTheMatrix)
-{
-    const std::string pivots = R"(			P: "Lcl Translation", "Lcl Translation", "", "A",5,0,0
-			P: "PreRotation", "Vector3D", "Vector", "",0,0,20
-			P: "PostRotation", "Vector3D", "Vector", "",0,0,5
-			P: "RotationPivot", "Vector3D", "Vector", "",1,0,0
-			P: "RotationOffset", "Vector3D", "Vector", "",0,2,0)";
-    const Matrixd expected =
-        move(-1, 0, 0) * turnZ(-5.0) * turnZ(90.0) * turnZ(20.0) * move(1, 0, 0) * move(0, 2, 0) * move(5, 0, 0);
-    EXPECT_LT(largestDifference(sampleLower(make({.m_strLower = pivots}), 1.0), expected), 1e-9);
-}
-
-TEST(Fbx, FurtherLayersAreBlendedAsTheFileSays)
+TEST(Fbx, TheSceneStandsUprightWhateverAxesTheFileHas)
 {
     struct Case
     {
-        const char* m_szWhat;
-        const char* m_szLayer;
-        double m_dSeconds;
-        double m_dDegrees;
-        double m_dScale;
+        const char* m_szAxes;  // up, front and the one to the right, each with its sign
+        Vector3d m_vExpected;  // of (1, 2, 3)
     };
-    // The first layer turns the node to 90 degrees in the first second; the second one says 40 degrees and a scale
-    // of 4.
-    for (const Case& one : {
-             Case{"added", "", 1.0, 130.0, 4.0},
-             Case{"added angle by angle", R"(P: "RotationAccumulationMode", "enum", "", "",1)", 1.0, 130.0, 4.0},
-             Case{"half of it", R"(P: "Weight", "Number", "", "A",50)", 1.0, 110.0, 2.0},
-             Case{"scales added", R"(P: "ScaleAccumulationMode", "enum", "", "",1)", 1.0, 130.0, 5.0},
-             Case{"covering", R"(P: "BlendMode", "enum", "", "",1)", 1.0, 40.0, 4.0},
-             Case{"covering, whatever its weight", R"(P: "BlendMode", "enum", "", "",1
-			P: "Weight", "Number", "", "A",25)",
-                  1.0, 40.0, 4.0},
-             Case{"covering half", R"(P: "BlendMode", "enum", "", "",2
-			P: "Weight", "Number", "", "A",50)",
-                  1.0, 65.0, 2.0},
-             Case{"covering half, scales evenly", R"(P: "BlendMode", "enum", "", "",2
-			P: "Weight", "Number", "", "A",50
-			P: "ScaleAccumulationMode", "enum", "", "",1)",
-                  1.0, 65.0, 2.5},
-             Case{"not blended", R"(P: "BlendModeBypass", "ULongLong", "", "",16384
-			P: "Weight", "Number", "", "A",25)",
-                  1.0, 40.0, 4.0},
-             Case{"other properties not blended", R"(P: "BlendModeBypass", "ULongLong", "", "",16760831)", 1.0, 130.0,
-                  4.0},
-             Case{"mute", R"(P: "Mute", "bool", "", "",1)", 1.0, 90.0, 1.0},
-             Case{"alone", R"(P: "Solo", "bool", "", "",1)", 1.0, 40.0, 4.0},
-             Case{"mute and alone", R"(P: "Solo", "bool", "", "",1
-			P: "Mute", "bool", "", "",1)",
-                  1.0, 90.0, 1.0},
-             Case{"a weight that grows", R"(P: "Weight", "Number", "", "A+",7)", 0.5, 65.0, 2.0},
-         })
+    for (const auto& [axes, expected] :
+         {Case{"1 1 2 1 0 1", {1, 2, -3}}, Case{"2 1 1 -1 0 1", {1, 3, 2}}, Case{"2 -1 1 1 0 1", {1, -3, -2}},
+          Case{"2 1 0 1 1 1", {2, 3, -1}}, Case{"0 1 2 1 1 -1", {-2, 1, -3}}, Case{"2 1 2 1 0 1", {1, 2, -3}}})
     {
-        const bool grows = std::string_view(one.m_szLayer).find("A+") != std::string_view::npos;
-        const std::string text = make({.m_strObjects = makeLayer(one.m_szLayer) + makeNode(22, "R", 0, 0, 40) +
-                                                       makeNode(23, "S", 4, 4, 4) + growingWeight,
-                                       .m_strLinks = layerLinks + (grows ? weightLinks : "") +
-                                                     "\tC: \"OO\",23,21\n\tC: \"OP\",23,2, \"Lcl Scaling\"\n"});
-        EXPECT_LT(largestDifference(sampleLower(text, one.m_dSeconds), scale(one.m_dScale) * turnZ(one.m_dDegrees)),
-                  1e-6)
-            << one.m_szWhat;
-    }
-}
-
-TEST(Fbx, ARotationThatALayerAddsComesBeforeTheOneBelowInEveryOrderOfAngles)
-{
-    // About x by 30 degrees, seen with z mirrored.
-    Matrixd tilt;
-    tilt.setRow(1, {0.0, std::cos(std::numbers::pi / 6.0), -0.5});
-    tilt.setRow(2, {0.0, 0.5, std::cos(std::numbers::pi / 6.0)});
-    for (int order = 0; order < 6; ++order)
-    {
-        const std::string text = make({.m_strLower = R"(P: "RotationOrder", "enum", "", "",)" + std::to_string(order),
-                                       .m_strObjects = makeLayer("") + makeNode(22, "R", 30, 0, 0),
-                                       .m_strLinks = layerLinks});
-        EXPECT_LT(largestDifference(sampleLower(text, 0.5), tilt * turnZ(45.0)), 1e-6) << "order " << order;
-    }
-}
-
-TEST(Fbx, ALayerThatCoversMoreAndMoreEndsInItsOwnAngles)
-{
-    // Over a second the second layer's angles take the place of the first one's. Of some the middle one is upright, of
-    // others it is beyond that.
-    const auto readLayer = [](int mode, int order, double middle)
-    {
-        return readFbx(make({.m_strLower = R"(P: "RotationOrder", "enum", "", "",)" + std::to_string(order),
-                             .m_strObjects = makeLayer(R"(P: "BlendMode", "enum", "", "",)" + std::to_string(mode) +
-                                                       "\n\t\tP: \"Weight\", \"Number\", \"\", \"A+\",7") +
-                                             makeNode(22, "R", -45, middle, 0) + growingWeight,
-                             .m_strLinks = layerLinks + weightLinks}));
-    };
-    for (int order = 0; order < 6; ++order)
-    {
-        for (const double middle : {90.0, 120.0})
+        std::istringstream numbers(axes);
+        std::string settings;
+        for (const char* name : {"UpAxis", "UpAxisSign", "FrontAxis", "FrontAxisSign", "CoordAxis", "CoordAxisSign"})
         {
-            const Model blended = readLayer(2, order, middle);
-            const Model covered = readLayer(1, order, middle);
-            const ClipSampler sampler(blended, blended.m_vecClips.at(0));
-            const Matrixd end = ClipSampler(covered, covered.m_vecClips.at(0)).sample(1, 1.0);
-            EXPECT_LT(largestDifference(sampler.sample(1, 1.0), end), 1e-6) << "order " << order << ", " << middle;
-            EXPECT_LT(largestDifference(sampler.sample(1, 0.9999), end), 0.03) << "order " << order << ", " << middle;
+            std::string value;
+            numbers >> value;
+            settings += std::string("P: \"") + name + "\", \"int\", \"Integer\", \"\"," + value + "\n";
+        }
+        std::string text = make({});
+        const std::string usual = R"(P: "UpAxis", "int", "Integer", "",1)";
+        text.replace(text.find(usual), usual.size(), "\n" + settings);
+        const Model model = readFbx(text);
+        EXPECT_EQ(model.m_vecNodes.at(0).m_local.getTranslation(), expected) << axes;
+        // Points and axes go the same way.
+        EXPECT_EQ(model.m_vecNodes[0].m_local.transformPoint({1, 2, -3}), expected * 2.0) << axes;
+    }
+}
+
+TEST(Fbx, WhatCornersSayComesPerCornerPointPolygonOrOnceAndPlainOrByIndex)
+{
+    // A triangle and a square between five points; of each kind of values there are eight.
+    const std::array<std::size_t, 7> points{0, 1, 2, 2, 1, 3, 4};
+    const std::array<std::size_t, 9> triangles{0, 1, 2, 3, 4, 5, 3, 5, 6};
+    const std::array<std::array<double, 3>, 5> places{{{0, 0, 1}, {1, 0, 2}, {0, 1, 1}, {3, 1, 2}, {3, 3, 1}}};
+    std::array<std::vector<double>, 4> values;
+    std::vector<std::size_t> indices;
+    const auto list = [](const std::string& name, const auto& numbers)
+    {
+        std::ostringstream text;
+        text << std::setprecision(17);
+        for (const auto number : numbers)
+        {
+            text << (text.str().empty() ? "" : ",") << number;
+        }
+        return "\t\t" + name + ": *" + std::to_string(numbers.size()) + " { a: " + text.str() + " }\n";
+    };
+    for (std::size_t i = 0; i < 8; ++i)
+    {
+        const auto k = static_cast<double>(i);
+        values[0].insert(values[0].end(), {std::sin(k), std::cos(k), 0.5});
+        values[1].insert(values[1].end(), {k / 8.0, k / 4.0});
+        values[2].insert(values[2].end(), {k / 2.0, 1.0 - k / 8.0});
+        values[3].insert(values[3].end(), {k / 17.0, 1.0 - k / 51.0, 0.2, 0.6 + k / 51.0});
+        indices.push_back((3 * i + 1) % 8);
+    }
+    for (const std::string per : {"ByPolygonVertex", "ByPolygon", "ByVertex", "ByVertice", "AllSame"})
+    {
+        for (const bool indexed : {false, true})
+        {
+            // A node that mirrors what it shows turns its triangles around.
+            const double wide = indexed ? -2.0 : 2.0;
+            const auto layer = [&](const std::string& kind, const std::string& name, std::size_t numbers)
+            {
+                return "\t\tLayerElement" + kind + ": 0 {\n\t\tMappingInformationType: \"" + per + "\"\n" +
+                       list(name, values[numbers]) +
+                       (indexed ? list((kind == "UV" || kind == "Normal" ? name : kind) + "Index", indices) : "") +
+                       "\t\t}\n";
+            };
+            std::vector<double> vertices;
+            for (const auto& place : places)
+            {
+                vertices.insert(vertices.end(), place.begin(), place.end());
+            }
+            const std::string objects = "\tGeometry: 20, \"Geometry::\", \"Mesh\" {\n" + list("Vertices", vertices) +
+                                        list("PolygonVertexIndex", std::vector<int>{0, 1, -3, 2, 1, 3, -5}) +
+                                        layer("Normal", "Normals", 0) + layer("UV", "UV", 1) + layer("UV", "UV", 2) +
+                                        layer("Color", "Colors", 3) +
+                                        "\t}\n\tModel: 21, \"Model::shown\", \"Mesh\" {\n\t\tProperties70: {\n"
+                                        "\t\tP: \"GeometricTranslation\", \"Vector3D\", \"Vector\", \"\",1,2,3\n"
+                                        "\t\tP: \"GeometricScaling\", \"Vector3D\", \"Vector\", \"\"," +
+                                        std::to_string(wide) + ",1,3\n\t\t}\n\t}\n";
+            const Model model =
+                readFbx(make({.m_strObjects = objects, .m_strLinks = "\tC: \"OO\",21,0\n\tC: \"OO\",20,21\n"}));
+            const Mesh& mesh = model.m_vecMeshes.at(0);
+            ASSERT_EQ(mesh.m_vecIndices.size(), triangles.size());
+            ASSERT_EQ(mesh.m_vecCoordinates.size(), 2U);
+            for (std::size_t i = 0; i < triangles.size(); ++i)
+            {
+                SCOPED_TRACE(per + (indexed ? " by index, " : ", ") + std::to_string(i));
+                const std::size_t corner = triangles[i / 3 * 3 + (wide < 0.0 ? i % 3 : (3 - i % 3) % 3)];
+                const std::size_t polygon = corner < 3 ? 0 : 1;
+                const std::size_t place = per == "ByPolygonVertex" ? corner
+                                          : per == "ByPolygon"     ? polygon
+                                          : per == "AllSame"       ? 0
+                                                                   : points[corner];
+                const std::size_t value = indexed ? indices[place] : place;
+                const unsigned int vertex = mesh.m_vecIndices[i];
+                const auto expectNear = [](const TW2::convert::Vector3& is, const Vector3d& expected)
+                {
+                    EXPECT_LT(
+                        (Vector3d(static_cast<double>(is.x), static_cast<double>(is.y), static_cast<double>(is.z)) -
+                         expected)
+                            .length(),
+                        1e-6);
+                };
+                const auto& [x, y, z] = places[points[corner]];
+                expectNear(mesh.m_vecPositions.at(vertex), {x * wide + 1.0, y + 2.0, -3.0 * z - 3.0});
+                const double* n = &values[0][3 * value];
+                expectNear(mesh.m_vecNormals.at(vertex), Vector3d(n[0] / wide, n[1], -n[2] / 3.0).normalized());
+                for (std::size_t set = 0; set < 2; ++set)
+                {
+                    const double* uv = &values[1 + set][2 * value];
+                    expectNear(mesh.m_vecCoordinates[set].at(vertex), {uv[0], 1.0 - uv[1], 0.0});
+                }
+                for (std::size_t c = 0; c < 4; ++c)
+                {
+                    EXPECT_EQ(mesh.m_vecColors.at(vertex)[c], std::lround(255.0 * values[3][4 * value + c]));
+                }
+            }
         }
     }
-}
-
-TEST(Fbx, ANodeWhoseRotationSpaceIsOffTurnsWithoutIt)
-{
-    const std::string space = R"(			P: "PreRotation", "Vector3D", "Vector", "",20,0,0
-			P: "PostRotation", "Vector3D", "Vector", "",0,5,0
-			P: "RotationOrder", "enum", "", "",5
-)";
-    for (const char* off :
-         {R"(P: "RotationActive", "bool", "", "",0)", R"(P: "RotationSpaceForLimitOnly", "bool", "", "",1)"})
-    {
-        EXPECT_LT(missTurn({.m_strLower = space + off}, 1.0, 90.0), 1e-9) << off;
-    }
-    EXPECT_GT(missTurn({.m_strLower = space + R"(P: "RotationActive", "bool", "", "",1)"}, 1.0, 90.0), 0.1);
-}
-
-TEST(Fbx, ANodeWithoutItsParentsScaleStandsWhereThatPutsIt)
-{
-    // The later of two properties with one name holds.
-    std::string text = make({.m_strLower = R"(			P: "InheritType", "enum", "", "",2
-			P: "Lcl Translation", "Lcl Translation", "", "A",5,0,0
-			P: "RotationPivot", "Vector3D", "Vector", "",1,0,0)"});
-    const std::string upper = R"(P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3)";
-    text.replace(text.find(upper), upper.size(),
-                 upper + "\n\t\t\tP: \"Lcl Scaling\", \"Lcl Scaling\", \"\", \"A\",2,4,8");
-    const Matrixd whole = move(-1, 0, 0) * turnZ(90.0) * move(1, 0, 0) * move(5, 0, 0);
-    Matrixd expected = whole;
-    for (int row = 0; row < 3; ++row)
-    {
-        const Vector3d axis = whole.getRow(row);
-        expected.setRow(row, {axis.x / 2.0, axis.y / 4.0, axis.z / 8.0});
-    }
-    EXPECT_LT(largestDifference(sampleLower(text, 1.0), expected), 1e-9);
-}
-
-TEST(Fbx, BelowAScaleThatBecomesUnevenRotationsComeFirstWhereTheFileSaysSo)
-{
-    const Matrixd lower =
-        sampleLower(make({.m_strLower = R"(P: "InheritType", "enum", "", "",0)",
-                          .m_strObjects = makeNode(22, "S", 1, 1, 1) + makeCurve(25, {1, 3}, "4", "0,0,0,0"),
-                          .m_strLinks = "\tC: \"OO\",22,11\n\tC: \"OP\",22,1, \"Lcl Scaling\"\n"
-                                        "\tC: \"OP\",25,22, \"d|X\"\n"}),
-                    1.0);
-    Matrixd wide;
-    wide.m[0][0] = 3.0;
-    EXPECT_LT(largestDifference(lower, wide * turnZ(90.0) * wide.inverse()), 1e-9);
 }
 
 TEST(Fbx, WhatNoBoneMovesHangsOnTheMeshsNodeAndBonesWithoutAMatrixAreBoundAtRest)

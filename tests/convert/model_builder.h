@@ -2,8 +2,11 @@
 
 #include "convert/model.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iomanip>
 #include <numbers>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -114,6 +117,35 @@ inline Clip moving(const Curve<Vector3d>& positions)
     clip.m_dDuration = positions.m_vecTimes.back();
     clip.m_vecChannels.emplace_back().m_positions = positions;
     return clip;
+}
+
+/// The cameras and lights of a model, with colours from 0 to 255.
+inline std::string describeStage(const Model& model)
+{
+    std::ostringstream text;
+    text << std::setprecision(5);
+    const auto add = [&](const char* what, int node, const Vector3d& forward)
+    {
+        text << (text.str().empty() ? "" : "; ") << what << " of " << node << " along " << forward.x << ' ' << forward.y
+             << ' ' << forward.z;
+    };
+    for (const TW2::convert::Camera& camera : model.m_vecCameras)
+    {
+        add("camera", camera.m_iNode, camera.m_vForward);
+        text << ": " << camera.m_fHorizontalAngle << " from " << camera.m_fNear << " to " << camera.m_fFar;
+    }
+    for (const TW2::convert::Light& light : model.m_vecLights)
+    {
+        constexpr const char* kinds[]{"point", "directional", "spot"};
+        add(kinds[static_cast<int>(light.m_eKind)], light.m_iNode, light.m_vForward);
+        text << ": " << light.m_color.red << ' ' << light.m_color.green << ' ' << light.m_color.blue << " times "
+             << light.m_fBrightness << " up to " << light.m_fRange;
+        if (light.m_eKind == TW2::convert::Light::Kind::Spot)
+        {
+            text << " in " << light.m_fInnerAngle << " to " << light.m_fOuterAngle;
+        }
+    }
+    return text.str();
 }
 
 inline double largestDifference(const Matrixd& a, const Matrixd& b)

@@ -57,7 +57,9 @@ GltfCharacter makeWalker()
 
 TEST(ConvertedMotion, TravelPutBackIsTheClipAsItWas)
 {
-    const GltfCharacter walker = makeWalker();
+    GltfCharacter walker = makeWalker();
+    walker.m_vecBones.push_back({"lamp", -1, {1, 0, 2}, about({1, 0, 0}, 20)});
+    walker.m_vecBones.push_back({"light", 4, {0, 1, 0.5}, {}});
     const TemporaryDirectory directory;
     const std::string model = directory.write("walker.gltf", walker.make());
     struct Case
@@ -92,7 +94,7 @@ TEST(ConvertedMotion, TravelPutBackIsTheClipAsItWas)
             const Vec here = getPoint(*object, "mixamorig:Hips", {});
             const Vec begin = walker.getPoint(0, 1, 0.0);
             stays = std::max(stays, std::hypot(here.x - begin.x, here.z - begin.z));
-            for (const std::size_t bone : {1U, 2U, 3U})
+            for (const std::size_t bone : {1U, 2U, 3U, 5U})
             {
                 const Vec played = getPoint(*object, walker.m_vecBones[bone].m_strName, {0.1, 0.2, 0.3});
                 const auto put = place.transformPoint({played.x, played.y, -played.z});
