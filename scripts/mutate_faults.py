@@ -94,7 +94,7 @@ def widen(blank, begin, end):
     if re.search(r"[-+*/]=", blank[begin:end]):
         end = find_end(blank, end, ";,")
     while begin > 0:
-        two, word = blank[begin - 2 : begin], re.search(r"\w*$", blank[max(0, begin - 40) : begin])[0]
+        two, word = blank[max(0, begin - 2) : begin], re.search(r"\w*$", blank[max(0, begin - 40) : begin])[0]
         if two in ("::", "==", "!=", "<=", ">=") or (whole and two in (" ?", " :")):
             begin -= 2
         elif two in ("&&", "||"):

@@ -113,6 +113,7 @@ Matrixd sampleBone(const std::string& keys, double seconds, int version = usual)
     const Model model = readOld(keys, version);
     EXPECT_EQ(model.m_vecClips.size(), 1U);
     EXPECT_EQ(model.m_vecClips.at(0).m_dDuration, 2.0);
+    EXPECT_EQ(model.m_vecClips.at(0).m_strName, "wave");
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("Visibility"))) << keys;
     EXPECT_THAT(model.m_vecWarnings, testing::Not(testing::Contains(testing::HasSubstr("Length"))))
         << "one key is none";

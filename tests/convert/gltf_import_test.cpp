@@ -144,6 +144,12 @@ TEST(GltfGeometry, MorphTargetsStandAtTheirWeightUnlessTheyMove)
     EXPECT_FLOAT_EQ(readWith("", false), -1.0F);
     EXPECT_FLOAT_EQ(readWith(R"(,"weights":[0.25])", false), -0.5F) << "a node's own weights";
     EXPECT_FLOAT_EQ(readWith("", true), 0.0F) << "what moves is left out as a whole";
+    GltfText text;
+    const int positions = text.addFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
+    text.set("meshes", R"([{"weights":[1],"primitives":[{"attributes":{"POSITION":)" + number(positions) +
+                           R"(},"targets":[{"POSITION":)" + number(text.addFloats({0, 0, 2}, "VEC3")) + "}]}]}]");
+    text.set("nodes", R"([{"mesh":0}])");
+    EXPECT_THAT(getRefusal(text.make()), testing::HasSubstr("targets[0].POSITION: has 1 elements for 3 vertices"));
 }
 
 TEST(GltfGeometry, PointsAndLinesAreNamedAndLeftOut)
@@ -313,18 +319,57 @@ TEST(GltfSkins, OfWhatHasNoPositionsAreLeftOutWithIt)
 {
     GltfText text;
     const int positions = text.addFloats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
-    const std::vector<std::uint8_t> joints(12, 0);
     const std::vector<std::uint8_t> weights(12, 255);
-    const std::string bones = R"("JOINTS_0":)" + number(text.add(joints, GltfText::UNSIGNED_BYTE, "VEC4")) +
-                              R"(,"WEIGHTS_0":)" +
-                              number(text.add(weights, GltfText::UNSIGNED_BYTE, "VEC4", R"(,"normalized":true)"));
+    std::string bones;
+    for (std::uint8_t set = 0; set < 2; ++set)
+    {
+        const std::vector<std::uint8_t> joints(12, set);
+        bones += (set > 0 ? ",\"JOINTS_" : "\"JOINTS_") + std::to_string(set) +
+                 "\":" + number(text.add(joints, GltfText::UNSIGNED_BYTE, "VEC4")) + ",\"WEIGHTS_" +
+                 std::to_string(set) +
+                 "\":" + number(text.add(weights, GltfText::UNSIGNED_BYTE, "VEC4", R"(,"normalized":true)"));
+    }
     text.set("meshes", R"([{"name":"shape","primitives":[{"attributes":{)" + bones +
                            R"(}},{"attributes":{"POSITION":)" + number(positions) + "," + bones + "}}]}]");
-    text.set("nodes", R"([{"mesh":0,"skin":0},{"name":"bone"}])");
-    text.set("skins", R"([{"joints":[1]}])");
+    text.set("nodes", R"([{"mesh":0,"skin":0},{"name":"bone"},{"name":"bone of the second set"}])");
+    text.set("skins", R"([{"joints":[1,2]}])");
     const Model model = read(text);
-    EXPECT_EQ(model.m_vecMeshes.size(), 1U);
+    ASSERT_EQ(model.m_vecMeshes.size(), 1U);
+    EXPECT_EQ(model.m_vecMeshes[0].m_vecBones.size(), 2U);
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("what has no positions")));
+}
+
+TEST(GltfSurfaces, CoordinatesAreTurnedScaledAndMovedAsFarAsTheFileSays)
+{
+    for (int members = 0; members < 8; ++members)
+    {
+        const double turn = (members & 1) != 0 ? 0.4 : 0.0;
+        const std::array<double, 2> scale{(members & 2) != 0 ? 2.0 : 1.0, (members & 2) != 0 ? -3.0 : 1.0};
+        const std::array<double, 2> offset{(members & 4) != 0 ? 0.25 : 0.0, (members & 4) != 0 ? 0.75 : 0.0};
+        const std::string transform = std::string((members & 1) != 0 ? R"(,"rotation":0.4)" : "") +
+                                      ((members & 2) != 0 ? R"(,"scale":[2,-3])" : "") +
+                                      ((members & 4) != 0 ? R"(,"offset":[0.25,0.75])" : "");
+        GltfText text;
+        showPrimitive(text, R"({"material":0,)" + addSquare(text) + "}");
+        text.set("extensionsUsed", R"(["KHR_texture_transform"])");
+        text.set("images", R"([{"uri":"none.png"}])");
+        text.set("textures", R"([{"source":0}])");
+        text.set("materials", R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0,"extensions":{)"
+                              R"("KHR_texture_transform":{"texCoord":1)" +
+                                  transform + "}}}}}]");
+        const TW2::convert::Texture texture = read(text).m_vecSurfaces.at(0).m_diffuseTexture;
+        EXPECT_EQ(texture.m_iSet, 1);
+        // First scaled, then turned, then moved; v runs downwards.
+        const double u = 0.3 * scale[0];
+        const double v = 0.8 * scale[1];
+        const std::array<double, 2> expected{std::cos(turn) * u + std::sin(turn) * v + offset[0],
+                                             std::cos(turn) * v - std::sin(turn) * u + offset[1]};
+        for (std::size_t axis = 0; axis < 2; ++axis)
+        {
+            const auto& t = texture.m_transform;
+            EXPECT_NEAR(0.3 * t[0][axis] + 0.8 * t[1][axis] + t[2][axis], expected[axis], 1e-12) << transform;
+        }
+    }
 }
 
 TEST(GltfStage, CamerasAndLightsStandInTheirNodesSpace)

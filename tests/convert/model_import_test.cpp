@@ -54,6 +54,7 @@ Frame Time: 0.5
     const std::size_t knee = findNode(model, "Knee");
     ASSERT_LT(std::max(hips, knee), model.m_vecNodes.size());
     EXPECT_EQ(model.m_vecNodes[knee].m_iParent, static_cast<int>(hips));
+    EXPECT_TRUE(model.m_vecMeshes.empty()) << "bones alone have no surface";
     ASSERT_EQ(model.m_vecClips.size(), 1U);
     EXPECT_NEAR(model.m_vecClips[0].m_dDuration, 1.0, 1e-6);
     const ClipSampler sampler(model, model.m_vecClips[0]);

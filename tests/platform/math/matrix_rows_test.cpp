@@ -1,3 +1,4 @@
+#include <platform/math/matrix4.h>
 #include <platform/math/matrix_rows.h>
 
 #include <gtest/gtest.h>
@@ -48,6 +49,60 @@ TEST(Matrices, AnInverseUndoesAndThatOfASingularBlockStaysFinite)
         M_Matrix4x3Template<double> other = back;
         other.data()[i] += 1.0;
         EXPECT_FALSE(other == back) << "element " << i;
+    }
+}
+
+TEST(Matrices, OfFourColumnsMultiplyAndProjectAsTextbooksSay)
+{
+    M_Matrix4x3Template<double> affine;
+    M_Matrix4Template<double> a;
+    M_Matrix4Template<double> b;
+    for (int i = 0; i < 16; ++i)
+    {
+        affine.data()[i % 12] = std::sin(i + 1.0);
+        a.data()[i] = std::cos(3.0 * i);
+        b.data()[i] = std::sin(5.0 * i + 0.5);
+        M_Matrix4Template<double> other = a;
+        EXPECT_TRUE(other == a);
+        other.data()[i] += 1.0;
+        EXPECT_FALSE(other == a) << "element " << i;
+    }
+    const M_Matrix4Template<double> product = a * b;
+    const M_Matrix4Template<double> wide(affine);
+    for (int row = 0; row < 4; ++row)
+    {
+        for (int column = 0; column < 4; ++column)
+        {
+            double sum = 0.0;
+            for (int k = 0; k < 4; ++k)
+            {
+                sum += a.m[row][k] * b.m[k][column];
+            }
+            EXPECT_NEAR(product.m[row][column], sum, 1e-12) << row << column;
+            EXPECT_EQ(wide.m[row][column], column < 3 ? affine.m[row][column] : row < 3 ? 0.0 : 1.0) << row << column;
+        }
+    }
+    const double point[4]{1.5, -2.0, 0.25, 1.0};
+    const auto project = [&point](const M_Matrix4Template<double>& matrix, int column)
+    {
+        double sum = 0.0;
+        for (int k = 0; k < 4; ++k)
+        {
+            sum += point[k] * matrix.m[k][column];
+        }
+        return sum;
+    };
+    for (const double w : {project(product, 3), 1.0})
+    {
+        M_Matrix4Template<double> matrix = product;
+        for (int row = 0; row < 4 && w == 1.0; ++row)
+        {
+            matrix.m[row][3] = 0.0;
+        }
+        const M_Vector3Template<double> is = matrix.projectPoint({point[0], point[1], point[2]});
+        EXPECT_NEAR(is.x, project(matrix, 0) / w, 1e-12) << w;
+        EXPECT_NEAR(is.y, project(matrix, 1) / w, 1e-12) << w;
+        EXPECT_NEAR(is.z, project(matrix, 2) / w, 1e-12) << w;
     }
 }
 
