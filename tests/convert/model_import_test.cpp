@@ -5,6 +5,7 @@
 #include "tests/convert/model_builder.h"
 #include "tests/support/temporary_directory.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -96,4 +97,42 @@ TEST(AssimpFiles, ACameraSeesAsWideAndAsFarAsTheFileSays)
     EXPECT_EQ(model.m_vecCameras[0].m_fNear, 2.0F);
     EXPECT_EQ(model.m_vecCameras[0].m_fFar, 50.0F);
     EXPECT_EQ(model.m_vecCameras[0].m_iNode, static_cast<int>(findNode(model, "eye")));
+}
+
+TEST(AssimpFiles, SkinAndMotionOfAnXFileAreThoseOfItsNodesAndOthersAreTold)
+{
+    // Of this format's left-handed space, which is the one of the model.
+    const std::string identity = "1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0,";
+    const auto weights = [&identity](const char* bone, const char* vertices, const char* values)
+    {
+        return std::string("  SkinWeights {\n   \"") + bone + "\";\n   2;\n   " + vertices + ";\n   " + values +
+               ";\n   " + identity + "0.0,-2.0,0.0,1.0;;\n  }\n";
+    };
+    const auto moves = [](const char* bone)
+    {
+        return std::string(" Animation {\n  { ") + bone +
+               " }\n  AnimationKey { 2; 2; 0; 3; 1.0, 2.0, 3.0;;, 20; 3; 3.0, 2.0, 3.0;;; }\n }\n";
+    };
+    const Model model = read(
+        "flag.x", "xof 0303txt 0032\nAnimTicksPerSecond { 10; }\nFrame root {\n FrameTransformMatrix { " + identity +
+                      "0.0,0.0,0.0,1.0;; }\n Frame bone {\n  FrameTransformMatrix { " + identity +
+                      "1.0,2.0,3.0,1.0;; }\n }\n Mesh flag {\n  3;\n  0.0;0.0;0.0;,\n  0.0;1.0;0.0;,\n  1.0;0.0;0.0;;\n"
+                      "  1;\n  3;0,1,2;;\n  XSkinMeshHeader { 2; 2; 2; }\n" +
+                      weights("bone", "0,1", "0.25,1.0") + weights("ghost", "0,2", "0.75,1.0") +
+                      " }\n}\nAnimationSet wave {\n" + moves("bone") + moves("phantom") + "}\n");
+    const std::size_t node = findNode(model, "bone");
+    ASSERT_LT(node, model.m_vecNodes.size());
+    EXPECT_LT(largestDifference(model.m_vecNodes[node].m_local, move(1, 2, 3)), 1e-6);
+    ASSERT_EQ(model.m_vecMeshes.size(), 1U);
+    const Mesh& mesh = model.m_vecMeshes[0];
+    const auto bone = std::ranges::find(mesh.m_vecBones, static_cast<int>(node), &Bone::m_iNode);
+    ASSERT_NE(bone, mesh.m_vecBones.end());
+    EXPECT_LT(largestDifference(bone->m_offset, move(0, -2, 0)), 1e-6);
+    EXPECT_EQ(bone->m_vecWeights.size(), 2U);
+    ASSERT_EQ(model.m_vecClips.size(), 1U);
+    EXPECT_EQ(model.m_vecClips[0].m_strName, "wave");
+    EXPECT_NEAR(model.m_vecClips[0].m_dDuration, 2.0, 1e-6);
+    EXPECT_LT(largestDifference(ClipSampler(model, model.m_vecClips[0]).sample(node, 1.0), move(2, 2, 3)), 1e-6);
+    EXPECT_THAT(testing::PrintToString(model.m_vecWarnings),
+                testing::AllOf(testing::HasSubstr("ghost"), testing::HasSubstr("phantom")));
 }

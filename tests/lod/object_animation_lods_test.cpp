@@ -143,6 +143,7 @@ TEST_F(ObjectLevels, AskingIsAnsweredByTheLevelInUseTheLastOneOrTheFirst)
     object->calculateLOD();
     EXPECT_EQ(object->getUsedLODObject(), object->getLODObject(0));
     EXPECT_EQ(object->getTotalMeshes(), 8u);
+    EXPECT_EQ(TW_ObjectAnimationState(*object).accessMatrixVector().size(), 8u);
     EXPECT_EQ(object->getBoneHandle("bone1").getBoneIndex(), 1u);
     object->animateObjectFrame(1, 5.0f, nullptr);
     object->freezeAnimationState(&state, nullptr);
