@@ -335,7 +335,8 @@ TEST(GltfSkins, OfWhatHasNoPositionsAreLeftOutWithIt)
     text.set("skins", R"([{"joints":[1,2]}])");
     const Model model = read(text);
     ASSERT_EQ(model.m_vecMeshes.size(), 1U);
-    EXPECT_EQ(model.m_vecMeshes[0].m_vecBones.size(), 2U);
+    ASSERT_EQ(model.m_vecMeshes[0].m_vecBones.size(), 2U);
+    EXPECT_FALSE(model.m_vecMeshes[0].m_vecBones[1].m_vecWeights.empty());
     EXPECT_THAT(model.m_vecWarnings, testing::Contains(testing::HasSubstr("what has no positions")));
 }
 

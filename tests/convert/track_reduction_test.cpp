@@ -52,7 +52,7 @@ struct Reduced
         }
         return keys;
     }
-    /// As the library plays it; without the frame around a time at which something jumps.
+    /// As the library plays it; without a time at which something jumps and a frame of the fastest rate around it.
     [[nodiscard]] PoseError measure(double jump = -1.0) const
     {
         std::vector<double> times;
@@ -60,7 +60,8 @@ struct Reduced
         {
             times.push_back(i / 4.0);
         }
-        std::erase_if(times, [&](double frame) { return std::abs(frame - jump * m_reduced.m_iFrameRate) < 1.0; });
+        std::erase_if(times,
+                      [&](double frame) { return std::abs(frame / m_reduced.m_iFrameRate - jump) < 1.1 / 960.0; });
         return PlaybackMeter(m_model, m_skeleton)
             .measure(m_clip, makeRecords(m_skeleton, m_reduced, m_reduced.m_eSeam), m_reduced.m_iFrameRate, times);
     }
