@@ -47,8 +47,13 @@ private:
 /// Makes a clip begin at 0 seconds, in the model's own space, without events outside of it.
 void begin(Clip& clip, const Model& model)
 {
-    std::erase_if(clip.m_vecEvents, [&clip](const Event& event)
-                  { return event.m_dTime < clip.m_dStart || event.m_dTime > clip.m_dStart + clip.m_dDuration; });
+    constexpr double rounding = 1e-6;  // of times that are cut at frames
+    std::erase_if(clip.m_vecEvents,
+                  [&clip](const Event& event)
+                  {
+                      const double seconds = event.m_dTime - clip.m_dStart;
+                      return seconds < -rounding || seconds > clip.m_dDuration + rounding;
+                  });
     for (Event& event : clip.m_vecEvents)
     {
         event.m_dTime -= clip.m_dStart;

@@ -99,7 +99,12 @@ TEST(ClipSelection, PartsOfOneMotionBecomeOneClip)
     const std::vector<double> jumps = sampler.findJumps(1);
     EXPECT_TRUE(std::any_of(jumps.begin(), jumps.end(), [](double time) { return std::abs(time - 0.05) < 1e-9; }));
     EXPECT_EQ(TW2::convert::chooseFrameRate(cut), 20) << "keys lie between the frames of ten per second";
-    parts[0].m_root.reset();
+    // An event on the last frame is within, however the sum of times is rounded.
+    parts = {makeClip("a", 0, 1.0, 1.0), makeClip("b", 1, 2.0, 1.0)};
+    parts[1].m_dStart = 0.7;
+    parts[1].m_dDuration = 0.1;
+    parts[1].m_vecEvents = {{0.7, "first"}, {0.8, "last"}};
+    EXPECT_EQ(TW2::convert::mergeClips(makeChain(2), parts, "all", warnings).m_vecEvents.size(), 2U);
     parts.push_back(makeClip("c", 1, 1.0, 5.0));
     EXPECT_FALSE(TW2::convert::areParts(parts));
     (void)TW2::convert::mergeClips(makeChain(2), parts, "all", warnings);
