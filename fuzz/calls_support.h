@@ -72,10 +72,8 @@ struct Files
         KeyframeAnimationChunk blink = m_files.m_animations[0][0];
         blink.header.targetName = "body";
         blink.visibilityKeys = {{0, 1.0F}, {10, -1.0F}};
-        S_MemoryFileWriter writer;
-        writer << blink;
-        m_files.m_skinBlocks =
-            "animation { index 0 filename \"" + m_files.getDirectory().write("blink.tw", writer.getBytes()) + "\" }";
+        m_files.m_skinBlocks = "animation { index 0 filename \"" +
+                               m_files.getDirectory().write("blink.tw", support::toBytes(blink)) + "\" }";
         m_script = m_files.write();
         m_moves = m_files.getDirectory().write(
             "moves.txt", "moves { animation { index 1 filename \"" + file("animation1.tw") +

@@ -1,4 +1,5 @@
 #include "fuzz/records.h"
+#include "tests/support/double_matrix.h"
 
 #include <tw2/core/exceptions.h>
 #include <tw2/keyframe/keyframe_animation.h>
@@ -16,11 +17,6 @@ namespace
 {
 using Matrix = M_Matrix4x3Template<float>;
 
-bool isFinite(const Matrix& matrix)
-{
-    return std::all_of(matrix.data(), matrix.data() + 12, [](float value) { return std::isfinite(value); });
-}
-
 bool hasNaN(const Matrix& matrix)
 {
     return std::any_of(matrix.data(), matrix.data() + 12, [](float value) { return std::isnan(value); });
@@ -31,7 +27,7 @@ void evaluate(const TW2::KeyframeAnimationChunk& chunk)
     bool finiteKeys = true;
     for (const TW2::MatrixKey& key : chunk.keys)
     {
-        finiteKeys = finiteKeys && isFinite(key.matrix);
+        finiteKeys = finiteKeys && support::isFinite(key.matrix);
     }
     const TW2::TW_KeyframeAnimation animation(chunk, true);
     const float end = static_cast<float>(animation.getTotalFrameCount());

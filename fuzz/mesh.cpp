@@ -56,7 +56,7 @@ void writeAndRead(const MeshChunk& mesh)
     S_Bytes file;
     try
     {
-        file = fuzz::write(mesh);
+        file = fuzz::toBytes(mesh);
     }
     catch (const TW2::TW_Exception_InvalidGeometry&)
     {
@@ -65,7 +65,7 @@ void writeAndRead(const MeshChunk& mesh)
     MeshChunk again;
     fuzz::read(again, file.data(), file.size());
     useMesh(again);
-    require(fuzz::write(again) == file);
+    require(fuzz::toBytes(again) == file);
 }
 }  // namespace
 

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "tests/support/chunk_files.h"
+
 #include <platform/runtime/allocator.h>
 #include <platform/runtime/exception.h>
 #include <platform/runtime/memory_file.h>
-#include <platform/runtime/memory_file_writer.h>
 
 #include <cstdlib>
 #include <stdexcept>
@@ -27,24 +28,17 @@ void read(Record& record, const void* data, std::size_t size)
     file >> record;
 }
 
-/// The bytes of a file of one record.
-template <typename Record>
-S_Bytes write(const Record& record)
-{
-    S_MemoryFileWriter writer;
-    writer << record;
-    return writer.getBytes();
-}
+using support::toBytes;
 
 /// What was read comes back unchanged from a file of its own. Bytes tell, not records: what is not a number differs
 /// from itself.
 template <typename Record>
 void requireRoundTrip(const Record& record)
 {
-    const S_Bytes file = write(record);
+    const S_Bytes file = toBytes(record);
     Record again;
     read(again, file.data(), file.size());
-    require(write(again) == file);
+    require(toBytes(again) == file);
 }
 
 /// False when an action refuses what it reads.

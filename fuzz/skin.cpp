@@ -44,7 +44,7 @@ void followEveryInfluence(const TW_VertexAnimation::Skin& skin)
 void checkRecord(const SkinChunk& chunk)
 {
     require(chunk.findInvalidValue().empty());
-    const S_Bytes file = fuzz::write(chunk);
+    const S_Bytes file = fuzz::toBytes(chunk);
     SkinChunk again;
     fuzz::read(again, file.data(), file.size());
     again.sortedByPrimitive = chunk.sortedByPrimitive;

@@ -24,8 +24,6 @@ namespace
 {
 using namespace TW2;
 using namespace std::string_literals;
-using Chunk = S_MemoryFileWriter::Chunk;
-
 /// Where the files of one target go.
 class Seeds
 {
@@ -150,10 +148,13 @@ void addMaterials(const Seeds& seeds)
 // Ids choose what the target reads: see fuzz/memory_file.cpp.
 void writeValues(S_MemoryFileWriter& writer, unsigned int id)
 {
-    const Chunk chunk(writer, id, 1);
-    writer << 7 << "a string" << M_Vector3Template<float>(1, 2, 3) << M_Matrix4x3Template<float>() << true;
-    writer.writeList(S_Vector<S_String>{"hip", "knee"});
-    writer.writeList(S_Vector<int>{1, 2, 3});
+    const auto lists = [](S_MemoryFileWriter& w)
+    {
+        w.writeList(S_Vector<S_String>{"hip", "knee"});
+        w.writeList(S_Vector<int>{1, 2, 3});
+    };
+    support::writeChunk(writer, id, 1, 7, "a string", M_Vector3Template<float>(1, 2, 3), M_Matrix4x3Template<float>(),
+                        true, lists);
 }
 
 void addMemoryFiles(const Seeds& seeds)
@@ -164,16 +165,10 @@ void addMemoryFiles(const Seeds& seeds)
         writeValues(writer, id);
         seeds.addBytes("values_" + std::to_string(id), writer.getBytes());
     }
+    const auto values = [](unsigned int id) { return [id](S_MemoryFileWriter& w) { writeValues(w, id); }; };
+    const auto middle = [&](S_MemoryFileWriter& w) { support::writeChunk(w, 0, 2, values(1), values(6)); };
     S_MemoryFileWriter writer;
-    {
-        const Chunk outer(writer, 0, 0);
-        {
-            const Chunk middle(writer, 0, 2);
-            writeValues(writer, 1);
-            writeValues(writer, 6);
-        }
-        writeValues(writer, 9);
-    }
+    support::writeChunk(writer, 0, 0, middle, values(9));
     writeValues(writer, 3);
     seeds.addBytes("nested", writer.getBytes());
 }
@@ -238,26 +233,11 @@ soldier
 
 void addSkins(const Seeds& seeds)
 {
-    SkinChunk chunk;
-    chunk.objectNames = {"body"};
-    chunk.boneNames = {"Hip", "Knee"};
-    chunk.vertexInfluenceStarts = {0, 1, 3};
-    chunk.vertexBoneCounts = {1, 2, 1};
-    chunk.influenceBones = {0, 0, 1, 1};
-    chunk.influenceWeights = {1, 0.25F, 0.75F, 1};
-    chunk.primitiveVertexCounts = {2, 1};
-    chunk.primitiveFirstVertices = {0, 2};
-    seeds.add("newest", chunk);
+    seeds.add("newest", support::makeSkin({"Hip", "Knee"}, {{{{0, 1.0F}}, {{0, 0.25F}, {1, 0.75F}}}, {{{1, 1.0F}}}}));
     seeds.add("empty", SkinChunk());
-    S_MemoryFileWriter oldest;
-    {
-        const Chunk skin(oldest, CHUNK_SKIN, 0);
-        oldest << 2 << 0 << 0 << 1.0F << 2 << 1 << 0.5F << 1 << 2 << 0 << 0.5F << 0;  // three lists of influences
-        oldest << 1 << "body" << 2;
-        oldest << "Hip";
-        oldest << "Knee";
-        oldest << 1 << M_Vector3Template<float>(1, 2, 3);
-    }
+    S_MemoryFileWriter oldest;  // three lists of influences, names, and what nothing uses
+    support::writeChunk(oldest, CHUNK_SKIN, 0, 2, 0, 0, 1.0F, 2, 1, 0.5F, 1, 2, 0, 0.5F, 0, 1, "body", 2, "Hip", "Knee",
+                        1, M_Vector3Template<float>(1, 2, 3));
     seeds.addBytes("oldest", oldest.getBytes());
 }
 }  // namespace

@@ -1,6 +1,7 @@
 // Playing allocates nothing: everything that a host calls from frame to frame, of every class that plays.
 
 #include "tests/support/character_files.h"
+#include "tests/support/lamps.h"
 #include "tests/support/material_records.h"
 #include "tests/support/played.h"
 
@@ -55,11 +56,8 @@ protected:
     {
         m_folder.add({"0.png", "1.png"});
         m_files.m_materials.texturePath = m_folder.getDirectory().getPath().string();
-        m_files.m_materials.materials.resize(2);
-        for (std::size_t i = 0; i < 2; ++i)
-        {
-            m_files.m_materials.materials[i].name = i == 0 ? "material0" : "material1";
-        }
+        m_files.m_materials.materials = {support::makeSolidMaterial("material0"),
+                                         support::makeSolidMaterial("material1")};
         support::fillTexture(m_files.m_materials.materials[0].accessDiffuseTexture(), waterName, {"0.png", "1.png"})
             .framesPerSecond = 2;
         m_files.m_animations[1][2].visibilityKeys = {{0, 1.0F}, {9, 0.0F}};
@@ -87,24 +85,10 @@ TEST_F(Playing, AllocatesNothingInAnyObject)
 TEST_F(Playing, AllocatesNothingInTracksAndLights)
 {
     const TW_KeyframeAnimation track(m_files.m_animations[1][2], true);
-    PointLightAnimationChunk pointRecord;
-    DirectionalLightAnimationChunk directionalRecord;
-    SpotLightAnimationChunk spotRecord;
-    const auto fill = [](auto& record)
-    {
-        record.header = {"a lamp whose name is longer than a string has room for in itself", 25, true};
-        record.totalFrameCount = 50;
-        record.colorKeys = {{0, {255, 0, 0, 255}}, {20, {0, 98, 49, 255}}, {49, {0, 0, 49, 255}}};
-        record.brightnessKeys = {{0, 0.5F}, {49, 1.0F}};
-    };
-    fill(pointRecord);
-    fill(directionalRecord);
-    fill(spotRecord);
-    pointRecord.fallOffKeys = {{0, 3.0F}, {49, 2.0F}};
-    spotRecord.fallOffKeys = {{0, 3.0F}, {49, 2.0F}};
-    const TW_PointLightAnimation pointAnimation(pointRecord);
-    const TW_DirectionalLightAnimation directionalAnimation(directionalRecord);
-    const TW_SpotLightAnimation spotAnimation(spotRecord);
+    const char* const name = "a lamp whose name is longer than a string has room for in itself";
+    const TW_PointLightAnimation pointAnimation(support::makeLamp<PointLightAnimationChunk>(name));
+    const TW_DirectionalLightAnimation directionalAnimation(support::makeLamp<DirectionalLightAnimationChunk>(name));
+    const TW_SpotLightAnimation spotAnimation(support::makeLamp<SpotLightAnimationChunk>(name));
     P_PointLight point;
     P_DirectionalLight directional;
     P_SpotLight spot;

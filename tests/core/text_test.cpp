@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory_resource>
 #include <string>
 #include <type_traits>
 
@@ -18,21 +19,7 @@ using namespace TW2;
 namespace
 {
 /// A host's string with an allocator of its own.
-template <typename T>
-struct HostAllocator : std::allocator<T>
-{
-    HostAllocator() = default;
-    template <typename U>
-    HostAllocator(const HostAllocator<U>&)  // NOLINT(google-explicit-constructor): rebinding is implicit
-    {
-    }
-    template <typename U>
-    struct rebind
-    {
-        using other = HostAllocator<U>;
-    };
-};
-using HostString = std::basic_string<char, std::char_traits<char>, HostAllocator<char>>;
+using HostString = std::pmr::string;
 
 /// Whether `Call` can be made, without ambiguity, with a name of each of these types.
 template <typename Call, typename... Names>

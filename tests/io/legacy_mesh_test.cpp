@@ -22,11 +22,11 @@
 using namespace TW2;
 using support::LegacyMesh;
 using support::Vector;
+using support::writeChunk;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
-using WriteChunk = S_MemoryFileWriter::Chunk;
 
 namespace
 {
@@ -147,32 +147,6 @@ LegacyMesh makeRandomMesh(unsigned int seed)
 }
 }  // namespace
 
-TEST(LegacyMesh, ASmoothCubeKeepsItsCorners)
-{
-    const LegacyMesh cube = support::makeLegacyCube();
-    const MeshChunk mesh = convert(cube);
-    ASSERT_EQ(mesh.getGroupCount(), 1u);
-    EXPECT_FALSE(mesh.hasMaterials);
-    ASSERT_EQ(mesh.getVertexCount(0), 8u);
-    ASSERT_EQ(mesh.getTriangleCount(0), 12u);
-    for (unsigned int v = 0; v < 8; ++v)
-    {
-        EXPECT_EQ(mesh.getVertexMapEntry(0, v), static_cast<int>(v));
-        // Each normal is the normalised sum over the triangles around, counted here by side.
-        Vector sum;
-        for (std::size_t t = 0; t < cube.polygons.size(); ++t)
-        {
-            const auto& p = cube.polygons[t];
-            if (std::count(p.begin(), p.end(), static_cast<int>(v)) != 0)
-            {
-                static const Vector sides[] = {{0, 0, -1}, {0, 0, 1}, {0, -1, 0}, {0, 1, 0}, {-1, 0, 0}, {1, 0, 0}};
-                sum += sides[t / 2];
-            }
-        }
-        EXPECT_EQ(mesh.getNormal(0, v), sum.normalized());
-    }
-}
-
 TEST(LegacyMesh, ACubeOfFlatSidesHasThreeVerticesPerCorner)
 {
     LegacyMesh cube = support::makeLegacyCube();
@@ -210,6 +184,7 @@ TEST(LegacyMesh, ConvertsToTheBitAsThePlainWayDoes)
             return;
         }
     }
+    expectAsConvertedPlainly(support::makeLegacyCube());
     expectAsConvertedPlainly(support::makeLegacyField(9, 7));
     std::mt19937 random(1);
     expectAsConvertedPlainly(support::makeLegacyFan(300, [&](int) { return static_cast<unsigned int>(random()); }));
@@ -256,35 +231,20 @@ TEST(LegacyMesh, ManyCoordinatesAtOneVertexFindTheirCopiesAgain)
 
 TEST(LegacyMesh, PolygonsOfOtherThanThreeCornersAreReadAsTriangles)
 {
+    const auto four = [](S_MemoryFileWriter& w) { writeChunk(w, CHUNK_POLYGON, 0, 4, 2, 1, 0, 77); };
+    const auto two = [](S_MemoryFileWriter& w) { writeChunk(w, CHUNK_POLYGON, 3, 2, 1, 2); };
+    const std::vector<Vector> corners = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
     S_MemoryFileWriter writer;
     {
-        const WriteChunk mesh(writer, CHUNK_MESH, 0);
-        {
-            const WriteChunk vertices(writer, CHUNK_MESH_VERTICES, 0);
-            support::writeVectors(writer, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
-        }
-        {
-            const WriteChunk faces(writer, CHUNK_MESH_FACES, 0);
-            writer << 2;
-            {
-                const WriteChunk four(writer, CHUNK_POLYGON, 0);
-                writer << 4 << 2 << 1 << 0 << 77;
-            }
-            {
-                const WriteChunk two(writer, CHUNK_POLYGON, 3);
-                writer << 2 << 1 << 2;
-            }
-            writer << 0 << 0;
-        }
-        const WriteChunk materials(writer, CHUNK_MESH_MATERIALS, 0);
-        writer << 0 << 0;
+        const S_MemoryFileWriter::Chunk mesh(writer, CHUNK_MESH, 0);
+        writeChunk(writer, CHUNK_MESH_VERTICES, 0, support::listOf(corners));
+        writeChunk(writer, CHUNK_MESH_FACES, 0, 2, four, two, 0, 0);
+        writeChunk(writer, CHUNK_MESH_MATERIALS, 0, 0, 0);
     }
     const MeshChunk mesh = support::readWritten<MeshChunk>(writer);
     EXPECT_EQ(mesh.faces.polygons[0].vertexCount, 4);
     EXPECT_FALSE(mesh.hasMaterials) << "a list without a name";
-    S_MemoryFileWriter again;
-    again << mesh.faces.polygons[0];
-    EXPECT_EQ(support::readWritten<PolygonChunk>(again).vertexCount, 3) << "what is kept of it is written";
+    EXPECT_EQ(support::writeAndRead(mesh.faces.polygons[0]).vertexCount, 3) << "what is kept of it is written";
     EXPECT_THAT(std::vector<int>(mesh.vertices.vertexMap.begin() + 3, mesh.vertices.vertexMap.end()),
                 testing::UnorderedElementsAre(0, 0, 1, 1, 2, 2));
 }
@@ -373,12 +333,9 @@ TEST(LegacyMesh, MaterialNumbersOutsideTheNamesAreNoError)
 
 TEST(LegacyMesh, NewFacesInAnOldMeshAreAnError)
 {
+    const MeshChunk strip = support::makeStripMesh("strip", 1);
     S_MemoryFileWriter writer;
-    {
-        const WriteChunk mesh(writer, CHUNK_MESH, 1);
-        const MeshChunk strip = support::makeStripMesh("strip", 1);
-        writer << strip.vertices << strip.faces;
-    }
+    writeChunk(writer, CHUNK_MESH, 1, strip.vertices, strip.faces);
     EXPECT_THAT(support::messageOf([&] { (void)support::readWritten<MeshChunk>(writer); }),
                 HasSubstr("polygons in the faces of a mesh of the old layout"));
 }

@@ -18,8 +18,6 @@ using namespace TW2;
 using support::TemporaryDirectory;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using WriteChunk = S_MemoryFileWriter::Chunk;
-
 namespace
 {
 /// Notes what arrives.
@@ -130,10 +128,7 @@ TEST_F(Loader, HandsEveryKindToItsCallbackAndTheRestToTheOneForUnknownChunks)
 {
     S_MemoryFileWriter writer;
     support::writeEveryKind(writer);
-    {
-        const WriteChunk chunk(writer, 0x1001B, 0);
-        writer << 1;
-    }
+    support::writeChunk(writer, 0x1001B, 0, 1);
     const std::string file = m_directory.write("all.tw", writer.getBytes());
     TW_Loader::load(file, false);  // nobody listens: nothing is read
     m_listener.listen();
@@ -165,8 +160,7 @@ TEST_F(Loader, SkipsKindsWithoutACallbackUnread)
     S_MemoryFileWriter writer;
     for (const unsigned int id : {CHUNK_CAMERA, CHUNK_MESH, CHUNK_SPOT_LIGHT, CHUNK_KEYFRAME_ANIMATION})
     {
-        const WriteChunk broken(writer, id, 0);
-        writer << 0xFFFFFFFFu;
+        support::writeChunk(writer, id, 0, 0xFFFFFFFFu);
     }
     writer << support::makeStripMesh("mesh", 1);
     const std::string file = m_directory.write("broken.tw", writer.getBytes());
@@ -242,10 +236,7 @@ TEST_F(Loader, AWalkGoesOnBehindItsChunkWhereverACallbackMovesTheFile)
 {
     S_MemoryFileWriter writer;
     writer << support::makeStripMesh("before", 1);
-    {
-        const WriteChunk chunk(writer, 0x1001B, 0);
-        writer << 1;
-    }
+    support::writeChunk(writer, 0x1001B, 0, 1);
     writer << support::makeStripMesh("after", 1);
     const std::string file = m_directory.write("moved.tw", writer.getBytes());
     S_MemoryFile::Chunk kept;
@@ -446,8 +437,7 @@ TEST_F(Loader, AnalysisListsTopLevelChunksAndTouchesNothingElse)
     support::writeEveryKind(writer);
     for (const unsigned int id : {0x10013u, 0x1001Au, 0x10006u, 0x77u})
     {
-        const WriteChunk chunk(writer, id, 3);
-        writer << 1;
+        support::writeChunk(writer, id, 3, 1);
     }
     const std::string cached = writeMeshes("cached.tw", {"cached"});
     TW_Loader::cacheFileForLoading(cached);

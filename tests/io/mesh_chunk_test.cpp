@@ -13,9 +13,11 @@
 #include <utility>
 
 using namespace TW2;
+using support::listOf;
 using support::readWritten;
 using support::Vector;
 using support::writeAndRead;
+using support::writeChunk;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -32,7 +34,7 @@ void writeVertices(S_MemoryFileWriter& writer, unsigned int count, const Groups&
     {
         writer << Vector(static_cast<float>(i), 0, 0);
     }
-    support::writeCounted(writer, groups);
+    listOf(groups)(writer);
 }
 
 void writeFaces(S_MemoryFileWriter& writer, const std::vector<std::uint16_t>& indices, const Groups& groups,
@@ -41,17 +43,12 @@ void writeFaces(S_MemoryFileWriter& writer, const std::vector<std::uint16_t>& in
     const WriteChunk chunk(writer, CHUNK_MESH_FACES, version);
     writer.writeCount(indices.size());
     writer.write(indices.data(), 2 * indices.size());
-    support::writeCounted(writer, groups);
+    listOf(groups)(writer);
 }
 
 void writeNames(S_MemoryFileWriter& writer, const std::vector<std::string>& names, unsigned int version = 1)
 {
-    const WriteChunk chunk(writer, CHUNK_MESH_MATERIALS, version);
-    support::writeCounted(writer, names);
-    if (version == 0)
-    {
-        support::writeCounted(writer, std::vector<int>{7});
-    }
+    writeChunk(writer, CHUNK_MESH_MATERIALS, version, listOf(names));
 }
 
 void writeChannel(S_MemoryFileWriter& writer, int number, unsigned int count, const Groups& groups)
@@ -62,7 +59,7 @@ void writeChannel(S_MemoryFileWriter& writer, int number, unsigned int count, co
     {
         writer << Vector(static_cast<float>(i), 1, 0);
     }
-    support::writeCounted(writer, groups);
+    listOf(groups)(writer);
 }
 
 using Parts = std::function<void(S_MemoryFileWriter&)>;
@@ -70,10 +67,7 @@ using Parts = std::function<void(S_MemoryFileWriter&)>;
 MeshChunk readMesh(const Parts& parts, unsigned int version = 2)
 {
     S_MemoryFileWriter writer;
-    {
-        const WriteChunk chunk(writer, CHUNK_MESH, version);
-        parts(writer);
-    }
+    writeChunk(writer, CHUNK_MESH, version, parts);
     return readWritten<MeshChunk>(writer);
 }
 }  // namespace
@@ -134,12 +128,11 @@ TEST(MeshChunk, PartsStandInAnyOrderAndUnknownOnesAreSkipped)
     const MeshChunk mesh = readMesh(
         [](S_MemoryFileWriter& writer)
         {
-            writeNames(writer, {"first"}, 0);
+            writeChunk(writer, CHUNK_MESH_MATERIALS, 0, 1, "first", 1, 7);
             writeFaces(writer, {0, 1, 2}, {1}, 7);
             for (const unsigned int id : {0x10009u, 0x1000Au, 0x1000Du, 0x77u})
             {
-                const WriteChunk unknown(writer, id, 0);
-                writer << "whatever";
+                writeChunk(writer, id, 0, "whatever");
             }
             writeChannel(writer, 1, 3, {3});
             writeVertices(writer, 3, {3}, 7);
@@ -194,33 +187,25 @@ TEST(MeshChunk, ChannelsPastTheTenthAreLeftOut)
 
 TEST(MeshChunk, OldVerticesHaveNoNormalsUntilTheyAreConverted)
 {
-    const MeshChunk mesh = readMesh(
-        [](S_MemoryFileWriter& writer)
-        {
-            const WriteChunk chunk(writer, CHUNK_MESH_VERTICES, 0);
-            support::writeVectors(writer, {{1, 2, 3}, {4, 5, 6}});
-        });
+    const std::vector<Vector> positions = {{1, 2, 3}, {4, 5, 6}};
+    const MeshChunk mesh =
+        readMesh([&](S_MemoryFileWriter& w) { writeChunk(w, CHUNK_MESH_VERTICES, 0, listOf(positions)); });
     EXPECT_TRUE(mesh.hasVertices);
     EXPECT_FALSE(mesh.hasFaces);
     EXPECT_FALSE(mesh.vertices.hasNormals);
-    EXPECT_THAT(mesh.vertices.positions, ElementsAre(Vector(1, 2, 3), Vector(4, 5, 6)));
+    EXPECT_THAT(mesh.vertices.positions, testing::ElementsAreArray(positions));
     EXPECT_THAT(mesh.vertices.normals, ElementsAre(Vector(), Vector()));
     EXPECT_THAT(mesh.vertices.groupCounts, IsEmpty());
 }
 
 TEST(MeshChunk, OldPartsOfANewMeshStayAsTheyAre)
 {
+    const std::vector<support::Triangle> polygons = {{2, 1, 0}};
     const MeshChunk mesh = readMesh(
-        [](S_MemoryFileWriter& writer)
+        [&](S_MemoryFileWriter& writer)
         {
             writeVertices(writer, 3, {3});
-            const WriteChunk faces(writer, CHUNK_MESH_FACES, 0);
-            writer << 1;
-            {
-                const WriteChunk polygon(writer, CHUNK_POLYGON, 0);
-                writer << 3 << 2 << 1 << 0;
-            }
-            writer << 0 << 0;
+            writeChunk(writer, CHUNK_MESH_FACES, 0, listOf(polygons), 0, 0);
         });
     EXPECT_FALSE(mesh.faces.hasIndices);
     EXPECT_THAT(mesh.faces.polygons[0].vertexIndices, ElementsAre(2, 1, 0));
@@ -296,15 +281,7 @@ TEST(MeshChunk, DamageIsAnErrorThatNamesFileChunkAndValue)
     const auto failureOf = [](unsigned int id, unsigned int version, const auto&... values)
     {
         return support::messageOf(
-            [&]
-            {
-                (void)readMesh(
-                    [&](S_MemoryFileWriter& writer)
-                    {
-                        const WriteChunk chunk(writer, id, version);
-                        (writer << ... << values);
-                    });
-            });
+            [&] { (void)readMesh([&](S_MemoryFileWriter& writer) { writeChunk(writer, id, version, values...); }); });
     };
     EXPECT_THAT(failureOf(CHUNK_MESH_VERTICES, 1, 0xFFFFFFFFu, 1.0f), HasSubstr("4294967295 elements"));
     EXPECT_THAT(failureOf(CHUNK_MESH_VERTICES, 1, 1u, Vector()), HasSubstr("1 elements of at least 24 bytes, 12 are"));

@@ -13,7 +13,7 @@
 using namespace TW2;
 using support::readWritten;
 using support::writeAndRead;
-using WriteChunk = S_MemoryFileWriter::Chunk;
+using support::writeChunk;
 
 namespace
 {
@@ -81,11 +81,7 @@ TEST(SceneObjectChunks, EveryRecordComesBackAsItWasWrittenAndCanBeReset)
 TEST(SceneObjectChunks, AnOldNodeLeavesItsExtraStringAlone)
 {
     S_MemoryFileWriter writer;
-    {
-        const WriteChunk chunk(writer, CHUNK_NODE, 0);
-        writer << "lamp"
-               << "ceiling" << M_Matrix4x3Template<float>::translation({1, 2, 3}) << true;
-    }
+    writeChunk(writer, CHUNK_NODE, 0, "lamp", "ceiling", M_Matrix4x3Template<float>::translation({1, 2, 3}), true);
     S_MemoryFile file;
     support::openWritten(file, writer);
     NodeChunk node;
@@ -102,20 +98,12 @@ TEST(SceneObjectChunks, AnOldNodeLeavesItsExtraStringAlone)
 // left behind with its chunk.
 TEST(SceneObjectChunks, ObjectsOfNewerVersionsAreReadAsFarAsTheyAreKnown)
 {
+    const auto node = [](S_MemoryFileWriter& w)
+    { writeChunk(w, CHUNK_NODE, 9, "lamp", "", M_Matrix4x3Template<float>(), false, "extra", 123, "more"); };
     S_MemoryFileWriter writer;
-    {
-        const WriteChunk camera(writer, CHUNK_CAMERA, 7);
-        {
-            const WriteChunk node(writer, CHUNK_NODE, 9);
-            writer << "lamp"
-                   << "" << M_Matrix4x3Template<float>() << false << "extra" << 123 << "more";
-        }
-        writer << 1.0f << 2.0f << 3.0f << "appended";
-    }
-    {
-        const WriteChunk light(writer, CHUNK_SPOT_LIGHT, 1);
-        writer << NodeChunk() << 10.0f << 20.0f << 30.0f << 40.0f << 1.0f << 2.0f << 3.0f << 4.0f << 5.0f << 6.0f;
-    }
+    writeChunk(writer, CHUNK_CAMERA, 7, node, 1.0f, 2.0f, 3.0f, "appended");
+    writeChunk(writer, CHUNK_SPOT_LIGHT, 1, NodeChunk(), 10.0f, 20.0f, 30.0f, 40.0f, 1.0f, 2.0f, 3.0f, 4.0f, 5.0f,
+               6.0f);
     S_MemoryFile file;
     support::openWritten(file, writer);
     CameraChunk camera;
@@ -137,13 +125,7 @@ TEST(SceneObjectChunks, ObjectsOfNewerVersionsAreReadAsFarAsTheyAreKnown)
 TEST(SceneObjectChunks, ColoursOfTheEnvironmentAreRedGreenBlueAlphaInFiles)
 {
     S_MemoryFileWriter writer;
-    {
-        const WriteChunk chunk(writer, CHUNK_ENVIRONMENT, 0);
-        for (const int byte : {10, 20, 30, 40, 0, 0, 255, 255})
-        {
-            writer << static_cast<unsigned char>(byte);
-        }
-    }
+    writeChunk(writer, CHUNK_ENVIRONMENT, 0, 0x281E140Au, 0xFFFF0000u);  // the lowest byte comes first
     const EnvironmentChunk environment = readWritten<EnvironmentChunk>(writer);
     EXPECT_EQ(environment.firstColor, 0x280A141Eu);
     EXPECT_EQ(environment.secondColor, 0xFF0000FFu);
@@ -152,18 +134,12 @@ TEST(SceneObjectChunks, ColoursOfTheEnvironmentAreRedGreenBlueAlphaInFiles)
 TEST(SceneObjectChunks, AMissingNodeOrValueIsAnErrorThatNamesTheChunk)
 {
     S_MemoryFileWriter noNode;
-    {
-        const WriteChunk chunk(noNode, CHUNK_HELPER, 0);
-        noNode << "spawn point";
-    }
+    writeChunk(noNode, CHUNK_HELPER, 0, "spawn point");
     EXPECT_THAT(support::messageOf([&] { (void)readWritten<HelperChunk>(noNode); }),
                 testing::HasSubstr("chunk 0x10016"));
 
     S_MemoryFileWriter shortLight;
-    {
-        const WriteChunk chunk(shortLight, CHUNK_POINT_LIGHT, 0);
-        shortLight << NodeChunk() << 1.0f << 2.0f << 3.0f << 4.0f << 5.0f << 6.0f;
-    }
+    writeChunk(shortLight, CHUNK_POINT_LIGHT, 0, NodeChunk(), 1.0f, 2.0f, 3.0f, 4.0f, 5.0f, 6.0f);
     EXPECT_THAT(support::messageOf([&] { (void)readWritten<PointLightChunk>(shortLight); }),
                 testing::HasSubstr("chunk 0x10002"));
 }

@@ -1,3 +1,4 @@
+#include "tests/support/chunk_files.h"
 #include "tests/support/expectations.h"
 #include "tests/support/keyframe_tracks.h"
 #include "tests/support/temporary_directory.h"
@@ -37,11 +38,6 @@ Matrix poseAt(const TW_KeyframeAnimation& animation, float frame, int hint = 0)
     Matrix matrix;
     animation.animateFrameWithLastFrame(matrix, frame, hint);
     return matrix;
-}
-
-bool isFinite(const Matrix& matrix)
-{
-    return std::all_of(matrix.data(), matrix.data() + 12, [](float value) { return std::isfinite(value); });
 }
 
 // Two keys ten frames apart.
@@ -333,9 +329,7 @@ TEST(KeyframeAnimation, AFailedAllocationLeavesAnEmptyAnimationAndNothingElse)
     std::mt19937 random(1);
     const char* const name = "a bone whose name does not fit into a short string";
     const support::TemporaryDirectory directory;
-    S_MemoryFileWriter writer;
-    writer << support::makeTrack(random, {}, name);
-    const S_String file = directory.write("bone.tw", writer.getBytes()).c_str();
+    const S_String file = directory.write("bone.tw", support::toBytes(support::makeTrack(random, {}, name))).c_str();
     for (const bool scaled : {false, true})
     {
         const KeyframeAnimationChunk chunk = support::makeTrack(random, {.scaled = scaled, .visibilityKeys = 3}, name);
@@ -399,7 +393,7 @@ TEST(KeyframeAnimation, AFileHoldsOneAnimationAndNothingElse)
               ("TW2: File \"" + camera + "\" had more than one or other than animation chunks").c_str());
     EXPECT_THROW(animation.construct(S_String("no such file.tw")), S_FileException);
     EXPECT_EQ(animation.getAnimationTargetName(), "kept");
-    EXPECT_TRUE(isFinite(poseAt(animation, 3.0F)));
+    EXPECT_TRUE(support::isFinite(poseAt(animation, 3.0F)));
 
     EXPECT_THROW(animation.construct(write("two.tw", {first, first}, false)), TW2::TW_Exception_InvalidAnimationChunk);
     EXPECT_EQ(animation.getAnimationTargetName(), "first") << "the first chunk's tracks";

@@ -107,21 +107,18 @@ TEST_F(SkinnedLevels, CopiesHaveTheSameRangesAndASkeletonOfTheirOwn)
 {
     TW_VertexAnimation(&m_script, 0, &m_script, 1);  // what the loader keeps for the next file is there from here on
     deleteStaticData();
-    const long long live = S_Memory::getLiveCount();
-    {
-        const TW_VertexAnimation source(&m_script, 0, &m_script, 1);
-        const TW_VertexAnimationLODs object(*source.getSkeleton(), 2, &m_script, skins);
-        TW_VertexAnimationLODs copy(object);
-        EXPECT_EQ(copy.getName(), object.getName() + " (clone)");
-        EXPECT_EQ(copy.getEngineLODObject()->getRange(1), 100.0f);
-        EXPECT_NE(copy.getSkeleton(), object.getSkeleton());
-        EXPECT_EQ(copy.getSkeleton()->getParent(), &copy);
-        EXPECT_EQ(copy.getLODObject(1)->getSkeleton(), copy.getSkeleton());
-        EXPECT_EQ(copy.getEngineFlags(), object.getEngineFlags());
-        copy.construct(object, object.getLODObject(0)->getSkin()->getMaterialManager());
-        EXPECT_TRUE(copy.isConstructed());
-    }
-    EXPECT_EQ(S_Memory::getLiveCount(), live);
+    const support::NothingLeft check;
+    const TW_VertexAnimation source(&m_script, 0, &m_script, 1);
+    const TW_VertexAnimationLODs object(*source.getSkeleton(), 2, &m_script, skins);
+    TW_VertexAnimationLODs copy(object);
+    EXPECT_EQ(copy.getName(), object.getName() + " (clone)");
+    EXPECT_EQ(copy.getEngineLODObject()->getRange(1), 100.0f);
+    EXPECT_NE(copy.getSkeleton(), object.getSkeleton());
+    EXPECT_EQ(copy.getSkeleton()->getParent(), &copy);
+    EXPECT_EQ(copy.getLODObject(1)->getSkeleton(), copy.getSkeleton());
+    EXPECT_EQ(copy.getEngineFlags(), object.getEngineFlags());
+    copy.construct(object, object.getLODObject(0)->getSkin()->getMaterialManager());
+    EXPECT_TRUE(copy.isConstructed());
 }
 
 TEST_F(SkinnedLevels, TheyCanBeRebuiltFromTheirOwnParts)

@@ -21,6 +21,7 @@ namespace
 using Writer = S_MemoryFileWriter;
 
 using support::readWritten;
+using support::toBytes;
 
 /// A material chunk as an exporter of `version` writes it, value by value; `writeSlots` writes what stands from the
 /// first slot's flag on.
@@ -46,14 +47,6 @@ void writeTexture(Writer& writer, std::initializer_list<const char*> files, cons
         writer << file;
     }
     rest(writer);
-}
-
-void writeAbsent(Writer& writer, int slots)
-{
-    for (int i = 0; i < slots; ++i)
-    {
-        writer << false;
-    }
 }
 
 /// A record in which every field differs from its default and from its neighbours.
@@ -85,12 +78,6 @@ TWMaterialChunk makeFullRecord()
     return material;
 }
 
-S_Bytes toBytes(const TWMaterialChunk& material)
-{
-    Writer writer;
-    writer << material;
-    return writer.getBytes();
-}
 }  // namespace
 
 TEST(MaterialChunk, FieldsThatAnOlderFileDoesNotCarryKeepTheirDefaults)
@@ -101,7 +88,7 @@ TEST(MaterialChunk, FieldsThatAnOlderFileDoesNotCarryKeepTheirDefaults)
         writeMaterial(writer, version,
                       [version](Writer& body)
                       {
-                          writeAbsent(body, 4);
+                          body << false << false << false << false;
                           if (version >= 1)
                           {
                               body << false << 1 << true;
@@ -136,29 +123,29 @@ TEST(MaterialChunk, FieldsThatAnOlderFileDoesNotCarryKeepTheirDefaults)
 
 TEST(MaterialChunk, OnlyATextureOfSeveralFramesCarriesHowItIsPlayed)
 {
-    const auto nothing = [](Writer&) {};
-    Writer still;
-    writeTexture(still, {"a.png"}, nothing);
     MaterialTextureChunk texture;
-    readWritten(still, texture);
+    const auto read = [&texture](std::initializer_list<const char*> files, const std::function<void(Writer&)>& rest)
+    {
+        Writer writer;
+        writeTexture(writer, files, rest);
+        readWritten(writer, texture);
+    };
+    const auto nothing = [](Writer&) {};
+    read({"a.png"}, nothing);
     EXPECT_EQ(texture.name, "wave");
     EXPECT_EQ(texture.mipLevels, 3);
     EXPECT_EQ(texture.filter, 4);
     EXPECT_EQ(texture.framesPerSecond, 0);
     EXPECT_EQ(texture.playback, 2);
 
-    Writer animated;
-    writeTexture(animated, {"a.png", "b.png", "c.png"}, [](Writer& body) { body << true << true << 4 << 25 << 1; });
-    readWritten(animated, texture);
+    read({"a.png", "b.png", "c.png"}, [](Writer& body) { body << true << true << 4 << 25 << 1; });
     EXPECT_THAT(texture.frameFiles, testing::ElementsAre("a.png", "b.png", "c.png"));
     EXPECT_TRUE(texture.reservedFlag && texture.randomStart);
     EXPECT_EQ(texture.startFrame, 4);
     EXPECT_EQ(texture.framesPerSecond, 25);
     EXPECT_EQ(texture.playback, 1);
 
-    Writer empty;
-    writeTexture(empty, {}, nothing);
-    readWritten(empty, texture);
+    read({}, nothing);
     EXPECT_TRUE(texture.frameFiles.empty());
 }
 
@@ -184,11 +171,8 @@ TEST(MaterialChunk, ValuesThatANewerExporterAddedToATextureAreSkipped)
 TEST(MaterialChunk, WhatIsWrittenIsReadBackInEveryField)
 {
     const TWMaterialChunk original = makeFullRecord();
-    Writer writer;
-    writer << original;
-    TWMaterialChunk material;
-    readWritten(writer, material);
-    EXPECT_EQ(toBytes(material), writer.getBytes());
+    const TWMaterialChunk material = support::writeAndRead(original);
+    EXPECT_EQ(toBytes(material), toBytes(original));
     EXPECT_EQ(material.getDiffuseTexture()->getStartFrame(), 5);
     EXPECT_EQ(*material.getGlossTexture(), *original.getGlossTexture());
     EXPECT_TRUE(material == original);
@@ -207,7 +191,6 @@ TEST(MaterialChunk, AListReadIntoAUsedRecordHoldsExactlyTheNewMaterials)
     fullFile << full;
     Writer plainFile;
     plainFile << plain;
-
     MaterialListChunk list;
     readWritten(fullFile, list);
     EXPECT_EQ(list.getMaterialCount(), 3u);
@@ -330,27 +313,4 @@ TEST(MaterialChunk, EqualityDecidesOnWhatAnEngineMaterialIsBuiltFrom)
     TWMaterialChunk with = without;
     with.accessGlossTexture();
     EXPECT_FALSE(with == without);
-}
-
-TEST(MaterialChunk, CountsThatTheFileCannotHoldAreRejectedBeforeMemoryIsReserved)
-{
-    const auto complain = [](auto record, unsigned int id, int count)
-    {
-        Writer writer;
-        {
-            const Writer::Chunk chunk(writer, id, 0);
-            writer << "a path or a name";
-            if (id == CHUNK_MATERIAL_TEXTURE)
-            {
-                writer << 0 << 0;
-            }
-            writer << count;
-        }
-        return support::messageOf([&] { readWritten(writer, record); });
-    };
-    EXPECT_THROW(complain(MaterialListChunk(), CHUNK_MATERIAL_LIST, -1), std::length_error);
-    EXPECT_THROW(complain(MaterialTextureChunk(), CHUNK_MATERIAL_TEXTURE, -1), std::length_error);
-    EXPECT_THAT(complain(MaterialListChunk(), CHUNK_MATERIAL_LIST, 2'000'000'000), testing::HasSubstr("chunk 0x1000F"));
-    EXPECT_THAT(complain(MaterialTextureChunk(), CHUNK_MATERIAL_TEXTURE, 2'000'000'000),
-                testing::HasSubstr("chunk 0x10011"));
 }

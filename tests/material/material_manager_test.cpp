@@ -240,11 +240,3 @@ TEST_F(MaterialManager, MaterialsAddedAfterDestructingAreFreedToo)
     EXPECT_EQ(m_manager.getMaterialCount(), 0u);
     EXPECT_EQ(S_Memory::getLiveCount(), live);
 }
-
-TEST_F(MaterialManager, WhatMaterialsAllocateIsBookedUnderTheLibrarysName)
-{
-    const auto before = S_MemoryScope::getUsage("TW Memory Container");
-    m_manager.addMaterial(makeRecord("a", "x", {"0.png"}));
-    EXPECT_GT(S_MemoryScope::getUsage("TW Memory Container").m_iBlocks, before.m_iBlocks);
-    EXPECT_EQ(S_MemoryScope::getCurrentName(), nullptr);
-}

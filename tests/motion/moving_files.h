@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/double_matrix.h"
 #include "tests/support/keyframe_tracks.h"
 #include "tests/support/object_files.h"
 
@@ -56,16 +57,6 @@ public:
 private:
     unsigned int m_uiBones;
 };
-
-inline std::vector<Matrix> takePose(const TW2::TW_VirtualObject& object)
-{
-    std::vector<Matrix> pose;
-    for (unsigned int i = 0; i < object.getTotalMeshes(); ++i)
-    {
-        pose.push_back(object.getMesh(i)->getMatrix());
-    }
-    return pose;
-}
 
 inline bool isSame(const std::vector<Matrix>& a, const std::vector<Matrix>& b)
 {

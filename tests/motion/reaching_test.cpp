@@ -215,8 +215,6 @@ TEST(TwoBoneReach, ItsAnswerHasNoJumps)
 TEST(TwoBoneReach, DegenerateAndMirroredArmsHaveAnAnswer)
 {
     std::mt19937 random(5);
-    const auto isFinite = [](const Matrix& m)
-    { return std::all_of(m.data(), m.data() + 12, [](float v) { return std::isfinite(v); }); };
     const float inline2 = 1.0f;
     for (const float lower : {1.0f, 0.0f})
     {
@@ -228,7 +226,7 @@ TEST(TwoBoneReach, DegenerateAndMirroredArmsHaveAnAnswer)
             Matrix middle = Matrix::translation({0, inline2, 0});
             Matrix end = Matrix::translation({0, inline2 + lower, 0});
             reachTwoBones(upper, middle, end, {.target = target, .pole = {0, 1, 0}});
-            EXPECT_TRUE(isFinite(upper) && isFinite(middle) && isFinite(end));
+            EXPECT_TRUE(support::isFinite(upper) && support::isFinite(middle) && support::isFinite(end));
             expectRigid(upper);
             expectRigid(middle);
             if (lower > 0.0f)

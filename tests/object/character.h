@@ -57,26 +57,11 @@ public:
     {
         return m_pObject->getMesh(static_cast<unsigned int>(mesh))->getMatrix();
     }
-    [[nodiscard]] std::vector<Matrix> getPose() const
-    {
-        std::vector<Matrix> pose;
-        for (std::size_t mesh = 0; mesh < MESHES; ++mesh)
-        {
-            pose.push_back(getMatrix(mesh));
-        }
-        return pose;
-    }
+    [[nodiscard]] std::vector<Matrix> getPose() const { return support::takePose(*m_pObject); }
     /// A group of some meshes, attached to the object.
     [[nodiscard]] std::unique_ptr<TW2::TW_BoneGroupHandle> group(const std::vector<std::size_t>& meshes) const
     {
-        std::vector<TW2::TW_BoneHandle> handles;
-        for (const std::size_t mesh : meshes)
-        {
-            handles.push_back(m_pObject->getBoneHandle(name(mesh).c_str()));
-        }
-        auto result = std::make_unique<TW2::TW_BoneGroupHandle>(static_cast<int>(handles.size()), handles.data());
-        result->attach(m_pObject.get());
-        return result;
+        return support::makeGroup(*m_pObject, meshes);
     }
 
     /// Lets the model begin at the object's present pose.
@@ -101,18 +86,9 @@ public:
             expectNear(worlds.back(), object.getObjectToWorldMatrix(), what + ", world matrix of " + name(mesh));
         }
     }
-    /// Relative to the largest element.
-    static void expectNear(const PoseModel::Matrix& expected, const Matrix& actual, const std::string& what,
-                           double tolerance = 1e-5)
+    static void expectNear(const PoseModel::Matrix& expected, const Matrix& actual, const std::string& what)
     {
-        double largest = 0.0;
-        double error = 0.0;
-        for (int i = 0; i < 12; ++i)
-        {
-            largest = std::max(largest, std::abs(expected.data()[i]));
-            error = std::max(error, std::abs(expected.data()[i] - static_cast<double>(actual.data()[i])));
-        }
-        EXPECT_LE(error, tolerance * std::max(largest, 1.0)) << what;
+        EXPECT_LE(support::relativeError(actual, expected), 1e-5) << what;
     }
 
     PoseModel model;

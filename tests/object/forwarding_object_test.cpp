@@ -316,27 +316,7 @@ TEST_F(Forwarding, ManualVolumesAreThoseOfTheFirstPartThatUsesOne)
     expect(2, 2);
 }
 
-/// Does something once: when the given mesh has been loaded, or when a material is built.
-class Taker : public support::LoadCallbacks
-{
-public:
-    Taker(int mesh, std::function<void()> take) : m_iMesh(mesh), m_take(std::move(take)) {}
-
-    static constexpr int materials = -1;
-
-private:
-    void act(Place place) override
-    {
-        if ((place == MESH_LOADED && m_iMesh > 0 && --m_iMesh == 0) || (place == MATERIAL && m_iMesh == materials))
-        {
-            m_iMesh = 0;
-            m_take();
-        }
-    }
-
-    int m_iMesh;
-    std::function<void()> m_take;
-};
+using Taker = support::ActingOnce;
 
 /// `build` makes the object of `meshes` meshes, some of which have the materials of `file`.
 template <typename Object>
@@ -345,9 +325,9 @@ void expectItsLoadEnds(Object& object, const std::function<void()>& build, int m
     const std::function<void()> takings[] = {[&] { object.destruct(); }, build};
     for (const std::function<void()>& take : takings)
     {
-        for (const int mesh : {1, meshes, Taker::materials})
+        for (const int mesh : {1, meshes, 0})
         {
-            const Taker taker(mesh, take);
+            const Taker taker(mesh > 0 ? Taker::MESH_LOADED : Taker::MATERIAL, take, std::max(mesh, 1));
             EXPECT_THROW(build(), TW_Exception_InvalidGeometry) << object.getObjectType() << ", mesh " << mesh;
             EXPECT_FALSE(object.isConstructed());
             EXPECT_EQ(object.getTotalMeshes(), 0U);
@@ -356,21 +336,21 @@ void expectItsLoadEnds(Object& object, const std::function<void()>& build, int m
             EXPECT_TRUE(object.isConstructed());
         }
         {
-            const Taker taker(Taker::materials, take);
+            const Taker taker(Taker::MATERIAL, take);
             EXPECT_THROW(object.loadMaterials(file.c_str()), TW_Exception_InvalidGeometry);
             EXPECT_FALSE(object.isConstructed());
         }
         build();
     }
-    const Taker watcher(meshes,
-                        [&]
-                        {
-                            EXPECT_FALSE(Object(object).isConstructed());  // nothing is, before it is built
-                            P_Scene scene;
-                            object.addTo(&scene);
-                            scene.executeFrame();
-                            object.remove();
-                        });
+    const auto watch = [&]
+    {
+        EXPECT_FALSE(Object(object).isConstructed());  // nothing is, before it is built
+        P_Scene scene;
+        object.addTo(&scene);
+        scene.executeFrame();
+        object.remove();
+    };
+    const Taker watcher(Taker::MESH_LOADED, watch, meshes);
     EXPECT_NO_THROW(build());
     EXPECT_TRUE(object.isConstructed());
 }
@@ -385,12 +365,12 @@ TEST(ForwardingObjects, ASkeletonIsSharedOnceItIsBuilt)
     const auto share = [&] { sharer.construct(&character, source, nullptr); };
     for (const int mesh : {1, 9})
     {
-        const Taker taker(mesh,
-                          [&]
-                          {
-                              EXPECT_NE(support::messageOf(share).find("is still being built"), std::string::npos);
-                              EXPECT_FALSE(sharer.isConstructed());
-                          });
+        const auto complain = [&]
+        {
+            EXPECT_NE(support::messageOf(share).find("is still being built"), std::string::npos);
+            EXPECT_FALSE(sharer.isConstructed());
+        };
+        const Taker taker(Taker::MESH_LOADED, complain, mesh);
         character.construct(&script, "skeleton", "skin");
     }
     share();
@@ -405,19 +385,17 @@ TEST(ForwardingObjects, ACallbackThatTakesOneAwayEndsItsLoad)
     S_Script script(files.write().c_str());
     const std::string file = (files.getDirectory().getPath() / "body.tw").string();
     TW_VertexAnimation(&script, "skeleton", "skin").destruct();  // what the loader keeps is there from now on
-    const long long live = S_Memory::getLiveCount();
-    {
-        TW_VertexAnimation character;
-        expectItsLoadEnds(
-            character, [&] { character.construct(&script, "skeleton", "skin"); }, 9, file);
-        TW_ObjectAnimationLODs levels;
-        expectItsLoadEnds(
-            levels, [&] { levels.construct(&script, 2, blocks, false); }, 2, file);
-        TW_VertexAnimationLODs skinned;
-        expectItsLoadEnds(
-            skinned, [&] { skinned.construct(&script, 0, 2, &script, blocks); }, 10, file);
-        const Taker taker(10, [&] { skinned.getLODObject(0)->destruct(); });
-        EXPECT_THROW(skinned.construct(&script, 0, 2, &script, blocks), TW_Exception_InvalidGeometry);
-    }
-    EXPECT_EQ(S_Memory::getLiveCount(), live);
+    const support::NothingLeft check;
+    TW_VertexAnimation character;
+    expectItsLoadEnds(
+        character, [&] { character.construct(&script, "skeleton", "skin"); }, 9, file);
+    TW_ObjectAnimationLODs levels;
+    expectItsLoadEnds(
+        levels, [&] { levels.construct(&script, 2, blocks, false); }, 2, file);
+    TW_VertexAnimationLODs skinned;
+    expectItsLoadEnds(
+        skinned, [&] { skinned.construct(&script, 0, 2, &script, blocks); }, 10, file);
+    const Taker taker(
+        Taker::MESH_LOADED, [&] { skinned.getLODObject(0)->destruct(); }, 10);
+    EXPECT_THROW(skinned.construct(&script, 0, 2, &script, blocks), TW_Exception_InvalidGeometry);
 }

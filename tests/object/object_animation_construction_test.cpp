@@ -247,25 +247,7 @@ TEST(ObjectAnimationConstruction, CallbacksMayBuildOtherObjectsMeanwhile)
 
 TEST(ObjectAnimationConstruction, ACallbackThatTakesTheObjectAwayEndsItsLoad)
 {
-    /// Does something once, at the call of one of the callbacks.
-    class Taker : public support::LoadCallbacks
-    {
-    public:
-        Taker(Place place, const std::function<void()>& take) : m_place(place), m_take(take) {}
-
-    private:
-        void act(Place place) override
-        {
-            if (place == m_place)
-            {
-                m_place = PLACES;
-                m_take();
-            }
-        }
-
-        Place m_place;
-        std::function<void()> m_take;
-    };
+    using Taker = support::ActingOnce;
     ObjectFiles files;
     files.addMaterials(
         MaterialListChunk{"", {support::makeSolidMaterial("skin"), support::makeSolidMaterial("cloth")}});

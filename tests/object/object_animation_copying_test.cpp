@@ -52,9 +52,7 @@ struct ObjectAnimationCopying : testing::Test
     /// A file with other materials of these names.
     [[nodiscard]] std::string writeMaterials(const std::vector<std::string>& names) const
     {
-        S_MemoryFileWriter writer;
-        writer << makeList(names, {0, 255, 0});
-        return m_files.getDirectory().write("materials.tw", writer.getBytes());
+        return m_files.getDirectory().write("materials.tw", support::toBytes(makeList(names, {0, 255, 0})));
     }
     static P_Material* getMaterial(TW_ObjectAnimation& object, unsigned int mesh, int primitive)
     {

@@ -124,9 +124,8 @@ TEST(ObjectAnimationFiles, AFileOfAnotherKindIsToldWhatItIs)
     const SoldierFiles files;
     (void)files.writeScript();
     const std::string animation = files.writeAnimation("walk.tw", {makeTrack("Hip", 1.0f)});
-    S_MemoryFileWriter writer;
-    writer << SkinChunk() << EnvironmentChunk();
-    const std::string skin = files.getDirectory().write("soldier.skd", writer.getBytes());
+    const std::string skin =
+        files.getDirectory().write("soldier.skd", support::toBytes(SkinChunk(), EnvironmentChunk()));
     const std::string geometry = files.getDirectory().file("geometry.tw");
     const auto complain = [&files](const std::string& exportdata, const std::string& more)
     {

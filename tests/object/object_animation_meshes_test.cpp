@@ -1,4 +1,5 @@
 #include "tests/support/expectations.h"
+#include "tests/support/load_callbacks.h"
 #include "tests/support/mesh_builder.h"
 #include "tests/support/object_files.h"
 
@@ -49,22 +50,11 @@ MaterialListChunk makeList(const ObjectFiles& files, const std::vector<TWMateria
     return list;
 }
 
-/// Mesh callbacks of the host, installed for a test.
-struct Host : TW_LoadMeshCallback, TW_MeshLoadedCallback, TW_MeshParentNotFoundCallback
+/// Notes what it is shown.
+struct Host : support::LoadCallbacks
 {
-    Host()
-    {
-        TW_ObjectAnimation::setLoadMeshCallback(this);
-        TW_ObjectAnimation::setMeshLoadedCallback(this);
-        TW_ObjectAnimation::setMeshParentNotFoundCallback(this);
-    }
-    ~Host() override
-    {
-        TW_ObjectAnimation::setLoadMeshCallback(nullptr);
-        TW_ObjectAnimation::setMeshLoadedCallback(nullptr);
-        TW_ObjectAnimation::setMeshParentNotFoundCallback(nullptr);
-    }
-    bool operator()(MeshChunk& record) override
+    void act(Place) override {}
+    bool take(MeshChunk& record) override
     {
         if (record.name == m_damaged)
         {

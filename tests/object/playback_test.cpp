@@ -277,20 +277,19 @@ TEST(Playback, MoreMeshesThanAnyInternalListAreAllPlayed)
     }
     files.addAnimation(0, everySecond);
     const auto object = files.build();
-    std::vector<TW2::TW_BoneHandle> handles;
+    std::vector<std::size_t> some;
     for (unsigned int i = 0; i < COUNT; i += 1 + i % 3 / 2)
     {
-        handles.push_back(object->getBoneHandle(Character::name(i).c_str()));
+        some.push_back(i);
     }
-    TW_BoneGroupHandle group(static_cast<int>(handles.size()), handles.data());
-    group.attach(object.get());
-    for (TW_BoneGroupHandle* chosen : {&group, static_cast<TW_BoneGroupHandle*>(nullptr)})
+    const auto group = support::makeGroup(*object, some);
+    for (TW_BoneGroupHandle* chosen : {group.get(), static_cast<TW_BoneGroupHandle*>(nullptr)})
     {
         object->accessMeshTransforms().updateWorldMatrices();
         EXPECT_TRUE(object->animateObjectFrame(0, 10.0F, chosen));
         for (unsigned int i = 0; i < COUNT; ++i)
         {
-            const bool moves = i % 2 == 0 && (!chosen || group.hasMesh(object->getMesh(i)));
+            const bool moves = i % 2 == 0 && (!chosen || group->hasMesh(object->getMesh(i)));
             EXPECT_EQ(object->getMesh(i)->getPosition().x, moves ? 1.0F + static_cast<float>(i) : 0.0F) << i;
             EXPECT_EQ(object->getMesh(i)->isObjectToWorldMatrixValid(), !moves) << i;
         }

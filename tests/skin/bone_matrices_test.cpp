@@ -1,5 +1,5 @@
 #include "tests/support/character_files.h"
-#include "tests/support/double_matrix.h"
+#include "tests/support/track_oracle.h"
 
 #include <tw2/object/object_animation.h>
 #include <tw2/skin/vertex_animation.h>
@@ -126,12 +126,7 @@ Matrix place(float x)
 
 double distanceFromIdentity(const Matrix& matrix)
 {
-    double distance = 0.0;
-    for (int i = 0; i < 12; ++i)
-    {
-        distance = std::max(distance, std::abs(static_cast<double>(matrix.data()[i]) - DoubleMatrix().data()[i]));
-    }
-    return distance;
+    return support::relativeError(matrix, {});
 }
 }  // namespace
 

@@ -1,4 +1,5 @@
 #include "tests/support/expectations.h"
+#include "tests/support/records.h"
 
 #include <tw2/io/chunk_id.h>
 #include <tw2/skin/skin_chunk.h>
@@ -25,16 +26,7 @@ namespace
 /// Two primitives of two vertices and one; bones Hip and Knee.
 SkinChunk makeSkin()
 {
-    SkinChunk chunk;
-    chunk.objectNames = {"body"};
-    chunk.boneNames = {"Hip", "Knee", "Toe"};
-    chunk.vertexInfluenceStarts = {0, 1, 3};
-    chunk.vertexBoneCounts = {1, 2, 1};
-    chunk.influenceBones = {0, 0, 1, 1};
-    chunk.influenceWeights = {1, 0.25f, 0.75f, 1};
-    chunk.primitiveVertexCounts = {2, 1};
-    chunk.primitiveFirstVertices = {0, 2};
-    return chunk;
+    return support::makeSkin({"Hip", "Knee", "Toe"}, {{{{0, 1.0f}}, {{0, 0.25f}, {1, 0.75f}}}, {{{1, 1.0f}}}});
 }
 
 using Triples = std::vector<std::tuple<int, int, float>>;  // vertex, bone, weight
@@ -42,21 +34,20 @@ using Triples = std::vector<std::tuple<int, int, float>>;  // vertex, bone, weig
 /// A skin data file of version 0 with these three influence lists.
 S_Bytes writeVersion0(const Triples& first, const Triples& second, const Triples& third)
 {
-    S_MemoryFileWriter writer;
+    const auto lists = [&](S_MemoryFileWriter& w)
     {
-        const S_MemoryFileWriter::Chunk chunk(writer, CHUNK_SKIN, 0);
         for (const Triples* list : {&first, &second, &third})
         {
-            writer.writeCount(list->size());
+            w.writeCount(list->size());
             for (const auto& [vertex, bone, weight] : *list)
             {
-                writer << vertex << bone << weight;
+                w << vertex << bone << weight;
             }
         }
-        writer << 1 << "body" << 2 << "Hip"
-               << "Knee";
-        writer << 1 << M_Vector3Template<float>(1, 2, 3);  // what nothing uses
-    }
+    };
+    S_MemoryFileWriter writer;  // the last two values: what nothing uses
+    support::writeChunk(writer, CHUNK_SKIN, 0, lists, 1, "body", 2, "Hip", "Knee", 1,
+                        M_Vector3Template<float>(1, 2, 3));
     return writer.getBytes();
 }
 
@@ -72,9 +63,7 @@ SkinChunk read(const S_Bytes& bytes)
 
 SkinChunk rewrite(const SkinChunk& chunk)
 {
-    S_MemoryFileWriter writer;
-    writer << chunk;
-    return read(writer.getBytes());
+    return read(support::toBytes(chunk));
 }
 }  // namespace
 

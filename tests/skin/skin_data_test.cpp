@@ -47,19 +47,9 @@ std::string buildError(const support::CharacterFiles& files)
 /// Vertex 0: bone 2 by 0.25 and bone 5 by 0.75; vertex 1: three bones of equal weight; vertex 2: none.
 SkinChunk makeThreeVertices()
 {
-    SkinChunk chunk;
-    chunk.objectNames = {"body"};
-    for (int b = 0; b < 8; ++b)
-    {
-        chunk.boneNames.push_back(S_String("BONE") + static_cast<char>('0' + b));
-    }
-    chunk.vertexInfluenceStarts = {0, 2, 5};
-    chunk.vertexBoneCounts = {2, 3, 0};
-    chunk.influenceBones = {2, 5, 7, 1, 4};
-    chunk.influenceWeights = {0.25f, 0.75f, 1 / 3.0f, 1 / 3.0f, 1 / 3.0f};
-    chunk.primitiveVertexCounts = {3};
-    chunk.primitiveFirstVertices = {0};
-    return chunk;
+    constexpr float third = 1 / 3.0f;
+    return support::makeSkin({"BONE0", "BONE1", "BONE2", "BONE3", "BONE4", "BONE5", "BONE6", "BONE7"},
+                             {{{{2, 0.25f}, {5, 0.75f}}, {{7, third}, {1, third}, {4, third}}, {}}});
 }
 }  // namespace
 

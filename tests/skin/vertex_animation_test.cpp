@@ -253,43 +253,40 @@ TEST(VertexAnimations, TheirOwnPartsCanBeWhatTheyAreBuiltFrom)
     Source source;
     source.original.animateObjectFrame(1, 7.0f, nullptr);
     const auto expected = getVertices(source.original);
-    const long long live = S_Memory::getLiveCount();
+    const support::NothingLeft check;
+    TW_VertexAnimation character(source.original);
+    const auto expectAsBefore = [&](const char* what)
     {
-        TW_VertexAnimation character(source.original);
-        const auto expectAsBefore = [&](const char* what)
-        {
-            character.animateObjectFrame(1, 7.0f, nullptr);
-            EXPECT_EQ(getVertices(character), expected) << what;
-        };
-        character.construct(*character.getSkeleton(), &source.script, 1);
-        expectAsBefore("on its skeleton");
-        character.construct(&character, character, nullptr);
-        expectAsBefore("of itself twice");
-        character.construct(&source.original, character, nullptr);
-        EXPECT_EQ(character.getSkeleton(), source.original.getSkeleton());
-        expectAsBefore("its skin on another skeleton");
-        character.construct(source.original, character.getSkin()->getMaterialManager());
-        expectAsBefore("from another with its materials");
-        character.construct(&character, character, character.getSkin()->getMaterialManager());
-        expectAsBefore("of itself with its materials");
-        character.construct(&character, &source.script, 1);
-        expectAsBefore("a new skin on itself");
-        character.remapMaterials(character.getSkin()->getMaterialManager());
-        character.construct(character.getSkeleton(), character.getSkin());
-        EXPECT_EQ(character.getTotalMeshes(), 8u);
-        EXPECT_EQ(character.getSkinData(), nullptr);
-        character.construct(character.getSkin(), character.getSkeleton());
-        EXPECT_EQ(character.getTotalMeshes(), 1u);
-        character.getSkin()->getMesh(0)->setName("skeleton");
-        character.getSkeleton()->getMesh(0)->setName("skinFar");
-        character.setName(source.script.getScriptName());
-        character.construct(character.getName().c_str(), character.getSkin()->getMesh(0)->getName().c_str(),
-                            character.getSkeleton()->getMesh(0)->getName().c_str());
-        expectAsBefore("by names of its meshes");
-        EXPECT_THROW(character.construct(*character.getSkeleton(), &source.script, 9), S_ScriptException);
-        EXPECT_EQ(character.getFirstChild(), nullptr);
-    }
-    EXPECT_EQ(S_Memory::getLiveCount(), live);
+        character.animateObjectFrame(1, 7.0f, nullptr);
+        EXPECT_EQ(getVertices(character), expected) << what;
+    };
+    character.construct(*character.getSkeleton(), &source.script, 1);
+    expectAsBefore("on its skeleton");
+    character.construct(&character, character, nullptr);
+    expectAsBefore("of itself twice");
+    character.construct(&source.original, character, nullptr);
+    EXPECT_EQ(character.getSkeleton(), source.original.getSkeleton());
+    expectAsBefore("its skin on another skeleton");
+    character.construct(source.original, character.getSkin()->getMaterialManager());
+    expectAsBefore("from another with its materials");
+    character.construct(&character, character, character.getSkin()->getMaterialManager());
+    expectAsBefore("of itself with its materials");
+    character.construct(&character, &source.script, 1);
+    expectAsBefore("a new skin on itself");
+    character.remapMaterials(character.getSkin()->getMaterialManager());
+    character.construct(character.getSkeleton(), character.getSkin());
+    EXPECT_EQ(character.getTotalMeshes(), 8u);
+    EXPECT_EQ(character.getSkinData(), nullptr);
+    character.construct(character.getSkin(), character.getSkeleton());
+    EXPECT_EQ(character.getTotalMeshes(), 1u);
+    character.getSkin()->getMesh(0)->setName("skeleton");
+    character.getSkeleton()->getMesh(0)->setName("skinFar");
+    character.setName(source.script.getScriptName());
+    character.construct(character.getName().c_str(), character.getSkin()->getMesh(0)->getName().c_str(),
+                        character.getSkeleton()->getMesh(0)->getName().c_str());
+    expectAsBefore("by names of its meshes");
+    EXPECT_THROW(character.construct(*character.getSkeleton(), &source.script, 9), S_ScriptException);
+    EXPECT_EQ(character.getFirstChild(), nullptr);
 }
 
 TEST(VertexAnimations, ASkinFollowsTheBonesThatItWasBuiltWith)
@@ -339,9 +336,7 @@ TEST(VertexAnimations, VisibilityTracksOfTheSkinAreLoadedWhenAsked)
     KeyframeAnimationChunk track = files.m_animations[0][0];
     track.header.targetName = "body";
     track.visibilityKeys = {{0, 1.0f}, {10, -1.0f}};
-    S_MemoryFileWriter writer;
-    writer << track;
-    const std::string blink = files.getDirectory().write("blink.tw", writer.getBytes());
+    const std::string blink = files.getDirectory().write("blink.tw", support::toBytes(track));
     files.m_skinBlocks = "animation { index 0 filename \"" + blink + "\" }";
     const std::string file = files.write();
     S_Script script(file.c_str());

@@ -44,13 +44,12 @@ public:
 
     explicit CharacterFiles(const CharacterShape& shape = {})
     {
+        m_skinMeshes.push_back(makeBody(shape));
         for (unsigned int i = 0; i < shape.bones; ++i)
         {
             m_bones.push_back(makeBone(i));
             m_skin.boneNames.push_back(m_bones.back().name);
         }
-        m_skinMeshes.push_back(makeBody(shape));
-        m_skin.objectNames.push_back("body");
         for (unsigned int a = 0; a < shape.animations; ++a)
         {
             m_animations.push_back(makeAnimation(a, shape.frames));
@@ -135,23 +134,18 @@ private:
 
     TW2::MeshChunk makeBody(const CharacterShape& shape)
     {
-        for (unsigned int p = 0; p < shape.primitives; ++p)
-        {
-            m_skin.primitiveFirstVertices.push_back(p * shape.vertices);
-            m_skin.primitiveVertexCounts.push_back(shape.vertices);
-        }
+        std::vector<std::vector<Influences>> primitives(shape.primitives, std::vector<Influences>(shape.vertices));
         for (unsigned int v = 0; v < shape.primitives * shape.vertices; ++v)
         {
-            const int count = static_cast<int>(1 + v % std::min(4u, shape.bones));
-            m_skin.vertexInfluenceStarts.push_back(static_cast<int>(m_skin.influenceBones.size()));
-            m_skin.vertexBoneCounts.push_back(count);
-            for (int k = 0; k < count; ++k)
+            const unsigned int count = 1 + v % std::min(4u, shape.bones);
+            for (unsigned int k = 0; k < count; ++k)
             {
-                m_skin.influenceBones.push_back(static_cast<int>((v + 3 * static_cast<unsigned int>(k)) % shape.bones));
-                m_skin.influenceWeights.push_back(static_cast<float>(k + 1) /
-                                                  static_cast<float>(count * (count + 1) / 2));
+                primitives[v / shape.vertices][v % shape.vertices].emplace_back(
+                    static_cast<int>((v + 3 * k) % shape.bones),
+                    static_cast<float>(k + 1) / static_cast<float>(count * (count + 1) / 2));
             }
         }
+        m_skin = makeSkin({}, primitives);
         TW2::MeshChunk body = makeMesh("body", shape.primitives, shape.vertices);
         body.transform = makeTransform(0.4f, {0.1f, -0.2f, 0.3f});
         return body;

@@ -3,6 +3,8 @@
 #include <platform/runtime/memory_file.h>
 #include <platform/runtime/memory_file_writer.h>
 
+#include <type_traits>
+
 namespace support
 {
 /// Makes what was written the content of `file`, which calls itself "test.tw".
@@ -25,6 +27,34 @@ R readWritten(const S_MemoryFileWriter& writer)
     R record;
     readWritten(writer, record);
     return record;
+}
+
+/// Writes a chunk of these values one after the other; a function among them writes what stands in its place.
+template <typename... Values>
+void writeChunk(S_MemoryFileWriter& writer, unsigned int id, unsigned int version, const Values&... values)
+{
+    const S_MemoryFileWriter::Chunk chunk(writer, id, version);
+    [[maybe_unused]] const auto write = [&writer](const auto& value)
+    {
+        if constexpr (std::is_invocable_v<decltype(value), S_MemoryFileWriter&>)
+        {
+            value(writer);
+        }
+        else
+        {
+            writer << value;
+        }
+    };
+    (write(values), ...);
+}
+
+/// The bytes of a file of these records.
+template <typename... Records>
+S_Bytes toBytes(const Records&... records)
+{
+    S_MemoryFileWriter writer;
+    (writer << ... << records);
+    return writer.getBytes();
 }
 
 /// A record after a trip through a file.

@@ -3,6 +3,7 @@
 #include <platform/math/matrix4x3.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace support
 {
@@ -14,5 +15,10 @@ inline DoubleMatrix toDouble(const M_Matrix4x3Template<float>& matrix)
     DoubleMatrix result;
     std::copy_n(matrix.data(), 12, result.data());
     return result;
+}
+
+inline bool isFinite(const M_Matrix4x3Template<float>& matrix)
+{
+    return std::all_of(matrix.data(), matrix.data() + 12, [](float value) { return std::isfinite(value); });
 }
 }  // namespace support

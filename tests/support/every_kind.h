@@ -42,20 +42,21 @@ public:
 /// Writes one chunk of every top-level kind, each named after its kind: what a file with everything looks like.
 inline void writeEveryKind(S_MemoryFileWriter& writer)
 {
-    TW2::CameraChunk camera;
-    camera.name = "camera";
+    const auto named = [](auto record, const char* name)
+    {
+        record.name = name;
+        return record;
+    };
+    auto camera = named(TW2::CameraChunk(), "camera");
     camera.transform.setTranslation({1, 2, 3});
     camera.value0 = 1;
     camera.value1 = 2;
     camera.value2 = 3;
-    TW2::PointLightChunk point;
-    point.name = "point";
+    auto point = named(TW2::PointLightChunk(), "point");
     point.brightness = 0.5f;
-    TW2::DirectionalLightChunk directional;
-    directional.name = "directional";
+    auto directional = named(TW2::DirectionalLightChunk(), "directional");
     directional.brightness = 0.75f;
-    TW2::SpotLightChunk spot;
-    spot.name = "spot";
+    auto spot = named(TW2::SpotLightChunk(), "spot");
     spot.brightness = 1.5f;
     TW2::MaterialListChunk materials;
     materials.texturePath = "textures;maps";
@@ -79,28 +80,17 @@ inline void writeEveryKind(S_MemoryFileWriter& writer)
     TW2::SpotLightAnimationChunk spotAnimation;
     spotAnimation.header.targetName = "spot";
     spotAnimation.colorKeys = {{3, {255, 0, 0}}};
-    TW2::HelperChunk helper;
-    helper.name = "helper";
+    auto helper = named(TW2::HelperChunk(), "helper");
     helper.helperString = "spawn point";
     TW2::EnvironmentChunk environment;
     environment.firstColor = 0x80FF4020;
     environment.secondColor = 0xFF102030;
-    TW2::NodeChunk node;
-    node.name = "node";
-    TW2::SkinChunk skin;
+    TW2::SkinChunk skin = makeSkin({"hip", "leg"}, {{{{0, 0.25f}, {1, 0.75f}}}});
     skin.objectNames = {"mesh"};
-    skin.boneNames = {"hip", "leg"};
-    skin.vertexInfluenceStarts = {0};
-    skin.vertexBoneCounts = {2};
-    skin.influenceBones = {0, 1};
-    skin.influenceWeights = {0.25f, 0.75f};
-    skin.primitiveVertexCounts = {1};
-    skin.primitiveFirstVertices = {0};
 
     writer << camera << point << directional << spot << materials << makeStripMesh("mesh", 4, {"brick", "plaster"});
-    LegacyMesh legacy = makeLegacyField(2, 2);
-    write(writer, legacy);
+    write(writer, makeLegacyField(2, 2));
     writer << animation << environment << helper << pointAnimation << directionalAnimation << spotAnimation;
-    writer << node << skin;
+    writer << named(TW2::NodeChunk(), "node") << skin;
 }
 }  // namespace support

@@ -41,6 +41,19 @@ std::string complaintOf(Action&& action)
     return {};
 }
 
+/// Expects of its scope's end that no more is allocated then than now.
+class NothingLeft
+{
+public:
+    NothingLeft() = default;
+    ~NothingLeft() { EXPECT_EQ(S_Memory::getLiveCount(), m_iLive) << "blocks were left behind"; }
+    NothingLeft(const NothingLeft&) = delete;
+    NothingLeft& operator=(const NothingLeft&) = delete;
+
+private:
+    long long m_iLive = S_Memory::getLiveCount();
+};
+
 /// Runs `action` with its first allocation failing, then its second and so on until it succeeds, and checks that each
 /// failure arrives as S_MemoryException_Allocation and leaves nothing allocated; `check` looks at what it leaves as it
 /// was.

@@ -2,6 +2,8 @@
 
 #include "tests/support/gltf_text.h"
 
+#include <platform/math/vector3.h>
+
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -12,12 +14,7 @@
 namespace support
 {
 /// Points and turns of glTF's own space, in double precision, by the formulas of textbooks.
-struct Vec
-{
-    double x = 0.0;
-    double y = 0.0;
-    double z = 0.0;
-};
+using Vec = M_Vector3Template<double>;
 struct Quat
 {
     double w = 1.0;
@@ -25,21 +22,9 @@ struct Quat
     double y = 0.0;
     double z = 0.0;
 };
-inline Vec operator+(const Vec& a, const Vec& b)
-{
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-inline Vec operator-(const Vec& a, const Vec& b)
-{
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-inline Vec operator*(const Vec& a, double factor)
-{
-    return {a.x * factor, a.y * factor, a.z * factor};
-}
 inline double length(const Vec& a)
 {
-    return std::sqrt(a.x * a.x + a.y * a.y + a.z * a.z);
+    return a.length();
 }
 /// First `b`, then `a`.
 inline Quat operator*(const Quat& a, const Quat& b)
@@ -212,12 +197,11 @@ private:
             const std::array<Vec, 3> axes{getPoint(-1, bone, 0.0, {1, 0, 0}) - origin,
                                           getPoint(-1, bone, 0.0, {0, 1, 0}) - origin,
                                           getPoint(-1, bone, 0.0, {0, 0, 1}) - origin};
-            const auto along = [](const Vec& a, const Vec& b) { return a.x * b.x + a.y * b.y + a.z * b.z; };
             for (const Vec& axis : {Vec{1, 0, 0}, Vec{0, 1, 0}, Vec{0, 0, 1}, origin * -1.0})
             {
                 for (const Vec& own : axes)
                 {
-                    binds.push_back(static_cast<float>(along(axis, own)));
+                    binds.push_back(static_cast<float>(axis.dot(own)));
                 }
                 binds.push_back(0);
             }

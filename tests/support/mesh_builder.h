@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/chunk_files.h"
 #include "tests/support/records.h"
 
 #include <tw2/io/chunk_id.h>
@@ -38,70 +39,48 @@ struct LegacyMesh
     std::vector<Channel> channels;
 };
 
-inline void writePolygons(S_MemoryFileWriter& writer, const std::vector<Triangle>& polygons)
-{
-    writer.writeCount(polygons.size());
-    for (const Triangle& polygon : polygons)
-    {
-        const S_MemoryFileWriter::Chunk chunk(writer, TW2::CHUNK_POLYGON, 0);
-        writer << 3 << polygon[0] << polygon[1] << polygon[2];
-    }
-}
-
-inline void writeVectors(S_MemoryFileWriter& writer, const std::vector<Vector>& vectors)
-{
-    writer.writeCount(vectors.size());
-    for (const Vector& vector : vectors)
-    {
-        writer << vector;
-    }
-}
-
+/// What writes a list: its count and its elements.
 template <typename T>
-void writeCounted(S_MemoryFileWriter& writer, const std::vector<T>& values)
+auto listOf(const std::vector<T>& values)
 {
-    writer.writeCount(values.size());
-    for (const T& value : values)
+    return [&values](S_MemoryFileWriter& writer)
     {
-        writer << value;
-    }
+        writer.writeCount(values.size());
+        for (const T& value : values)
+        {
+            if constexpr (std::is_same_v<T, Triangle>)
+            {
+                writeChunk(writer, TW2::CHUNK_POLYGON, 0, 3, value[0], value[1], value[2]);
+            }
+            else
+            {
+                writer << value;
+            }
+        }
+    };
 }
 
 /// Writes a mesh chunk of the old layout.
 inline void write(S_MemoryFileWriter& writer, const LegacyMesh& mesh)
 {
-    using Chunk = S_MemoryFileWriter::Chunk;
-    const Chunk chunk(writer, TW2::CHUNK_MESH, mesh.version);
+    const S_MemoryFileWriter::Chunk chunk(writer, TW2::CHUNK_MESH, mesh.version);
     TW2::NodeChunk node;
     node.name = mesh.name;
     writer << node;
-    {
-        const Chunk vertices(writer, TW2::CHUNK_MESH_VERTICES, 0);
-        writeVectors(writer, mesh.positions);
-    }
-    {
-        const Chunk faces(writer, TW2::CHUNK_MESH_FACES, 0);
-        writePolygons(writer, mesh.polygons);
-        writer << 0 << 0;
-    }
+    writeChunk(writer, TW2::CHUNK_MESH_VERTICES, 0, listOf(mesh.positions));
+    writeChunk(writer, TW2::CHUNK_MESH_FACES, 0, listOf(mesh.polygons), 0, 0);
     if (!mesh.masks.empty())
     {
-        const Chunk smoothing(writer, TW2::CHUNK_MESH_SMOOTHING_GROUPS, 0);
-        writeCounted(writer, mesh.masks);
+        writeChunk(writer, TW2::CHUNK_MESH_SMOOTHING_GROUPS, 0, listOf(mesh.masks));
     }
     if (!mesh.materials.empty())
     {
-        const Chunk materials(writer, TW2::CHUNK_MESH_MATERIALS, 0);
-        writeCounted(writer, mesh.materials);
-        writeCounted(writer, mesh.faceMaterials);
+        writeChunk(writer, TW2::CHUNK_MESH_MATERIALS, 0, listOf(mesh.materials), listOf(mesh.faceMaterials));
     }
     for (const LegacyMesh::Channel& channel : mesh.channels)
     {
-        const Chunk textures(writer, TW2::CHUNK_TEXTURE_CHANNEL, 0);
-        writer << channel.number;
-        writePolygons(writer, channel.polygons);
-        writer << 0 << 0;
-        writeVectors(writer, channel.coordinates);
+        writeChunk(writer, TW2::CHUNK_TEXTURE_CHANNEL, 0, channel.number, listOf(channel.polygons), 0, 0,
+                   listOf(channel.coordinates));
     }
 }
 

@@ -8,6 +8,7 @@
 #include <tw2/io/mesh_chunk.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
 #include <tw2/material/material_list_chunk.h>
+#include <tw2/object/bone_group_handle.h>
 #include <tw2/object/object_animation.h>
 
 #include <platform/math/matrix4x3.h>
@@ -90,4 +91,29 @@ private:
     std::string m_script;
     int m_iAnimationFiles = 0;
 };
+
+/// The local matrices of all meshes.
+inline std::vector<M_Matrix4x3Template<float>> takePose(const TW2::TW_VirtualObject& object)
+{
+    std::vector<M_Matrix4x3Template<float>> pose;
+    for (unsigned int i = 0; i < object.getTotalMeshes(); ++i)
+    {
+        pose.push_back(object.getMesh(i)->getMatrix());
+    }
+    return pose;
+}
+
+/// A group of the meshes with these numbers, attached to the object.
+inline std::unique_ptr<TW2::TW_BoneGroupHandle> makeGroup(TW2::TW_ObjectAnimation& object,
+                                                          const std::vector<std::size_t>& meshes)
+{
+    std::vector<TW2::TW_BoneHandle> handles;
+    for (const std::size_t mesh : meshes)
+    {
+        handles.push_back(object.getBoneHandle(object.getMesh(static_cast<unsigned int>(mesh))->getName()));
+    }
+    auto group = std::make_unique<TW2::TW_BoneGroupHandle>(static_cast<int>(handles.size()), handles.data());
+    group->attach(&object);
+    return group;
+}
 }  // namespace support

@@ -188,14 +188,12 @@ private:
 
     static std::unique_ptr<TW2::TW_BoneGroupHandle> makeGroup(TW2::TW_ObjectAnimation& object, unsigned int step)
     {
-        std::vector<TW2::TW_BoneHandle> handles;
+        std::vector<std::size_t> bones;
         for (unsigned int bone = 0; bone < object.getTotalMeshes(); bone += step)
         {
-            handles.push_back(object.getBoneHandle(name(bone).c_str()));
+            bones.push_back(bone);
         }
-        auto group = std::make_unique<TW2::TW_BoneGroupHandle>(static_cast<int>(handles.size()), handles.data());
-        group->attach(&object);
-        return group;
+        return support::makeGroup(object, bones);
     }
 
     void play(const char* crossMode, unsigned int kind, unsigned int rounds)

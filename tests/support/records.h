@@ -1,14 +1,18 @@
 #pragma once
 
+#include "tests/support/chunk_files.h"
+
 #include <tw2/io/mesh_chunk.h>
 #include <tw2/keyframe/keyframe_animation_chunk.h>
 #include <tw2/material/material_chunk.h>
+#include <tw2/skin/skin_chunk.h>
 
 #include <platform/math/vector3.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace support
@@ -87,6 +91,34 @@ inline TW2::KeyframeAnimationChunk makeTrack(const std::string& target, float di
     track.keys[1].frame = frames - 1;
     track.keys[1].matrix = M_Matrix4x3Template<float>::translation({distance, 0.0f, 0.0f});
     return track;
+}
+
+/// The bones that move a vertex, by their numbers, and their weights.
+using Influences = std::vector<std::pair<int, float>>;
+
+/// Skin data of one mesh "body": for each primitive the influences of its vertices.
+inline TW2::SkinChunk makeSkin(const std::vector<const char*>& bones,
+                               const std::vector<std::vector<Influences>>& primitives)
+{
+    TW2::SkinChunk skin;
+    skin.objectNames = {"body"};
+    skin.boneNames.assign(bones.begin(), bones.end());
+    for (const std::vector<Influences>& vertices : primitives)
+    {
+        skin.primitiveFirstVertices.push_back(static_cast<unsigned int>(skin.vertexBoneCounts.size()));
+        skin.primitiveVertexCounts.push_back(static_cast<unsigned int>(vertices.size()));
+        for (const Influences& influences : vertices)
+        {
+            skin.vertexInfluenceStarts.push_back(static_cast<int>(skin.influenceBones.size()));
+            skin.vertexBoneCounts.push_back(static_cast<int>(influences.size()));
+            for (const auto& [bone, weight] : influences)
+            {
+                skin.influenceBones.push_back(bone);
+                skin.influenceWeights.push_back(weight);
+            }
+        }
+    }
+    return skin;
 }
 
 /// A material of a plain colour: meshes with it carry one texture coordinate layer, the solid one.

@@ -48,15 +48,7 @@ void expectUndisturbedPlayers(const Prototypes& prototypes, const Meanwhile& mea
 }
 }  // namespace
 
-TEST(Threads, PlayCopiesAsOneThreadDoes)
-{
-    const Prototypes prototypes;
-    const long long allocations = S_Memory::getLiveCount();
-    expectUndisturbedPlayers(prototypes, [] {});
-    EXPECT_EQ(S_Memory::getLiveCount(), allocations);
-}
-
-TEST(Threads, PlayWhileOneLoadsCopiesAndDestroysOtherObjects)
+TEST(Threads, PlayWhileOneLoadsCopiesAndDestroysOtherObjectsAndScenes)
 {
     const Prototypes prototypes;
     const long long live = S_Memory::getLiveCount();
@@ -79,6 +71,12 @@ TEST(Threads, PlayWhileOneLoadsCopiesAndDestroysOtherObjects)
                                      levels = *prototypes.levels;
                                      EXPECT_TRUE(copy.animateObjectFrame(1, 5.0F, nullptr));
                                      EXPECT_TRUE(skinnedCopy.animateObjectFrame(1, 5.0F, nullptr));
+                                     P_Context context;
+                                     P_Scene scene(&context);
+                                     P_Camera camera;
+                                     context.setCurrentCamera(&camera);
+                                     skinnedCopy.addTo(&scene);
+                                     scene.executeFrame();
                                  }
                              });
     EXPECT_EQ(S_Memory::getLiveCount(), live);
@@ -106,25 +104,6 @@ TEST(Threads, EachMakesItsCopiesAndLetsThemGoInItsTurnWhileTheOthersPlay)
                      }
                  });
     EXPECT_EQ(S_Memory::getLiveCount(), live);
-}
-
-TEST(Threads, PlayWhileOneChangesContextsCamerasAndScenes)
-{
-    const Prototypes prototypes;
-    expectUndisturbedPlayers(prototypes,
-                             [&prototypes]
-                             {
-                                 for (int round = 0; round < 20; ++round)
-                                 {
-                                     P_Context context;
-                                     P_Scene scene(&context);
-                                     P_Camera camera;
-                                     context.setCurrentCamera(&camera);
-                                     TW_VertexAnimation copy(*prototypes.skinned);
-                                     copy.addTo(&scene);
-                                     scene.executeFrame();
-                                 }
-                             });
 }
 
 TEST(Threads, EachReadsTheTracksOfLightsThatCopiesShare)

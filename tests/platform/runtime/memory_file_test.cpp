@@ -1,3 +1,4 @@
+#include "tests/support/chunk_files.h"
 #include "tests/support/expectations.h"
 #include "tests/support/temporary_directory.h"
 
@@ -13,6 +14,7 @@
 #include <memory>
 
 using support::messageOf;
+using support::writeChunk;
 
 namespace
 {
@@ -34,13 +36,6 @@ T take(S_MemoryFile& file)
     T value;
     file >> value;
     return value;
-}
-
-template <typename... Values>
-void writeChunk(S_MemoryFileWriter& writer, unsigned int id, unsigned int version, const Values&... values)
-{
-    const WriteChunk chunk(writer, id, version);
-    static_cast<void>((writer << ... << values));
 }
 
 /// outer { inner version 3 { 1 2 } other { 3 } 4 } other { 5 }

@@ -1,10 +1,22 @@
 #pragma once
 
+#include <platform/scene/scene.h>
 #include <platform/scene/virtual_object.h>
 
 #include <functional>
 #include <string>
 #include <vector>
+
+/// The names of what a frame has found to draw.
+inline std::vector<std::string> getVisible(const P_Scene& scene)
+{
+    std::vector<std::string> names;
+    for (const P_VirtualObject* mesh : scene.getVisibleMeshes())
+    {
+        names.emplace_back(mesh->getName().c_str());
+    }
+    return names;
+}
 
 /// Writes down what the scene calls, and does what a test wants done during the call.
 class Actor : public P_VirtualObject

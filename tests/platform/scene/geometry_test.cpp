@@ -102,34 +102,31 @@ TEST(Geometry, BuffersKeepWhatIsWrittenInsideALockAndRefuseTheRest)
 
 TEST(Geometry, CopiesShareItAndDuplicatesHaveTheirOwn)
 {
-    const long long live = S_Memory::getLiveCount();
-    {
-        Dice dice(1);
-        auto original = std::make_unique<P_VirtualObject>(1);
-        fill(*original, dice, 3, 2);
-        original->setName("a name that is longer than a string holds by itself");
-        original->getPrimitiveInstance(0)->setTextureMatrix(1, M_Matrix4Template<float>());
-        P_TriangleMesh* mesh = original->getPrimitive(0);
-        P_VirtualObject copy(*original);
-        EXPECT_EQ(copy.getPrimitive(0), mesh);
-        EXPECT_EQ(mesh->getReferenceCount(), 1) << "primitives are shared as they are";
-        copy.getPrimitiveInstance(0)->setVisible(false);
-        EXPECT_TRUE(original->getPrimitiveInstance(0)->isVisible());
-        EXPECT_EQ(copy.getPrimitive(0), mesh);
-        EXPECT_EQ(mesh->getReferenceCount(), 2);
-        P_VirtualObject own(4);
-        own.duplicate(*original);
-        EXPECT_EQ(mesh->getReferenceCount(), 2);
-        EXPECT_EQ(own.getPrimitiveCount(), 1);
-        EXPECT_EQ(own.getName(), original->getName());
-        EXPECT_NE(own.getPrimitive(0), mesh);
-        EXPECT_NE(own.getPrimitive(0)->asSkinMesh(), nullptr);
-        original.reset();
-        EXPECT_EQ(mesh->getReferenceCount(), 1);
-        EXPECT_EQ(copy.getVertexPosition(0, 2), own.getVertexPosition(0, 2));
-        EXPECT_NE(copy.getPrimitiveInstance(0)->getTextureMatrix(1), nullptr);
-    }
-    EXPECT_EQ(S_Memory::getLiveCount(), live);
+    const support::NothingLeft check;
+    Dice dice(1);
+    auto original = std::make_unique<P_VirtualObject>(1);
+    fill(*original, dice, 3, 2);
+    original->setName("a name that is longer than a string holds by itself");
+    original->getPrimitiveInstance(0)->setTextureMatrix(1, M_Matrix4Template<float>());
+    P_TriangleMesh* mesh = original->getPrimitive(0);
+    P_VirtualObject copy(*original);
+    EXPECT_EQ(copy.getPrimitive(0), mesh);
+    EXPECT_EQ(mesh->getReferenceCount(), 1) << "primitives are shared as they are";
+    copy.getPrimitiveInstance(0)->setVisible(false);
+    EXPECT_TRUE(original->getPrimitiveInstance(0)->isVisible());
+    EXPECT_EQ(copy.getPrimitive(0), mesh);
+    EXPECT_EQ(mesh->getReferenceCount(), 2);
+    P_VirtualObject own(4);
+    own.duplicate(*original);
+    EXPECT_EQ(mesh->getReferenceCount(), 2);
+    EXPECT_EQ(own.getPrimitiveCount(), 1);
+    EXPECT_EQ(own.getName(), original->getName());
+    EXPECT_NE(own.getPrimitive(0), mesh);
+    EXPECT_NE(own.getPrimitive(0)->asSkinMesh(), nullptr);
+    original.reset();
+    EXPECT_EQ(mesh->getReferenceCount(), 1);
+    EXPECT_EQ(copy.getVertexPosition(0, 2), own.getVertexPosition(0, 2));
+    EXPECT_NE(copy.getPrimitiveInstance(0)->getTextureMatrix(1), nullptr);
 }
 
 TEST(Geometry, FailedAllocationsLeaveNothingBehindAndObjectsAsTheyWere)

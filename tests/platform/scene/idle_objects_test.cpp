@@ -233,12 +233,7 @@ protected:
     std::vector<std::string> walk()
     {
         m_scene.executeFrame();
-        std::vector<std::string> names;
-        for (const P_VirtualObject* mesh : m_scene.getVisibleMeshes())
-        {
-            names.emplace_back(mesh->getName().c_str());
-        }
-        return names;
+        return getVisible(m_scene);
     }
 
     P_Scene m_scene;

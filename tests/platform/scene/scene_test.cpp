@@ -42,15 +42,7 @@ protected:
         m_scene.executeFrame();
         return m_calls;
     }
-    std::vector<std::string> getVisible() const
-    {
-        std::vector<std::string> names;
-        for (const P_VirtualObject* mesh : m_scene.getVisibleMeshes())
-        {
-            names.emplace_back(mesh->getName().c_str());
-        }
-        return names;
-    }
+    std::vector<std::string> getVisible() const { return ::getVisible(m_scene); }
     /// Gives the object a sphere of that radius which the engine tests and never computes.
     static void setSphere(P_BaseObject& object, float radius)
     {
