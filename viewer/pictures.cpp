@@ -51,7 +51,7 @@ G_Image takePicture(Viewer& viewer, render::SceneRenderer& renderer, unsigned in
 void writeLoop(Viewer& viewer, render::SceneRenderer& renderer, const std::string& file, unsigned int width,
                unsigned int height, double framesPerSecond)
 {
-    Playback& playback = viewer.getPlayback();
+    const Playback& playback = viewer.getPlayback();
     const double period = playback.getPeriod();
     const auto count = static_cast<unsigned int>(std::lround(period * framesPerSecond));
     if (count < 2)
@@ -63,7 +63,7 @@ void writeLoop(Viewer& viewer, render::SceneRenderer& renderer, const std::strin
     const double time = playback.getTime();
     const auto draw = [&](unsigned int picture)
     {
-        playback.seek(period * picture / count);
+        viewer.seek(period * picture / count);  // of the mixer, too
         viewer.update(0.0);
         target.bind();
         viewer.draw(renderer, width, height);
@@ -87,7 +87,7 @@ void writeLoop(Viewer& viewer, render::SceneRenderer& renderer, const std::strin
     {
         writer->add(draw(i));
     }
-    playback.seek(time);
+    viewer.seek(time);
     viewer.update(0.0);
     writer->write(file.c_str());
 }

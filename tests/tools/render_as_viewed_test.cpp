@@ -82,6 +82,12 @@ TEST_F(RenderAsViewed, ALoopIsWrittenOnceAndTheClockStandsWhereItStood)
     EXPECT_EQ(std::accumulate(delays.begin(), delays.end(), 0), 200) << "sway repeats after two seconds";
     TW2::viewer::writeLoop(viewer, renderer, folder.file("loop.webp"), 48, 32, 10.0);
     EXPECT_EQ(folder.read("loop.webp").substr(8, 4), "WEBP");
+    TW2::viewer::execute(viewer, "mixer on");
+    TW2::viewer::writeLoop(viewer, renderer, folder.file("mixed.gif"), 48, 32, 10.0);
+    const auto size = static_cast<double>(folder.read("loop.gif").size());
+    EXPECT_NEAR(static_cast<double>(folder.read("mixed.gif").size()) / size, 1.0, 0.02) << "it moves as much";
+    EXPECT_NEAR(viewer.getPlayback().getTime(), 0.7, 1e-6);
+    TW2::viewer::execute(viewer, "mixer off");
     TW2::viewer::execute(viewer, "clip sprout_rest");
     EXPECT_THROW(TW2::viewer::writeLoop(viewer, renderer, folder.file("rest.gif"), 48, 32, 10.0), TW2::viewer::Failure);
 }

@@ -13,11 +13,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <regex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// The window, opened on a display without a screen: driven by commands, by keys, and given files that are no good.
@@ -165,8 +167,6 @@ TEST_F(ViewInput, MouseAndKeysDoWhatTheirCommandsDo)
         {{"mousemove 320 230", "mousedown 1", "mouseup 1"},
          [](TW2::viewer::Viewer& viewer, float height) { viewer.pick(0.0F, 1.0F - 2.0F * (230.0F - 20.0F) / height); }},
         {{"mousemove 30 60", "mousedown 1", "mouseup 1"}, line("bone none")},
-        {{"key F1"}, {}},  // which no picture of the object shows
-        {{"key F1"}, {}},
     };
     const support::TemporaryDirectory folder;
     std::string hand = "cd '" + folder.getPath().string() +
@@ -210,6 +210,58 @@ TEST_F(ViewInput, MouseAndKeysDoWhatTheirCommandsDo)
         EXPECT_LT(different, 200) << testing::PrintToString(steps[i].m_vecHand);
     }
 }
+
+TEST_F(ViewCommand, KeysOpenAndCloseWhatTheWindowSays)
+{
+    if (!hasProgram("xdotool"))
+    {
+        GTEST_SKIP() << "xdotool was not found";
+    }
+    // What a key unfolds is seen a picture later.
+    const auto press = [this](const std::string& key, const std::string& file, const std::string& line)
+    {
+        const std::string hand = "xdotool search --sync --onlyvisible --name \"tw2 view\" windowfocus; xdotool key " +
+                                 key + "; sleep 0.7; xdotool key ctrl+q";
+        const support::CommandResult result =
+            support::runTW2({"view", file, "--no-settings", "--size", "640x480", "--window-picture",
+                             m_folder.file("w.png"), "--do", "play off", "--do", line},
+                            s_display + "timeout 60 sh -c 'cd \"" + m_folder.getPath().string() + "\"; \"$@\" & " +
+                                hand + "; wait $!' sh ");
+        EXPECT_EQ(result.status, 0) << key << ": " << result.errors;
+        return readPicture();
+    };
+    const auto plain = press("F5", s_sample, "");
+    const auto failed = press("F5", s_sample, "clip nothing");
+    EXPECT_TRUE(failed != plain);
+    struct Case
+    {
+        const char* m_szKey;
+        const char* m_szLine;
+        bool m_bPlain;
+    };
+    for (const Case& each :
+         {Case{"ctrl", "", true}, Case{"F4", "", false}, Case{"F1", "", false}, Case{"F1 F1", "", true},
+          Case{"Escape", "clip nothing", true}, Case{"r", "clip nothing", true}})
+    {
+        EXPECT_EQ(press(each.m_szKey, s_sample, each.m_szLine) == plain, each.m_bPlain)
+            << each.m_szKey << " after " << each.m_szLine;
+    }
+    // In an empty window there is nothing to write.
+    const auto refused = press("F4", "", "");
+    EXPECT_TRUE(refused != press("F5", "", ""));
+    EXPECT_TRUE(refused == press("F2", "", ""));
+    EXPECT_FALSE(std::filesystem::exists(m_folder.file(".png")));
+}
+
+#if defined(TW2_HAS_CONVERT) && defined(TW2_HAS_ASSIMP)
+TEST_F(ViewCommand, ShowsAModelAsItsConvertedScript)
+{
+    const std::string model =
+        m_folder.write("roof.obj", std::string_view("v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 1\nf 1 2 3\nf 1 3 4\n"));
+    EXPECT_EQ(support::runTW2({"convert", model, "-o", m_folder.file("made")}).status, 0);
+    EXPECT_TRUE(look({"play off"}, model) == look({"play off"}, m_folder.file("made")));
+}
+#endif
 
 TEST_F(ViewCommand, SaysWhyAFileCannotBeShownAndThatThereIsNoDisplay)
 {

@@ -10,6 +10,9 @@
 #include <gtest/gtest.h>
 #include <imgui.h>
 
+#include <algorithm>
+#include <functional>
+#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -30,9 +33,10 @@ constexpr float height = 1800.0F;
 class Hand
 {
 public:
-    /// `window`: with the menu and the panels where the window has them, instead of one below the other.
-    explicit Hand(Viewer& viewer, bool window = false)
-        : m_viewer(viewer), m_bWindow(window), m_pContext(ImGui::CreateContext(&getAtlas()))
+    /// `window`: with the menu and the panels where the window has them, instead of one below the other. `folded`: as
+    /// they are by themselves.
+    explicit Hand(Viewer& viewer, bool window = false, bool folded = false)
+        : m_viewer(viewer), m_bWindow(window), m_bFolded(folded), m_pContext(ImGui::CreateContext(&getAtlas()))
     {
         ImGuiIO& io = ImGui::GetIO();
         io.IniFilename = nullptr;
@@ -56,6 +60,35 @@ public:
             show();
         }
         show();
+    }
+    /// Clicks at a field and writes into it.
+    void type(float x, float y, const char* text)
+    {
+        click(x, y);
+        ImGui::GetIO().AddInputCharactersUTF8(text);
+        show();
+        show();
+    }
+    void turnWheel(float x, float y, float steps)
+    {
+        ImGui::GetIO().MousePos = {x, y};
+        show();
+        ImGui::GetIO().MouseWheel = steps;
+        show();
+        show();
+    }
+    /// How many letters of that colour are in the picture.
+    static int countLetters(ImU32 color)
+    {
+        int corners = 0;
+        const ImDrawData& drawn = *ImGui::GetDrawData();
+        for (int i = 0; i < drawn.CmdListsCount; ++i)
+        {
+            const auto& vertices = drawn.CmdLists[i]->VtxBuffer;
+            corners += static_cast<int>(
+                std::count_if(vertices.begin(), vertices.end(), [color](const auto& v) { return v.col == color; }));
+        }
+        return corners / 4;
     }
     /// Everything that is written.
     std::string read()
@@ -121,7 +154,10 @@ private:
         for (const char* part :
              {"Group of bones", "###bones", "###materials", "Mixer", "Look and reach", "Ground and feet"})
         {
-            ImGui::GetStateStorage()->SetInt(ImGui::GetID(part), 1);
+            if (!m_bFolded)
+            {
+                ImGui::GetStateStorage()->SetInt(ImGui::GetID(part), 1);
+            }
         }
         if (m_bReads)
         {
@@ -145,6 +181,7 @@ private:
 
     Viewer& m_viewer;
     bool m_bWindow;
+    bool m_bFolded;
     ImGuiContext* m_pContext;
     Requests m_requests;
     TW2::viewer::BonePanel m_bones;
@@ -463,4 +500,117 @@ TEST_F(PanelsTest, LeaveThePictureFreeAndLetErrorsBeClosed)
         hand.click(0.5F * width, y);
     }
     EXPECT_EQ(hand.m_messages.m_strError, "");
+}
+
+TEST_F(PanelsTest, UnfoldWhatACommandHasTurnedOn)
+{
+    const char* const parts[] = {"Fades into", "[x] travel", "At the eye", "ground rises", "off by"};
+    const auto isUnfolded = [&](std::vector<const char*> lines)
+    {
+        m_viewer.open(TW2_SAMPLE "/walker.script");
+        run(lines);
+        const std::string text = Hand(m_viewer, false, true).read();
+        std::string unfolded;
+        for (const char* part : parts)
+        {
+            unfolded += text.find(part) == std::string::npos ? "-" : "+";
+        }
+        return unfolded;
+    };
+    EXPECT_EQ(isUnfolded({}), "-----");
+    EXPECT_EQ(isUnfolded({"mixer on"}), "-+---");
+    EXPECT_EQ(isUnfolded({"reach look 2"}), "--+--");
+    EXPECT_EQ(isUnfolded({"slope 10 0"}), "---+-");
+    EXPECT_EQ(isUnfolded({"plant on"}), "---++");
+}
+
+TEST_F(PanelsTest, TheTreeOfBonesIsIndentedFilteredAndShowsWhatIsPicked)
+{
+    const support::CharacterFiles files{{30, 6, 2, 2, 8}};
+    m_viewer.open(files.write());
+    using Asked = std::vector<std::string>;
+    const auto ask = [this](float x, float y, const std::function<void(Hand&)>& before)
+    {
+        Hand hand(m_viewer);
+        before(hand);
+        hand.click(x, y);
+        return hand.getAsked();
+    };
+    // The bones that a column of clicks comes by, and where each is.
+    std::map<std::string, float> rows;
+    const auto list = [&](
+                          float x, const std::function<void(Hand&)>& before = [](Hand&) {})
+    {
+        rows.clear();
+        std::string bones;
+        for (float y = 0.0F; y < height; y += 5.0F)
+        {
+            const Asked asked = ask(x, y, before);
+            if (asked.size() == 1 && asked[0].starts_with("bone ") && rows.emplace(asked[0], y).second)
+            {
+                bones += asked[0].substr(5) + " ";
+            }
+        }
+        return bones;
+    };
+    constexpr float right = 250.0F;
+    const std::string first = list(right);
+    EXPECT_TRUE(first.starts_with("0 1 2 3 4 5 6 7 8 9 ")) << first;
+    const std::map<std::string, float> whole = rows;
+    std::vector<float> edges;
+    for (const char* bone : {"bone 0", "bone 1", "bone 2", "bone 3", "bone 6", "bone 7"})
+    {
+        float outside = 0.0F;
+        for (float inside = right; inside - outside > 0.5F;)
+        {
+            const float middle = 0.5F * (outside + inside);
+            (ask(middle, whole.at(bone), [](Hand&) {}) == Asked{bone} ? inside : outside) = middle;
+        }
+        edges.push_back(outside);
+    }
+    const float step = edges[1] - edges[0];
+    EXPECT_GT(step, 5.0F);
+    for (const auto& [edge, depth] : {std::pair(2, 1.0F), {3, 2.0F}, {4, 2.0F}, {5, 3.0F}})
+    {
+        EXPECT_NEAR(edges[static_cast<std::size_t>(edge)] - edges[0], depth * step, 1.1F) << edge;
+    }
+    // The field is above the first row; all that it leaves begins at the left.
+    const float left = edges[0] + 2.0F;
+    EXPECT_EQ(list(left), "0 ");
+    EXPECT_EQ(list(left, [&whole](Hand& hand) { hand.type(right, whole.at("bone 0") - 20.0F, "oNE2"); }),
+              "2 20 21 22 23 24 25 26 27 28 29 ");
+
+    run({"bone 25"});
+    const std::string there = list(right);
+    EXPECT_NE(there.find("24 none 26 "), std::string::npos) << there;
+    const std::string scrolled =
+        list(right, [&whole](Hand& hand) { hand.turnWheel(right, whole.at("bone 3"), 100.0F); });
+    EXPECT_TRUE(scrolled.starts_with("0 1 2 ")) << scrolled;
+}
+
+TEST_F(PanelsTest, NamesLieBesideEachOtherAndThePickedOneAboveAll)
+{
+    const auto count = [this](const std::vector<const char*>& lines, ImU32 color)
+    {
+        m_viewer.open(TW2_SAMPLE "/sprout.script");
+        run({"show names on", "show dark off", "play off"});
+        run(lines);
+        return Hand(m_viewer, true).countLetters(color);
+    };
+    constexpr ImU32 ink = IM_COL32(30, 34, 40, 255);
+    constexpr ImU32 inkOnDark = IM_COL32(230, 232, 236, 255);
+    constexpr ImU32 picked = IM_COL32(215, 85, 0, 255);
+    const int all = count({}, ink);
+    constexpr int name = 6;  // "stalk1"
+    EXPECT_GT(all, 2 * name);
+    EXPECT_EQ(all % name, 0);
+    EXPECT_EQ(count({"show dark on"}, inkOnDark), all);
+    EXPECT_EQ(count({}, picked), 0);
+    EXPECT_EQ(count({"zoom 400"}, ink), name) << "the others lie over it";
+    for (const char* bone : {"bone 0", "bone 3", "bone 7"})
+    {
+        EXPECT_EQ(count({bone}, picked), name) << bone;
+        EXPECT_EQ(count({bone, "zoom 400"}, picked), name) << bone;
+        EXPECT_EQ(count({bone, "zoom 400"}, ink), 0) << bone;
+    }
 }

@@ -261,21 +261,43 @@ TEST(Viewer, ACrowdFillsASquareBehindTheObjectAndIsPosedLaterAndLater)
     EXPECT_EQ(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), object.getMesh(5)->getMatrix());
 }
 
-TEST(Viewer, ACrowdIsInThePictureAndBlendsAsTheObjectDoes)
+TEST(Viewer, ACrowdFillsThePictureWithTheBoxesOfItsCopies)
 {
-    const auto pose = [](const std::vector<std::string>& lines)
+    for (const char* side : {"look front", "look back", "look left", "look right", "look top", "look corner"})
     {
-        Showing viewer(lines);
-        P_Camera camera;
-        viewer.getCamera().apply(camera, 4.0F / 3.0F);
-        const auto toPicture = M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix();
+        using Vector = M_Vector3Template<float>;
+        Showing viewer({"seek 0"});
+        std::vector<Vector> points;
+        TW2::render::collectVertices(viewer.getObject()->getObject(), points);
+        TW2::render::Bounds box;
+        for (const Vector& point : points)
+        {
+            box.add(point);
+        }
+        viewer.run({"clip sprout_rest", "crowd 5", side});
+        points.clear();
+        TW2::render::collectVertices(viewer.getObject()->getObject(), points);
         for (const auto& copy : viewer.getCrowd().getCopies())
         {
-            const auto seen = toPicture.projectPoint(copy->getPosition());
-            EXPECT_LE(std::max(std::abs(seen.x), std::abs(seen.y)), 1.0F);
+            for (const float x : {box.m_vMinimum.x, box.m_vMaximum.x})
+            {
+                for (const float y : {box.m_vMinimum.y, box.m_vMaximum.y})
+                {
+                    points.push_back(copy->getPosition() + Vector{x, y, box.m_vMinimum.z});
+                    points.push_back(copy->getPosition() + Vector{x, y, box.m_vMaximum.z});
+                }
+            }
         }
-        return support::takePose(*viewer.getCrowd().getCopies().at(0));
-    };
+        OrbitCamera expected = viewer.getCamera();
+        expected.frame(points, 4.0F / 3.0F);
+        EXPECT_LT((viewer.getCamera().getEye() - expected.getEye()).length(), 1e-3F * expected.m_fDistance) << side;
+    }
+}
+
+TEST(Viewer, ACrowdBlendsAsTheObjectDoes)
+{
+    const auto pose = [](const std::vector<std::string>& lines)
+    { return support::takePose(*Showing(lines).getCrowd().getCopies().at(0)); };
     const auto before = pose({"seek 0.3", "blend 1 2", "crossmode linear", "crowd 24"});
     const auto behind = pose({"seek 0.3", "blend 1 2", "crowd 24", "crossmode linear"});
     EXPECT_TRUE(support::isSame(before, behind));

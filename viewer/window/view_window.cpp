@@ -1,5 +1,6 @@
 #include "viewer/window/view_window.h"
 
+#include "viewer/command_words.h"
 #include "viewer/commands.h"
 #include "viewer/failure.h"
 #include "viewer/pictures.h"
@@ -155,10 +156,7 @@ void ViewWindow::carryOut(const Requests& requests)
     }
     if (requests.m_bCopyRenderCommand)
     {
-        const std::string command = makeRenderCommand(m_viewer, getPictureWidth(), getPictureHeight());
-        const std::string missing = listWhatRenderLeavesOut(m_viewer);
-        m_window.setClipboard(command);
-        note("In the clipboard: " + command + (missing.empty() ? "" : "\nIt draws all but " + missing + "."));
+        attempt([this] { copyRenderCommand(); });
     }
     if (requests.m_bQuit)
     {
@@ -169,9 +167,14 @@ void ViewWindow::carryOut(const Requests& requests)
 template <typename Work>
 void ViewWindow::attempt(const Work& work)
 {
+    const unsigned int loads = m_viewer.getLoadCount();
     try
     {
         work();
+        if (m_viewer.getLoadCount() != loads)
+        {
+            afterLoading();
+        }
     }
     catch (const std::exception& error)
     {
@@ -189,8 +192,18 @@ void ViewWindow::executeKey(const std::string& key)
     attempt([this, &key] { viewer::executeKey(m_viewer, key); });
 }
 
+void ViewWindow::copyRenderCommand()
+{
+    static_cast<void>(needObject(m_viewer));
+    const std::string command = makeRenderCommand(m_viewer, getPictureWidth(), getPictureHeight());
+    const std::string missing = listWhatRenderLeavesOut(m_viewer);
+    m_window.setClipboard(command);
+    note("In the clipboard: " + command + (missing.empty() ? "" : "\nIt draws all but " + missing + "."));
+}
+
 void ViewWindow::writePicture()
 {
+    static_cast<void>(needObject(m_viewer));
     const std::string file = makeFreeName(fs::path(m_strModel).stem().string(), ".png");
     takePicture(m_viewer, m_renderer, getPictureWidth(), getPictureHeight()).writePNG(file.c_str());
     note("Written: " + fs::absolute(file).string());
@@ -198,6 +211,7 @@ void ViewWindow::writePicture()
 
 void ViewWindow::writeLoopPicture()
 {
+    static_cast<void>(needObject(m_viewer));
     constexpr double framesPerSecond = 25.0;
     constexpr unsigned int widest = 640;
     const unsigned int width = std::min(getPictureWidth(), widest);

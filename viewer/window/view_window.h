@@ -65,6 +65,7 @@ private:
     void attempt(const Work& work);
     void execute(const std::string& line);
     void executeKey(const std::string& key);
+    void copyRenderCommand();
     void writePicture();
     void writeLoopPicture();
     void doLines();
