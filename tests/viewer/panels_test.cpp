@@ -412,16 +412,17 @@ TEST_F(PanelsTest, ShowWhatTheMixerPlaysAndWhatReaches)
 {
     const std::string plain = read(m_viewer);
     const std::string asked = sweep(m_viewer);
-    run({"bone 1", "mixer on", "add-layer additive 1 1", "add-layer replace", "mix 1 1", "reach look 2"});
+    run({"bone 1", "mixer on", "add-layer additive 1 1", "add-layer replace", "layer-weight 1 0.25", "mix 1 1",
+         "reach look 2"});
     EXPECT_EQ(findNew(read(m_viewer), plain), R"([x] play by the mixer (M)
 { 0.30 } fade (s)
 [ ] in step
 [x] travel (T) [ Home (B) ]
 animation0  100 %
-animation1  33 %
+animation1  8 %
 layer 1, added: Bone1
 { plays: animation1 }
-{ 1.00 } weight
+{ 0.25 } weight
 layer 2: all bones
 { plays: (none) }
 { 1.00 } weight

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 #include <memory>
 
@@ -147,9 +148,24 @@ TEST_F(PlaybackTest, BlendsByWeightsWhateverTheirSum)
     m_object.getObject().crossAnimateObject(sway, 0.3F, 0.125F, dance, 0.3F, 0.375F, 0, 0.3F, nullptr);
     EXPECT_EQ(three, m_object.getObject().getMesh(4)->getMatrix());
 
+    // What has no weight plays no part, whichever it is.
+    for (const auto& [weights, alone] : {std::pair(std::array{0.5F, 0.0F, 0.0F}, sway),
+                                         {{0.0F, 0.5F, 0.0F}, dance},
+                                         {{0.0F, 0.0F, 0.5F}, 0},
+                                         {{0.0F, 0.0F, 0.0F}, sway}})
+    {
+        for (std::size_t slot = 0; slot < weights.size(); ++slot)
+        {
+            m_playback.setSlot(slot, std::array{sway, dance, 0}[slot], weights[slot]);
+        }
+        EXPECT_EQ(pose(4), played(4, alone, 0.3F)) << testing::PrintToString(weights);
+    }
+    m_playback.setSlot(0, sway, 1.0F);
     m_playback.setSlot(1, -1, 1.0F);
-    m_playback.setSlot(2, -1, 1.0F);
-    EXPECT_EQ(pose(4), played(4, sway, 0.3F)) << "alone again";
+    m_playback.setSlot(2, dance, 1.0F);
+    const Matrix outer = pose(4);
+    m_object.getObject().crossAnimateObject(sway, 0.3F, 0.5F, dance, 0.3F, nullptr);
+    EXPECT_EQ(outer, m_object.getObject().getMesh(4)->getMatrix()) << "the middle one is empty";
     EXPECT_THROW(m_playback.setSlot(3, sway, 1.0F), Failure);
     EXPECT_THROW(m_playback.setSlot(1, 77, 1.0F), Failure);
     EXPECT_THROW(m_playback.setSlot(0, -1, 1.0F), Failure);

@@ -2,6 +2,7 @@
 
 #include "render/bounds.h"
 #include "tests/motion/moving_files.h"
+#include "tests/support/character_files.h"
 #include "tests/support/expectations.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/viewer/showing.h"
@@ -371,6 +372,21 @@ TEST(Viewer, PicksWhereverTheObjectStandsInThePictureWhatIsVisible)
         }
     }
     EXPECT_EQ(pickBetween(2), -1);
+}
+
+TEST(Viewer, ATriangleWithoutAnAreaIsNowhere)
+{
+    support::CharacterFiles files;
+    for (unsigned int corner = 0; corner < 3; ++corner)
+    {
+        files.m_skinMeshes[0].editFaces().indices[corner] = 0;
+    }
+    Showing viewer({"look front", "zoom 3"}, files.write());
+    for (const float x : {-0.97F, 0.97F})
+    {
+        viewer.pick(x, x);
+        EXPECT_EQ(viewer.getPickedBone(), -1);
+    }
 }
 
 TEST(Viewer, CurvesAreWhatTheBonePlaysAndKnowItsKeys)
