@@ -16,6 +16,7 @@
 namespace
 {
 using namespace convert_test;
+using support::length;
 using support::Vec;
 using TW2::convert::ClipSampler;
 

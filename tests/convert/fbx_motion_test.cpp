@@ -13,6 +13,7 @@
 namespace
 {
 using namespace fbx_test;
+using support::length;
 using support::Vec;
 using TW2::convert::ClipSampler;
 
