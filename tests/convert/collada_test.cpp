@@ -180,7 +180,7 @@ TEST(Collada, EveryNumberOfEveryStepOfANodesMatrixCountsAndMoves)
         const std::string kind = steps[moved].m_strKind;
         for (std::size_t number = 0; number < std::min<std::size_t>(steps[moved].m_vecNumbers.size(), 12); ++number)
         {
-            std::ranges::rotate(steps, steps.begin() + (number % 2 == 0 ? 1 : 2));
+            std::rotate(steps.begin(), steps.begin() + (number % 2 == 0 ? 1 : 2), steps.end());
             std::string text;
             for (const Step& step : steps)
             {
@@ -220,7 +220,7 @@ TEST(Collada, EveryNumberOfEveryStepOfANodesMatrixCountsAndMoves)
                 expect(model.m_vecNodes.at(2).m_local * back, steps);
                 expect(local, played);
             }
-            std::ranges::rotate(steps, steps.end() - (number % 2 == 0 ? 1 : 2));
+            std::rotate(steps.begin(), steps.end() - (number % 2 == 0 ? 1 : 2), steps.end());
         }
     }
 }
