@@ -111,7 +111,10 @@ Parts decompose(const Matrixd& matrix)
     const double scales[3]{parts.m_vScale.x, parts.m_vScale.y, parts.m_vScale.z};
     for (int row = 0; row < 3; ++row)
     {
-        parts.m_rotation.setRow(row, scales[row] != 0.0 ? matrix.getRow(row) * (1.0 / scales[row]) : Vector3d());
+        if (scales[row] != 0.0)  // where nothing is left of an axis, it is the one of a node that is not turned
+        {
+            parts.m_rotation.setRow(row, matrix.getRow(row) * (1.0 / scales[row]));
+        }
     }
     return parts;
 }

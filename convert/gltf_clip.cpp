@@ -116,11 +116,11 @@ private:
         }
     }
 
-    /// A mirrored matrix comes from many scales and rotations: which are meant, only the node says. What the file does
-    /// not move gets a key of its own.
+    /// A matrix that mirrors or has no size comes from many scales and rotations: which are meant, only the node says.
+    /// What the file does not move gets a key of its own.
     static void keepMirror(const tinygltf::Node& node, Channel& channel)
     {
-        if (std::none_of(node.scale.begin(), node.scale.end(), [](double scale) { return scale < 0.0; }) ||
+        if (std::none_of(node.scale.begin(), node.scale.end(), [](double scale) { return scale <= 0.0; }) ||
             node.scale.size() != 3)
         {
             return;

@@ -64,17 +64,35 @@ TEST(ClipSampler, RotationsTurnTheShorterWayAtEvenSpeed)
 
 TEST(ClipSampler, WhatAChannelHasNoKeysForStaysAsAtRest)
 {
-    Model model;
-    addNode(model, "top", -1, scale(3.0) * turnZ(30.0) * move(4.0, 5.0, 6.0));
-    Clip clip = moving(makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {1, 2, 3}}}));
-    EXPECT_LT(
-        largestDifference(ClipSampler(model, clip).sample(0, 0.0), scale(3.0) * turnZ(30.0) * move(1.0, 2.0, 3.0)),
-        1e-12);
-    clip.m_vecChannels[0] = {};
-    clip.m_vecChannels[0].m_rotations = makeCurve<Quaternion>(Interpolation::Linear, {{0.0, spinZ(-10.0)}});
-    EXPECT_LT(
-        largestDifference(ClipSampler(model, clip).sample(0, 0.0), scale(3.0) * turnZ(-10.0) * move(4.0, 5.0, 6.0)),
-        1e-12);
+    const auto stretch = [](double x, double y, double z)
+    {
+        Matrixd result;
+        result.m[0][0] = x;
+        result.m[1][1] = y;
+        result.m[2][2] = z;
+        return result;
+    };
+    // What has no size at rest has no rotation either.
+    for (const auto& [size, turn] : {std::pair(stretch(3, 2, 0.5), 30.0), {stretch(-3, 2, 0.5), 30.0}, {scale(0), 0.0}})
+    {
+        Model model;
+        addNode(model, "top", -1, size * turnZ(turn) * move(4.0, 5.0, 6.0));
+        std::vector<std::pair<Channel, Matrixd>> cases(3);
+        cases[0].first.m_positions = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {1, 2, 3}}});
+        cases[0].second = size * turnZ(turn) * move(1, 2, 3);
+        cases[1].first.m_rotations = makeCurve<Quaternion>(Interpolation::Linear, {{0.0, spinZ(-10.0)}});
+        cases[1].second = size * turnZ(-10.0) * move(4, 5, 6);
+        const double mirror = size.m[0][0] < 0.0 ? -1.0 : 1.0;
+        cases[2].first.m_scales = makeCurve<Vector3d>(Interpolation::Linear, {{0.0, {mirror, 2, 4}}});
+        cases[2].second = stretch(mirror, 2, 4) * turnZ(turn) * move(4, 5, 6);
+        for (const auto& [channel, expected] : cases)
+        {
+            Clip clip;
+            clip.m_vecChannels = {channel};
+            EXPECT_LT(largestDifference(ClipSampler(model, clip).sample(0, 0.0), expected), 1e-12)
+                << size.m[0][0] << ", case " << &channel - &cases[0].first;
+        }
+    }
 }
 
 TEST(ClipSampler, TheFilesSpaceIsPartOfTopNodesAlone)

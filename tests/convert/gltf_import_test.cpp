@@ -53,7 +53,8 @@ TEST(GltfGeometry, StripsAndFansAreTheSameTrianglesAsLists)
         std::vector<std::uint16_t> m_vecIndices;
         std::vector<std::uint16_t> m_vecList;
     };
-    const std::vector<Case> cases{{5, {0, 1, 2, 3, 4}, {0, 1, 2, 2, 1, 3, 2, 3, 4}},
+    const std::vector<Case> cases{{4, {0, 1, 2, 3, 4}, {0, 1, 2}},
+                                  {5, {0, 1, 2, 3, 4}, {0, 1, 2, 2, 1, 3, 2, 3, 4}},
                                   {5, {0, 1, 2, 2, 3, 3, 4, 1}, {0, 1, 2, 3, 1, 4}},
                                   {6, {0, 1, 2, 3, 4}, {0, 1, 2, 0, 2, 3, 0, 3, 4}}};
     const std::vector<float> places{0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 2, 0, 0, 3, 1};
@@ -207,8 +208,13 @@ TEST(GltfMotion, FollowsTheFilesCurves)
     }
 }
 
-TEST(GltfMotion, AMirroredNodeThatPlaysWhatItIsAtRestStaysAsItIs)
+TEST(GltfMotion, AMirroredNodeThatPlaysWhatItIsAtRestStaysAsItIsAndOneWithoutSizeGrowsTurned)
 {
+    const Model grown =
+        read(makeCurve("LINEAR", {0, 1}, {0, 0, 0, 2, 2, 2}, "scale", R"(,"scale":[0,0,0],"rotation":[0,0,0.6,0.8])"));
+    EXPECT_LT(convert_test::largestDifference(TW2::convert::ClipSampler(grown, grown.m_vecClips.at(0)).sample(1, 1.0),
+                                              convert_test::scale(2.0) * convert_test::turnZ(73.7397953)),
+              1e-7);
     for (const Model& model :
          {read(makeCurve("LINEAR", {0, 1}, {0, 0, 0, 1, 0, 0, 0, 1}, "rotation",
                          R"(,"scale":[-1,-2,-1],"translation":[1,2,3])")),
