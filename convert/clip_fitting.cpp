@@ -130,9 +130,7 @@ std::vector<Clip> fitClips(const Model& body, const Model& other, const NodeMap&
 {
     const NodeMatch match = matchNodes(body, other, map);
     source.m_strName = other.m_strName;
-    source.m_uiByMap = match.m_uiByMap;
-    source.m_uiByName = match.m_uiByName;
-    source.m_uiBySpelling = match.m_uiBySpelling;
+    source.m_counts = match.m_counts;
     source.m_vecLost = findLost(other, match);
     source.m_bFitted = !isSameSkeleton(body, other, match);
     std::vector<Clip> clips;

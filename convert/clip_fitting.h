@@ -20,9 +20,7 @@ struct MotionSource
         double m_dBefore = 0.0;    ///< of the file's own skeleton
     };
     std::string m_strName;
-    std::size_t m_uiByMap = 0;
-    std::size_t m_uiByName = 0;
-    std::size_t m_uiBySpelling = 0;
+    MatchCounts m_counts{};
     std::vector<std::string> m_vecLost;  ///< nodes that are moved and have no counterpart
     bool m_bFitted = false;              ///< to another skeleton; otherwise nodes move as in the file
     double m_dRatio = 1.0;               ///< the character's size, by the file's; 1 unless fitted

@@ -44,7 +44,7 @@ private:
     Matrixd m_after;
 };
 
-/// Makes a clip begin at 0 seconds, in the model's own space, without events outside of it.
+/// Makes what a clip moves, and its events, begin at 0 seconds in the model's own space, without events outside of it.
 void begin(Clip& clip, const Model& model)
 {
     constexpr double rounding = 1e-6;  // of times that are cut at frames
@@ -73,8 +73,6 @@ void begin(Clip& clip, const Model& model)
                                             moved ? *clip.m_root * model.m_root.inverse() : Matrixd());
         channel = std::move(shifted);
     }
-    clip.m_dStart = 0.0;
-    clip.m_root.reset();
 }
 
 void cut(Clip& clip, const std::string& nameInFile, unsigned long from, unsigned long to, int frameRate,

@@ -92,8 +92,8 @@ public:
             m_file.fail(m_strPlace, "has elements of " + std::to_string(std::max(own, 0)) + " numbers, " + place +
                                         " needs " + std::to_string(components));
         }
-        const bool matrix = m_accessor.type == TINYGLTF_TYPE_MAT4 || m_accessor.type == TINYGLTF_TYPE_MAT3 ||
-                            m_accessor.type == TINYGLTF_TYPE_MAT2;
+        // Columns of small numbers lie apart from each other.
+        const bool matrix = m_accessor.type == TINYGLTF_TYPE_MAT4 || m_accessor.type == TINYGLTF_TYPE_MAT2;
         if (matrix && m_uiSize != sizeof(float))
         {
             m_file.fail(m_strPlace, "has matrices of whole numbers");

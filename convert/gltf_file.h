@@ -59,7 +59,7 @@ private:
     {
         std::string m_strName;
         std::string m_strURI;
-        int m_iView = -1;
+        int m_iView;  ///< -1: none
     };
     /// A buffer view packed by EXT_meshopt_compression.
     struct PackedView

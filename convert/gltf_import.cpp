@@ -218,10 +218,11 @@ private:
             return &skin;
         }
         const std::string own = name("skins", static_cast<std::size_t>(index));
-        std::vector<float> numbers;
+        std::vector<double> numbers;
         if (source.inverseBindMatrices >= 0)
         {
-            numbers = readNumbers(m_file, source.inverseBindMatrices, 16, own + ".inverseBindMatrices");
+            const auto read = readNumbers(m_file, source.inverseBindMatrices, 16, own + ".inverseBindMatrices");
+            numbers.assign(read.begin(), read.end());
         }
         for (std::size_t i = 0; i < source.joints.size(); ++i)
         {
@@ -234,9 +235,7 @@ private:
                     m_file.fail(own, "has " + std::to_string(numbers.size() / 16) + " inverse bind matrices for " +
                                          std::to_string(source.joints.size()) + " joints");
                 }
-                const std::vector<double> columns(numbers.begin() + static_cast<std::ptrdiff_t>(i * 16),
-                                                  numbers.begin() + static_cast<std::ptrdiff_t>(i * 16 + 16));
-                skin.m_vecOffsets.back() = makeMatrix(columns.data());
+                skin.m_vecOffsets.back() = makeMatrix(numbers.data() + i * 16);
             }
         }
         return &skin;

@@ -8,11 +8,6 @@ namespace TW2::convert
 {
 namespace
 {
-bool isSame(const Matrixd& a, const Matrixd& b)
-{
-    return std::equal(a.data(), a.data() + 12, b.data());
-}
-
 /// The frame, as the timeline's index, on which a jump lies; nothing for jumps that are left to what lies between the
 /// frames.
 std::optional<std::size_t> findFrame(const Timeline& timeline, double seconds)
@@ -60,7 +55,7 @@ Course sampleCourse(const ClipSampler& sampler, const Timeline& timeline, std::s
     }
     const bool still =
         !course.m_jumps.m_bOnFrames &&
-        std::all_of(local.begin(), local.end(), [&local](const Matrixd& m) { return isSame(m, local.front()); });
+        std::all_of(local.begin(), local.end(), [&local](const Matrixd& m) { return m == local.front(); });
     course.m_local = still ? Matrices(local.front()) : Matrices(std::move(local));
     if (!parentWorld)
     {

@@ -156,16 +156,16 @@ public:
         {
             m_vecOpen[i] = map.find(m_other.m_vecNodes[i].m_strName) != nullptr;
         }
-        m_match.m_uiByMap = pair(
+        m_match.m_counts.m_uiByMap = pair(
             plain(m_body), [this, &map](std::size_t node) { return *map.find(m_other.m_vecNodes[node].m_strName); });
         m_vecOpen.flip();
-        m_match.m_uiByName = pair(plain(m_body), plain(m_other));
+        m_match.m_counts.m_uiByName = pair(plain(m_body), plain(m_other));
         const auto spelled = [](const Model& model)
         {
             return [&model, prefix = findPrefix(model)](std::size_t node)
             { return makeKey(model.m_vecNodes[node].m_strName, prefix); };
         };
-        m_match.m_uiBySpelling = pair(spelled(m_body), spelled(m_other));
+        m_match.m_counts.m_uiBySpelling = pair(spelled(m_body), spelled(m_other));
         return std::move(m_match);
     }
 

@@ -35,14 +35,20 @@ private:
     std::vector<Entry> m_vecEntries;
 };
 
+/// How many nodes have found a counterpart by what.
+struct MatchCounts
+{
+    std::size_t m_uiByMap;
+    std::size_t m_uiByName;
+    std::size_t m_uiBySpelling;
+};
+
 /// Counterparts of one model's nodes in another.
 struct NodeMatch
 {
     std::vector<int> m_vecTo;    ///< per node of the other model: the body's, or -1
     std::vector<int> m_vecFrom;  ///< per node of the body: the other model's, or -1
-    std::size_t m_uiByMap = 0;
-    std::size_t m_uiByName = 0;
-    std::size_t m_uiBySpelling = 0;
+    MatchCounts m_counts{};
 };
 
 /// By the map, then by equal names, then by names that are spelled otherwise: letter case, what stands before a colon,

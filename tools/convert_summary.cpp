@@ -42,8 +42,8 @@ void printWarnings(const Summary& summary, std::FILE* messages)
 void printSource(const MotionSource& source)
 {
     std::printf("  motion of %s: %zu nodes by name, %zu by spelling, %zu by the map, %zu without a counterpart",
-                source.m_strName.c_str(), source.m_uiByName, source.m_uiBySpelling, source.m_uiByMap,
-                source.m_vecLost.size());
+                source.m_strName.c_str(), source.m_counts.m_uiByName, source.m_counts.m_uiBySpelling,
+                source.m_counts.m_uiByMap, source.m_vecLost.size());
     if (source.m_bFitted)
     {
         std::printf("; fitted to a skeleton %.3g times as large", source.m_dRatio);
@@ -105,9 +105,9 @@ void writeClip(TW2::json::Writer& json, const ClipSummary& clip)
 void writeSource(TW2::json::Writer& json, const MotionSource& source)
 {
     json.member("name", source.m_strName);
-    json.member("nodesByName", source.m_uiByName);
-    json.member("nodesBySpelling", source.m_uiBySpelling);
-    json.member("nodesByMap", source.m_uiByMap);
+    json.member("nodesByName", source.m_counts.m_uiByName);
+    json.member("nodesBySpelling", source.m_counts.m_uiBySpelling);
+    json.member("nodesByMap", source.m_counts.m_uiByMap);
     json.list("withoutCounterpart", source.m_vecLost);
     json.member("fitted", source.m_bFitted);
     json.member("sizeRatio", source.m_dRatio);

@@ -167,6 +167,6 @@ TEST(NodeMatch, NamesThatAreSpelledOtherwiseAreOneAndOthersAreNot)
     {
         EXPECT_EQ(match.m_vecTo[i], names[i].second) << names[i].first;
     }
-    EXPECT_EQ(match.m_uiBySpelling, 8U);
+    EXPECT_EQ(match.m_counts.m_uiBySpelling, 8U);
     EXPECT_EQ(match.m_vecFrom[7], -1);
 }
