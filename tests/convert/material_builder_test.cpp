@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -228,9 +229,15 @@ TEST_F(WrittenMaterials, ColoursThatMeshesDifferInAreAPictureAndClearOnesBesideA
     m_model.m_vecMeshes[0].m_vecColors.assign(3, {255, 0, 0, 255});
     m_model.m_vecMeshes[1].m_vecColors.assign(3, {255, 0, 0, 255});
     EXPECT_FALSE(build().hasDiffuseTexture()) << "one colour for all";
-    m_model.m_vecMeshes[1].m_vecColors.assign(3, {0, 0, 255, 128});
-    EXPECT_TRUE(build().hasDiffuseTexture());
     Surface& surface = m_model.m_vecSurfaces.back();
+    surface.m_eAlpha = Surface::Alpha::Blend;
+    for (const unsigned char alpha : std::array<unsigned char, 2>{255, 128})
+    {
+        m_model.m_vecMeshes[1].m_vecColors.assign(3, {0, 0, 255, alpha});
+        EXPECT_TRUE(build().hasDiffuseTexture());
+        EXPECT_EQ(build().hasOpacityTexture(), alpha == 128) << "nothing is blended that cannot be seen through";
+    }
+    surface.m_eAlpha = Surface::Alpha::Opaque;
     surface.m_diffuseTexture.m_iPicture = 1;
     static_cast<void>(build());
     EXPECT_TRUE(m_vecWarnings.empty()) << "an opaque surface has none to lose";

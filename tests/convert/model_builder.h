@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
+#include <limits>
 #include <numbers>
 #include <sstream>
 #include <string>
@@ -148,12 +149,14 @@ inline std::string describeStage(const Model& model)
     return text.str();
 }
 
+/// Infinite where a number is none.
 inline double largestDifference(const Matrixd& a, const Matrixd& b)
 {
     double largest = 0.0;
     for (int row = 0; row < 4; ++row)
     {
-        largest = std::max(largest, (a.getRow(row) - b.getRow(row)).length());
+        const double length = (a.getRow(row) - b.getRow(row)).length();
+        largest = std::max(largest, std::isnan(length) ? std::numeric_limits<double>::infinity() : length);
     }
     return largest;
 }

@@ -70,6 +70,25 @@ Frame Time: 0.5
     }
 }
 
+TEST(AssimpFiles, ASurfaceIsLitUnlessItsKindOfShadingSaysOtherwise)
+{
+    const support::TemporaryDirectory directory;
+    directory.write("sign.mtl", "newmtl flat\nKd 1 0.5 0\nillum 0\nnewmtl lit\nKd 0 1 0\nd 0.25\nillum 2\n");
+    const Model model =
+        TW2::convert::readModel(directory.write("sign.obj",
+                                                "mtllib sign.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl flat\nf 1 2 3\n"
+                                                "usemtl lit\nf 3 2 1\n"),
+                                {});
+    for (const TW2::convert::Surface& surface : model.m_vecSurfaces)
+    {
+        EXPECT_EQ(surface.m_bUnlit, surface.m_strName == "flat");
+        EXPECT_EQ(surface.m_fOpacity, surface.m_strName == "lit" ? 0.25F : 1.0F);
+        EXPECT_FALSE(surface.m_bTwoSided);
+    }
+    EXPECT_EQ(model.m_vecMeshes.size(), 2U);
+    EXPECT_THAT(model.m_vecSources, testing::ElementsAre(testing::EndsWith("sign.mtl")));
+}
+
 TEST(AssimpFiles, ACameraSeesAsWideAndAsFarAsTheFileSays)
 {
     const Model model = read("shot.ase", R"(*3DSMAX_ASCIIEXPORT	200

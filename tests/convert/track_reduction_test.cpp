@@ -166,6 +166,19 @@ TEST(Reduction, WhatJumpsBetweenFramesJumpsAtTheFastestRate)
     const Reduced reduced(makeChain(1), clip);
     EXPECT_GE(reduced.m_reduced.m_iFrameRate, 900);
     EXPECT_LE(reduced.countKeys(), 6U) << "two for each jump";
+    // What jumps where the clip begins, or is not played, asks for nothing.
+    Clip part = moving(makeCurve<Vector3d>(Interpolation::Linear, {{0.13, {9, 0, 0}},
+                                                                   {0.13, {8, 0, 0}},
+                                                                   {0.5, {7, 0, 0}},
+                                                                   {0.5, {0, 0, 0}},
+                                                                   {1.5, {1, 0, 0}},
+                                                                   {1.93, {5, 0, 0}},
+                                                                   {1.93, {4, 0, 0}}}));
+    part.m_dStart = 0.5;
+    part.m_dDuration = 1.0;
+    const Reduced slow(makeChain(1), part);
+    EXPECT_EQ(slow.m_reduced.m_iFrameRate, 10);
+    EXPECT_EQ(slow.countKeys(), 2U);
 }
 
 TEST(Reduction, StepsStayStepsAtTheRateOfTheirKeys)

@@ -152,9 +152,11 @@ TEST(ConvertedSurfaces, ShowFactorsAsLightWithAndWithoutTexture)
 {
     const std::string factor = R"("baseColorFactor":[0.5,1,0,1])";
     const G_Image image =
-        draw({{std::string(unlit) + "{" + factor + "}", ""},
+        draw({{R"("extensions":{"KHR_materials_unlit":{},"KHR_materials_pbrSpecularGlossiness":)"
+               R"({"diffuseFactor":[0.5,1,0,1]}})",
+               ""},
               {std::string(unlit) + "{" + factor + R"(,"baseColorTexture":{"index":0}})", toUri(makeQuarters())}});
-    expectColor(image, 0.5, 0.5, {188, 255, 0}, "plain");
+    expectColor(image, 0.5, 0.5, {188, 255, 0}, "plain, as it used to be said");
     expectColor(image, 1.25, 0.25, {188, 0, 0}, "red quarter");
     expectColor(image, 1.75, 0.25, green, "green quarter");
     expectColor(image, 1.25, 0.75, {0, 0, 0}, "blue quarter");
@@ -223,12 +225,12 @@ TEST(ConvertedSurfaces, GoOnBeyondTheEdgesOfTheirPicture)
         double m_dY;
         std::array<int, 3> m_color;
     };
-    const std::vector<Place> places{{0, 0.25, 0.25, red},  {0, 0.75, 0.25, green},                        // repeat
-                                    {1, 0.75, 1.25, red},  {1, 0.25, 1.25, green}, {1, 1.25, 2.75, red},  // mirror
-                                    {2, 0.9, 1.25, red},   {2, 0.2, 1.25, red},    {2, 2.8, 0.2, green},
-                                    {2, 2.8, 1.75, white},  // clamp
-                                    {2, 1.25, 2.9, blue},  {2, 1.25, 1.25, red},   {3, 0.2, 0.75, red},
-                                    {3, 2.8, 0.25, white}, {3, 0.2, 2.75, red}};  // each its own
+    const std::vector<Place> places{
+        {0, 0.25, 0.25, red},  {0, 0.75, 0.25, green},                                                // repeat
+        {1, 0.75, 1.25, red},  {1, 0.25, 1.25, green}, {1, 1.25, 2.75, red},                          // mirror
+        {2, 0.9, 1.25, red},   {2, 0.2, 1.25, red},    {2, 2.8, 0.2, green},  {2, 2.8, 1.75, white},  // clamp
+        {2, 1.25, 2.9, blue},  {2, 1.75, 1.25, green}, {2, 1.25, 1.75, blue}, {3, 0.2, 0.75, red},
+        {3, 2.8, 0.25, white}, {3, 0.2, 2.75, red}};  // each its own
     for (const Place& place : places)
     {
         expectColor(image, place.m_iSquare + place.m_dX / 3.0, place.m_dY / 3.0, place.m_color,
