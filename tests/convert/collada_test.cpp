@@ -106,13 +106,62 @@ TEST(Collada, EveryKindOfKeyMovesThePartThatItNames)
     }
     expectTurn(makeAnimation("arm/turn.ANGLE", "BEZIER", "0 90 30", 1, "-20 70 10", "20 110 50"), 0.25, hermite);
     expectTurn(makeAnimation("arm/turn.ANGLE", "HERMITE", "0 90 30", 1, "60 60 60", "60 60 60"), 0.25, hermite);
-    // Whole matrices turn the shorter way and stay as large as they are.
-    const std::string quarter =
-        "1 0 0 5 0 1 0 0 0 0 1 0 0 0 0 1  0 -1 0 7 1 0 0 0 0 0 1 0 0 0 0 1  "
-        "0 -1 0 7 1 0 0 0 0 0 1 0 0 0 0 1";
-    EXPECT_LT(largestDifference(sample(makeAnimation("hand/matrix", "LINEAR", quarter, 16), 1, 0.5),
-                                turnZ(45.0) * move(6, 0, 0)),
-              1e-9);
+}
+
+TEST(Collada, WholeMatricesTurnTheShorterWayAndThoseWithShearGoStraight)
+{
+    struct Key
+    {
+        Vector3d m_vSize;  ///< negative where it mirrors
+        double m_dDegrees;
+        Vector3d m_vPlace;
+    };
+    const std::array<Key, 3> keys{
+        {{{1, 1, 1}, 0, {5, 0, 0}}, {{2, 3, -4}, 90, {7, 1, 2}}, {{2, 1, -0.5}, -70, {7, 1, 6}}}};
+    const auto make = [](const Key& key)
+    {
+        Matrixd matrix = turnZ(key.m_dDegrees);
+        matrix.setRow(0, matrix.getRow(0) * key.m_vSize.x);
+        matrix.setRow(1, matrix.getRow(1) * key.m_vSize.y);
+        matrix.setRow(2, matrix.getRow(2) * key.m_vSize.z);
+        matrix.setTranslation(key.m_vPlace);
+        return matrix;
+    };
+    // The middle one is whole, leans in one of three planes, or is flat.
+    for (const auto& [row, column, leans] : {std::tuple(3, 0, 0.0), {0, 0, 0.5}, {0, 2, 0.5}, {1, 2, 0.5}, {2, 2, 4.0}})
+    {
+        std::array<Matrixd, 3> matrices{make(keys[0]), make(keys[1]), make(keys[2])};
+        matrices[1].m[row][column] += leans;
+        std::string text;
+        for (const Matrixd& m : matrices)
+        {
+            for (int i = 0; i < 12; ++i)
+            {
+                text += std::to_string(m.m[i % 4][i / 4]) + " ";
+            }
+            text += "0 0 0 1 ";
+        }
+        for (const double time : {-1.0, 0.0, 0.25, 1.0, 1.75, 2.0, 3.0})
+        {
+            const double part = std::clamp(time, 0.0, 2.0);
+            const std::size_t first = part < 1.0 ? 0 : 1;
+            const auto between = [&](const auto& a, const auto& b)
+            { return a + (b - a) * (part - static_cast<double>(first)); };
+            const auto& [a, b] = std::pair(keys[first], keys[first + 1]);
+            Matrixd expected = make(
+                {between(a.m_vSize, b.m_vSize), between(a.m_dDegrees, b.m_dDegrees), between(a.m_vPlace, b.m_vPlace)});
+            for (int i = 0; leans != 0.0 && i < 12; ++i)
+            {
+                expected.data()[i] = between(matrices[first].data()[i], matrices[first + 1].data()[i]);
+            }
+            Matrixd mirror;
+            mirror.m[2][2] = -1.0;
+            EXPECT_LT(largestDifference(sample(makeAnimation("hand/matrix", "LINEAR", text, 16), 1, time),
+                                        mirror * expected * mirror),
+                      1e-5)
+                << row << column << " at " << time;
+        }
+    }
 }
 
 namespace
@@ -253,15 +302,17 @@ TEST(Collada, AnimationsAreOneClipUnlessTheFileArrangesThem)
 TEST(Collada, NodesHaveTheirNamesAndTheSceneItsUpAxisAndUnit)
 {
     const std::string keys = makeAnimation("arm/turn.ANGLE", "LINEAR", "0 90 30");
-    const Model model = readCollada(makeCollada(keys, {}, {}, "Z_UP"));
-    ASSERT_EQ(model.m_vecNodes.size(), 2U);
-    EXPECT_EQ(model.m_vecNodes[0].m_strName, "upper arm");
-    EXPECT_EQ(model.m_vecNodes[1].m_strName, "hand") << "the id where there is no name";
-    // (1, 2, 3) with z up is (1, 3, -2) with y up, mirrored at z, and half as large.
-    const auto place = model.m_vecNodes[0].m_local.getTranslation();
-    EXPECT_NEAR(place.x, 0.5, 1e-12);
-    EXPECT_NEAR(place.y, 1.5, 1e-12);
-    EXPECT_NEAR(place.z, 1.0, 1e-12);
+    // Where (1, 2, 3) is with y up, mirrored at z, and half as large.
+    for (const auto& [up, place] : {std::pair("Y_UP", Vector3d(0.5, 1.0, -1.5)),
+                                    {"Z_UP", Vector3d(0.5, 1.5, 1.0)},
+                                    {"X_UP", Vector3d(-1.0, 0.5, -1.5)}})
+    {
+        const Model model = readCollada(makeCollada(keys, {}, {}, up));
+        ASSERT_EQ(model.m_vecNodes.size(), 2U);
+        EXPECT_EQ(model.m_vecNodes[0].m_strName, "upper arm");
+        EXPECT_EQ(model.m_vecNodes[1].m_strName, "hand") << "the id where there is no name";
+        EXPECT_LT((model.m_vecNodes[0].m_local.getTranslation() - place).length(), 1e-12) << up;
+    }
 }
 
 TEST(Collada, SkinsMaterialsAndPolygonsAreThoseOfTheFile)
@@ -472,18 +523,18 @@ TEST(Collada, CamerasAndLightsAreWhatTheFileSays)
     EXPECT_THAT(model.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("what is not seen in perspective")));
 }
 
-TEST(Collada, APictureLiesAsTheFileSaysAndMapsWithoutAPlaceAreTold)
+namespace
+{
+/// A triangle with the material "cloth". Beside the file lies a picture, "flag.png".
+Model readCloth(const std::string& shader, const std::string& parameters = {},
+                const std::string& image = "<init_from>flag.png</init_from>")
 {
     const support::TemporaryDirectory directory;
     directory.write("flag.png", G_Image(2, 2).encodePNG());
-    std::string libraries =
-        "<library_images><image id='i'><init_from>flag.png</init_from></image></library_images><library_effects>"
-        "<effect id='fx'><profile_COMMON><newparam sid='f'><surface type='2D'><init_from>i</init_from></surface>"
-        "</newparam><newparam sid='s'><sampler2D><source>f</source><wrap_t>CLAMP</wrap_t></sampler2D></newparam>"
-        "<technique><phong><diffuse><texture texture='s'><extra><technique "
-        "profile='x'><repeatU>2</repeatU><offsetV>0.25</offsetV></technique></extra></texture></"
-        "diffuse><specular><texture texture='other'/></specular>"
-        "<ambient><texture texture='s'/></ambient></phong></technique></profile_COMMON></effect></library_effects>"
+    const std::string libraries =
+        "<library_images><image id='i'>" + image + "</image></library_images><library_effects>" +
+        "<effect id='fx'><profile_COMMON>" + parameters + "<technique>" + shader +
+        "</technique></profile_COMMON></effect></library_effects>"
         "<library_materials><material id='m' name='cloth'><instance_effect url='#fx'/></material></library_materials>"
         "<library_geometries><geometry id='g'><mesh>" +
         makeSource("gp", floats("0 0 0 4 0 0 4 4 0"), 3) +
@@ -491,22 +542,90 @@ TEST(Collada, APictureLiesAsTheFileSaysAndMapsWithoutAPlaceAreTold)
         "<input semantic='VERTEX' source='#gv' offset='0'/><p>0 1 2</p></triangles></mesh></geometry>"
         "</library_geometries>";
     // Some programs write a reference's letters by their numbers.
-    const auto readIt = [&]
+    const std::string text = makeCollada({}, libraries, "<node><instance_geometry url='#%67'/></node>");
+    return TW2::convert::readModel(directory.write("cloth.dae", text), {});
+}
+}  // namespace
+
+TEST(Collada, HowClearASurfaceIsStandsInOneOfFourWays)
+{
+    const std::string color = "><color>0.2 0.4 0.8 0.25</color></transparent>";
+    const std::string half = "<transparency><float>0.5</float></transparency>";
+    const double light = 0.212671 * 0.2 + 0.71516 * 0.4 + 0.072169 * 0.8;
+    for (const auto& [says, opacity] :
+         {std::pair(std::string(), 1.0),
+          {half, 0.5},
+          {"<transparent" + color, 0.25},
+          {"<transparent opaque='A_ONE'" + color + half, 0.125},
+          {"<transparent opaque='A_ZERO'" + color + half, 0.875},
+          {"<transparent opaque='RGB_ONE'" + color + half, light * 0.5},
+          {"<transparent opaque='RGB_ZERO'" + color + half, 1.0 - light * 0.5},
+          {"<transparent><param ref='p'/></transparent>" + half, 0.5},
+          {"<transparent opaque='RGB_ONE'><param ref='p'/></transparent>", 0.5},
+          {"<transparent><texture texture='i'/></transparent>", 1.0},
+          {"<transparent opaque='A_ZERO'><texture texture='i'/></transparent>" + half, 1.0}})
     {
-        const std::string text = makeCollada({}, libraries, "<node><instance_geometry url='#%67'/></node>");
-        return TW2::convert::readModel(directory.write("cloth.dae", text), {});
+        const Model model =
+            readCloth("<lambert>" + says + "</lambert>", "<newparam sid='p'><float3>0.5 0.5 0.5</float3></newparam>");
+        const TW2::convert::Surface& surface = model.m_vecSurfaces.at(0);
+        EXPECT_NEAR(surface.m_fOpacity, opacity, 1e-6) << says;
+        const bool zero = says.find("ZERO'><tex") != std::string::npos;
+        EXPECT_EQ(surface.m_opacityTexture.isUsed(), !zero && says.find("texture") != std::string::npos) << says;
+        EXPECT_THAT(model.m_vecWarnings, testing::SizeIs(zero ? 1 : 0)) << says;
+    }
+}
+
+TEST(Collada, PicturesAreFoundHoweverTheyAreReferredTo)
+{
+    const auto readWith = [](const std::string& image, const std::string& sampler)
+    {
+        return readCloth(
+            "<phong><diffuse><texture texture='" + std::string(sampler.empty() ? "i" : "s") + "'/></diffuse></phong>",
+            "<newparam sid='s'><sampler2D>" + sampler + "</sampler2D></newparam>", image);
     };
-    const Model model = readIt();
+    for (const auto& [image, sampler] :
+         {std::pair("<init_from>flag.png</init_from>", "<instance_image url='#i'/>"),
+          {"<init_from><ref>file://flag.png</ref></init_from>", "<magfilter>NEAREST</magfilter>"},
+          {"<init_from>./fl%61g.png</init_from>", ""}})
+    {
+        const Model model = readWith(image, sampler);
+        const bool found = std::string_view(sampler).find("NEAREST") == std::string_view::npos;
+        EXPECT_EQ(model.m_vecPictures.size(), found ? 1U : 0U) << image << sampler;
+    }
+    for (const auto& [image, name] : {std::pair("file:///C:/none.png", "C:/none.png"),
+                                      {"file:///home/none.png", "/home/none.png"},
+                                      {"file://none.png", "none.png"},
+                                      {"file:///C", "/C"},
+                                      {"", "i"}})
+    {
+        EXPECT_THAT(readWith(std::string("<init_from>") + image + "</init_from>", "").m_vecWarnings,
+                    testing::ElementsAre(testing::StartsWith(std::string("material \"cloth\": texture \"") + name +
+                                                             "\" is left out: ")));
+    }
+}
+
+TEST(Collada, APictureLiesAsTheFileSaysAndMapsWithoutAPlaceAreTold)
+{
+    const auto readPlaced = [](const std::string& placed)
+    {
+        return readCloth(
+            "<phong><diffuse><texture texture='s'><extra><technique profile='x'>" + placed +
+                "</technique></extra></texture></diffuse><specular><texture texture='other'/></specular>"
+                "<ambient><texture texture='s'/></ambient></phong>",
+            "<newparam sid='f'><surface type='2D'><init_from>i</init_from></surface></newparam>"
+            "<newparam sid='s'><sampler2D><source>f</source><wrap_t>CLAMP</wrap_t></sampler2D></newparam>");
+    };
+    const Model model = readPlaced("<repeatU>2</repeatU><offsetV>0.25</offsetV>");
     const TW2::convert::Texture& texture = model.m_vecSurfaces.at(0).m_diffuseTexture;
     EXPECT_TRUE(texture.isUsed());
     EXPECT_EQ(texture.m_eWrapU, TW2::convert::Wrap::Repeat);
     EXPECT_EQ(texture.m_eWrapV, TW2::convert::Wrap::Clamp);
     const std::array<std::array<double, 2>, 3> lies{{{2.0, 0.0}, {0.0, 1.0}, {0.0, -0.25}}};
     EXPECT_EQ(texture.m_transform, lies) << "v counts downwards";
-    const std::string before = "<repeatU>2</repeatU><offsetV>0.25</offsetV>";
-    libraries.replace(libraries.find(before), before.size(),
-                      "<repeatV>3</repeatV><offsetU>0.5</offsetU><mirrorU>1</mirrorU><wrapV>0</wrapV>");
-    const TW2::convert::Texture other = readIt().m_vecSurfaces.at(0).m_diffuseTexture;
+    const TW2::convert::Texture other =
+        readPlaced("<repeatV>3</repeatV><offsetU>0.5</offsetU><mirrorU>1</mirrorU><wrapV>0</wrapV>")
+            .m_vecSurfaces.at(0)
+            .m_diffuseTexture;
     EXPECT_EQ(other.m_eWrapU, TW2::convert::Wrap::Mirror);
     EXPECT_EQ(other.m_eWrapV, TW2::convert::Wrap::Clamp);
     const std::array<std::array<double, 2>, 3> otherLies{{{1.0, 0.0}, {0.0, 3.0}, {0.5, -2.0}}};

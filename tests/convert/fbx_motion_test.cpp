@@ -214,9 +214,11 @@ TEST(Fbx, FurtherLayersAreBlendedAsTheFileSays)
         double m_dSeconds;
         double m_dDegrees;
         double m_dScale;
+        double m_dBelow = 1.0;
+        double m_dOwn = 4.0;
     };
-    // The first layer turns the node to 90 degrees in the first second; the second one says 40 degrees and a scale
-    // of 4.
+    // The first layer turns the node to 90 degrees in the first second; the second one says 40 degrees and, unless
+    // said otherwise, a scale of 4.
     for (const Case& one : {
              Case{"added", "", 1.0, 130.0, 4.0},
              Case{"added angle by angle", R"(P: "RotationAccumulationMode", "enum", "", "",1)", 1.0, 130.0, 4.0},
@@ -244,13 +246,23 @@ TEST(Fbx, FurtherLayersAreBlendedAsTheFileSays)
 			P: "Mute", "bool", "", "",1)",
                   1.0, 90.0, 1.0},
              Case{"a weight that grows", R"(P: "Weight", "Number", "", "A+",7)", 0.5, 65.0, 2.0},
+             Case{"mirrored", "", 1.0, 130.0, -4.0, 1.0, -4.0},
+             Case{"mirrored below", "", 1.0, 130.0, -8.0, -2.0},
+             Case{"mirrored twice", "", 1.0, 130.0, 8.0, -2.0, -4.0},
+             Case{"covering half of what is mirrored", R"(P: "BlendMode", "enum", "", "",2
+			P: "Weight", "Number", "", "A",50)",
+                  1.0, 65.0, 2.0, -1.0},
+             Case{"mirrored without weight", R"(P: "Weight", "Number", "", "A",0)", 1.0, 90.0, 1.0, 1.0, -4.0},
          })
     {
         const bool grows = std::string_view(one.m_szLayer).find("A+") != std::string_view::npos;
-        const std::string text = make({.m_strObjects = makeLayer(one.m_szLayer) + makeNode(22, "R", 0, 0, 40) +
-                                                       makeNode(23, "S", 4, 4, 4) + growingWeight,
-                                       .m_strLinks = layerLinks + (grows ? weightLinks : "") +
-                                                     "\tC: \"OO\",23,21\n\tC: \"OP\",23,2, \"Lcl Scaling\"\n"});
+        const std::string below = std::to_string(one.m_dBelow);
+        const std::string text =
+            make({.m_strLower = R"(P: "Lcl Scaling", "Lcl Scaling", "", "A",)" + below + "," + below + "," + below,
+                  .m_strObjects = makeLayer(one.m_szLayer) + makeNode(22, "R", 0, 0, 40) +
+                                  makeNode(23, "S", one.m_dOwn, one.m_dOwn, one.m_dOwn) + growingWeight,
+                  .m_strLinks = layerLinks + (grows ? weightLinks : "") +
+                                "\tC: \"OO\",23,21\n\tC: \"OP\",23,2, \"Lcl Scaling\"\n"});
         EXPECT_LT(largestDifference(sampleLower(text, one.m_dSeconds), scale(one.m_dScale) * turnZ(one.m_dDegrees)),
                   1e-6)
             << one.m_szWhat;

@@ -152,6 +152,9 @@ TEST(OldFbx, KeysOfEveryKindAreWhatTheFileMeans)
     const double other = TW2::convert::blendBezier({0.0, 0.0}, {1.0 / 3.0, 20.0}, {0.5, 60.0}, {1.0, 90.0}, 0.25);
     // A slope that the file leaves to the reader is level at the highest value, and here at the first.
     constexpr double level = 90.0 * 0.15625;
+    // What arrives goes on as it leaves, unless the key before says otherwise.
+    constexpr double fast = 90.0 * 0.84375 - 60.0 * 0.140625;
+    constexpr double broken = 90.0 * 0.84375 + 60.0 * 0.046875 - 30.0 * 0.140625;
     for (const Case& each : {
              Case{"0,0,L,46186158000,90,L,92372316000,30,L", 0.5, 45.0},
              Case{"0,0,C,s,46186158000,90,C,n,92372316000,30,L", 0.9, 0.0},
@@ -171,6 +174,8 @@ TEST(OldFbx, KeysOfEveryKindAreWhatTheFileMeans)
              Case{"0,0,U,a,46186158000,90,U,a,92372316000,30,U,a", 0.25, level, 4004},
              Case{"0,0,U,p,1,2,n,n,46186158000,90,U,q,3,4,n,n,92372316000,30,U,a,n", 0.25, level},
              Case{"0,0,U,p,1,2,n,46186158000,90,U,q,3,4,n,92372316000,30,U,a", 0.25, level, 4004},
+             Case{"0,0,U,a,n,46186158000,90,U,s,60,20,n,92372316000,30,L", 0.75, fast},
+             Case{"0,0,U,s,60,30,n,46186158000,90,U,s,60,20,n,92372316000,30,L", 0.75, broken},
              Case{"0,0,U,t,1,2,3,46186158000,90,U,d,1,n,92372316000,30,U,a,n", 0.25, level},
          })
     {

@@ -105,6 +105,19 @@ TEST(GltfCompression, MeshoptimizersBytesAreUnpacked)
     std::vector<unsigned char> damaged(packed.begin(), packed.begin() + 5);
     EXPECT_THAT(getRefusal(make(damaged, packedIndices)),
                 testing::HasSubstr("bufferViews[2]: its packed bytes are damaged"));
+    for (const auto& [from, to, said] :
+         {std::tuple(R"("count":6,"mode":"TRI)", R"("count":5,"mode":"TRI)", "packed indices that make no triangles"),
+          {R"("byteStride":2,"count":6)", R"("byteStride":3,"count":6)", "packed indices that make no triangles"},
+          {R"("count":4,"mode":"ATT)", R"("count":99999999,"mode":"ATT)", "packed bytes are 99999999 elements"},
+          {R"(8,"count":4)", R"(6,"count":4)", "packed elements of 6 bytes"},
+          {R"(8,"count":4)", R"(260,"count":4)", "packed elements of 260 bytes"},
+          {R"("mode":"TRIANGLES")", R"("mode":"STRIPS")", "an unknown mode \"STRIPS\""},
+          {R"("mode":"ATTRIBUTES")", R"("mode":"ATTRIBUTES","filter":"SHARP")", "a filter \"SHARP\" does not take"}})
+    {
+        std::string changed = make(packed, packedIndices);
+        changed.replace(changed.find(from), std::string_view(from).size(), to);
+        EXPECT_THAT(getRefusal(changed), testing::HasSubstr(said));
+    }
 }
 #endif
 
@@ -126,15 +139,17 @@ TEST(GltfCompression, DracosTrianglesAllComeThrough)
     draco::Encoder encoder;
     draco::EncoderBuffer packed;
     ASSERT_TRUE(encoder.EncodeMeshToBuffer(*source, &packed).ok());
-    const auto make = [&packed](std::size_t size)
+    const auto make = [&packed](std::size_t size, const std::string& attributes = R"("POSITION":0)")
     {
         GltfText text;
         const int view = text.addView(packed.data(), size);
         const int positions = text.addAccessor(-1, GltfText::FLOAT, 4, "VEC3");
+        const int flat = text.addAccessor(-1, GltfText::FLOAT, 4, "VEC2");
         const int indices = text.addAccessor(-1, GltfText::UNSIGNED_SHORT, 6, "SCALAR");
-        showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(},"indices":)" + number(indices) +
+        showPrimitive(text, R"({"attributes":{"POSITION":)" + number(positions) + R"(,"TEXCOORD_0":)" + number(flat) +
+                                R"(},"indices":)" + number(indices) +
                                 R"(,"extensions":{"KHR_draco_mesh_compression":{"bufferView":)" + number(view) +
-                                R"(,"attributes":{"POSITION":0}}}})");
+                                R"(,"attributes":{)" + attributes + "}}}}");
         text.set("extensionsRequired", R"(["KHR_draco_mesh_compression"])");
         return text.make();
     };
@@ -148,6 +163,10 @@ TEST(GltfCompression, DracosTrianglesAllComeThrough)
     expectFrontsOutside(mesh);
     EXPECT_THAT(getRefusal(make(packed.size() / 2)),
                 testing::HasSubstr("primitives[0].extensions.KHR_draco_mesh_compression"));
+    EXPECT_THAT(getRefusal(make(packed.size(), R"("POSITION":7)")),
+                testing::HasSubstr("no POSITION of 3 numbers in attribute 7"));
+    EXPECT_THAT(getRefusal(make(packed.size(), R"("POSITION":0,"TEXCOORD_0":0)")),
+                testing::HasSubstr("no TEXCOORD_0 of 2 numbers in attribute 0"));
 }
 #endif
 }  // namespace

@@ -36,6 +36,8 @@ TEST(GltfFiles, SayWhereTheyAreDamaged)
 {
     GltfText good;
     showPrimitive(good, "{" + addSquare(good) + "}");
+    const int matrix = good.add(std::vector<std::uint8_t>(16, 1), GltfText::UNSIGNED_BYTE, "MAT4");
+    good.set("skins", R"([{"joints":[0],"inverseBindMatrices":)" + number(matrix) + "}]");
     const std::string binary = good.makeBinary();
 
     struct Case
@@ -49,7 +51,7 @@ TEST(GltfFiles, SayWhereTheyAreDamaged)
         {R"("byteOffset":0)", R"("byteOffset":999999)", "bufferViews[0]: ends 999999 + 48 bytes into buffers[0]"},
         {R"("count":4)", R"("count":5)", "accessors[0]: 5 elements of 12 bytes"},
         {R"("type":"VEC3")", R"("type":"VEC2")", "accessors[0]: has elements of 2 numbers"},
-        {R"("POSITION":0)", R"("POSITION":17)", "names accessors[17], the file has 2"},
+        {R"("POSITION":0)", R"("POSITION":17)", "names accessors[17], the file has 3"},
         {R"("mesh":0)", R"("mesh":3)", "nodes[0]: names meshes[3], the file has 1"},
         {R"("mesh":0)", R"("mesh":0,"children":[0])", "nodes[0]: hangs below itself"},
         {R"("nodes":[0])", R"("nodes":[9])", "scenes[0]: names nodes[9]"},
@@ -59,6 +61,7 @@ TEST(GltfFiles, SayWhereTheyAreDamaged)
         {R"("version":"2.0"})", R"("version":"2.0"},"extensionsRequired":["VENDOR_fold"])",
          "extensionsRequired: needs the extension VENDOR_fold"},
         {R"("version":"2.0"})", R"("version":"1.1"})", "asset.version: is version 1.1 of glTF, version 2.0 is read"},
+        {R"("mesh":0})", R"("mesh":0,"skin":0})", "accessors[2]: has matrices of whole numbers"},
     };
     for (const Case& one : cases)
     {
