@@ -329,10 +329,6 @@ Matrixd FbxPose::blendRotations(std::size_t index, double seconds) const
         }
         const Vector3d own = evaluate(found->second.m_rotation, place.m_vRotation, seconds);
         const double weight = layer.getWeight(seconds);
-        if (weight == 0.0)
-        {
-            continue;
-        }
         if (!layer.m_bTurnsAsWhole)
         {
             angles += (layer.m_bAdds ? own : own - angles) * weight;

@@ -21,8 +21,8 @@ template <typename Key, typename GetTime>
     }
     const double first = getTime(keys.front());
     const double part = (seconds - first) / (getTime(keys.back()) - first);
-    const double even = part > 0.0 && part < 1.0 ? part * static_cast<double>(keys.size() - 1) : 0.0;
-    const std::size_t likely = std::min(static_cast<std::size_t>(even) + 1, keys.size() - 1);
+    const double hint = part > 0.0 && part < 1.0 ? part * static_cast<double>(keys.size() - 1) : 0.0;
+    const std::size_t likely = std::min(static_cast<std::size_t>(hint) + 1, keys.size() - 1);
     if (getTime(keys[likely - 1]) <= seconds && seconds < getTime(keys[likely]))
     {
         return likely;

@@ -29,15 +29,11 @@ bool isWordSign(char c)
     return isUpper(c) || isLower(c) || isDigit(c) || static_cast<unsigned char>(c) >= 0x80;
 }
 
-/// Whether a word of a name begins at `i`, which is not the name's first letter.
+/// Whether a word of a name, or a mark between words, may begin at `i`, which is not the name's first letter.
 bool beginsWord(std::string_view name, std::size_t i)
 {
     const char before = name[i - 1];
     const char here = name[i];
-    if (!isWordSign(here))
-    {
-        return false;
-    }
     const bool hump =
         isUpper(here) && (isLower(before) || (isUpper(before) && i + 1 < name.size() && isLower(name[i + 1])));
     return !isWordSign(before) || hump || isDigit(here) != isDigit(before);
