@@ -4,6 +4,7 @@
 #include "tests/convert/model_builder.h"
 #include "tests/support/temporary_directory.h"
 
+#include <cmath>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -26,13 +27,13 @@ inline std::string makeNode(int id, const char* kind, double x, double y, double
 /// A curve whose keys are all of one kind.
 inline std::string makeCurve(int id, const std::vector<int>& values, const std::string& flags,
                              const std::string& slopes, const std::string& beyond = {},
-                             const std::vector<int>& seconds = {0, 1, 2})
+                             const std::vector<double>& seconds = {0, 1, 2})
 {
     std::string times;
     std::string numbers;
     for (std::size_t i = 0; i < values.size(); ++i)
     {
-        times += (i > 0 ? "," : "") + std::to_string(46186158000LL * seconds[i]);
+        times += (i > 0 ? "," : "") + std::to_string(std::llround(46186158000.0 * seconds[i]));
         numbers += (i > 0 ? "," : "") + std::to_string(values[i]);
     }
     const auto list = [](const char* name, const std::string& content)
@@ -52,7 +53,7 @@ struct Fbx
     std::string m_strObjects = {};
     std::string m_strLinks = {};
     std::vector<int> m_vecValues{0, 90, 30};
-    std::vector<int> m_vecSeconds{0, 1, 2};
+    std::vector<double> m_vecSeconds{0, 1, 2};
     double m_dX = 0.0;  ///< the lower node's rotations that stay
     double m_dY = 0.0;
 };

@@ -73,19 +73,54 @@ TEST(Fbx, KeysOfEveryKindAreWhatTheFileMeans)
              // 60.0F, and weights of a third as two numbers of 16 bits in ten-thousandths.
              Case{"numbers that are the bits of floats", "8", "1114636288,1114636288,218434821,0", 0.25,
                   hermite(60.0, 60.0)},
-             Case{"straight from neighbour to neighbour", "8456", "0,0,0,0", 0.25, hermite(90.0, 15.0)},
-             Case{"not beyond the keys' values", "24840", "0,0,0,0", 0.25, hermite(0.0, 0.0)},
              Case{"the numbers are no slopes", "24840", "60,60,0,0", 0.25, hermite(0.0, 0.0)},
-             Case{"by how far away the neighbours are", "264", "0,0,0,0", 0.25, hermite(90.0, 15.0)},
-             Case{"drawn half to what follows", "264", "50,-50,0,0", 0.25, hermite(90.0, -22.5)},
-             Case{"as before where both sides differ", "264", "0,50,0,0", 0.25, hermite(90.0, 52.5)},
-             Case{"with tension, continuity and bias of nothing", "520", "0,0,0,0", 0.25, hermite(90.0, 15.0)},
-             Case{"with tension", "520", "0.5,0,0,0", 0.25, hermite(45.0, 7.5)},
              Case{"with slopes of the user", "1032", "60,60,0,0", 0.25, hermite(60.0, 60.0)},
          })
     {
         const Fbx fbx{.m_strFlags = one.m_szFlags, .m_strSlopes = one.m_szNumbers};
         EXPECT_LT(missTurn(fbx, one.m_dSeconds, one.m_dDegrees), 1e-9) << one.m_szWhat;
+    }
+}
+
+TEST(Fbx, StepsAndKeysOfOneTimeJump)
+{
+    struct Case
+    {
+        const char* m_szFlags;
+        std::vector<int> m_vecValues;
+        std::vector<double> m_vecSeconds;
+        std::vector<double> m_vecJumps;
+    };
+    for (const auto& [flags, values, seconds, jumps] :
+         {Case{"4", {0, 90, 30}, {0, 1, 2}, {}}, Case{"2", {0, 90, 30}, {0, 1, 2}, {1, 2}},
+          Case{"2", {0, 90, 90}, {0, 1, 2}, {1}}, Case{"258", {0, 90, 30}, {0, 1, 2}, {0, 1}},
+          Case{"4", {0, 90, 30}, {0, 1, 1}, {1}}})
+    {
+        const Model model = readFbx(make({.m_strFlags = flags, .m_vecValues = values, .m_vecSeconds = seconds}));
+        EXPECT_EQ(ClipSampler(model, model.m_vecClips.at(0)).findJumps(1), jumps) << flags;
+        std::vector<double> times;
+        TW2::convert::addKeyTimes(model.m_vecClips[0].m_vecChannels.at(0), times);
+        EXPECT_EQ(times, seconds);
+    }
+    // What does not say how long it is goes from its first key to its last.
+    std::string text = make({.m_vecSeconds = {1, 2, 4}});
+    text.replace(text.find("\"LocalStop\""), 11, "\"Other\"");
+    EXPECT_EQ(readFbx(text).m_vecClips.at(0).m_dDuration, 3.0);
+    EXPECT_LT(largestDifference(sampleLower(text, 0.5), turnZ(45.0)), 1e-9);
+}
+
+TEST(Fbx, AnglesThatAFrameSaysInAnotherWayGoNoWayRound)
+{
+    // From 170 degrees to -170 within a frame, which is a turn of 20, within more, and by what may be meant.
+    for (const auto& [to, seconds, at, degrees] : {std::tuple(-170, 0.05, 0.5, 85.0),
+                                                   {-170, 0.05, 1.0, 170.0},
+                                                   {-170, 0.05, 1.02, 178.0},
+                                                   {-170, 0.05, 1.05, -170.0},
+                                                   {-170, 0.08, 1.02, 85.0},
+                                                   {60, 0.05, 1.02, 126.0}})
+    {
+        EXPECT_LT(missTurn({.m_vecValues = {0, 170, to}, .m_vecSeconds = {0, 1, 1 + seconds}}, at, degrees), 1e-6)
+            << to << " at " << at;
     }
 }
 
@@ -138,12 +173,12 @@ TEST(Fbx, ACurveGoesOnBeyondItsKeysAsTheFileSays)
     for (const Case& each :
          {Case{"C", -1, 2.5, 30.0}, Case{"K", -1, 2.5, 0.0}, Case{"R", -1, 2.5, 45.0}, Case{"R", -1, 5.0, 90.0},
           Case{"M", -1, 2.5, 60.0}, Case{"M", -1, 4.5, 45.0}, Case{"A", -1, 2.5, 75.0}, Case{"A", -1, 5.0, 150.0},
-          Case{"R", 1, 5.0, 30.0}, Case{"R", 0, 2.5, 30.0}, Case{"A", -1, -0.5, 30.0, "Pre"},
+          Case{"R", 1, 5.0, 30.0}, Case{"R", -2, 5.0, 90.0}, Case{"R", 0, 2.5, 30.0}, Case{"A", -1, -0.5, 30.0, "Pre"},
           Case{"K", -1, -0.5, -45.0, "Pre"}})
     {
-        const std::string beyond = "\t\t" + std::string(each.m_szSide) +
-                                   "-Extrapolation: {\n\t\t\tType: " + each.m_szType +
-                                   "\n\t\t\tRepetition: " + std::to_string(each.m_iTimes) + "\n\t\t}\n";
+        const std::string beyond =
+            "\t\t" + std::string(each.m_szSide) + "-Extrapolation: {\n\t\t\tType: " + each.m_szType +
+            (each.m_iTimes < -1 ? "" : "\n\t\t\tRepetition: " + std::to_string(each.m_iTimes)) + "\n\t\t}\n";
         EXPECT_LT(missTurn({.m_strBeyond = beyond}, each.m_dSeconds, each.m_dDegrees), 1e-9)
             << each.m_szType << " at " << each.m_dSeconds;
     }
@@ -223,6 +258,7 @@ TEST(Fbx, FurtherLayersAreBlendedAsTheFileSays)
              Case{"added", "", 1.0, 130.0, 4.0},
              Case{"added angle by angle", R"(P: "RotationAccumulationMode", "enum", "", "",1)", 1.0, 130.0, 4.0},
              Case{"half of it", R"(P: "Weight", "Number", "", "A",50)", 1.0, 110.0, 2.0},
+             Case{"more than it", R"(P: "Weight", "Number", "", "A",150)", 1.0, 130.0, 4.0},
              Case{"scales added", R"(P: "ScaleAccumulationMode", "enum", "", "",1)", 1.0, 130.0, 5.0},
              Case{"covering", R"(P: "BlendMode", "enum", "", "",1)", 1.0, 40.0, 4.0},
              Case{"covering, whatever its weight", R"(P: "BlendMode", "enum", "", "",1

@@ -44,7 +44,10 @@ Objects:  {
 		}
 	}
 	Model: "Model::bone", "LimbNode" {
-		Properties60: { Property: "Lcl Translation", "Lcl Translation", "A+",1,2,3 }
+		Properties60: {
+			Property: "Lcl Translation", "Lcl Translation", "A+",1,2,3
+			Property: "kind", "KString", "U", "tail"
+		}
 	}
 	Material: "Material::red", "" {
 		Properties60:  {
@@ -56,8 +59,8 @@ Objects:  {
 	Material: "Material::a &quot;word&quot;", "" { }
 	Deformer: "Deformer::Skin", "Skin" { }
 	Deformer: "SubDeformer::Cluster", "Cluster" {
-		Indexes: 0,3
-		Weights: 1,0.5
+		Indexes: 0,3,5,-1
+		Weights: 1,0.5,1,1
 		Transform: 1,0,0,0,0,1,0,0,0,0,1,0,-1,-2,-3,1
 	}
 	GlobalSettings:  {
@@ -221,6 +224,7 @@ TEST(OldFbx, SkinAndMaterialsAreThoseOfTheFile)
     ASSERT_EQ(bent.m_vecBones.size(), 2U);
     EXPECT_TRUE(bent.m_vecBones[1].m_bHolder) << "of the vertices that the bone does not move";
     EXPECT_EQ(model.m_vecNodes.at(static_cast<std::size_t>(bent.m_vecBones[0].m_iNode)).m_strName, "bone");
+    EXPECT_EQ(model.m_vecNodes[static_cast<std::size_t>(bent.m_vecBones[0].m_iNode)].m_strNotes, "kind=tail\n");
     EXPECT_LT(largestDifference(bent.m_vecBones[0].m_offset, move(-1, -2, 3)), 1e-12);
     const std::vector<std::pair<unsigned int, float>> weights{{4, 1.0F}, {2, 0.5F}};
     EXPECT_EQ(bent.m_vecBones[0].m_vecWeights, weights);

@@ -66,8 +66,13 @@ TEST(Fbx, CamerasAndLightsAreWhatTheirPropertiesSay)
         links += "\tC: \"OO\"," + id + ",0\n\tC: \"OO\"," + attribute + "," + id + "\n";
         expected += says;
     }
-    const Model model = readFbx(make({.m_strObjects = objects, .m_strLinks = links}));
+    const Model model = readFbx(make({.m_strLower = R"(P: "kind", "KString", "", "A+U", "lamp"
+			P: "made by", "KString", "", "A", "nobody"
+			P: "empty", "KString", "", "U", "")",
+                                      .m_strObjects = objects,
+                                      .m_strLinks = links}));
     EXPECT_EQ(describeStage(model), expected);
+    EXPECT_EQ(model.m_vecNodes.at(1).m_strNotes, "kind=lamp\n") << "what is text and the user's own";
     EXPECT_THAT(model.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("camera \"42\": left out")));
 }
 
