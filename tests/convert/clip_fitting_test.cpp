@@ -2,11 +2,13 @@
 
 #include "convert/clip_sampler.h"
 #include "convert/rotation.h"
+#include "convert/travel.h"
 #include "tests/convert/model_builder.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -169,4 +171,60 @@ TEST(NodeMatch, NamesThatAreSpelledOtherwiseAreOneAndOthersAreNot)
     }
     EXPECT_EQ(match.m_counts.m_uiBySpelling, 8U);
     EXPECT_EQ(match.m_vecFrom[7], -1);
+}
+
+TEST(TurnShortest, GoesEvenlyAlsoByHalfATurnAboutAnyAxis)
+{
+    for (const Vector3d& about : {Vector3d(1, 0, 0), Vector3d(0, -1, 0), Vector3d(0, 0, 1), Vector3d(1, 3, -2)})
+    {
+        for (const double degrees : {0.0, 40.0, 179.0, 180.0})
+        {
+            const Matrixd from = toMatrix(turnBy(1.0));
+            const double half = degrees * std::numbers::pi / 360.0;
+            const Vector3d n = about.normalized() * std::sin(half);
+            const Matrixd turn = toMatrix({std::cos(half), n.x, n.y, n.z});
+            const Matrixd part = from.inverse() * TW2::convert::turnShortest(from, from * turn, 0.5);
+            EXPECT_LT(largestDifference(part * part, turn), 1e-6) << degrees;
+            EXPECT_NEAR(part.m[0][0] + part.m[1][1] + part.m[2][2], 1.0 + 2.0 * std::cos(half), 1e-6) << degrees;
+        }
+    }
+}
+
+TEST(Travel, CarriesEveryNodeOnceAndJumpsWhereTheClipDoes)
+{
+    // A lamp with a light stands beside the rig of the hips that travel.
+    Model model;
+    addNode(model, "lamp", -1, move(1, 0, 2));
+    addNode(model, "light", 0, move(0, 1, 0.5));
+    addNode(model, "rig", -1, turnZ(20.0) * move(0.2, 0.5, 0));
+    addNode(model, "hips", 2, move(0, 0.5, 0));
+    Clip clip;
+    clip.m_dStart = 0.5;
+    clip.m_dDuration = 2.0;
+    for (const auto& [node, time, shift] : {std::tuple(1, 1.25, 1.0), {2, 1.0, 3.0}, {3, 2.0, 0.5}})
+    {
+        const Vector3d place = model.m_vecNodes[static_cast<std::size_t>(node)].m_local.getTranslation();
+        clip.m_vecChannels.emplace_back().m_iNode = node;
+        clip.m_vecChannels.back().m_positions = makeCurve<Vector3d>(
+            Interpolation::Step, {{0.0, place}, {time, place + Vector3d(shift, 0.5 * shift, 2.0 * shift)}});
+    }
+    for (const std::string choice : {"hips", "hips:xyz", "lamp:z"})
+    {
+        const auto travel =
+            std::make_shared<const TW2::convert::Travel>(model, clip, TW2::convert::chooseTravel(model, choice, ""));
+        const Clip standing = TW2::convert::makeStandingClip(travel);
+        const ClipSampler is(model, standing);
+        for (const double seconds : {0.0, 0.6, 1.0, 1.7})
+        {
+            for (const std::size_t node : {1U, 3U})
+            {
+                EXPECT_LT(largestDifference(getWorld(model, is, node, seconds) * travel->at(seconds),
+                                            getWorld(model, ClipSampler(model, clip), node, seconds)),
+                          1e-9)
+                    << choice << ": " << node << " at " << seconds;
+            }
+        }
+        EXPECT_EQ(is.findJumps(1), std::vector<double>{0.75}) << choice;
+        EXPECT_EQ(is.findJumps(0), choice == "lamp:z" ? std::vector<double>() : std::vector<double>({0.5, 1.5}));
+    }
 }

@@ -196,8 +196,6 @@ TEST(GltfMotion, FollowsTheFilesCurves)
     ASSERT_EQ(step.m_vecClips[0].m_vecChannels.size(), 1U);
     EXPECT_EQ(step.m_vecClips[0].m_vecChannels[0].m_iNode, 1) << "not the one of the same name";
     EXPECT_EQ(step.m_vecNodes[0].m_strName, step.m_vecNodes[1].m_strName);
-    const Model linear = read(makeCurve("LINEAR", {0, 2}, {0, 0, 0, 4, 0, 0}));
-    EXPECT_NEAR(playX(linear, 0.5), 1.0, 1e-12);
     // Arriving slope, value and leaving slope of two keys that are 2 seconds apart.
     const Model cubic = read(makeCurve("CUBICSPLINE", {1, 3}, {9, 0, 0, 1, 0, 0, 2, 0, 0, -3, 0, 0, 4, 0, 0, 9, 0, 0}));
     for (const double t : {0.0, 0.25, 0.5, 0.9, 1.0})
@@ -311,6 +309,7 @@ TEST(GltfSkins, CallTheirJointsByIndexAndSayWhichIsWrong)
     EXPECT_EQ(bones[1].m_offset.getTranslation(), Vector3d(0, 0, 4));
     ASSERT_EQ(bones[1].m_vecWeights.size(), 3U);
     EXPECT_FLOAT_EQ(bones[1].m_vecWeights[0].second, 0.8F);
+    EXPECT_THAT(bones[0].m_vecWeights, testing::ElementsAre(testing::Pair(0U, testing::FloatEq(0.2F))));
     const Model unweighted = read(make(1, 2, 0));
     const std::vector<TW2::convert::Bone>& all = unweighted.m_vecMeshes.at(0).m_vecBones;
     ASSERT_EQ(all.size(), 2U) << "a vertex without weights goes with its first joint, not with the mesh's node";

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -245,4 +246,30 @@ TEST_F(WrittenMaterials, ColoursThatMeshesDifferInAreAPictureAndClearOnesBesideA
     static_cast<void>(build());
     ASSERT_EQ(m_vecWarnings.size(), 1U);
     EXPECT_NE(m_vecWarnings[0].find("the transparency of its vertices"), std::string::npos) << m_vecWarnings[0];
+}
+
+TEST(PictureEncoding, WhateverRunsThroughAPictureComesBack)
+{
+    // Along x, along y, both, their product, and noise: each is smallest behind another filter.
+    for (const std::array<unsigned int, 4>& part : std::array<std::array<unsigned int, 4>, 5>{
+             {{7, 0, 0, 0}, {0, 5, 0, 0}, {3, 5, 0, 0}, {1, 0, 2, 0}, {0, 0, 0, 0x9E3779B1}}})
+    {
+        for (const bool opaque : {true, false})
+        {
+            G_Image image(37, 23);
+            for (unsigned int i = 0; i < image.getSize(); ++i)
+            {
+                const unsigned int x = i / 4 % 37;
+                const unsigned int y = i / 148;
+                const unsigned int value =
+                    (part[0] * x + part[1] * y + part[2] * x * y + (part[3] * i >> 16U)) * (i % 4 + 1);
+                image.accessPixel(x, y)[i % 4] = i % 4 == 3 && opaque ? 255 : static_cast<unsigned char>(value);
+            }
+            TW2::convert::Picture picture;
+            picture.m_vecBytes = TW2::convert::encodePicture(image);
+            const G_Image read = TW2::convert::decodePicture(picture);
+            EXPECT_TRUE(std::equal(image.getPixels(), image.getPixels() + image.getSize(), read.getPixels()))
+                << testing::PrintToString(part) << opaque;
+        }
+    }
 }

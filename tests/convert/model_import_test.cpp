@@ -74,18 +74,20 @@ TEST(AssimpFiles, ASurfaceIsLitUnlessItsKindOfShadingSaysOtherwise)
 {
     const support::TemporaryDirectory directory;
     directory.write("sign.mtl", "newmtl flat\nKd 1 0.5 0\nillum 0\nnewmtl lit\nKd 0 1 0\nd 0.25\nillum 2\n");
-    const Model model =
-        TW2::convert::readModel(directory.write("sign.obj",
-                                                "mtllib sign.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl flat\nf 1 2 3\n"
-                                                "usemtl lit\nf 3 2 1\n"),
-                                {});
+    const Model model = TW2::convert::readModel(
+        directory.write("sign.obj",
+                        "mtllib sign.mtl\nv 0 0 0 1 0.5 0\nv 1 0 0 0 1 0\nv 0 1 0 0 2 -1\nusemtl flat\nf 1 2 3\n"
+                        "usemtl lit\nf 3 2 1\n"),
+        {});
     for (const TW2::convert::Surface& surface : model.m_vecSurfaces)
     {
         EXPECT_EQ(surface.m_bUnlit, surface.m_strName == "flat");
         EXPECT_EQ(surface.m_fOpacity, surface.m_strName == "lit" ? 0.25F : 1.0F);
         EXPECT_FALSE(surface.m_bTwoSided);
     }
-    EXPECT_EQ(model.m_vecMeshes.size(), 2U);
+    ASSERT_EQ(model.m_vecMeshes.size(), 2U);
+    const std::vector<TW2::convert::Color> colors{{255, 128, 0, 255}, {0, 255, 0, 255}, {0, 255, 0, 255}};
+    EXPECT_THAT(model.m_vecMeshes[0].m_vecColors, testing::UnorderedElementsAreArray(colors));
     EXPECT_THAT(model.m_vecSources, testing::ElementsAre(testing::EndsWith("sign.mtl")));
 }
 
@@ -124,7 +126,7 @@ TEST(AssimpFiles, SkinAndMotionOfAnXFileAreThoseOfItsNodesAndOthersAreTold)
     const std::string identity = "1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0,";
     const auto weights = [&identity](const char* bone, const char* vertices, const char* values)
     {
-        return std::string("  SkinWeights {\n   \"") + bone + "\";\n   2;\n   " + vertices + ";\n   " + values +
+        return std::string("  SkinWeights {\n   \"") + bone + "\";\n   3;\n   " + vertices + ";\n   " + values +
                ";\n   " + identity + "0.0,-2.0,0.0,1.0;;\n  }\n";
     };
     const auto moves = [](const char* bone)
@@ -137,7 +139,7 @@ TEST(AssimpFiles, SkinAndMotionOfAnXFileAreThoseOfItsNodesAndOthersAreTold)
                       "0.0,0.0,0.0,1.0;; }\n Frame bone {\n  FrameTransformMatrix { " + identity +
                       "1.0,2.0,3.0,1.0;; }\n }\n Mesh flag {\n  3;\n  0.0;0.0;0.0;,\n  0.0;1.0;0.0;,\n  1.0;0.0;0.0;;\n"
                       "  1;\n  3;0,1,2;;\n  XSkinMeshHeader { 2; 2; 2; }\n" +
-                      weights("bone", "0,1", "0.25,1.0") + weights("ghost", "0,2", "0.75,1.0") +
+                      weights("bone", "0,1,2", "0.25,1.0,0.0") + weights("ghost", "0,2,1", "0.75,1.0,0.0") +
                       " }\n}\nAnimationSet wave {\n" + moves("bone") + moves("phantom") + "}\n");
     const std::size_t node = findNode(model, "bone");
     ASSERT_LT(node, model.m_vecNodes.size());

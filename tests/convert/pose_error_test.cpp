@@ -69,10 +69,11 @@ TEST(PoseError, IsWhatIsOffAtTheEndsOfTheAxesAndByHowMuchTheyTurn)
 TEST(PoseError, LooksAsFarAsAnythingHangsOnANode)
 {
     Model model = makeChain(3);  // each a unit from the one before
-    model.m_vecMeshes.push_back(makeSkin({{0, Matrixd()}}));
+    model.m_vecMeshes.push_back(makeSkin({{0, Matrixd()}, {1, move(-1, 0, 0)}}));
     Mesh& skin = model.m_vecMeshes[0];
     skin.m_vecPositions = {{5, 0, 0}, {0, 50, 0}, {0, 0, 2}};
     skin.m_vecBones[0].m_vecWeights = {{0U, 0.5F}, {1U, 0.01F}, {2U, 1.0F}};
+    skin.m_vecBones[1].m_vecWeights = {{0U, 0.5F}};
     model.m_vecMeshes.push_back(makeSkin({}));
     model.m_vecMeshes[1].m_vecPositions[1] = {0, 7, 0};
     model.m_vecNodes[2].m_vecMeshes = {1};
@@ -80,6 +81,6 @@ TEST(PoseError, LooksAsFarAsAnythingHangsOnANode)
     const std::vector<double> reach = TW2::convert::measureReach(model, TW2::convert::makeSkeleton(model, warnings));
     ASSERT_EQ(reach.size(), 3U);
     EXPECT_NEAR(reach[0], 5.0, 1e-9) << "the farthest vertex that it moves by more than a little";
-    EXPECT_NEAR(reach[1], 1.0, 1e-9) << "its child";
+    EXPECT_NEAR(reach[1], 4.0, 1e-9) << "farther than its child";
     EXPECT_NEAR(reach[2], 7.0, 1e-9) << "the mesh that it shows";
 }

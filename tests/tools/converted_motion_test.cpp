@@ -11,7 +11,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -48,9 +50,10 @@ GltfCharacter makeWalker()
             offset = {t, 0.1 * std::sin(2 * s_pi * t), 1};
         }
     };
-    walker.m_vecClips = {{"walk", 2.0, move,
-                          R"(,"extras":{"events":[{"time":1.2,"name":"step \"right\""},{"time":0.4,"name":"left"}]})"},
-                         {"stand", 1.0, [](std::size_t, double, Vec&, Quat&) {}, R"(,"extras":{"events":[{"at":1}]})"}};
+    walker.m_vecClips = {
+        {"walk", 2.0, move,
+         R"(,"extras":{"events":[{"time":1.2,"name":"step \"right\""},{"time":0.4,"name":"left"}]})"},
+        {"stand", 1.0, [](std::size_t, double, Vec&, Quat&) {}, R"(,"extras":{"events":[{"at":1},{"name":"when"}]})"}};
     return walker;
 }
 }  // namespace
@@ -139,6 +142,9 @@ TEST(ConvertedMotion, AWalkOnTheSpotRepeatsWithItsTravel)
         const TW2::TW_RootMotion motion(*object, 1);
         EXPECT_NEAR(motion.getTravel(0.0, 10.0).m_vTranslation.length(), looping ? 14.0 : 1.4, 0.01);
     }
+    EXPECT_THAT(runTW2({"convert", model, "-o", directory.file("x"), "--root-motion", "hips", "--rate", "2"}).output,
+                testing::HasSubstr("more than allowed"))
+        << "two frames a second cannot say it";
 }
 
 TEST(ConvertedMotion, ANodeOrPartsThatAreNotThereAreNamed)
@@ -219,6 +225,46 @@ TEST(ConvertedMotion, EventsComeFromTheFileAndFromBesideItAndStayWithTheirClip)
         const CommandResult result = runTW2({"convert", model, "-o", directory.file("bad")});
         EXPECT_EQ(result.status, 1);
         EXPECT_THAT(result.errors, testing::AllOf(testing::HasSubstr("walker.events:"), testing::HasSubstr(reason)));
+    }
+}
+
+TEST(ConvertedMotion, BoundsHoldWhatIsDrawnAtAnyTimeAndLittleMore)
+{
+    for (const bool skinned : {false, true})
+    {
+        GltfCharacter walker = makeWalker();
+        walker.m_bSkinned = skinned;
+        const TemporaryDirectory directory;
+        ASSERT_EQ(
+            runTW2({"convert", directory.write("walker.gltf", walker.make()), "-o", directory.file("out")}).status, 0);
+        // Low and high along each axis, of the corners of a box around each bone's triangle.
+        std::array<double, 6> box{1e9, 1e9, 1e9, -1e9, -1e9, -1e9};
+        double radius = 0.0;
+        for (int i = 0; i < 61 * 2 * 4 * 4; ++i)
+        {
+            const int clip = i % 61 < 30 ? i / 61 % 2 : 0;  // the second one is half as long
+            const Vec corner{i / 122 % 2 * 0.1, i / 244 % 2 * 0.1, 0.0};
+            const Vec p = walker.getPoint(clip, static_cast<std::size_t>(i / 488), i % 61 / 30.0, corner);
+            const std::array<double, 3> place{p.x, p.y, -p.z};
+            for (std::size_t axis = 0; axis < 3; ++axis)
+            {
+                box[axis] = std::min(box[axis], place[axis]);
+                box[axis + 3] = std::max(box[axis + 3], place[axis]);
+            }
+            radius = std::max(radius, length(p));
+        }
+        const double slack = 0.01 * length(Vec{box[3] - box[0], box[4] - box[1], box[5] - box[2]});
+        const std::string script = directory.read("out/walker.script");
+        std::array<double, 7> is{};
+        ASSERT_EQ(std::sscanf(script.substr(script.find("boundingBoxMin")).c_str(),
+                              "boundingBoxMin (%lf, %lf, %lf) boundingBoxMax (%lf, %lf, %lf) boundingSphereRadius %lf",
+                              &is[0], &is[1], &is[2], &is[3], &is[4], &is[5], &is[6]),
+                  7);
+        for (std::size_t i = 0; i < 6; ++i)
+        {
+            EXPECT_NEAR(is[i], box[i] + (i < 3 ? -slack : slack), 0.005) << i << skinned;
+        }
+        EXPECT_NEAR(is[6], radius + slack, 0.005) << skinned;
     }
 }
 
