@@ -141,7 +141,7 @@ public:
     {
         m_match.m_vecTo.assign(other.m_vecNodes.size(), -1);
         m_match.m_vecFrom.assign(body.m_vecNodes.size(), -1);
-        m_vecOpen.assign(other.m_vecNodes.size(), true);
+        m_vecOpen.resize(other.m_vecNodes.size());
     }
 
     NodeMatch match(const NodeMap& map)

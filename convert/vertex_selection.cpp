@@ -31,8 +31,7 @@ void selectWeights(std::vector<Bone>& bones, const std::vector<unsigned int>& or
     }
     for (Bone& bone : bones)
     {
-        auto weights = std::move(bone.m_vecWeights);
-        bone.m_vecWeights.clear();
+        const auto weights = std::exchange(bone.m_vecWeights, {});
         for (const auto& [vertex, weight] : weights)
         {
             for (const unsigned int copy : copies[vertex])
