@@ -201,7 +201,7 @@ TEST(Travel, CarriesEveryNodeOnceAndJumpsWhereTheClipDoes)
     Clip clip;
     clip.m_dStart = 0.5;
     clip.m_dDuration = 2.0;
-    for (const auto& [node, time, shift] : {std::tuple(1, 1.25, 1.0), {2, 1.0, 3.0}, {3, 2.0, 0.5}})
+    for (const auto& [node, time, shift] : {std::tuple(1, 1.25, 1.0), {2, 1.0, 3.0}, {3, 2.5, 0.5}})
     {
         const Vector3d place = model.m_vecNodes[static_cast<std::size_t>(node)].m_local.getTranslation();
         clip.m_vecChannels.emplace_back().m_iNode = node;
@@ -214,7 +214,7 @@ TEST(Travel, CarriesEveryNodeOnceAndJumpsWhereTheClipDoes)
             std::make_shared<const TW2::convert::Travel>(model, clip, TW2::convert::chooseTravel(model, choice, ""));
         const Clip standing = TW2::convert::makeStandingClip(travel);
         const ClipSampler is(model, standing);
-        for (const double seconds : {0.0, 0.6, 1.0, 1.7})
+        for (const double seconds : {0.0, 0.6, 1.0, 2.0})
         {
             for (const std::size_t node : {1U, 3U})
             {
@@ -224,7 +224,8 @@ TEST(Travel, CarriesEveryNodeOnceAndJumpsWhereTheClipDoes)
                     << choice << ": " << node << " at " << seconds;
             }
         }
+        EXPECT_EQ(travel->isFartherThan(7.0, 1.0), choice != "lamp:z") << "at the very end";
         EXPECT_EQ(is.findJumps(1), std::vector<double>{0.75}) << choice;
-        EXPECT_EQ(is.findJumps(0), choice == "lamp:z" ? std::vector<double>() : std::vector<double>({0.5, 1.5}));
+        EXPECT_EQ(is.findJumps(0), choice == "lamp:z" ? std::vector<double>() : std::vector<double>({0.5, 2.0}));
     }
 }

@@ -3,6 +3,7 @@
 #include "convert/clip_sampler.h"
 #include "convert/model_reader.h"
 #include "tests/convert/model_builder.h"
+#include "tests/support/expectations.h"
 #include "tests/support/temporary_directory.h"
 
 #include <gmock/gmock.h>
@@ -89,6 +90,8 @@ TEST(AssimpFiles, ASurfaceIsLitUnlessItsKindOfShadingSaysOtherwise)
     const std::vector<TW2::convert::Color> colors{{255, 128, 0, 255}, {0, 255, 0, 255}, {0, 255, 0, 255}};
     EXPECT_THAT(model.m_vecMeshes[0].m_vecColors, testing::UnorderedElementsAreArray(colors));
     EXPECT_THAT(model.m_vecSources, testing::ElementsAre(testing::EndsWith("sign.mtl")));
+    EXPECT_THAT(support::complaintOf([] { (void)read("bad.ply", "ply\nnonsense\n"); }),
+                testing::AllOf(testing::HasSubstr("bad.ply: "), testing::Not(testing::HasSubstr("cannot be read"))));
 }
 
 TEST(AssimpFiles, ACameraSeesAsWideAndAsFarAsTheFileSays)

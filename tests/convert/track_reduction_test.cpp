@@ -210,6 +210,9 @@ TEST(LoopSeam, IsFoundByTheClipsOwnPoses)
     EXPECT_EQ(seamOf(makeWaving(1, 2.0, turn(180.0))), Seam::SameFrame) << "the last frame is the first one again";
     EXPECT_EQ(seamOf(makeWaving(1, 59.0 / 30.0, turn(180.0))), Seam::NextFrame) << "one step is missing";
     EXPECT_EQ(seamOf(makeWaving(1, 1.0, turn(180.0))), Seam::Open);
+    Clip cut = makeWaving(1, 3.0, turn(180.0));
+    cut.m_dDuration = 2.0;
+    EXPECT_EQ(seamOf(cut), Seam::SameFrame) << "what is cut off says nothing";
     EXPECT_EQ(seamOf(makeWaving(1, 1.0 / 30.0, turn(180.0))), Seam::Open) << "too short to have a seam";
 }
 
