@@ -18,18 +18,17 @@ std::size_t getSequenceLength(std::string_view text)
     {
         return 0;
     }
-    for (std::size_t i = 1; i < length; ++i)
+    // Overlong forms, surrogates and what lies past the last code point show in the second byte.
+    unsigned int least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+    unsigned int most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+    for (std::size_t i = 1; i < length; ++i, least = 0x80, most = 0xBF)
     {
-        if ((byte(i) & 0xC0) != 0x80)
+        if (byte(i) < least || byte(i) > most)
         {
             return 0;
         }
     }
-    // Overlong forms, surrogates and what lies past the last code point show in the second byte.
-    const unsigned int second = length > 2 ? byte(1) : 0;
-    const bool isWrong = (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
-                         (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
-    return isWrong ? 0 : length;
+    return length;
 }
 
 void appendEscaped(std::string& out, char letter)

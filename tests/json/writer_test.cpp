@@ -30,6 +30,18 @@ TEST(JsonWriter, TextIsEscapedAndWhatIsNoUTF8Replaced)
     }
 }
 
+TEST(JsonWriter, AValueAloneIsADocumentWithItsLineEnd)
+{
+    std::ostringstream stream;
+    Writer writer(stream);
+    writer.value("text");
+    writer.value(true);
+    writer.value(7);
+    writer.value(0.5);
+    writer.null();
+    EXPECT_EQ(stream.str(), "\"text\"\ntrue\n7\n0.5\nnull\n");
+}
+
 TEST(JsonWriter, ValuesStandInLinesOfTheirDepthAndNumbersReadBackAsTheyWere)
 {
     std::ostringstream stream;
