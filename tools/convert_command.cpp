@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -133,37 +134,29 @@ public:
     }
 
     [[nodiscard]] pid_t getProcess() const noexcept { return m_iProcess; }
-    [[nodiscard]] bool isFinished() const noexcept { return m_bFinished; }
+    [[nodiscard]] bool isFinished() const noexcept { return m_status.has_value(); }
 
     void finish(int status, const Arguments& arguments)
     {
-        m_bFinished = true;
+        m_status = status;
         removeUnfinished(arguments);
-        if (WIFSIGNALED(status))
-        {
-            m_bFailed = true;
-            const int reason = WTERMSIG(status);
-            m_strReason = m_job.front() +
-                          (reason == SIGALRM ? ": takes longer than " + std::to_string(arguments.timeout) + " seconds"
-                                             : ": the importer crashed on it (" + std::string(strsignal(reason)) + ")");
-        }
-        else
-        {
-            m_bFailed = WEXITSTATUS(status) != EXIT_SUCCESS;
-        }
     }
 
-    /// Prints what the process has printed; returns whether it failed.
-    bool report() const
+    /// Prints what the process, which is finished, has printed; returns whether it failed.
+    bool report(const Arguments& arguments) const
     {
         copy(m_pOutput, stdout);
         std::fflush(stdout);
         copy(m_pMessages, stderr);
-        if (!m_strReason.empty())
+        if (WIFSIGNALED(*m_status))
         {
-            std::fprintf(stderr, "tw2: %s\n", m_strReason.c_str());
+            const int signal = WTERMSIG(*m_status);
+            const std::string reason = signal == SIGALRM
+                                           ? "takes longer than " + std::to_string(arguments.timeout) + " seconds"
+                                           : "the importer crashed on it (" + std::string(strsignal(signal)) + ")";
+            std::fprintf(stderr, "tw2: %s: %s\n", m_job.front().c_str(), reason.c_str());
         }
-        return m_bFailed;
+        return *m_status != 0;
     }
 
     void removeUnfinished(const Arguments& arguments) const
@@ -189,9 +182,7 @@ private:
     std::FILE* m_pOutput;
     std::FILE* m_pMessages;
     pid_t m_iProcess = -1;
-    bool m_bFinished = false;
-    bool m_bFailed = false;
-    std::string m_strReason;
+    std::optional<int> m_status;  // of the process, once it has ended
 };
 
 volatile std::sig_atomic_t s_iInterrupted = 0;
@@ -252,7 +243,7 @@ bool convertAll(const std::vector<Job>& jobs, const Arguments& arguments)
         }
         for (; reported < workers.size() && workers[reported]->isFinished(); ++reported)
         {
-            failed |= workers[reported]->report();
+            failed |= workers[reported]->report(arguments);
         }
     }
     return failed;
