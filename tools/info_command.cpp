@@ -28,7 +28,7 @@ using TW2::TW_ObjectAnimation;
 struct MeshFacts
 {
     std::string name;
-    int parent = -1;  ///< mesh index; -1: the object itself, or nothing
+    int parent;  ///< mesh index; -1: the object itself, or nothing
     int primitives = 0;
     unsigned int vertices = 0;
     unsigned int triangles = 0;
@@ -43,34 +43,34 @@ struct MaterialFacts
 
 struct EventFacts
 {
-    double time = 0.0;  ///< seconds
+    double time;  ///< seconds
     std::string name;
 };
 
 struct AnimationFacts
 {
-    int index = 0;
+    int index;
     std::string name;
     std::string file;
-    std::vector<EventFacts> events;
-    float period = 0.0F;
-    unsigned int frames = 0;
-    float fps = 0.0F;
-    float seconds = 0.0F;
-    unsigned int loopToFrame = 0;
+    float period;
+    unsigned int frames;
+    float fps;
+    float seconds;
+    unsigned int loopToFrame;
     tools::AnimationFileFacts content;
+    std::vector<EventFacts> events = {};
 };
 
 struct ObjectFacts
 {
     std::string block;
     std::string kind;
-    std::string skeleton;  ///< of a skin
     std::string crossMode;
-    float distance = 0.0F;
-    std::vector<MeshFacts> meshes;
-    std::vector<MaterialFacts> materials;
-    std::vector<AnimationFacts> animations;
+    float distance;
+    std::string skeleton = {};  ///< of a skin
+    std::vector<MeshFacts> meshes = {};
+    std::vector<MaterialFacts> materials = {};
+    std::vector<AnimationFacts> animations = {};
     std::size_t skinVertices = 0;  ///< with influences
     std::size_t influences = 0;
     std::size_t bones = 0;  ///< that the skin data name
@@ -118,9 +118,8 @@ MaterialFacts describe(const TW_Material& material)
 
 MeshFacts describe(const TW_ObjectAnimation& object, const P_VirtualObject& mesh)
 {
-    MeshFacts facts;
-    facts.name = toText(mesh.getName());
-    facts.parent = object.getMeshIndex(dynamic_cast<const P_VirtualObject*>(mesh.getParent()));
+    MeshFacts facts{toText(mesh.getName()),
+                    object.getMeshIndex(dynamic_cast<const P_VirtualObject*>(mesh.getParent()))};
     for (int i = 0; i < mesh.getPrimitiveCount(); ++i)
     {
         if (const P_TriangleMesh* geometry = mesh.getPrimitive(i))
@@ -137,21 +136,20 @@ void addAnimations(ObjectFacts& facts, const TW_ObjectAnimation& object, const T
 {
     for (const TW2::viewer::ScriptEntry::Animation& animation : entry.animations)
     {
-        AnimationFacts added;
-        added.index = animation.index;
-        added.name = object.getAnimationName(animation.index);
-        added.file = animation.file;
-        added.period = object.getAnimationPeriod(animation.index);
+        AnimationFacts added{.index = animation.index,
+                             .name = object.getAnimationName(animation.index),
+                             .file = animation.file,
+                             .period = object.getAnimationPeriod(animation.index),
+                             .frames = object.getAnimationFrames(animation.index),
+                             .fps = object.getAnimationFPS(animation.index),
+                             .seconds = object.getAnimationLength(animation.index),
+                             .loopToFrame = object.getAnimationLoopToFrame(animation.index),
+                             .content = tools::readAnimationFile(animation.file)};
         for (const TW2::TW_AnimationEvent& event : object.getAnimationEvents(animation.index))
         {
-            const auto fps = static_cast<double>(object.getAnimationFPS(animation.index));
+            const auto fps = static_cast<double>(added.fps);
             added.events.push_back({fps > 0.0 ? event.m_dFrame / fps : 0.0, toText(event.m_strName)});
         }
-        added.frames = object.getAnimationFrames(animation.index);
-        added.fps = object.getAnimationFPS(animation.index);
-        added.seconds = object.getAnimationLength(animation.index);
-        added.loopToFrame = object.getAnimationLoopToFrame(animation.index);
-        added.content = tools::readAnimationFile(animation.file);
         facts.animations.push_back(std::move(added));
     }
 }
@@ -169,11 +167,7 @@ ObjectFacts describe(const std::string& scriptFile, const TW2::viewer::ScriptEnt
     TW2::viewer::AnimatedScript script(scriptFile, {entry.name, "", {}});
     const S_DirectoryGuard guard;
     File.changeDirectory(File.getPath(File.getFullPathName(scriptFile)));
-    ObjectFacts facts;
-    facts.block = entry.name;
-    facts.kind = script.getObject().getObjectType();
-    facts.crossMode = entry.crossMode;
-    facts.distance = entry.distance;
+    ObjectFacts facts{entry.name, script.getObject().getObjectType(), entry.crossMode, entry.distance};
     const TW_ObjectAnimation& drawn = script.getDrawn();
     for (unsigned int i = 0; i < drawn.getTotalMeshes(); ++i)
     {
