@@ -51,7 +51,6 @@ void MatrixTexture::upload()
     glActiveTexture(GL_TEXTURE0 + unit);
     glBindTexture(GL_TEXTURE_2D, m_texture.get());
     glBindSampler(unit, 0);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     if (rows > m_uiRows)
     {
         m_uiRows = std::min(std::bit_ceil(rows), m_uiMostRows);

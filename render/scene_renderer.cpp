@@ -34,6 +34,7 @@ void prepareStates()
     glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     glDepthMask(GL_TRUE);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
 }
 
 /// Clears the viewport, and nothing of the target beside it.
@@ -83,7 +84,6 @@ void DefaultsGuard::restore()
         glBindSampler(unit, 0);
     }
     glActiveTexture(GL_TEXTURE0);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
 }
 }  // namespace
 

@@ -38,8 +38,7 @@ void addTextureLayer(SurfaceKind& kind, const P_Material& material, const P_Mate
         return;
     }
     const unsigned int set = std::min(layer.m_uiCoordinateSet, SurfaceKind::mostSets - 1);
-    const P_Material::CoordinateSet description = material.getCoordinateSet(set);
-    kind.m_sets[set] = {true, description.m_eSource, description.m_bTransformed, description.m_bProjected};
+    kind.m_sets[set] = material.getCoordinateSet(set);
     kind.m_layers[kind.m_uiLayers++] = {
         SurfaceKind::LayerKind::Texture,
         static_cast<SurfaceKind::Blending>(static_cast<unsigned int>(layer.m_eBlending) / blendingStep),

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace TW2::render
 {
@@ -49,15 +50,6 @@ struct SurfaceKind
         bool m_bEmissive = false;  ///< shows the emissive colour instead of its map
         friend bool operator==(const Layer&, const Layer&) = default;
     };
-    struct CoordinateSet
-    {
-        bool m_bUsed = false;
-        P_Material::TextureCoordinateSource m_eSource = P_Material::TextureCoordinateSource::Mesh;
-        bool m_bTransformed = false;
-        bool m_bProjected = false;
-        friend bool operator==(const CoordinateSet&, const CoordinateSet&) = default;
-    };
-
     Join m_eJoin = Join::Layers;
     View::Surface m_eSurface = View::Surface::Materials;
     std::uint8_t m_uiSlots = 0;  ///< bones per vertex
@@ -69,7 +61,7 @@ struct SurfaceKind
     std::uint8_t m_uiLayers = 0;
     std::uint8_t m_uiUnits = 0;
     std::array<Layer, mostLayers> m_layers{};
-    std::array<CoordinateSet, mostSets> m_sets{};
+    std::array<std::optional<P_Material::CoordinateSet>, mostSets> m_sets{};  ///< those that layers lie on
 
     friend bool operator==(const SurfaceKind&, const SurfaceKind&) = default;
 };

@@ -118,7 +118,7 @@ void SurfacePrograms::use(const P_PrimitiveInstance& instance, unsigned int slot
     GLProgram::set(program.m_iPickedMesh, pickedMesh ? 1.0F : 0.0F);
     for (std::size_t set = 0; set < SurfaceKind::mostSets; ++set)
     {
-        if (kind.m_sets[set].m_bTransformed)
+        if (kind.m_sets[set] && kind.m_sets[set]->m_bTransformed)
         {
             const M_Matrix4Template<float>* matrix = instance.getTextureMatrix(static_cast<int>(set));
             GLProgram::set(program.m_textureMatrices[set], matrix ? *matrix : M_Matrix4Template<float>());

@@ -41,7 +41,7 @@ std::string declareVaryings(const Kind& kind, const std::string& direction)
     }
     for (unsigned int set = 0; set < Kind::mostSets; ++set)
     {
-        if (kind.m_sets[set].m_bUsed)
+        if (kind.m_sets[set])
         {
             text += direction + " vec2 at" + std::to_string(set) + ";\n";
         }
@@ -49,7 +49,7 @@ std::string declareVaryings(const Kind& kind, const std::string& direction)
     return text;
 }
 
-std::string writeCoordinates(const Kind::CoordinateSet& set, const std::string& number, bool carried)
+std::string writeCoordinates(const P_Material::CoordinateSet& set, const std::string& number, bool carried)
 {
     std::string value;
     switch (set.m_eSource)
@@ -193,11 +193,11 @@ std::string writeVertexSource(const SurfaceKind& kind)
     std::string matrices;
     for (unsigned int set = 0; set < Kind::mostSets; ++set)
     {
-        if (kind.m_sets[set].m_bUsed)
+        if (kind.m_sets[set])
         {
             const std::string number = std::to_string(set);
-            sets += writeCoordinates(kind.m_sets[set], number, set < P_VertexFormat::maximumTextureLayers);
-            matrices += kind.m_sets[set].m_bTransformed ? "uniform mat4 textureMatrix" + number + ";\n" : "";
+            sets += writeCoordinates(*kind.m_sets[set], number, set < P_VertexFormat::maximumTextureLayers);
+            matrices += kind.m_sets[set]->m_bTransformed ? "uniform mat4 textureMatrix" + number + ";\n" : "";
         }
     }
     std::string text = "#define mostSlots " + std::to_string(kind.m_uiSlots) + "\n" + placeSource + frameSource +

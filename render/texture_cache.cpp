@@ -12,14 +12,10 @@ GLTexture upload(unsigned int width, unsigned int height, int levels, const unsi
 {
     GLTexture texture = GLTexture::create();
     glBindTexture(GL_TEXTURE_2D, texture.get());
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, static_cast<GLsizei>(width), static_cast<GLsizei>(height), 0, GL_RGBA,
                  GL_UNSIGNED_BYTE, pixels);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, levels - 1);
-    if (levels > 1)
-    {
-        glGenerateMipmap(GL_TEXTURE_2D);
-    }
+    glGenerateMipmap(GL_TEXTURE_2D);
     return texture;
 }
 
@@ -94,8 +90,7 @@ TextureCache::Entry& TextureCache::find(P_Map& map)
     map.validate();
     const G_Image& image = map.getImage();
     Entry entry;
-    entry.m_texture =
-        upload(image.getWidth(), image.getHeight(), std::max(map.getUsedMipLevelCount(), 1), image.getPixels());
+    entry.m_texture = upload(image.getWidth(), image.getHeight(), map.getUsedMipLevelCount(), image.getPixels());
     return m_mapTextures.emplace(map.getId(), std::move(entry)).first->second;
 }
 

@@ -92,13 +92,7 @@ private:
 
     void begin(int width, int height)
     {
-        WebPAnimEncoderOptions options;
-        if (WebPAnimEncoderOptionsInit(&options) == 0)
-        {
-            throw RenderException("The WebP library has another version than it was built with");
-        }
-        options.anim_params.loop_count = 0;  // for ever
-        m_encoder.reset(WebPAnimEncoderNew(width, height, &options));
+        m_encoder.reset(WebPAnimEncoderNew(width, height, nullptr));
         if (!m_encoder)
         {
             throw RenderException(S_STR("An animated WebP of %d x %d pixels cannot be begun", width, height));

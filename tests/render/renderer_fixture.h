@@ -98,12 +98,19 @@ protected:
     /// A plain colour, whatever the light.
     P_Material& addColor(const G_FColor& color)
     {
-        P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
-        material.init(1, 1);
+        P_Material& material = addTextured(addMap(1, 1, {255, 255, 255, 255}));
         material.setEmissiveColor(color);
-        material.addTextureLayer(0, 0, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point,
-                                 P_Material::TEXTURE_ADDRESS_MODE::Wrap);
-        material.setTexture(0, &addMap(1, 1, {255, 255, 255, 255}));
+        return material;
+    }
+
+    /// A map as it is, on the coordinates of a set.
+    P_Material& addTextured(P_Map& map, P_Material::BLENDING_MODE blending = P_Material::BLENDING_MODE::Opaque,
+                            P_Material::FILTER_MODE filter = P_Material::FILTER_MODE::Point, unsigned int set = 0)
+    {
+        P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
+        material.init(1, set + 1);
+        material.addTextureLayer(0, set, blending, filter, P_Material::TEXTURE_ADDRESS_MODE::Wrap);
+        material.setTexture(0, &map);
         return material;
     }
 
@@ -120,12 +127,7 @@ protected:
     /// Half covers what is behind it.
     P_Material& addGlass(const std::array<unsigned char, 3>& rgb)
     {
-        P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
-        material.init(1, 1);
-        material.addTextureLayer(0, 0, P_Material::BLENDING_MODE::TextureAlpha, P_Material::FILTER_MODE::Point,
-                                 P_Material::TEXTURE_ADDRESS_MODE::Wrap);
-        material.setTexture(0, &addMap(1, 1, {rgb[0], rgb[1], rgb[2], 128}));
-        return material;
+        return addTextured(addMap(1, 1, {rgb[0], rgb[1], rgb[2], 128}), P_Material::BLENDING_MODE::TextureAlpha);
     }
 
     /// A square that bone 0 moves as much as bone 1. `bones`: two matrices, read in place.

@@ -101,11 +101,7 @@ TEST_P(SceneRenderer, EveryCopyInACrowdStandsInItsOwnPlaceAndPose)
 TEST_P(SceneRenderer, ManyCopiesHaveTheirOwnMatricesAndCoordinates)
 {
     // A square whose texture is red on the left and green on the right; copies bring their coordinates to one of them.
-    P_Material& material = *m_materials.emplace_back(std::make_unique<P_Material>());
-    material.init(1, 1);
-    material.addTextureLayer(0, 0, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point,
-                             P_Material::TEXTURE_ADDRESS_MODE::Wrap);
-    material.setTexture(0, &addMap(2, 1, {255, 0, 0, 255, 0, 255, 0, 255}));
+    P_Material& material = addTextured(addMap(2, 1, {255, 0, 0, 255, 0, 255, 0, 255}));
     material.enableTextureTransformation(0, true);
     P_VirtualObject& first = addSquare(0.5F, 0.5F, &material);
     const auto shift = [](P_VirtualObject& object, float by)
@@ -131,6 +127,43 @@ TEST_P(SceneRenderer, ManyCopiesHaveTheirOwnMatricesAndCoordinates)
     EXPECT_EQ(at(picture, 1.0F, 1.0F), red);
     EXPECT_EQ(at(picture, -1.0F, -1.0F), green);
     EXPECT_EQ(at(picture, 0.0F, 0.0F), background);
+}
+
+TEST_P(SceneRenderer, AMapHasAsManyLevelsAsItSays)
+{
+    // Stripes that are seen on two levels and mixed on further ones; so many texels are more than the square has
+    // pixels.
+    constexpr unsigned int texels = 64;
+    std::vector<unsigned char> stripes;
+    for (unsigned int i = 0; i < texels * texels; ++i)
+    {
+        const unsigned char first = i % 4 < 2 ? 255 : 0;
+        stripes.insert(stripes.end(), {first, static_cast<unsigned char>(255 - first), 0, 255});
+    }
+    addSquare(0.0F, 0.0F, nullptr);
+    for (const int levels : {1, 2, 0})
+    {
+        for (const auto filter : {P_Material::FILTER_MODE::Point, P_Material::FILTER_MODE::PointMipMapped})
+        {
+            P_Map& map = addMap(texels, texels, stripes);
+            map.setMipLevelCount(levels);
+            P_Material& material = addTextured(map, P_Material::BLENDING_MODE::Opaque, filter);
+            m_objects[0]->getPrimitiveInstance(0)->setMaterial(&material);
+            const std::array<int, 3> color = at(draw(), 0.5F, 0.5F);
+            const bool mixed = levels == 0 && filter != P_Material::FILTER_MODE::Point;
+            EXPECT_TRUE(mixed ? std::abs(color[0] - color[1]) < 3 : color == red || color == green)
+                << levels << " levels, filter " << static_cast<int>(filter) << ": " << testing::PrintToString(color);
+        }
+    }
+}
+
+TEST_P(SceneRenderer, CoordinatesThatAMeshLacksAreNought)
+{
+    P_Map& map = addMap(2, 1, {255, 0, 0, 255, 0, 255, 0, 255});
+    addSquare(0.0F, 0.0F, &addTextured(map, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point, 1));
+    const G_Image picture = draw();
+    EXPECT_EQ(at(picture, 0.2F, 0.5F), red);
+    EXPECT_EQ(at(picture, 0.8F, 0.5F), red);
 }
 
 TEST_P(SceneRenderer, TakesAsManyLightsAsItCanAndNoMore)
@@ -238,7 +271,7 @@ TEST_P(SceneRenderer, DrawsLinesAlongTheirLengthHiddenOrOverEverything)
 
 TEST_P(SceneRenderer, DrawsIntoItsViewportWhateverTheStateAndLeavesTheRestAlone)
 {
-    P_Material& color = addColor({255.0F, 0.0F, 0.0F});
+    P_Material& color = addTextured(addMap(1, 4, {0, 255, 0, 255, 255, 0, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255}));
     addSquare(-0.5F, -0.5F, &color);
     m_target->bind();
     glClearColor(0.0F, 1.0F, 0.0F, 1.0F);
@@ -261,13 +294,14 @@ TEST_P(SceneRenderer, DrawsIntoItsViewportWhateverTheStateAndLeavesTheRestAlone)
     glEnable(GL_BLEND);
     glBlendEquation(GL_FUNC_REVERSE_SUBTRACT);
     glActiveTexture(GL_TEXTURE8);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 8);
     m_scene.executeFrame();
     m_renderer->draw(m_scene, m_camera, m_view);
     const G_Image picture = m_target->read();
     EXPECT_EQ(at(picture, -1.0F, 0.0F), green) << "beside the viewport";
     EXPECT_EQ(at(picture, 1.0F, 1.5F), green) << "above it";
     EXPECT_EQ(at(picture, 1.0F, -1.5F), green) << "below it";
-    EXPECT_EQ(at(picture, 1.0F, 0.0F), red) << "its middle";
+    EXPECT_EQ(at(picture, 1.0F, 0.1F), red) << "its middle, with the second row of the map";
     EXPECT_EQ(at(picture, 0.3F, 0.0F), background);
 
     // A picture that cannot be finished leaves no state behind either.
