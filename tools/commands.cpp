@@ -1,6 +1,7 @@
 #include "tools/commands.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <string_view>
 #include <vector>
 
@@ -32,6 +33,20 @@ void Command::addAll(CLI::App& program)
     {
         command->m_addArguments(*program.add_subcommand(command->m_szName, command->m_szDescription));
     }
+}
+
+Size parseSize(const std::string& text, const Size& least)
+{
+    constexpr unsigned int most = 8192;
+    Size size{};
+    char rest;
+    if (std::sscanf(text.c_str(), "%ux%u%c", &size.width, &size.height, &rest) != 2 || size.width < least.width ||
+        size.height < least.height || size.width > most || size.height > most)
+    {
+        throw Failure("--size is WIDTHxHEIGHT, from " + std::to_string(least.width) + "x" +
+                      std::to_string(least.height) + " to 8192x8192, not \"" + text + "\"");
+    }
+    return size;
 }
 
 CLI::Validator aboveZero()

@@ -4,6 +4,8 @@
 
 #include <CLI/App.hpp>
 
+#include <string>
+
 /// The frame of the tw2 command. A sub-command is one source file, `<name>_command.cpp`, which registers itself:
 ///
 ///     const tools::Command s_command("analyze", "lists the chunks of files",
@@ -38,6 +40,17 @@ private:
     AddArguments m_addArguments;
     const Command* m_pNext;
 };
+
+/// Of a picture or a window, in pixels.
+struct Size
+{
+    unsigned int width;
+    unsigned int height;
+};
+
+/// What `--size` says. Throws Failure when that is not WIDTHxHEIGHT with sides from those of `least` to 8192.
+[[nodiscard]] Size parseSize(const std::string& text, const Size& least);
+
 /// Lets a number above 0 pass; of another one it says so, and what to give for "as exact as can be".
 [[nodiscard]] CLI::Validator aboveZero();
 }  // namespace tools

@@ -40,16 +40,6 @@ struct Arguments
     unsigned int columns = 0;
 };
 
-void parseSize(const std::string& text, tools::StageArguments& stage)
-{
-    char rest = 0;
-    if (std::sscanf(text.c_str(), "%ux%u%c", &stage.width, &stage.height, &rest) != 2 || stage.width == 0 ||
-        stage.height == 0 || stage.width > 8192 || stage.height > 8192)
-    {
-        throw tools::Failure("--size is WIDTHxHEIGHT, each 1 to 8192, not \"" + text + "\"");
-    }
-}
-
 bool hasEnding(const std::string& file, std::string_view ending)
 {
     return file.size() > ending.size() &&
@@ -125,7 +115,7 @@ public:
     Drawing(const Arguments& arguments, const tools::Motion& motion, tools::Stage& stage)
         : m_arguments(arguments),
           m_stage(stage),
-          m_moments(motion, arguments.fps),
+          m_moments(Moments::play(motion, arguments.fps)),
           m_sheet(Moments::spread(motion, arguments.sheetPictures)),
           m_samples(Moments::spread(motion, arguments.gif.empty() ? 0 : std::min(mostSamples, m_moments.count))),
           m_progress("Drawing", countPictures())
@@ -193,12 +183,12 @@ private:
         if (!m_arguments.gif.empty())
         {
             writers.emplace_back(
-                TW2::render::makeGIFWriter(drawAll(m_samples), std::min(m_moments.framesPerSecond, 50.0)),
+                TW2::render::makeGIFWriter(drawAll(m_samples), std::min(m_moments.getFramesPerSecond(), 50.0)),
                 m_arguments.gif);
         }
         if (!m_arguments.webp.empty())
         {
-            writers.emplace_back(TW2::render::makeWebPWriter(std::max(m_moments.framesPerSecond, 1.0)),
+            writers.emplace_back(TW2::render::makeWebPWriter(std::max(m_moments.getFramesPerSecond(), 1.0)),
                                  m_arguments.webp);
         }
         for (unsigned int i = 0; isAnimated() && i < m_moments.count; ++i)
@@ -234,7 +224,7 @@ void run(Arguments& arguments)
 {
     sortOutput(arguments);
     checkOutput(arguments);
-    parseSize(arguments.size, arguments.stage);
+    arguments.stage.size = tools::parseSize(arguments.size, {1, 1});
     arguments.stage.show.m_bGrid = arguments.stage.show.m_bGrid && !arguments.stage.show.m_bTransparent;
     constexpr double turn = 4.0;  // seconds
     arguments.motion.atLeast = arguments.stage.turntable ? turn : 0.0;

@@ -9,7 +9,6 @@
 #include <charconv>
 #include <cmath>
 #include <system_error>
-#include <tuple>
 
 namespace tools
 {
@@ -52,7 +51,7 @@ Motion::Motion(const MotionArguments& arguments, TW2::viewer::AnimatedScript& sc
         }
         first = script.findAnimation(arguments.blend.substr(0, colon));
         second = script.findAnimation(arguments.blend.substr(colon + 1));
-        std::tie(weightFrom, weightTo) = parseWeight(arguments.weight);
+        weight = parseWeight(arguments.weight);
     }
     // Of an animation that loops the time after which it repeats, of another one the time of its last frame.
     const auto lengthOf = [&skeleton](int index)
@@ -75,31 +74,23 @@ Motion::Motion(const MotionArguments& arguments, TW2::viewer::AnimatedScript& sc
     }
 }
 
-Moments::Moments(const Motion& motion, double wantedFramesPerSecond) : begin(motion.begin)
+Moments Moments::play(const Motion& motion, double framesPerSecond)
 {
     const double length = motion.end - motion.begin;
     if (motion.loops)
     {
-        count = std::max(static_cast<unsigned int>(std::lround(length * wantedFramesPerSecond)), 1U);
-        step = length / count;
-        framesPerSecond = count / length;
+        const auto count = static_cast<unsigned int>(std::max(std::lround(length * framesPerSecond), 1L));
+        return {count, motion.begin, length / count};
     }
-    else
-    {
-        count = static_cast<unsigned int>(std::floor(length * wantedFramesPerSecond + 1e-6)) + 1;
-        step = 1.0 / wantedFramesPerSecond;
-        framesPerSecond = wantedFramesPerSecond;
-    }
+    const auto steps = static_cast<unsigned int>(std::floor(length * framesPerSecond + 1e-6));
+    return {steps + 1, motion.begin, 1.0 / framesPerSecond};
 }
 
 Moments Moments::spread(const Motion& motion, unsigned int count)
 {
-    Moments moments;
     const double length = motion.end - motion.begin;
-    moments.begin = motion.begin;
-    moments.count = length > 0.0 ? std::max(count, 1U) : 1;
-    const unsigned int steps = motion.loops ? moments.count : moments.count - 1;
-    moments.step = steps > 0 ? length / steps : 0.0;
-    return moments;
+    const unsigned int pictures = length > 0.0 ? std::max(count, 1U) : 1;
+    const unsigned int steps = motion.loops ? pictures : pictures - 1;
+    return {pictures, motion.begin, steps > 0 ? length / steps : 0.0};
 }
 }  // namespace tools

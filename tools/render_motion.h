@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace TW2::viewer
 {
@@ -26,13 +27,12 @@ struct MotionArguments
 /// What is shown at each time: one animation, or a fade from one into another. Times are seconds.
 struct Motion
 {
-    int first = -1;
+    int first;
     int second = -1;
-    double weightFrom = 0.0;  ///< of the second animation, at the beginning
-    double weightTo = 0.0;
-    double begin = 0.0;
-    double end = 0.0;
-    bool loops = false;  ///< what is shown at the end is what is shown at the beginning
+    std::pair<double, double> weight;  ///< of the second animation: at the beginning and at the end
+    double begin;
+    double end;
+    bool loops;  ///< what is shown at the end is what is shown at the beginning
 
     /// Throws Failure for arguments that cannot be followed.
     Motion(const MotionArguments& arguments, TW2::viewer::AnimatedScript& script);
@@ -41,7 +41,7 @@ struct Motion
     [[nodiscard]] double getProgress(double time) const { return end > begin ? (time - begin) / (end - begin) : 0.0; }
     [[nodiscard]] double getWeight(double time) const
     {
-        return weightFrom + (weightTo - weightFrom) * getProgress(time);
+        return weight.first + (weight.second - weight.first) * getProgress(time);
     }
 };
 
@@ -49,19 +49,17 @@ struct Motion
 /// and takes its pictures at equal distances, so that it plays as long as it is.
 struct Moments
 {
-    unsigned int count = 1;
-    double begin = 0.0;
-    double step = 0.0;
-    double framesPerSecond = 1.0;  ///< at which the pictures are to be played
+    unsigned int count;
+    double begin;
+    double step;
 
-    Moments(const Motion& motion, double wantedFramesPerSecond);
+    static Moments play(const Motion& motion, double framesPerSecond);
     /// `count` moments, spread over the motion; of one that does not loop the first and the last are among them.
     static Moments spread(const Motion& motion, unsigned int count);
 
     [[nodiscard]] double get(unsigned int picture) const { return begin + step * picture; }
-
-private:
-    Moments() = default;
+    /// At which the pictures are to be played.
+    [[nodiscard]] double getFramesPerSecond() const { return 1.0 / step; }
 };
 
 /// The number that is all of `text`; nothing when it is none.

@@ -1,6 +1,5 @@
 #include "tools/render_stage.h"
 
-#include "tools/commands.h"
 #include "tools/render_cameras.h"
 #include "viewer/scene_view.h"
 #include "viewer/visibility.h"
@@ -39,7 +38,7 @@ Stage::Stage(const StageArguments& arguments, const std::string& scriptFile, TW2
       m_script(script),
       m_motion(motion),
       m_scene(&m_context),
-      m_target(arguments.width, arguments.height)
+      m_target(arguments.size.width, arguments.size.height)
 {
     m_script.getObject().addTo(&m_scene);
     m_context.setCurrentCamera(nullptr);
@@ -59,7 +58,6 @@ Stage::Stage(const StageArguments& arguments, const std::string& scriptFile, TW2
 
 Stage::~Stage()
 {
-    m_fileLights.clear();
     m_script.getObject().remove();
 }
 
@@ -135,7 +133,7 @@ void Stage::frame(const std::string& scriptFile)
             }
         }
     }
-    const float aspect = static_cast<float>(m_arguments.width) / static_cast<float>(m_arguments.height);
+    const float aspect = static_cast<float>(m_arguments.size.width) / static_cast<float>(m_arguments.size.height);
     TW2::render::frameCamera(m_camera, m_vecPoints, m_arguments.viewpoint, aspect);
     if (!m_arguments.camera.empty())
     {

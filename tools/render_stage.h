@@ -3,6 +3,7 @@
 #include "render/picture_target.h"
 #include "render/scene_renderer.h"
 #include "render/studio.h"
+#include "tools/commands.h"
 #include "tools/render_motion.h"
 #include "viewer/animated_script.h"
 #include "viewer/extent.h"
@@ -23,8 +24,7 @@ namespace tools
 /// How an object is shown, as the arguments say it.
 struct StageArguments
 {
-    unsigned int width = 640;
-    unsigned int height = 480;
+    Size size;                  ///< of the picture
     std::vector<float> eye;     ///< three floats, or none
     std::vector<float> target;  ///< three floats, or none
     std::string camera;         ///< one of the files' own; empty: none

@@ -1,7 +1,6 @@
 #include "tools/commands.h"
 #include "viewer/window/view_window.h"
 
-#include <cstdio>
 #include <memory>
 #include <string>
 
@@ -17,12 +16,9 @@ struct Arguments
 void run(Arguments& arguments)
 {
     TW2::viewer::WindowOptions& options = arguments.options;
-    char rest = 0;
-    if (std::sscanf(arguments.size.c_str(), "%ux%u%c", &options.m_uiWidth, &options.m_uiHeight, &rest) != 2 ||
-        options.m_uiWidth < 480 || options.m_uiHeight < 320 || options.m_uiWidth > 8192 || options.m_uiHeight > 8192)
-    {
-        throw tools::Failure("--size is WIDTHxHEIGHT, from 480x320 to 8192x8192, not \"" + arguments.size + "\"");
-    }
+    const tools::Size size = tools::parseSize(arguments.size, {480, 320});
+    options.m_uiWidth = size.width;
+    options.m_uiHeight = size.height;
     options.m_bSettings = !arguments.noSettings;
     TW2::viewer::ViewWindow(options).run();
 }

@@ -15,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -169,8 +170,9 @@ TEST(ConvertOptions, TheSummaryCountsWhatWasWritten)
     const TemporaryDirectory directory;
     const std::string model = directory.write("room.gltf", text.make());
     const CommandResult told = runTW2({"convert", model, "-o", directory.file("out")});
-    EXPECT_THAT(told.output, HasSubstr("  object of 7 nodes, 8 vertices, 4 triangles in 2 groups, 3 materials, 0 "
-                                       "textures, 5 cameras, 1 lights\n"))
+    EXPECT_EQ(told.output, directory.file("out/room.script") +
+                               "\n  object of 7 nodes, 8 vertices, 4 triangles in 2 groups, 3 materials, 0 textures, "
+                               "5 cameras, 1 lights\n")
         << told.errors;
     const std::string json =
         runTW2({"convert", model, "-o", directory.file("out"), "--json", "--tolerance", "0.002", "0.1"}).output;
@@ -200,6 +202,7 @@ TEST(ConvertOptions, TheSummaryCountsWhatWasWritten)
                                   std::regex("\n  1  sway: 31 frames at 30 per second, looping, keys (\\d+) -> (\\d+), "
                                              "(\\d+) bytes, largest error \\S+ units, \\S+ degrees\n")))
         << moved.output;
+    EXPECT_EQ(std::ranges::count(moved.output, '\n'), 5) << "no events, which are none: " << moved.output;
     EXPECT_GT(std::stoi(line[1]), std::stoi(line[2]));
     EXPECT_EQ(std::stoul(line[3]), std::filesystem::file_size(directory.file("out/mover_sway.anim.tw")));
     const CommandResult strict =

@@ -1,3 +1,4 @@
+#include "tests/support/object_files.h"
 #include "tests/support/picture_files.h"
 #include "tests/support/run_command.h"
 #include "tests/support/temporary_directory.h"
@@ -105,15 +106,19 @@ TEST_F(RenderCommand, WritesEveryKindOfPicture)
 
 TEST_F(RenderCommand, FadesEndInTheSecondAnimation)
 {
-    const auto fade = [this](const Strings& how)
-    {
-        draw(how + Strings{"--eye", "0", "4", "-20", "--time", "0.3", "--no-grid", "--no-shadow"});
-        return m_directory.read("drawn.png");
-    };
-    EXPECT_EQ(fade({"--blend", "sway:dance", "--weight", "1"}), fade({"--animation", "dance"}));
-    EXPECT_EQ(fade({"--blend", "dance:0", "--weight", "1"}), fade({"--animation", "0"}));
-    EXPECT_NE(fade({"--blend", "sway:dance", "--weight", "0.5"}), fade({"--animation", "dance"}));
-    EXPECT_EQ(fade({"--blend", "sway:dance", "--weight", "0..1"}), fade({"--animation", "sway"})) << "its begin";
+    const Strings fixed{"--eye", "0", "4", "-20", "--target", "0", "4", "0", "--no-grid", "--no-shadow"};
+    const auto fade = [&](const Strings& how) { return draw(fixed + Strings{"--time", "0.3"} + how); };
+    const Strings blend{"--blend", "sway:dance", "--weight"};
+    EXPECT_EQ(countDifferent(fade(blend + Strings{"1"}), fade({"--animation", "dance"})), 0U);
+    EXPECT_EQ(countDifferent(fade({"--blend", "dance:0", "--weight", "1"}), fade({"--animation", "0"})), 0U);
+    const G_Image half = fade(blend + Strings{"0.5"});
+    EXPECT_GT(countDifferent(half, fade({"--animation", "dance"})), 10U);
+    EXPECT_EQ(countDifferent(fade(blend + Strings{"0.5..0"}), half), 0U) << "a moment is the begin of its fade";
+    ASSERT_EQ(
+        render(fixed + blend + Strings{"0.2..0.8", "--from", "0.2", "--to", "0.4", "--fps", "10", "-o", file("f#.png")})
+            .status,
+        0);
+    EXPECT_LT(countDifferent(G_Image(file("f1.png").c_str()), half), 3U) << "half of the range";
 }
 
 TEST_F(RenderCommand, ALoopIsShownOnceWithoutItsFirstPictureAgain)
@@ -136,32 +141,44 @@ TEST_F(RenderCommand, ALoopIsShownOnceWithoutItsFirstPictureAgain)
     ASSERT_EQ(render({"--animation", "dance", "--fps", "14", "-o", file("dance.gif")}).status, 0);
     const std::vector<int> delays = support::readGIFDelays(m_directory.read("dance.gif"));
     EXPECT_EQ(std::accumulate(delays.begin(), delays.end(), 0), 133);
-    // On a sheet they stand for equal parts of the loop: the second one of two for its middle.
-    const Strings fixed{"--animation", "dance", "--eye", "0", "4",         "-20",
-                        "--target",    "0",     "4",     "0", "--no-grid", "--no-shadow"};
-    ASSERT_EQ(render(fixed + Strings{"--sheet", file("two.png"), "--sheet-pictures", "2", "--columns", "2"}).status, 0);
-    const G_Image expected = draw(fixed + Strings{"--time", "0.6666667"});
-    const G_Image both(file("two.png").c_str());
-    unsigned int different = 0;
-    for (unsigned int y = 0; y < 32; ++y)
-    {
-        for (unsigned int x = 0; x < 48; ++x)
-        {
-            different += std::equal(expected.getPixel(x, y), expected.getPixel(x, y) + 4, both.getPixel(52 + x, 2 + y))
-                             ? 0U
-                             : 1U;
-        }
-    }
-    EXPECT_LT(different, 8U);
 }
 
-TEST_F(RenderCommand, ASheetOfALongTimeNeedsOnlyThePicturesOnIt)
+TEST_F(RenderCommand, PicturesOnASheetShareItsTimeHoweverLongItIs)
 {
-    ASSERT_EQ(
-        render({"--to", "100000", "--sheet", file("sheet.png"), "--sheet-pictures", "3", "--columns", "3"}).status, 0);
-    EXPECT_EQ(G_Image(file("sheet.png").c_str()).getWidth(), 3 * 50 + 2U);
-    EXPECT_TRUE(isRefused({"--to", "100000", "--gif", file("long.gif")}, "more than 10000"));
-    EXPECT_FALSE(exists("long.gif"));
+    struct Case
+    {
+        Strings m_vecRange;
+        const char* m_szPictures;
+        Strings m_vecTimes;
+    };
+    const Strings fixed{"--animation", "dance", "--eye", "0", "4",         "-20",
+                        "--target",    "0",     "4",     "0", "--no-grid", "--no-shadow"};
+    for (const Case& each : {Case{{}, "2", {"0", "0.6666667"}},
+                             {{"--from", "0.1", "--to", "0.7"}, "3", {"0.1", "0.4", "0.7"}},
+                             {{"--from", "0.1", "--to", "0.7"}, "1", {"0.1"}},
+                             {{"--time", "0.4"}, "3", {"0.4"}},
+                             {{"--to", "100000"}, "3", {"0", "50000", "100000"}}})
+    {
+        ASSERT_EQ(render(fixed + each.m_vecRange +
+                         Strings{"--sheet", file("s.png"), "--sheet-pictures", each.m_szPictures, "--columns", "3"})
+                      .status,
+                  0);
+        const G_Image sheet(file("s.png").c_str());
+        ASSERT_EQ(sheet.getWidth(), 50 * each.m_vecTimes.size() + 2);
+        for (std::size_t i = 0; i < each.m_vecTimes.size(); ++i)
+        {
+            G_Image picture(48, 32);
+            for (unsigned int y = 0; y < 32; ++y)
+            {
+                std::copy_n(sheet.getPixel(2 + 50 * static_cast<unsigned int>(i), 2 + y), std::size_t{48} * 4,
+                            picture.accessPixel(0, y));
+            }
+            EXPECT_LT(countDifferent(picture, draw(fixed + Strings{"--time", each.m_vecTimes[i]})), 8U)
+                << each.m_vecTimes[i] << " of " << each.m_szPictures;
+        }
+    }
+    EXPECT_TRUE(isRefused({"--to", "400", "--gif", file("long.gif")}, "10001 pictures, more than 10000"));
+    EXPECT_TRUE(isRefused({"--to", "399.96", "--frames", file("none/#.png")}, "none/0.png")) << "as many are not";
 }
 
 TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
@@ -169,13 +186,14 @@ TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
     EXPECT_TRUE(isRefused({}, "say what to write"));
     for (const char* size : {"huge", "0x32", "48x0", "8193x32", "48x8193", "48x32x"})
     {
-        EXPECT_NE(runTW2({"render", s_sample, "--png", "x.png", "--size", size}).errors.find("WIDTHxHEIGHT"),
+        EXPECT_NE(runTW2({"render", s_sample, "--png", "x.png", "--size", size}).errors.find("from 1x1 to 8192x8192"),
                   std::string::npos)
             << size;
     }
     EXPECT_TRUE(isRefused({"--frames", "x.png"}, "place for the number"));
     EXPECT_TRUE(isRefused({"--gif", "x.gif", "--from", "2", "--to", "1"}, "ends before it begins"));
     EXPECT_TRUE(isRefused({"-o", "x.jpg"}, ".png, .gif or .webp"));
+    EXPECT_TRUE(isRefused({"--png", "x.jpg"}, "ends in .png\n"));
     EXPECT_TRUE(isRefused({"--gif", "x.png"}, "ends in .gif"));
     EXPECT_TRUE(isRefused({"-o", "x.png", "-o", "y.png"}, "same kind"));
     EXPECT_TRUE(isRefused({"-o", "x.gif", "--transparent"}, "half transparent"));
@@ -184,16 +202,8 @@ TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
     EXPECT_EQ(render({"-o", "x.png", "--target", "0", "0", "0"}).status, 2);
 }
 
-TEST_F(RenderCommand, ShowsSurfacesAndBackgroundAsAsked)
+TEST_F(RenderCommand, LeavesTheBackgroundAndTheGridOutAsAsked)
 {
-    const Strings plain{"--no-grid", "--no-shadow", "--time", "0"};
-    const G_Image usual = draw(plain);
-    for (const char* option : {"--wireframe", "--normals", "--unlit", "--skeleton", "--no-lights"})
-    {
-        EXPECT_GT(countDifferent(usual, draw(plain + Strings{option})), 10U) << option;
-    }
-    EXPECT_GT(countDifferent(usual, draw({"--no-grid", "--time", "0"})), 5U) << "the shadow";
-    EXPECT_GT(countDifferent(usual, draw({"--no-shadow", "--time", "0"})), 20U) << "the grid";
     const G_Image transparent = draw({"--transparent", "--no-shadow", "--time", "0"});
     EXPECT_EQ(transparent.getPixel(0, 0)[3], 0);
     unsigned int opaque = 0;
@@ -212,6 +222,10 @@ TEST_F(RenderCommand, GoesAroundWhatStandsStill)
     EXPECT_FALSE(exists("t4.png")) << "four seconds";
     // The sprout in its rest pose is round; the ground's grid, which is not drawn from the same side, tells the turn.
     EXPECT_GT(countDifferent(G_Image(file("t0.png").c_str()), G_Image(file("t1.png").c_str())), 20U);
+    EXPECT_EQ(countDifferent(draw({"--turntable", "--time", "0.3", "--eye", "0", "4", "-20"}),
+                             draw({"--time", "0.3", "--eye", "0", "4", "-20"})),
+              0U)
+        << "one moment is the begin of a turn";
     // The object turns to the left: as if the camera went to the right, a quarter with each picture.
     const Strings axes{"--animation", "0", "--axes", "--no-mesh", "--no-grid", "--no-shadow"};
     ASSERT_EQ(render(axes + Strings{"--turntable", "--fps", "1", "-o", file("a#.png")}).status, 0);
@@ -224,6 +238,32 @@ TEST_F(RenderCommand, GoesAroundWhatStandsStill)
         EXPECT_LE(countDifferent(turned, from(35 - 90 * quarter)), 6U) << quarter;
         EXPECT_GT(countDifferent(turned, from(35 + 90 * (quarter + 1))), 15U) << quarter;
     }
+}
+
+TEST_F(RenderCommand, SeesAllOfALongThingWhileItGoesAround)
+{
+    support::ObjectFiles files;
+    TW2::MeshChunk plank = support::makeMesh("plank", "", {{4, 2}});
+    plank.editVertices().positions = {{-9.0F, 0.0F, 0.0F}, {9.0F, 0.0F, 0.0F}, {-9.0F, 1.0F, 0.0F}, {9.0F, 1.0F, 0.0F}};
+    files.addMesh(plank);
+    const std::string script = files.writeScript();
+    ASSERT_EQ(
+        render({"--turntable", "--fps", "2", "--azimuth", "90", "--transparent", "-o", file("p#.png")}, script).status,
+        0);
+    unsigned int widest = 0;
+    for (int i = 0; i < 8; ++i)
+    {
+        const G_Image picture(file("p" + std::to_string(i) + ".png").c_str());
+        for (unsigned int x = 0; x < 48; ++x)
+        {
+            for (unsigned int y = 0; y < 32; ++y)
+            {
+                widest = picture.getPixel(x, y)[3] > 0 ? std::max(widest, std::max(x, 47 - x)) : widest;
+            }
+        }
+    }
+    EXPECT_GT(widest, 40U) << "in the middle from one side of the picture nearly to the other";
+    EXPECT_LT(widest, 47U) << "and never beyond";
 }
 
 TEST_F(RenderCommand, LooksThroughACameraOfTheFiles)
