@@ -25,14 +25,14 @@ class DrawList
 public:
     struct Batch
     {
-        const P_PrimitiveInstance* m_pInstance = nullptr;  ///< the first one of the batch
-        P_TriangleMesh* m_pGeometry = nullptr;
-        unsigned int m_uiSlots = 0;  ///< bones per vertex
-        bool m_bBlended = false;
-        bool m_bMirrored = false;
-        bool m_bPicked = false;     ///< the view's picked mesh
-        std::size_t m_uiFirst = 0;  ///< its objects in the buffer of first matrices
-        std::size_t m_uiCount = 0;
+        const P_PrimitiveInstance* m_pInstance;  ///< the first one of the batch
+        P_TriangleMesh* m_pGeometry;
+        unsigned int m_uiSlots;  ///< bones per vertex
+        bool m_bBlended;
+        bool m_bMirrored;
+        bool m_bPicked;         ///< the view's picked mesh
+        std::size_t m_uiFirst;  ///< its objects in the buffer of first matrices
+        std::size_t m_uiCount;
     };
 
     DrawList();

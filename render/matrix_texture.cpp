@@ -40,8 +40,8 @@ unsigned int MatrixTexture::add(const M_Matrix4x3Template<float>& matrix)
 
 void MatrixTexture::upload()
 {
-    const std::size_t matrices = std::max<std::size_t>(m_vecTexels.size() / floatsPerMatrix, 1);
-    const auto rows = static_cast<unsigned int>((matrices + perRow - 1) / perRow);
+    const std::size_t matrices = m_vecTexels.size() / floatsPerMatrix;
+    const auto rows = static_cast<unsigned int>(matrices / perRow + 1);
     if (rows > m_uiMostRows)
     {
         throw RenderException(

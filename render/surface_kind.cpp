@@ -67,21 +67,17 @@ void addLayers(SurfaceKind& kind, const P_Material& material, bool gouraud)
 
 SurfaceKind describeSurface(const P_Material* material, unsigned int slots, const View& view)
 {
-    SurfaceKind kind;
-    kind.m_eSurface = view.m_eSurface;
-    kind.m_uiSlots = static_cast<std::uint8_t>(slots);
-    kind.m_bHighlighted = view.m_bHighlight;
+    // Without a material: plain white under the lights.
+    const bool lit = view.m_eSurface == View::Surface::Materials && (!material || material->isLightingEnabled());
+    SurfaceKind kind{view.m_eSurface, static_cast<std::uint8_t>(slots), view.m_bHighlight, lit};
     const bool shown = view.m_eSurface == View::Surface::Materials || view.m_eSurface == View::Surface::Unlit;
     if (!material || !shown)
     {
-        // Plain white under the lights, or colours that ask no material.
-        kind.m_bLit = view.m_eSurface == View::Surface::Materials;
         kind.m_layers[kind.m_uiLayers++].m_eKind = SurfaceKind::LayerKind::Gouraud;
         return kind;
     }
     const bool gouraud = material->hasShadingLayer(P_Material::SHADING_MODE::Gouraud);
     kind.m_eJoin = chooseJoin(*material, gouraud);
-    kind.m_bLit = material->isLightingEnabled() && view.m_eSurface == View::Surface::Materials;
     kind.m_bBlended = material->isBlended();
     kind.m_bAlphaTested = material->isAlphaTestEnabled();
     kind.m_bFogged = view.m_bFog && material->isFoggingEnabled();

@@ -50,14 +50,15 @@ struct SurfaceKind
         bool m_bEmissive = false;  ///< shows the emissive colour instead of its map
         friend bool operator==(const Layer&, const Layer&) = default;
     };
+
+    View::Surface m_eSurface;
+    std::uint8_t m_uiSlots;  ///< bones per vertex
+    bool m_bHighlighted;
+    bool m_bLit;
     Join m_eJoin = Join::Layers;
-    View::Surface m_eSurface = View::Surface::Materials;
-    std::uint8_t m_uiSlots = 0;  ///< bones per vertex
-    bool m_bLit = false;
     bool m_bBlended = false;
     bool m_bAlphaTested = false;
     bool m_bFogged = false;
-    bool m_bHighlighted = false;
     std::uint8_t m_uiLayers = 0;
     std::uint8_t m_uiUnits = 0;
     std::array<Layer, mostLayers> m_layers{};

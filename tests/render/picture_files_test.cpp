@@ -141,13 +141,14 @@ TEST(GIF, RefusesWhatItCannotShowAndLeavesNoFile)
     pictures.push_back(makePicture(16, 16, 0));
     EXPECT_THROW(TW2::render::writeGIF(name.c_str(), pictures, 0.0), TW2::render::RenderException);
     EXPECT_THROW(TW2::render::writeGIF(name.c_str(), pictures, 50.5), TW2::render::RenderException);
-    EXPECT_NO_THROW(static_cast<void>(TW2::render::makeGIFWriter(pictures, 50.0)));
+    EXPECT_THROW(TW2::render::makeGIFWriter(pictures, 50.0)->write(name.c_str()), TW2::render::RenderException);
     for (const unsigned int width : {17U, 16U})
     {
         const std::vector<G_Image> two{pictures[0], makePicture(width, 33 - width, 0)};
         EXPECT_THROW(TW2::render::writeGIF(name.c_str(), two, 25.0), TW2::render::RenderException) << width;
     }
     EXPECT_FALSE(std::filesystem::exists(name));
+    EXPECT_NO_THROW(TW2::render::writeGIF(name.c_str(), pictures, 50.0));
 }
 
 TEST(WebP, PlaysBackColoursAndAlphaAtTheRateAskedFor)
@@ -184,8 +185,13 @@ TEST(WebP, PlaysBackColoursAndAlphaAtTheRateAskedFor)
         EXPECT_EQ(played[i].getPixel(50, 40)[3], 128);
     }
 
-    EXPECT_THROW(static_cast<void>(TW2::render::makeWebPWriter(0.5)), TW2::render::RenderException);
-    EXPECT_THROW(static_cast<void>(TW2::render::makeWebPWriter(25.0, 101.0F)), TW2::render::RenderException);
+    for (const auto& [rate, quality] : {std::pair(0.9, 50.0F), {100.1, 50.0F}, {25.0, -0.1F}, {25.0, 100.1F}})
+    {
+        EXPECT_THROW(static_cast<void>(TW2::render::makeWebPWriter(rate, quality)), TW2::render::RenderException)
+            << rate << ", " << quality;
+    }
+    EXPECT_NO_THROW(static_cast<void>(TW2::render::makeWebPWriter(1.0, 0.0F)));
+    EXPECT_NO_THROW(static_cast<void>(TW2::render::makeWebPWriter(100.0, 100.0F)));
     EXPECT_THROW(TW2::render::makeWebPWriter(25.0)->write(directory.file("none.webp").c_str()),
                  TW2::render::RenderException);
     EXPECT_THROW(writer->add(makePicture(65, 48, 0)), TW2::render::RenderException) << "another size";

@@ -129,41 +129,52 @@ TEST_P(SceneRenderer, ManyCopiesHaveTheirOwnMatricesAndCoordinates)
     EXPECT_EQ(at(picture, 0.0F, 0.0F), background);
 }
 
-TEST_P(SceneRenderer, AMapHasAsManyLevelsAsItSays)
+TEST_P(SceneRenderer, AMapIsSampledAsItsFilterAndItsLevelsSay)
 {
-    // Stripes that are seen on two levels and mixed on further ones; so many texels are more than the square has
-    // pixels.
-    constexpr unsigned int texels = 64;
+    // Stripes as wide as two pixels, in rows that are an eighth of one high: on two levels they are seen, then mixed.
     std::vector<unsigned char> stripes;
-    for (unsigned int i = 0; i < texels * texels; ++i)
+    for (unsigned int i = 0; i < 16 * 128; ++i)
     {
         const unsigned char first = i % 4 < 2 ? 255 : 0;
         stripes.insert(stripes.end(), {first, static_cast<unsigned char>(255 - first), 0, 255});
     }
-    addSquare(0.0F, 0.0F, nullptr);
-    for (const int levels : {1, 2, 0})
+    struct Case
     {
-        for (const auto filter : {P_Material::FILTER_MODE::Point, P_Material::FILTER_MODE::PointMipMapped})
-        {
-            P_Map& map = addMap(texels, texels, stripes);
-            map.setMipLevelCount(levels);
-            P_Material& material = addTextured(map, P_Material::BLENDING_MODE::Opaque, filter);
-            m_objects[0]->getPrimitiveInstance(0)->setMaterial(&material);
-            const std::array<int, 3> color = at(draw(), 0.5F, 0.5F);
-            const bool mixed = levels == 0 && filter != P_Material::FILTER_MODE::Point;
-            EXPECT_TRUE(mixed ? std::abs(color[0] - color[1]) < 3 : color == red || color == green)
-                << levels << " levels, filter " << static_cast<int>(filter) << ": " << testing::PrintToString(color);
-        }
+        P_Material::FILTER_MODE m_eFilter;
+        int m_iLevels;
+        bool m_bMixed;
+    };
+    using Filter = P_Material::FILTER_MODE;
+    addSquare(0.0F, 0.0F, nullptr);
+    for (const Case& each : {Case{Filter::Point, 0, false},
+                             {Filter::PointMipMapped, 0, true},
+                             {Filter::PointMipMapped, 1, false},
+                             {Filter::PointMipMapped, 2, false},
+                             {Filter::Trilinear, 0, true},
+                             {Filter::Anisotropic, 0, false}})
+    {
+        P_Map& map = addMap(16, 128, stripes);
+        map.setMipLevelCount(each.m_iLevels);
+        m_objects[0]->getPrimitiveInstance(0)->setMaterial(
+            &addTextured(map, P_Material::BLENDING_MODE::Opaque, each.m_eFilter));
+        const std::array<int, 3> color = at(draw(), 0.5F, 0.5F);
+        EXPECT_EQ(std::abs(color[0] - color[1]) < 20, each.m_bMixed)
+            << static_cast<int>(each.m_eFilter) << ", " << each.m_iLevels << ": " << testing::PrintToString(color);
     }
 }
 
 TEST_P(SceneRenderer, CoordinatesThatAMeshLacksAreNought)
 {
     P_Map& map = addMap(2, 1, {255, 0, 0, 255, 0, 255, 0, 255});
-    addSquare(0.0F, 0.0F, &addTextured(map, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point, 1));
-    const G_Image picture = draw();
-    EXPECT_EQ(at(picture, 0.2F, 0.5F), red);
-    EXPECT_EQ(at(picture, 0.8F, 0.5F), red);
+    for (const unsigned int set : {1U, 8U, P_Material::maximumTextureLayers - 1})
+    {
+        addSquare(0.0F, 0.0F,
+                  &addTextured(map, P_Material::BLENDING_MODE::Opaque, P_Material::FILTER_MODE::Point, set));
+        const G_Image picture = draw();
+        EXPECT_EQ(at(picture, 0.2F, 0.5F), red) << set;
+        EXPECT_EQ(at(picture, 0.8F, 0.5F), red) << set;
+        m_objects.clear();
+    }
 }
 
 TEST_P(SceneRenderer, TakesAsManyLightsAsItCanAndNoMore)
