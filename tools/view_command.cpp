@@ -10,7 +10,6 @@ struct Arguments
 {
     TW2::viewer::WindowOptions options;
     std::string size = "1280x800";
-    bool noSettings = false;
 };
 
 void run(Arguments& arguments)
@@ -19,7 +18,6 @@ void run(Arguments& arguments)
     const tools::Size size = tools::parseSize(arguments.size, {480, 320});
     options.m_uiWidth = size.width;
     options.m_uiHeight = size.height;
-    options.m_bSettings = !arguments.noSettings;
     TW2::viewer::ViewWindow(options).run();
 }
 
@@ -39,7 +37,9 @@ const tools::Command s_command(
             .add_option("--do", options.m_vecLines,
                         "Command to begin with, such as \"clip walk\" or \"wait 20\" (pictures); may be repeated")
             ->allow_extra_args(false);
-        command.add_flag("--no-settings", arguments->noSettings, "Begin as on the first day, and keep nothing");
+        command.add_flag_callback(
+            "--no-settings", [&options] { options.m_bSettings = false; },
+            "Begin as on the first day, and keep nothing");
         command.add_option(
             "--window-picture", options.m_strWindowPicture,
             "When it is closed, write the window as it looks into a .png file, or as it has looked into a .gif");

@@ -509,7 +509,7 @@ render::View Viewer::makeView() const
         return viewer::makeView(m_show);
     }
     render::View view = viewer::makeView(m_show, getShown());
-    if (m_reaching.getKind() != Reaching::Kind::None && m_reaching.getTarget())
+    if (m_reaching.getTarget())
     {
         addCross(view, *m_reaching.getTarget(), 0.03F * m_extent.getRest().getSize());
     }

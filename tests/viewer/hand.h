@@ -9,6 +9,7 @@
 #include <imgui.h>
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <utility>
 #include <vector>
@@ -69,15 +70,57 @@ public:
     /// How many letters of that colour are in the picture.
     static int countLetters(ImU32 color)
     {
-        int corners = 0;
-        const ImDrawData& drawn = *ImGui::GetDrawData();
-        for (int i = 0; i < drawn.CmdListsCount; ++i)
+        const std::vector<ImDrawVert> corners = getCorners();
+        return static_cast<int>(std::count_if(corners.begin(), corners.end(),
+                                              [color](const ImDrawVert& corner) { return corner.col == color; })) /
+               6;
+    }
+    /// The boxes of that colour, without the soft edge around them.
+    static std::vector<TW2::viewer::Rectangle> findBoxes(ImU32 color)
+    {
+        std::vector<TW2::viewer::Rectangle> boxes;
+        bool within = false;
+        for (const ImDrawVert& corner : getCorners())
         {
-            const auto& vertices = drawn.CmdLists[i]->VtxBuffer;
-            corners += static_cast<int>(
-                std::count_if(vertices.begin(), vertices.end(), [color](const auto& v) { return v.col == color; }));
+            const bool edge = corner.col == (color & ~IM_COL32_A_MASK);
+            if (corner.col == color)
+            {
+                if (!within)
+                {
+                    boxes.push_back({corner.pos.x, corner.pos.y, 0.0F, 0.0F});
+                }
+                TW2::viewer::Rectangle& box = boxes.back();
+                const float right = std::max(box.m_fLeft + box.m_fWidth, corner.pos.x);
+                const float bottom = std::max(box.m_fTop + box.m_fHeight, corner.pos.y);
+                box.m_fLeft = std::min(box.m_fLeft, corner.pos.x);
+                box.m_fTop = std::min(box.m_fTop, corner.pos.y);
+                box.m_fWidth = right - box.m_fLeft;
+                box.m_fHeight = bottom - box.m_fTop;
+            }
+            within = corner.col == color || (within && edge);
         }
-        return corners / 4;
+        return boxes;
+    }
+    /// Whether anything of that colour, or its soft edge, covers a place.
+    static bool isPainted(float x, float y, ImU32 color)
+    {
+        const std::vector<ImDrawVert> corners = getCorners();
+        for (std::size_t i = 0; i < corners.size(); i += 3)
+        {
+            const auto side = [&](std::size_t from, std::size_t to)
+            {
+                const ImVec2& a = corners[i + from].pos;
+                const ImVec2& b = corners[i + to].pos;
+                return (b.x - a.x) * (y - a.y) - (b.y - a.y) * (x - a.x);
+            };
+            const auto [one, two, three] = std::array{side(0, 1), side(1, 2), side(2, 0)};
+            const bool inside = (one >= 0 && two >= 0 && three >= 0) || (one <= 0 && two <= 0 && three <= 0);
+            if (inside && std::max({corners[i].col, corners[i + 1].col, corners[i + 2].col}) == color)
+            {
+                return true;
+            }
+        }
+        return false;
     }
     /// Everything that is written.
     std::string read()
@@ -113,6 +156,20 @@ public:
     TW2::viewer::Panels m_panels;
 
 private:
+    /// The corners of all triangles of the picture, three for each.
+    static std::vector<ImDrawVert> getCorners()
+    {
+        std::vector<ImDrawVert> corners;
+        const ImDrawData& drawn = *ImGui::GetDrawData();
+        for (int i = 0; i < drawn.CmdListsCount; ++i)
+        {
+            for (const ImDrawIdx index : drawn.CmdLists[i]->IdxBuffer)
+            {
+                corners.push_back(drawn.CmdLists[i]->VtxBuffer[index]);
+            }
+        }
+        return corners;
+    }
     static ImFontAtlas& getAtlas()
     {
         static ImFontAtlas s_atlas;

@@ -3,11 +3,14 @@
 #include "tests/support/character_files.h"
 #include "tests/viewer/hand.h"
 #include "viewer/commands.h"
+#include "viewer/key_curves.h"
 #include "viewer/viewer.h"
 
 #include <gtest/gtest.h>
 #include <imgui.h>
 
+#include <algorithm>
+#include <array>
 #include <functional>
 #include <map>
 #include <regex>
@@ -242,9 +245,59 @@ reach two-bones 1; ungroup)"),
               "");
 }
 
+TEST_F(PanelsTest, CurvesGoThroughEveryFrameWithDotsAtTheirKeysAndALineAtTheClock)
+{
+    run({"bone 1"});
+    const TW2::viewer::KeyCurves curves = TW2::viewer::sampleCurves(*m_viewer.getObject(), 1, 0);
+    const auto last = static_cast<float>(curves.m_aValues[0].size() - 1);
+    Hand hand(m_viewer);
+    const std::vector<TW2::viewer::Rectangle> plots = hand.findBoxes(IM_COL32(20, 22, 26, 255));
+    ASSERT_EQ(plots.size(), 2U);
+    constexpr std::array<ImU32, 3> colors{IM_COL32(235, 90, 80, 255), IM_COL32(110, 200, 90, 255),
+                                          IM_COL32(90, 150, 240, 255)};
+    for (std::size_t i = 0; i < 6; ++i)
+    {
+        const std::size_t half = i / 3 * 3;
+        const TW2::viewer::Rectangle& plot = plots[i / 3];
+        const auto toX = [&](float frame) { return plot.m_fLeft + frame / last * plot.m_fWidth; };
+        float low = curves.m_aValues[half][0];
+        float high = low;
+        for (std::size_t other = half; other < half + 3; ++other)
+        {
+            for (const float value : curves.m_aValues[other])
+            {
+                low = std::min(low, value);
+                high = std::max(high, value);
+            }
+        }
+        const auto toY = [&](float value)
+        { return plot.m_fTop + plot.m_fHeight - 3.0F - (value - low) / (high - low) * (plot.m_fHeight - 6.0F); };
+        const std::vector<float>& values = curves.m_aValues[i];
+        for (std::size_t at = 1; at < values.size(); ++at)
+        {
+            EXPECT_TRUE(hand.isPainted(toX(static_cast<float>(at) - 0.5F), toY(0.5F * (values[at - 1] + values[at])),
+                                       colors[i % 3]))
+                << "curve " << i << " before frame " << at;
+        }
+        for (const int key : curves.m_vecKeyFrames)
+        {
+            const float x = toX(static_cast<float>(key));
+            const float y = toY(values[static_cast<std::size_t>(key)]);
+            EXPECT_TRUE(hand.isPainted(x, y - 2.2F, colors[i % 3]) && hand.isPainted(x, y + 2.2F, colors[i % 3]))
+                << "curve " << i << " at its key in frame " << key;
+        }
+        const float now = toX(static_cast<float>(m_viewer.getPlayback().getFrame()));
+        EXPECT_TRUE(hand.isPainted(now, plot.m_fTop + 2.0F, IM_COL32(255, 255, 255, 160)));
+        EXPECT_TRUE(hand.isPainted(now, plot.m_fTop + plot.m_fHeight - 2.0F, IM_COL32(255, 255, 255, 160)));
+    }
+}
+
 TEST_F(PanelsTest, ShowWhatTheMixerPlaysAndWhatReaches)
 {
     const std::string plain = read(m_viewer);
+    execute(m_viewer, "bone 0");
+    EXPECT_NE(read(m_viewer).find("{ does: none }"), std::string::npos) << "the first bone, too";
+    execute(m_viewer, "bone none");
     const std::string asked = sweep(m_viewer);
     run({"bone 1", "mixer on", "add-layer additive 1 1", "add-layer replace", "layer-weight 1 0.25", "mix 1 1",
          "reach look 2"});
@@ -272,6 +325,7 @@ new layer for Bone1 and below:
 1  Bone1 [ let go ]
 at 0.498 0.237 0.148
 )" + curves);
+    EXPECT_GT(Hand(m_viewer).findBoxes(ImGui::GetColorU32(ImGuiCol_PlotHistogram)).at(0).m_fWidth, 0.9F * width);
     const std::string askedOfMixer = sweep(m_viewer);
     EXPECT_EQ(
         compareAsked(

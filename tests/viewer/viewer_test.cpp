@@ -4,6 +4,7 @@
 #include "tests/motion/moving_files.h"
 #include "tests/support/character_files.h"
 #include "tests/support/expectations.h"
+#include "tests/support/material_records.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/viewer/showing.h"
 #include "viewer/commands.h"
@@ -13,17 +14,20 @@
 #include "viewer/key_curves.h"
 #include "viewer/scene_view.h"
 
+#include <tw2/material/material_manager.h>
 #include <tw2/object/object_animation.h>
 
 #include <platform/runtime/exception.h>
 #include <platform/scene/camera.h>
 #include <platform/scene/context.h>
+#include <platform/scene/map.h>
 #include <platform/scene/scene.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
@@ -374,19 +378,66 @@ TEST(Viewer, PicksWhereverTheObjectStandsInThePictureWhatIsVisible)
     EXPECT_EQ(pickBetween(2), -1);
 }
 
-TEST(Viewer, ATriangleWithoutAnAreaIsNowhere)
+TEST(Viewer, OfASurfaceTheBoneOfTheNearestCornerIsPickedAndNothingWithoutAnArea)
 {
-    support::CharacterFiles files;
-    for (unsigned int corner = 0; corner < 3; ++corner)
+    // Each corner hangs on a bone of its own.
+    using Vector = M_Vector3Template<float>;
+    support::CharacterFiles files({3, 3, 1, 1, 2});
+    const std::array<Vector, 3> corners{Vector{-2, 0, 0}, Vector{0, 3, 0}, Vector{2, 0, 0}};
+    files.m_skinMeshes[0].editVertices().positions.assign(corners.begin(), corners.end());
+    files.m_skinMeshes[0].transform = {};
+    Showing viewer({"look front"}, files.write());
+    P_Camera camera;
+    viewer.getCamera().apply(camera, 4.0F / 3.0F);
+    const M_Matrix4Template<float> toPicture =
+        M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix();
+    for (std::size_t nearest = 0; nearest < 3; ++nearest)
     {
-        files.m_skinMeshes[0].editFaces().indices[corner] = 0;
+        for (const std::size_t next : {(nearest + 1) % 3, (nearest + 2) % 3})
+        {
+            const Vector seen = toPicture.projectPoint(corners[nearest] * 0.5F + corners[next] * 0.4F +
+                                                       corners[3 - nearest - next] * 0.1F);
+            viewer.pick(seen.x, seen.y);
+            EXPECT_EQ(viewer.getPickedBone(), static_cast<int>(nearest)) << next;
+        }
     }
-    Showing viewer({"look front", "zoom 3"}, files.write());
+    files.m_skinMeshes[0].editFaces().indices.assign(3, 0);
+    Showing none({"look front", "zoom 3"}, files.write());
     for (const float x : {-0.97F, 0.97F})
     {
-        viewer.pick(x, x);
-        EXPECT_EQ(viewer.getPickedBone(), -1);
+        none.pick(x, x);
+        EXPECT_EQ(none.getPickedBone(), -1);
     }
+}
+
+TEST(Viewer, AnimatedTexturesRunWithTheClockUntilTheyAreTurnedOff)
+{
+    support::TextureFolder pictures;
+    pictures.add({"wave0.png", "wave1.png"});
+    TW2::MaterialListChunk list;
+    list.texturePath = pictures.getDirectory().getPath().string().c_str();
+    list.materials.resize(1);
+    list.materials[0].name = "water";
+    support::fillTexture(list.materials[0].accessDiffuseTexture(), "wave", {"wave0.png", "wave1.png"}).framesPerSecond =
+        10;
+    support::ObjectFiles files;
+    files.addMesh("pond");
+    files.addMaterials(list);
+    files.addAnimation(0, {support::makeTrack("pond", 0.0F)});
+    Showing viewer({}, files.writeScript());
+    std::string seen;
+    for (const char* line :
+         {"seek 0", "seek 0.15", "texture wave", "seek 0", "texture wave on", "texture wave off", "seek 0.15"})
+    {
+        viewer.run({line});
+        const TW2::TW_MaterialManager& materials = *viewer.getObject()->getDrawn().getMaterialManager();
+        const S_String& file = materials.getMaterial(0)->getMaterial()->getTexture(0)->getFilename();
+        seen += file[file.size() - 5];
+    }
+    EXPECT_EQ(seen, "0111000");
+    EXPECT_NE(support::complaintOf<Failure>([&] { execute(viewer, "texture lava"); }).find("\"lava\""),
+              std::string::npos);
+    EXPECT_THROW(Viewer().setTextureAnimation("wave", true), Failure);
 }
 
 TEST(Viewer, CurvesAreWhatTheBonePlaysAndKnowItsKeys)

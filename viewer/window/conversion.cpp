@@ -129,13 +129,12 @@ void Conversion::readProgress()
     {
         return;
     }
-    const std::size_t before = end == 0 ? std::string::npos : m_strProgress.rfind('\n', end - 1);
-    const std::size_t begin = before == std::string::npos ? 0 : before + 1;
-    const char* line = m_strProgress.data() + begin;
-    const auto [rest, error] = S_fromChars(line, m_strProgress.data() + end, m_dPart);
+    std::string_view line(m_strProgress.data(), end);
+    line.remove_prefix(line.rfind('\n') + 1);  // of nothing found: 0
+    const auto [rest, error] = S_fromChars(line.data(), line.data() + line.size(), m_dPart);
     if (error == std::errc())
     {
-        m_strStep.assign(rest, static_cast<const char*>(m_strProgress.data()) + end);
+        m_strStep.assign(rest, line.data() + line.size());
     }
     m_strProgress.erase(0, end + 1);
 }

@@ -29,9 +29,9 @@ public:
     /// A key that went down, by GLFW's number; also again while it is held.
     struct KeyPress
     {
-        int m_iKey = 0;
-        bool m_bControl = false;
-        bool m_bRepeated = false;
+        int m_iKey;
+        bool m_bControl;
+        bool m_bRepeated;
     };
     /// Keys pressed since the last call, however short: pictures may take longer than a tap.
     [[nodiscard]] std::vector<KeyPress> takeKeys();

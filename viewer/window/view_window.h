@@ -21,8 +21,8 @@ struct Requests;
 struct WindowOptions
 {
     std::string m_strFile;  ///< script, model, or a folder with a script; empty: files are dropped onto the window
-    unsigned int m_uiWidth = 1280;
-    unsigned int m_uiHeight = 800;
+    unsigned int m_uiWidth;
+    unsigned int m_uiHeight;
     float m_fScale = 0.0F;  ///< how large letters and controls are; 0: as the screen says
     /// Commands carried out once the file is loaded; "wait N" lets N pictures pass before the next.
     std::vector<std::string> m_vecLines;
