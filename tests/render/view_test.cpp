@@ -51,7 +51,9 @@ TEST_P(ViewOptions, ShowUnlitSurfacesAndNormals)
     square.getPrimitiveInstance(0)->setMaterial(&plain);
     expectColor(draw(), 0.0F, 0.0F, {100, 60, 30}, "unlit, without a texture");
     m_view.m_eSurface = View::Surface::Normals;
-    expectColor(draw(), 0.0F, 0.0F, {128, 128, 0}, "a normal along negative z");
+    m_view.m_bFog = true;
+    m_view.m_fFogEnd = 1.0F;
+    expectColor(draw(), 0.0F, 0.0F, {128, 128, 0}, "a normal along negative z, whatever the fog");
     Matrix turned;  // by 30 degrees around y: the normal (0, 0, -1) becomes (-0.5, 0, -0.866)
     turned.setRow(0, {std::sqrt(0.75F), 0.0F, -0.5F});
     turned.setRow(2, {0.5F, 0.0F, std::sqrt(0.75F)});

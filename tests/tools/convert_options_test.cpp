@@ -84,7 +84,8 @@ TEST(ConvertOptions, ClipsAreChosenRenamedCutMergedSampledAndRepeated)
     for (std::size_t i = 0; i < cases.size(); ++i)
     {
         const std::string out = directory.file(std::to_string(i));
-        const CommandResult result = runTW2(Strings{"convert", model, "-o", out, "--json"} + cases[i].m_vecOptions);
+        const CommandResult result =
+            runTW2(Strings{"convert"} + cases[i].m_vecOptions + Strings{model, "-o", out, "--json"});
         ASSERT_EQ(result.status, 0) << result.errors;
         Strings names = findMembers(result.output, "name");
         EXPECT_EQ(names, cases[i].m_vecNames) << i;
@@ -175,7 +176,7 @@ TEST(ConvertOptions, TheSummaryCountsWhatWasWritten)
                                "5 cameras, 1 lights\n")
         << told.errors;
     const std::string json =
-        runTW2({"convert", model, "-o", directory.file("out"), "--json", "--tolerance", "0.002", "0.1"}).output;
+        runTW2({"convert", "--tolerance", "0.002", "0.1", model, "-o", directory.file("out"), "--json"}).output;
     for (const auto& [member, value] : {std::pair("nodes", "7"),
                                         {"vertices", "8"},
                                         {"triangles", "4"},
@@ -240,7 +241,7 @@ TEST(ConvertOptions, QuietKeepsWarningsAndPicturesAreFoundInOtherFolders)
     EXPECT_EQ(without.output, "");
     EXPECT_THAT(without.errors, HasSubstr("Skin.tga"));
     const CommandResult with =
-        runTW2({"convert", model, "-o", directory.file("b"), "--quiet", "--textures", directory.file("pictures")});
+        runTW2({"convert", "--textures", directory.file("pictures"), model, "-o", directory.file("b"), "--quiet"});
     EXPECT_EQ(with.status, 0);
     EXPECT_THAT(with.errors, testing::Not(HasSubstr("Skin.tga")));
     EXPECT_EQ(directory.read("b/textures/skin.png"), directory.read("pictures/skin.png"));

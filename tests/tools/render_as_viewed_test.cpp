@@ -1,4 +1,5 @@
 #include "render/scene_renderer.h"
+#include "tests/support/object_files.h"
 #include "tests/support/picture_files.h"
 #include "tests/support/run_command.h"
 #include "tests/viewer/showing.h"
@@ -76,8 +77,10 @@ TEST_F(RenderAsViewed, ALoopIsWrittenOnceAndTheClockStandsWhereItStood)
     TW2::render::SceneRenderer renderer;
     const support::TemporaryDirectory folder;
     support::Showing viewer({"seek 0.7"});
+    const auto pose = support::takePose(viewer.getObject()->getObject());
     TW2::viewer::writeLoop(viewer, renderer, folder.file("loop.gif"), 48, 32, 10.0);
     EXPECT_EQ(viewer.getPlayback().getTime(), 0.7);
+    EXPECT_EQ(support::takePose(viewer.getObject()->getObject()), pose);
     const std::vector<int> delays = support::readGIFDelays(folder.read("loop.gif"));
     EXPECT_EQ(std::accumulate(delays.begin(), delays.end(), 0), 200) << "sway repeats after two seconds";
     TW2::viewer::writeLoop(viewer, renderer, folder.file("loop.webp"), 48, 32, 10.0);

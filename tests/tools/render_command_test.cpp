@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -181,6 +182,22 @@ TEST_F(RenderCommand, PicturesOnASheetShareItsTimeHoweverLongItIs)
     EXPECT_TRUE(isRefused({"--to", "399.96", "--frames", file("none/#.png")}, "none/0.png")) << "as many are not";
 }
 
+TEST_F(RenderCommand, CountsThePicturesBeforeATerminalWhenTheyTakeLong)
+{
+    // A picture, three on a sheet, sixteen that the colours are chosen from, and two hundred: more than a second's
+    // work.
+    const auto begin = std::chrono::steady_clock::now();
+    const CommandResult result =
+        runTW2({"render", s_sample, "--turntable", "--fps", "50", "-o", file("p.png"), "-o", file("p.gif"), "--sheet",
+                file("s.png"), "--sheet-pictures", "3", "--size", "320x240"},
+               "sh -c 'script -qec \"$*\" /dev/null' sh ");
+    ASSERT_EQ(result.status, 0) << result.output;
+    const std::string last = "\rDrawing 220 of 220\r\x1B[K";
+    EXPECT_TRUE(result.output.find(last + file("p.png")) != std::string::npos ||
+                std::chrono::steady_clock::now() - begin < std::chrono::milliseconds(1500))
+        << result.output;
+}
+
 TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
 {
     EXPECT_TRUE(isRefused({}, "say what to write"));
@@ -198,8 +215,16 @@ TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
     EXPECT_TRUE(isRefused({"-o", "x.png", "-o", "y.png"}, "same kind"));
     EXPECT_TRUE(isRefused({"-o", "x.gif", "--transparent"}, "half transparent"));
     EXPECT_TRUE(isRefused({"-o", "x.png", "--camera", "side"}, "the files have none"));
-    EXPECT_EQ(render({"-o", "x.png", "--camera", "side", "--turntable"}).status, 2);
-    EXPECT_EQ(render({"-o", "x.png", "--target", "0", "0", "0"}).status, 2);
+    for (const Strings& wrong : std::vector<Strings>{{"--camera", "side", "--turntable"},
+                                                     {"--target", "0", "0", "0"},
+                                                     {"--angle", "0.9"},
+                                                     {"--angle", "171"},
+                                                     {"--fps", "50.1"},
+                                                     {"--sheet-pictures", "401"},
+                                                     {"--weights"}})
+    {
+        EXPECT_EQ(render(Strings{"-o", "x.png"} + wrong).status, 2) << wrong.front();
+    }
 }
 
 TEST_F(RenderCommand, LeavesTheBackgroundAndTheGridOutAsAsked)

@@ -148,7 +148,7 @@ TEST_F(ViewInput, MouseAndKeysDoWhatTheirCommandsDo)
         {{"key h"}, {}},
         {{"key s"}, line("show skeleton")},
         {{"key S"}, line("show skeleton")},
-        {{"key oe"}, {}},  // whose number ends as that of S
+        {{"key oe", "key q", "key ctrl"}, {}},  // the number of oe ends as that of S
         {{"key w"}, line("wire")},
         {{"key Right", "key Right"}, line("step 2")},
         {{"key Left"}, line("back")},

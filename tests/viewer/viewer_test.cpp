@@ -578,5 +578,8 @@ TEST(SceneView, TellsTheRendererWhatIsToBeShown)
     show.m_bBounds = true;
     view = makeView(show, shown);
     EXPECT_GT(view.m_vecLines.size() + view.m_vecOverlayLines.size(), 12U + 12U) << "a box and a sphere";
+    shown.add(extent.getRest(), {100.0F, 0.0F, 0.0F});
+    EXPECT_EQ(shown.m_around.m_vMaximum.x, 100.0F + extent.getRest().m_vMaximum.x);
+    EXPECT_GT(shown.m_casters.m_vMaximum.x, shown.m_around.m_vMaximum.x) << "what is moved throws its shadow, too";
 }
 }  // namespace
