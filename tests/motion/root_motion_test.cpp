@@ -127,12 +127,22 @@ TEST(RootMotion, AnAnimationWithoutTravelStaysWhereItIs)
     EXPECT_TRUE(TW_RootMotion(copy, 1).isMoving()) << "copies travel as well";
 }
 
-TEST(RootMotion, ATravelFileThatIsNoneIsAnError)
+TEST(RootMotion, ATravelFileIsOneTrackOfAtLeastOneFrame)
 {
-    support::ObjectFiles files;
-    files.addMesh("hip");
-    const std::string wrong =
-        files.writeAnimation("two.tw", {support::makeTrack("a", 1.0f), support::makeTrack("b", 1.0f)});
-    files.addAnimation(1, {support::makeTrack("hip", 1.0f)}, "rootmotion \"" + wrong + "\"");
-    EXPECT_THROW((void)files.build(), TW_Exception_InvalidAnimationChunk);
+    const auto build = [](const std::vector<KeyframeAnimationChunk>& travel)
+    {
+        support::ObjectFiles files;
+        files.addMesh("hip");
+        const std::string file = files.writeAnimation("travel.tw", travel);
+        files.addAnimation(1, {support::makeTrack("hip", 1.0f)}, "rootmotion \"" + file + "\"");
+        return files.build();
+    };
+    KeyframeAnimationChunk track = support::makeTrack("travel", 1.0f);
+    EXPECT_THROW((void)build({track, track}), TW_Exception_InvalidAnimationChunk);
+    track.totalFrameCount = 1;
+    track.keys.resize(1);
+    EXPECT_NE(build({track}), nullptr);
+    track.totalFrameCount = 0;
+    track.keys.clear();
+    EXPECT_THROW((void)build({track}), TW_Exception_InvalidScriptParameter);
 }

@@ -147,6 +147,9 @@ TEST(BoneGroupHandle, IsConstructedAnewFromItsOwnHandlesOrNotAtAll)
     EXPECT_EQ(group->getHandle(0).getBoneName(), "Bone1");
     EXPECT_FALSE(group->hasMesh(character->getMesh(1)));
     TW_BoneHandle handle = group->getHandle(0);
+    TW_BoneGroupHandle dropped(*group);
+    dropped.destruct();
+    EXPECT_EQ(dropped.getTotalHandles(), 0);
     handle.construct(handle.getBoneName(), 4);
     EXPECT_EQ(handle.getBoneName(), "Bone1");
     EXPECT_EQ(handle.getBoneIndex(), 4U);

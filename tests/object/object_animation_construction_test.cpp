@@ -141,24 +141,33 @@ TEST(ObjectAnimationConstruction, BoundingVolumesFollowTheMeshesOrWhatTheScriptG
         bool manualBox;
         bool manualSphere;
         float radius;  // as reported
+        Vector minimum;
         Vector maximum;
     } cases[] = {
-        {"", box | sphere | automatic, false, false, meshRadius, {2, 4, 0}},
-        {"enableBoundingBox 0 boundingSphereRadius 3", sphere | fixed, false, true, 3.0f, {side, side, side}},
+        {"", box | sphere | automatic, false, false, meshRadius, {0, 0, -2}, {2, 4, 0}},
+        {"enableBoundingBox 0 boundingSphereRadius 3",
+         sphere | fixed,
+         false,
+         true,
+         3.0f,
+         {-side, -side, -side},
+         {side, side, side}},
         {"enableBoundingSphere 0 boundingBoxMin (-3,0,0) boundingBoxMax (1,2,2)",
          box | fixed,
          true,
          false,
          M_fastLength({-3, 0, 0}),
+         {-3, 0, 0},
          {1, 2, 2}},
         {"boundingBoxMin (-3,0,0) boundingBoxMax (1,2,2) boundingSphereRadius 7",
          box | sphere | fixed,
          true,
          true,
          7.0f,
+         {-3, 0, 0},
          {1, 2, 2}},
-        {"boundingSphereRadius 7", box | sphere | automatic, false, true, 7.0f, {2, 4, 0}},
-        {"enableBoundingBox 0 enableBoundingSphere 0", fixed, false, false, -1.0f, {-1, -1, -1}},
+        {"boundingSphereRadius 7", box | sphere | automatic, false, true, 7.0f, {0, 0, -2}, {2, 4, 0}},
+        {"enableBoundingBox 0 enableBoundingSphere 0", fixed, false, false, -1.0f, {-1, -1, -1}, {-1, -1, -1}},
     };
     ObjectFiles files;
     files.addMesh("triangle");
@@ -171,10 +180,13 @@ TEST(ObjectAnimationConstruction, BoundingVolumesFollowTheMeshesOrWhatTheScriptG
         EXPECT_EQ(object.getUseManualBoundingBox(), expected.manualBox);
         EXPECT_EQ(object.getUseManualBoundingSphere(), expected.manualSphere);
         EXPECT_EQ(object.getBoundingRadius(), expected.radius);
-        const Vector maximum = object.getBoundingBoxMax();
-        EXPECT_FLOAT_EQ(maximum.x, expected.maximum.x);
-        EXPECT_FLOAT_EQ(maximum.y, expected.maximum.y);
-        EXPECT_FLOAT_EQ(maximum.z, expected.maximum.z);
+        for (const auto& [found, wanted] : {std::pair(object.getBoundingBoxMin(), expected.minimum),
+                                            std::pair(object.getBoundingBoxMax(), expected.maximum)})
+        {
+            EXPECT_FLOAT_EQ(found.x, wanted.x);
+            EXPECT_FLOAT_EQ(found.y, wanted.y);
+            EXPECT_FLOAT_EQ(found.z, wanted.z);
+        }
     }
 }
 

@@ -231,6 +231,28 @@ TEST(CharacterMemory, OneMoreCharacterTakesAFractionOfWhatItsMeshesAre)
     EXPECT_LT(after.m_iBlocks - before.m_iBlocks, 32);
 }
 
+TEST(CharacterMemory, AMeshThatCannotBeAddedIsStillTheCallersAndNotFound)
+{
+    TW_ObjectAnimation object;
+    const auto make = [](const char* name)
+    {
+        auto mesh = std::make_unique<P_VirtualObject>();
+        mesh->setName(name);
+        return mesh;
+    };
+    object.addMesh(make("the first mesh of a long name").release());
+    auto second = make("the second mesh of a long name");
+    support::expectUnchangedByFailedAllocations([&] { object.addMesh(second.get()); },
+                                                [&]
+                                                {
+                                                    EXPECT_EQ(object.getTotalMeshes(), 1U);
+                                                    EXPECT_EQ(object.getMeshByName(second->getName()), nullptr);
+                                                    EXPECT_EQ(object.getMeshByNameCaseSensitive(second->getName()),
+                                                              nullptr);
+                                                });
+    EXPECT_EQ(object.getMesh(1), second.release());
+}
+
 TEST(CharacterMemory, MeshesAreAddedOneByOneWithoutMovingTheOthersEachTime)
 {
     TW_ObjectAnimation object;

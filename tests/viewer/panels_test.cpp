@@ -248,8 +248,8 @@ reach two-bones 1; ungroup)"),
 TEST_F(PanelsTest, CurvesGoThroughEveryFrameWithDotsAtTheirKeysAndALineAtTheClock)
 {
     run({"bone 1"});
-    const TW2::viewer::KeyCurves curves = TW2::viewer::sampleCurves(*m_viewer.getObject(), 1, 0);
-    const auto last = static_cast<float>(curves.m_aValues[0].size() - 1);
+    const TW2::viewer::KeyCurves sampled = TW2::viewer::sampleCurves(*m_viewer.getObject(), 1, 0);
+    const auto last = static_cast<float>(sampled.m_aValues[0].size() - 1);
     Hand hand(m_viewer);
     const std::vector<TW2::viewer::Rectangle> plots = hand.findBoxes(IM_COL32(20, 22, 26, 255));
     ASSERT_EQ(plots.size(), 2U);
@@ -260,11 +260,11 @@ TEST_F(PanelsTest, CurvesGoThroughEveryFrameWithDotsAtTheirKeysAndALineAtTheCloc
         const std::size_t half = i / 3 * 3;
         const TW2::viewer::Rectangle& plot = plots[i / 3];
         const auto toX = [&](float frame) { return plot.m_fLeft + frame / last * plot.m_fWidth; };
-        float low = curves.m_aValues[half][0];
+        float low = sampled.m_aValues[half][0];
         float high = low;
         for (std::size_t other = half; other < half + 3; ++other)
         {
-            for (const float value : curves.m_aValues[other])
+            for (const float value : sampled.m_aValues[other])
             {
                 low = std::min(low, value);
                 high = std::max(high, value);
@@ -272,14 +272,14 @@ TEST_F(PanelsTest, CurvesGoThroughEveryFrameWithDotsAtTheirKeysAndALineAtTheCloc
         }
         const auto toY = [&](float value)
         { return plot.m_fTop + plot.m_fHeight - 3.0F - (value - low) / (high - low) * (plot.m_fHeight - 6.0F); };
-        const std::vector<float>& values = curves.m_aValues[i];
+        const std::vector<float>& values = sampled.m_aValues[i];
         for (std::size_t at = 1; at < values.size(); ++at)
         {
             EXPECT_TRUE(hand.isPainted(toX(static_cast<float>(at) - 0.5F), toY(0.5F * (values[at - 1] + values[at])),
                                        colors[i % 3]))
                 << "curve " << i << " before frame " << at;
         }
-        for (const int key : curves.m_vecKeyFrames)
+        for (const int key : sampled.m_vecKeyFrames)
         {
             const float x = toX(static_cast<float>(key));
             const float y = toY(values[static_cast<std::size_t>(key)]);
