@@ -80,9 +80,9 @@ def find_refused(faults, log):
             if found:
                 break
         else:
-            before = [fault for fault in faults if (fault.source.path, fault.line) <= max(
-                (place for place in places if place[0] == fault.source.path), default=(Path(), 0))]
-            found = {max(before, key=lambda fault: fault.line)} if before else set()
+            near = [(abs(fault.line - line), fault.number, fault) for fault in faults for path, line in places
+                    if fault.source.path == path]
+            found = {min(near)[2]} if near else set()
         refused |= found
     return refused
 
