@@ -14,11 +14,6 @@ void Bounds::add(const M_Vector3Template<float>& point) noexcept
     {
         return;
     }
-    if (isEmpty())
-    {
-        m_vMinimum = m_vMaximum = point;
-        return;
-    }
     m_vMinimum = {std::min(m_vMinimum.x, point.x), std::min(m_vMinimum.y, point.y), std::min(m_vMinimum.z, point.z)};
     m_vMaximum = {std::max(m_vMaximum.x, point.x), std::max(m_vMaximum.y, point.y), std::max(m_vMaximum.z, point.z)};
 }

@@ -2,6 +2,7 @@
 
 #include <platform/math/vector3.h>
 
+#include <limits>
 #include <vector>
 
 class P_BaseObject;
@@ -11,8 +12,9 @@ namespace TW2::render
 /// Axis-aligned box in world space that grows; empty at first.
 struct Bounds
 {
-    M_Vector3Template<float> m_vMinimum{1.0F, 1.0F, 1.0F};     ///< larger than the maximum while the box is empty
-    M_Vector3Template<float> m_vMaximum{-1.0F, -1.0F, -1.0F};  ///< the other corner
+    static constexpr float none = std::numeric_limits<float>::infinity();
+    M_Vector3Template<float> m_vMinimum{none, none, none};     ///< larger than the maximum while the box is empty
+    M_Vector3Template<float> m_vMaximum{-none, -none, -none};  ///< the other corner
 
     /// Whether nothing was added yet.
     [[nodiscard]] bool isEmpty() const noexcept { return m_vMinimum.x > m_vMaximum.x; }

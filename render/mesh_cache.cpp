@@ -126,11 +126,9 @@ void MeshCache::draw(const DrawList::Batch& batch, const GLBuffer& firstMatrices
     glBindVertexArray(entry.m_array.get());
     glBindBuffer(GL_ARRAY_BUFFER, firstMatrices.get());
     glVertexAttribIPointer(ATTRIBUTE_FIRST_MATRIX, 1, GL_UNSIGNED_INT, 0, offset(batch.m_uiFirst * sizeof(GLuint)));
-    // What the mesh does not carry: no normal, opaque white, no coordinates, no bones.
+    // What the mesh does not carry: no normal, opaque white, no coordinates. What has no bones is not asked for them.
     glVertexAttrib3f(ATTRIBUTE_NORMAL, 0.0F, 0.0F, 0.0F);
     glVertexAttrib4f(ATTRIBUTE_COLOR, 255.0F, 255.0F, 255.0F, 255.0F);
-    glVertexAttribI4ui(ATTRIBUTE_BONES, 0, 0, 0, 0);
-    glVertexAttrib4f(ATTRIBUTE_WEIGHTS, 0.0F, 0.0F, 0.0F, 0.0F);
     for (unsigned int layer = 0; layer < P_VertexFormat::maximumTextureLayers; ++layer)
     {
         glVertexAttrib2f(ATTRIBUTE_COORDINATES + layer, 0.0F, 0.0F);

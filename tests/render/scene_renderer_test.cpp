@@ -1,3 +1,4 @@
+#include "render/draw_list.h"
 #include "render/gl.h"
 #include "tests/render/renderer_fixture.h"
 
@@ -127,6 +128,22 @@ TEST_P(SceneRenderer, ManyCopiesHaveTheirOwnMatricesAndCoordinates)
     EXPECT_EQ(at(picture, 1.0F, 1.0F), red);
     EXPECT_EQ(at(picture, -1.0F, -1.0F), green);
     EXPECT_EQ(at(picture, 0.0F, 0.0F), background);
+    TW2::render::DrawList list;
+    const auto batches = [&]
+    {
+        m_scene.executeFrame();
+        list.collect(m_scene, m_camera, m_view);
+        return list.getBatches().size();
+    };
+    EXPECT_EQ(batches(), 3U) << "from near to far those that show the same part of the map are drawn by one call";
+    m_objects.back()->enable(false);
+    EXPECT_EQ(batches(), 1U);
+    m_objects[1]->getPrimitiveInstance(0)->setMaterial(&addColor({0.0F, 255.0F, 0.0F}));
+    EXPECT_EQ(batches(), 2U) << "another material";
+    Matrix mirror = m_objects[2]->getMatrix();
+    mirror.m[0][0] = -1.0F;
+    m_objects[2]->setMatrix(mirror);
+    EXPECT_EQ(batches(), 3U) << "the other side of the triangles";
 }
 
 TEST_P(SceneRenderer, AMapIsSampledAsItsFilterAndItsLevelsSay)
@@ -256,6 +273,13 @@ TEST_P(SceneRenderer, ForgetsGeometryAndMapsThatAreGone)
     EXPECT_EQ(another->getReferenceCount(), 2);
     m_renderer.reset();
     EXPECT_EQ(another->getReferenceCount(), 1) << "nothing is held by a renderer that is gone";
+    GLuint name = 0;
+    {
+        const auto buffer = TW2::render::GLBuffer::create();
+        glBindBuffer(GL_ARRAY_BUFFER, name = buffer.get());
+        EXPECT_TRUE(glIsBuffer(name));
+    }
+    EXPECT_FALSE(glIsBuffer(name)) << "nor by the driver";
 }
 
 TEST_P(SceneRenderer, DrawsLinesAlongTheirLengthHiddenOrOverEverything)

@@ -114,6 +114,7 @@ TEST(Studio, LightComesFromTheUpperLeftTheRightAndBehindAsTheCameraSees)
         EXPECT_GT(main.x, 0.3F) << "from the left";
         EXPECT_LT(main.y, -0.3F) << "and above";
         EXPECT_LT(side.x, -0.3F) << "from the right";
+        EXPECT_LT(side.y, -0.05F) << "a little from above";
         EXPECT_LT(behind.y, -0.3F);
         EXPECT_GT(strength[0], 2.0F * strength[1]);
         EXPECT_GT(strength[1], 0.0F);
@@ -160,7 +161,15 @@ TEST(Studio, TheGridLiesUnderTheObjectAndFadesOutEvenlyAroundIt)
     {
         const Vector& from = view.m_vecLines[i].m_vFrom;
         EXPECT_EQ(from, Vector(level[i].m_vFrom.x, 0.5F + 0.25F * from.x - 0.125F * from.z, level[i].m_vFrom.z));
+        const TW2::render::GroundPlane slope{.m_fRiseX = 0.25F, .m_fRiseZ = -0.125F};
+        EXPECT_NEAR(slope.getNormal().dot(view.m_vecLines[i].m_vTo - from), 0.0F, 1e-5F) << "a line lies in the plane";
     }
+    view.m_vecLines.clear();
+    TW2::render::Bounds small;
+    small.add({0.0F, 0.0F, 0.0F});
+    small.add({0.01F, 0.02F, 0.01F});
+    TW2::render::addGroundGrid(view, small);
+    EXPECT_GT(view.m_vecLines.size(), 100U) << "however small it is";
     view.m_vecLines.clear();
     TW2::render::addGroundGrid(view, TW2::render::Bounds());
     EXPECT_TRUE(view.m_vecLines.empty());
