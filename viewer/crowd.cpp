@@ -1,6 +1,8 @@
 #include "viewer/crowd.h"
 
 #include "viewer/loaded_object.h"
+#include "viewer/playback.h"
+#include "viewer/visibility.h"
 
 #include <tw2/object/virtual_object.h>
 
@@ -65,7 +67,7 @@ void Crowd::standOn(const render::GroundPlane& ground) const
     }
 }
 
-void Crowd::pose(Playback& playback) const
+void Crowd::pose(Playback& playback, int visibility) const
 {
     // A step that no loop is a multiple of: nobody marches in step with a neighbour.
     constexpr double step = 0.137;
@@ -73,6 +75,7 @@ void Crowd::pose(Playback& playback) const
     for (const std::unique_ptr<TW_VirtualObject>& copy : m_vecCopies)
     {
         playback.apply(*copy, offset += step);
+        followVisibility(*copy, visibility, static_cast<float>(playback.getTime(offset)));
     }
 }
 

@@ -213,7 +213,7 @@ void Playback::forgetExtras() noexcept
 
 void Playback::apply(TW_VirtualObject& object, double offset)
 {
-    const auto time = static_cast<float>(offset == 0.0 ? m_dTime : wrap(m_dTime + offset));
+    const auto time = static_cast<float>(getTime(offset));
     blend(object, time);
     if (m_frozen && m_fFrozenWeight > 0.0F)
     {

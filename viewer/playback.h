@@ -64,6 +64,11 @@ public:
     [[nodiscard]] bool isPlaying() const noexcept { return m_bPlaying; }
     void setPlaying(bool playing) noexcept;
     [[nodiscard]] double getTime() const noexcept { return m_dTime; }
+    /// That of somebody who is `offset` seconds ahead of the clock.
+    [[nodiscard]] double getTime(double offset) const noexcept
+    {
+        return offset == 0.0 ? m_dTime : wrap(m_dTime + offset);
+    }
     /// Any time; brought into the loop, or between beginning and end without looping.
     void seek(double seconds) noexcept;
     /// Pauses and moves to the next whole frame of slot 0's animation, `frames` further (negative: back).

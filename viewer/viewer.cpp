@@ -382,9 +382,10 @@ void Viewer::pose(double seconds)
     }
     standOnGround();
     m_reaching.apply(m_orbit.getEye());
-    m_crowd.pose(m_playback);
-    applyVisibility();
+    const int visibility = m_show.m_bVisibility ? m_playback.getMainAnimation() : -1;
+    m_crowd.pose(m_playback, visibility);
     const auto time = static_cast<float>(m_playback.getTime());
+    followVisibility(m_pObject->getObject(), visibility, time);
     for (const std::string& set : m_vecTextureSets)
     {
         m_pObject->getObject().animateTexture(toEngineText(set), time);
@@ -402,17 +403,6 @@ void Viewer::standOnGround()
     ground.m_fHeight = level;
     object.setPosition(place.x, ground.getHeight(place), place.z);
     m_planting.apply(ground);
-}
-
-void Viewer::applyVisibility()
-{
-    const int animation = m_show.m_bVisibility ? m_playback.getMainAnimation() : -1;
-    const auto time = static_cast<float>(m_playback.getTime());
-    followVisibility(m_pObject->getObject(), animation, time);
-    for (const std::unique_ptr<TW_VirtualObject>& copy : m_crowd.getCopies())
-    {
-        followVisibility(*copy, animation, time);
-    }
 }
 
 void Viewer::update(double seconds)

@@ -169,7 +169,6 @@ private:
     void plantAgain(const std::vector<Planting::Leg>& legs);
     void pose(double seconds);
     void standOnGround();
-    void applyVisibility();
     void frame(float aspect);
     void prepare(float aspect);
     [[nodiscard]] Shown getShown() const;
