@@ -3,6 +3,7 @@
 #include "convert/model.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace TW2::convert
 {
@@ -12,20 +13,15 @@ class Box
 public:
     void add(const Vector3d& point) noexcept
     {
-        m_vLow = m_bEmpty
-                     ? point
-                     : Vector3d{std::min(m_vLow.x, point.x), std::min(m_vLow.y, point.y), std::min(m_vLow.z, point.z)};
-        m_vHigh = m_bEmpty ? point
-                           : Vector3d{std::max(m_vHigh.x, point.x), std::max(m_vHigh.y, point.y),
-                                      std::max(m_vHigh.z, point.z)};
-        m_bEmpty = false;
+        m_vLow = {std::min(m_vLow.x, point.x), std::min(m_vLow.y, point.y), std::min(m_vLow.z, point.z)};
+        m_vHigh = {std::max(m_vHigh.x, point.x), std::max(m_vHigh.y, point.y), std::max(m_vHigh.z, point.z)};
     }
 
-    [[nodiscard]] bool isEmpty() const noexcept { return m_bEmpty; }
+    [[nodiscard]] bool isEmpty() const noexcept { return m_vLow.x > m_vHigh.x; }
     [[nodiscard]] const Vector3d& getLow() const noexcept { return m_vLow; }
     [[nodiscard]] const Vector3d& getHigh() const noexcept { return m_vHigh; }
     /// 0 of an empty box.
-    [[nodiscard]] double getDiagonal() const noexcept { return (m_vHigh - m_vLow).length(); }
+    [[nodiscard]] double getDiagonal() const noexcept { return isEmpty() ? 0.0 : (m_vHigh - m_vLow).length(); }
     [[nodiscard]] Vector3d getCorner(unsigned int index) const noexcept
     {
         return {(index & 1U) != 0 ? m_vHigh.x : m_vLow.x, (index & 2U) != 0 ? m_vHigh.y : m_vLow.y,
@@ -34,8 +30,8 @@ public:
     static constexpr unsigned int cornerCount = 8;
 
 private:
-    Vector3d m_vLow;
-    Vector3d m_vHigh;
-    bool m_bEmpty = true;
+    static constexpr double none = std::numeric_limits<double>::infinity();
+    Vector3d m_vLow{none, none, none};
+    Vector3d m_vHigh{-none, -none, -none};
 };
 }  // namespace TW2::convert

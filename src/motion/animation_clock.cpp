@@ -71,7 +71,7 @@ bool TW_ClockWalk::next() noexcept
 {
     m_dTravelled += std::abs(m_dTo - m_dFrom);
     m_dFrom = m_dTo = m_moment.m_dFrame;
-    m_bSeam = m_bPassingOn = false;
+    m_bPassingOn = false;
     if (m_dLeft <= 0.0 || m_bFinished)
     {
         return false;
@@ -100,7 +100,6 @@ void TW_ClockWalk::goForward() noexcept
     }
     m_dTo = m_course.m_dEndFrame;
     m_dLeft -= m_dTo - m_dFrom;
-    m_bSeam = true;
     if (isLast() || m_course.m_dEndFrame <= 0.0)
     {
         m_moment.m_dFrame = m_dTo;
@@ -131,7 +130,6 @@ void TW_ClockWalk::goBackward() noexcept
     }
     m_moment.m_dFrame = m_dTo = begin;
     m_dLeft -= m_dFrom - m_dTo;
-    m_bSeam = true;
     if (isLast() || m_course.m_dEndFrame <= 0.0)
     {
         m_bFinished = true;

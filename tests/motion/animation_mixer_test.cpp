@@ -261,6 +261,12 @@ TEST_F(AnimationMixer, WhatEndsFadesOutBeforeItsEndAndGoes)
         EXPECT_EQ(heard, each.m_szHeard);
         EXPECT_FALSE(mixer.isPlaying(played));
     }
+    const auto leaving = mixer.play("wave", {.layer = layer, .fadeOut = 0.3f});
+    mixer.update(0.5);
+    mixer.play("walk", {.fade = 2.0f, .layer = layer});
+    mixer.update(0.3);
+    mixer.update(0.1);
+    EXPECT_NEAR(mixer.getWeight(leaving), 0.8f, 1e-3f) << "what already leaves does not hurry at its end";
     const auto held = mixer.play("wave", {.layer = layer});
     mixer.update(30.0);
     EXPECT_TRUE(mixer.isFinished(held));

@@ -247,6 +247,11 @@ TEST(ObjectAnimationMeshes, NamesFindTheFirstMeshExactlyOrWithoutRegardToCase)
     EXPECT_EQ(object->getTotalMeshes(), 4u);
     EXPECT_EQ(object->getMeshByName("foot"), added);
     EXPECT_EQ(object->getMeshTransforms().getCount(), 4u);
+    P_TransformBlock own;
+    own.append(*added);
+    const P_VirtualObject stranger(1);
+    EXPECT_EQ(object->getMeshIndex(added), 3) << "what a host keeps in a block of its own";
+    EXPECT_EQ(object->getMeshIndex(&stranger), -1);
 }
 
 TEST(ObjectAnimationMeshes, AnInstanceSharesGeometryAndHasItsOwnPlace)

@@ -10,7 +10,6 @@
 #include <cctype>
 #include <cmath>
 #include <string>
-#include <utility>
 
 namespace TW2::viewer
 {
@@ -30,6 +29,7 @@ void ViewWindow::handleMouse()
     const float height = m_free.m_fHeight;
     OrbitCamera& camera = m_viewer.getCamera();
     const bool shift = io.KeyShift;
+    m_bDragged &= !ImGui::IsMouseClicked(ImGuiMouseButton_Left);
     const bool reaches = io.KeyCtrl && m_viewer.getReaching().getTarget();
     if (ImGui::IsMouseDragging(ImGuiMouseButton_Left) && reaches)
     {
@@ -52,7 +52,7 @@ void ViewWindow::handleMouse()
     {
         camera.zoom(std::pow(0.88F, io.MouseWheel));
     }
-    if (ImGui::IsMouseReleased(ImGuiMouseButton_Left) && !std::exchange(m_bDragged, false))
+    if (ImGui::IsMouseReleased(ImGuiMouseButton_Left) && !m_bDragged)
     {
         m_viewer.pick(2.0F * (io.MousePos.x - m_free.m_fLeft) / m_free.m_fWidth - 1.0F,
                       1.0F - 2.0F * (io.MousePos.y - m_free.m_fTop) / m_free.m_fHeight);

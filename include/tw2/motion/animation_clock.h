@@ -58,9 +58,8 @@ public:
     [[nodiscard]] double getFrom() const noexcept { return m_dFrom; }
     /// Frame at which the piece ends; below `getFrom` when the clock runs backwards.
     [[nodiscard]] double getTo() const noexcept { return m_dTo; }
-    /// Whether it arrives at where one loop becomes the next, or at the end of an animation that stops there.
-    [[nodiscard]] bool isAtSeam() const noexcept { return m_bSeam; }
-    /// Whether the animation goes on there, so that what stands on the other side of the seam is reached as well.
+    /// Whether it arrives at where one loop becomes the next and the animation goes on there, so that what stands on
+    /// the other side of the seam is reached as well.
     [[nodiscard]] bool isPassingOn() const noexcept { return m_bPassingOn; }
     /// Frames from the step's beginning to the piece's.
     [[nodiscard]] double getTravelled() const noexcept { return m_dTravelled; }
@@ -85,7 +84,6 @@ private:
     double m_dLeft;  // frames, above 0
     bool m_bBackward;
     bool m_bFinished = false;
-    bool m_bSeam = false;
     bool m_bPassingOn = false;
     double m_dFrom = 0.0;
     double m_dTo = 0.0;
