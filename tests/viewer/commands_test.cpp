@@ -62,7 +62,16 @@ std::vector<std::string> describe(const Viewer& viewer)
     add("crowd", viewer.getCrowd().getCount());
     add("azimuth", viewer.getCamera().m_fAzimuth);
     add("elevation", viewer.getCamera().m_fElevation);
-    add("mixer", viewer.getMixer().isOn());
+    const TW2::viewer::MixerPlayback& mixer = viewer.getMixer();
+    add("mixer", mixer.isOn());
+    add("fades", mixer.getFade());
+    add("in step", mixer.isInStep());
+    add("travels", mixer.isTravelling());
+    add("reaches", std::to_string(static_cast<int>(viewer.getReaching().getKind())) + " " +
+                       std::to_string(viewer.getReaching().getBone()));
+    add("plants", viewer.getPlanting().getWeight());
+    add("rises", viewer.getSlope().m_fDegrees);
+    add("towards", viewer.getSlope().m_fTowards);
     for (const std::string& line : TW2::viewer::describeSettings(viewer))
     {
         lines.push_back(line);
@@ -83,7 +92,7 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
     const std::vector<Case> cases{
         {{}, ""},
         {{"clip sprout_dance"}, "slot0 2 x 1.00"},
-        {{"clip \"sprout_dance\""}, "slot0 2 x 1.00"},
+        {{"", "  clip   \"sprout_dance\" "}, "slot0 2 x 1.00"},
         {{"next"}, "slot0 2 x 1.00"},
         {{"next", "next"}, "slot0 0 x 1.00"},
         {{"previous"}, "slot0 0 x 1.00"},
@@ -99,9 +108,11 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
         {{"freeze"}, "frozen 1"},
         {{"freeze", "frozen 0.25"}, "frozen 0.25"},
         {{"freeze", "frozen 7"}, "frozen 1"},
+        {{"freeze", "frozen -1"}, ""},
         {{"freeze", "fade 0"}, ""},
         {{"group 3 sprout_dance"}, "group 3 2"},
         {{"group stalk5 0", "group 2 1"}, "group 2 1"},
+        {{"group 3 2", "ungroup"}, ""},
         {{"play"}, "playing 1"},
         {{"play on"}, "playing 1"},
         {{"play", "play"}, ""},
@@ -116,6 +127,7 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
         {{"loop off", "seek 2", "step 1"}, "frame 60, loop 0, loop off"},
         {{"speed -0.5"}, "speed -0.5, speed -0.500000"},
         {{"speed 99"}, "speed 10, speed 10.000000"},
+        {{"speed -99"}, "speed -10, speed -10.000000"},
         {{"show mesh"}, "show mesh off"},
         {{"show skeleton on"}, "show skeleton on"},
         {{"show skeleton", "show skeleton"}, ""},
@@ -129,6 +141,7 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
         {{"bone stalk5"}, "bone 5"},
         {{"bone 4", "bone none"}, ""},
         {{"crowd 3"}, "crowd 3"},
+        {{"crowd 3", "crowd -5"}, ""},
         {{"look back"}, "azimuth 180, elevation 0"},
         {{"look left"}, "azimuth -90, elevation 0"},
         {{"look right"}, "azimuth 90, elevation 0"},
@@ -136,9 +149,22 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
         {{"look front", "look corner"}, ""},
         {{"orbit 20 -5"}, "azimuth 55, elevation 7"},
         {{"orbit 200 90"}, "azimuth -125, elevation 89"},
+        {{"orbit 0 -500"}, "elevation -89"},
         {{"mixer on"}, "mixer 1"},
         {{"blend 1 2", "freeze", "group 3 2", "mixer on"}, "mixer 1"},
         {{"mixer on", "mixer"}, ""},
+        {{"blend 0 1 0.5", "mixer on"}, "mixer 1"},
+        {{"mix-fade 11"}, "fades 10"},
+        {{"mix-fade -1"}, "fades 0"},
+        {{"in-step"}, "in step 1"},
+        {{"travel"}, "travels 0"},
+        {{"reach look 3"}, "reaches 1 3"},
+        {{"bone 4", "reach chain"}, "bone 4, reaches 3 4"},
+        {{"reach chain 5", "reach none"}, ""},
+        {{"plant-weight -1"}, "plants 0"},
+        {{"plant-weight 0", "plant-weight 7"}, ""},
+        {{"slope -45 90"}, "rises -45, towards 90"},
+        {{"slope 45 70", "slope 3"}, "rises 3, towards 70"},
     };
     for (const Case& each : cases)
     {

@@ -294,6 +294,10 @@ TEST_F(ViewerMotion, EventsAreToldAsTheyPassNewestFirst)
     EXPECT_NEAR(events[2].m_dSeconds, 0.25, 1e-6);
     pass(20.0, 200);
     EXPECT_EQ(events.size(), 8U) << "old ones are forgotten";
+    run({"mixer off", "clip walk", "mixer on"});
+    pass(0.5);
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_NEAR(events[0].m_dSeconds, 0.25, 1e-6) << "counted anew";
 }
 
 TEST_F(ViewerMotion, TravelCarriesTheObjectAndTheEyeGoesAlong)
@@ -390,8 +394,9 @@ TEST_F(ViewerMotion, AReachTakesAsManyBonesAsItIsTold)
         const char* m_szLine;
         std::size_t m_uiFirst;  // bone that moves
     };
-    for (const Case& each : {Case{"reach chain bone5", 1}, Case{"reach chain bone5 3", 3},
-                             Case{"reach chain bone4 2", 3}, Case{"reach two-bones bone4", 2}})
+    for (const Case& each :
+         {Case{"reach chain bone5", 1}, Case{"reach chain bone5 3", 3}, Case{"reach chain bone4 2", 3},
+          Case{"reach two-bones bone4", 2}, Case{"reach look bone5", 4}})
     {
         run({each.m_szLine, "target 2 1 2"});
         m_viewer.update(0.0);
@@ -438,7 +443,8 @@ TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)
     expectRefused({{"mix walk", "the mixer is off"},
                    {"home", "the mixer is off"},
                    {"reach look", "pick the bone"},
-                   {"reach two-bones bone1", "\"bone1\" has 1 bones above it"},
+                   {"reach two-bones bone1", "\"bone1\" has 1 bones above it; to reach it needs 2"},
+                   {"reach chain bone0", "\"bone0\" has 0 bones above it; to reach it needs 1"},
                    {"target eye", "no bone looks"},
                    {"move-target 1 0", "nothing reaches"},
                    {"forward up", "none of: x, -x"},
@@ -447,6 +453,7 @@ TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)
                    {"leg bone2", "\"bone0\" hangs under no bone"},
                    {"leg bone3 bone2", "a bone between"},
                    {"leg bone3 bone5", "\"bone3\" does not hang under \"bone5\""},
+                   {"slope -50", "0 to 45 degrees"},
                    {"slope 50", "0 to 45 degrees"}});
     run({"mixer on"});
     expectRefused({{"blend 1 wave", "the mixer plays"},
@@ -456,6 +463,11 @@ TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)
                    {"add-layer replace nose", "no bone \"nose\""},
                    {"add-layer replace bonne1", "no bone \"bonne1\"; like it: bone0, bone1,"},
                    {"add-layer replace bone1 -1", "0 or more bones"}});
+    run({"add-layer replace"});
+    expectRefused({{"unmix 0", "there are layers 1 to 1, not 0"},
+                   {"layer-weight 0 1", "there are layers 1 to 1, not 0"},
+                   {"layer-weight 2 1", "there are layers 1 to 1, not 2"},
+                   {"mix walk -1", "there are layers 0 to 1, not -1"}});
 }
 
 TEST_F(ViewerMotion, ALoadedFileBeginsWithoutMixerAndReach)
@@ -486,10 +498,11 @@ protected:
             files->writeScript();
             const std::string folder = files->getDirectory().getPath().string() + "/";
             const bool isNear = files == &m_near;
-            script += std::string(isNear ? "near" : "far") + "\n{\n    geometry { exportdata \"" + folder +
-                      "geometry.tw\" distance " + (isNear ? "40" : "400") + " }\n";
-            script += "    animation { index 0 name rest filename \"" + folder + "animation1.tw\" }\n";
-            script += "    animation { index 1 name walk filename \"" + folder + "animation2.tw\" }\n}\n";
+            std::string block = std::string(isNear ? "near" : "far") + "\n{\n    geometry { exportdata \"" + folder +
+                                "geometry.tw\" distance " + (isNear ? "40" : "400") + " }\n";
+            block += "    animation { index 0 name rest filename \"" + folder + "animation1.tw\" }\n";
+            block += "    animation { index 1 name walk filename \"" + folder + "animation2.tw\" }\n}\n";
+            script = block + script;  // the order in which they stand does not matter
         }
         m_viewer.open(m_near.getDirectory().write("levels.script", script));
     }
@@ -508,6 +521,12 @@ protected:
 
 TEST_F(ViewerLevels, LevelsOfAnObjectWithoutSkinAreChosenByDistanceOrByHand)
 {
+    std::string choices;
+    for (const auto& choice : m_viewer.getObject()->getChoices())
+    {
+        choices += choice.m_strName + "; ";
+    }
+    EXPECT_EQ(choices, "near (levels of detail); far; near; ");
     EXPECT_EQ(m_viewer.getObject()->getChoice().m_strName, "near (levels of detail)");
     ASSERT_EQ(m_viewer.getObject()->getLevelCount(), 2);
     EXPECT_EQ(usedLevel(), 0);
@@ -520,6 +539,7 @@ TEST_F(ViewerLevels, LevelsOfAnObjectWithoutSkinAreChosenByDistanceOrByHand)
     EXPECT_EQ(usedLevel(), 1);
     EXPECT_EQ(m_viewer.getObject()->getDrawn().getTotalMeshes(), 4U) << "what is shown is what is drawn";
     EXPECT_EQ(support::complaintOf<Failure>([this] { run("level 2"); }), "there are levels 0 to 1, not 2");
+    EXPECT_EQ(support::complaintOf<Failure>([this] { run("level -2"); }), "there are levels 0 to 1, not -2");
     run("reload");
     EXPECT_EQ(usedLevel(), 1) << "the same after another file";
     EXPECT_EQ(m_viewer.getLevel(), 1);
@@ -529,6 +549,10 @@ TEST_F(ViewerLevels, LevelsOfAnObjectWithoutSkinAreChosenByDistanceOrByHand)
     EXPECT_NE(makeRenderCommand(m_viewer, 8, 8).find(" --levels near,far "), std::string::npos);
     run("zoom 10");
     EXPECT_EQ(usedLevel(), 1) << "by distance again";
+    run("crowd 1");
+    const float spacing = std::abs(m_viewer.getCrowd().getCopies()[0]->getPosition().x);
+    run("reload");
+    EXPECT_EQ(std::abs(m_viewer.getCrowd().getCopies()[0]->getPosition().x), spacing) << "room for the nearest level";
     run("level 0");
     run("object far");
     EXPECT_EQ(m_viewer.getObject()->getLevelCount(), 1);

@@ -124,14 +124,18 @@ TEST_F(PlaybackTest, StepsFromWholeFrameToWholeFrame)
         int m_iSteps;
         double m_dTo;
     };
-    for (const Case& each : {Case{4.0, 1, 5.0}, Case{4.4, 1, 5.0}, Case{4.4, -1, 4.0}, Case{4.0, -1, 3.0},
-                             Case{0.0, -1, 59.0}, Case{59.0, 1, 0.0}})
+    for (const Case& each :
+         {Case{4.0, 1, 5.0}, Case{4.4, 1, 5.0}, Case{4.4, -1, 4.0}, Case{4.0, -1, 3.0}, Case{3.9999, 1, 5.0},
+          Case{4.0001, -1, 3.0}, Case{0.0, -1, 59.0}, Case{59.0, 1, 0.0}, Case{1.0, -65, 56.0}})
     {
         m_playback.seek(each.m_dFrom / 30.0);
         m_playback.step(each.m_iSteps);
         EXPECT_NEAR(m_playback.getFrame(), each.m_dTo, 1e-6) << each.m_dFrom << " + " << each.m_iSteps;
         EXPECT_FALSE(m_playback.isPlaying());
     }
+    m_playback.setClip(0);
+    m_playback.step(1);
+    EXPECT_EQ(m_playback.getTime(), 0.0) << "a frame alone is followed by none";
 }
 
 TEST_F(PlaybackTest, BlendsByWeightsWhateverTheirSum)

@@ -95,6 +95,20 @@ TEST(OrbitCamera, StopsBeforeThePolesAndAtTheEndsOfItsRange)
     EXPECT_FLOAT_EQ(orbit.m_fDistance, 1e-3F);
     orbit.zoom(1e9F);
     EXPECT_FLOAT_EQ(orbit.m_fDistance, 1e3F);
+    const std::array<M_Vector3Template<float>, 2> ends{M_Vector3Template<float>{0, 0, 0}, {0, 30, 40}};
+    orbit.frame(ends, 1.0F);
+    P_Camera camera;
+    orbit.apply(camera, 1.0F);
+    EXPECT_LT(camera.getNearDistance(), 0.03F * orbit.m_fDistance);
+    EXPECT_GT(camera.getNearDistance(), 0.01F * orbit.m_fDistance);
+    const auto far = orbit.m_vTarget + (orbit.m_vTarget - orbit.getEye()).normalized() * 500.0F;
+    EXPECT_LE((M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix()).projectPoint(far).z,
+              1.0F);
+    for (const auto& [factor, distance] : {std::pair(1e-9F, 0.05F), {1e9F, 5e4F}})
+    {
+        orbit.zoom(factor);
+        EXPECT_FLOAT_EQ(orbit.m_fDistance, distance) << "parts of the size, 50";
+    }
 }
 
 TEST(Viewer, ABrokenFileIsToldAndTheOldObjectPlaysOn)
@@ -106,8 +120,28 @@ TEST(Viewer, ABrokenFileIsToldAndTheOldObjectPlaysOn)
     EXPECT_THROW(viewer.open(broken), S_Exception);
     ASSERT_NE(viewer.getObject(), nullptr);
     EXPECT_EQ(viewer.getPlayback().getMainAnimation(), 2);
+    EXPECT_EQ(viewer.getLoadCount(), 1U);
     viewer.update(0.25);
     EXPECT_NEAR(viewer.getPlayback().getTime(), 0.75, 1e-9);
+    for (const auto& [text, said] :
+         {std::pair("", "the script has no blocks"),
+          {"skin { geometry { exportdata a.tw skindata a.skd } }", "a skin, but no skeleton for it"}})
+    {
+        const std::string file = folder.write("poor.script", std::string_view(text));
+        EXPECT_NE(support::complaintOf<Failure>([&] { viewer.open(file); }).find(said), std::string::npos) << text;
+    }
+}
+
+TEST(Viewer, WhatHasNoAnimationStandsThere)
+{
+    support::ObjectFiles files;
+    files.addMesh("stone", "", M_Matrix4x3Template<float>::translation({0, 5, 0}));
+    Showing viewer({"crowd 2", "seek 1", "step 1", "play", "freeze", "fade"}, files.writeScript());
+    viewer.update(1.0);
+    EXPECT_EQ(viewer.getPlayback().getTime(), 0.0);
+    EXPECT_EQ(viewer.getObject()->getObject().getMesh(0)->getMatrix().getTranslation().y, 5.0F);
+    EXPECT_EQ(support::complaintOf<Failure>([&] { execute(viewer, "next"); }), "there are no animations");
+    EXPECT_TRUE(TW2::viewer::sampleCurves(*viewer.getObject(), 0, -1).isEmpty());
 }
 
 TEST(FileWatch, LooksIntoTheFoldersBelowAndForgetsThoseOfOtherFiles)
@@ -161,6 +195,7 @@ TEST(Viewer, LoadsAChangedFileAgainAndKeepsWhatIsShown)
     EXPECT_NEAR(viewer.getPlayback().getTime(), 0.5, 1e-9);
     EXPECT_EQ(viewer.getPickedBone(), 4);
     EXPECT_EQ(viewer.getCrowd().getCount(), 3U);
+    EXPECT_EQ(viewer.getLoadCount(), 2U);
 
     fs::resize_file(folder.getPath() / "sprout_dance.tw", 40);
     EXPECT_THROW(execute(viewer, "reload"), S_Exception);
@@ -182,7 +217,8 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
          {Case{"dance", "no command \"dance\"; there are: open"}, Case{"clip", "it is: clip NAME"},
           Case{"clip walk", "sprout_dance"}, Case{"seek soon", "\"soon\" is not a number"},
           Case{"show teeth", "skeleton"}, Case{"show grid maybe", "off, on, toggle"},
-          Case{"bone head", "no bone \"head\""}, Case{"crowd 20000", "0 to 10000"}, Case{"surface gold", "weights"},
+          Case{"bone head", "no bone \"head\""}, Case{"crowd 10001", "0 to 10000"}, Case{"surface gold", "weights"},
+          Case{"object leaf", "there is no object \"leaf\""}, Case{"blend 3 2", "slots 0 to 2, not 3"},
           Case{"step 1.5", "not a whole number"}, Case{"step 1e10", "not a whole number"},
           Case{"seek 12x", "\"12x\" is not a number"}, Case{"seek nan", "not a number"},
           Case{"seek inf", "not a number"}, Case{"blend 1 2 -1", "0 or more"}})
@@ -245,7 +281,9 @@ TEST(Viewer, ACrowdFillsASquareBehindTheObjectAndIsPosedLaterAndLater)
     // One and a fifth of the object's longer side on the ground, or of a quarter of its height.
     const auto size = bounds.m_vMaximum - bounds.m_vMinimum;
     const float spacing = 1.2F * std::max({size.x, size.z, 0.25F * size.y});
+    const float distance = viewer.getCamera().m_fDistance;
     viewer.run({"crowd 24", "seek 0.3"});
+    EXPECT_GT(viewer.getCamera().m_fDistance, 2.0F * distance) << "all of it is looked at";
     std::set<std::pair<long, long>> places{{0, 0}};
     for (const auto& copy : viewer.getCrowd().getCopies())
     {
@@ -262,8 +300,86 @@ TEST(Viewer, ACrowdFillsASquareBehindTheObjectAndIsPosedLaterAndLater)
     TW2::TW_VirtualObject& object = viewer.getObject()->getObject();
     const auto first = object.getMesh(5)->getMatrix();
     EXPECT_NE(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), first);
-    object.animateObject(1, static_cast<float>(0.3 + 0.137), nullptr);
-    EXPECT_EQ(viewer.getCrowd().getCopies()[0]->getMesh(5)->getMatrix(), object.getMesh(5)->getMatrix());
+    for (const std::size_t i : {0U, 1U, 9U})
+    {
+        object.animateObject(1, static_cast<float>(std::fmod(0.3 + 0.137 * static_cast<double>(i + 1), 2.0)), nullptr);
+        EXPECT_LT(
+            support::getDifference(support::takePose(*viewer.getCrowd().getCopies()[i]), support::takePose(object)),
+            1e-5F)
+            << i;
+    }
+}
+
+TEST(Crowd, TellsWhatABoneCostsAsAMeanOfTheLastPictures)
+{
+    TW2::viewer::Crowd crowd;
+    crowd.addCost(1e-6, 2e-6, 10);
+    for (const auto& [pose, frame, both] : {std::tuple(100.0, 200.0, 3e-3), {105.0, 200.0, 3.05e-3}})
+    {
+        EXPECT_NEAR(crowd.getCost().m_dPoseNanosecondsPerBone, pose, 1e-6);
+        EXPECT_NEAR(crowd.getCost().m_dFrameNanosecondsPerBone, frame, 1e-6);
+        EXPECT_NEAR(crowd.getCost().m_dMilliseconds, both, 1e-9);
+        crowd.addCost(2e-6, 2e-6, 10);
+    }
+    const auto weigh = [](const char* line)
+    { return static_cast<double>(Showing({line}).getCrowd().getCost().m_uiBytesPerCopy); };
+    const double few = weigh("crowd 20");
+    EXPECT_NEAR(weigh("crowd 80"), few, 0.5 * few);
+}
+
+TEST(Viewer, AMovingObjectIsLookedAtWithAllThatItsClipComesTo)
+{
+    for (const char* side : {"look front", "look left", "look top"})
+    {
+        // Twelve moments of the clip are looked at: the same ones from a quarter of it on.
+        const OrbitCamera first = Showing({"clip sprout_sway", "seek 0", side}).getCamera();
+        const OrbitCamera later = Showing({"clip sprout_sway", "seek 0.5", side}).getCamera();
+        EXPECT_LT((first.getEye() - later.getEye()).length(), 1e-4F) << side;
+    }
+}
+
+TEST(Viewer, WhatTracksHideIsNeitherShownNorPickedNorGivenRoomUnlessTheyAreOff)
+{
+    using Vector = M_Vector3Template<float>;
+    support::ObjectFiles files;
+    TW2::MeshChunk mesh = support::makeMesh("left");
+    const std::array<Vector, 3> corners{Vector{-2, 0, 0}, Vector{0, 3, 0}, Vector{2, 0, 0}};
+    mesh.editVertices().positions.assign(corners.begin(), corners.end());
+    files.addMesh(mesh);
+    mesh.name = "right";
+    mesh.transform.setTranslation({6, 0, 0});
+    files.addMesh(mesh);
+    TW2::KeyframeAnimationChunk track = support::makeTrack("right", 0.0F);
+    track.keys.assign(1, {0, mesh.transform});
+    track.visibilityKeys = {{0, -1.0F}, {10, 1.0F}};
+    files.addAnimation(0, {track});
+    const auto write = [&files](const char* distance)
+    {
+        files.writeScript("linear", std::string("distance ") + distance + "\n");
+        return files.getDirectory().read("object.txt");
+    };
+    const std::string script = files.getDirectory().write("two.script", write("100") + "far_" + write("400"));
+    for (const char* choice : {"object", "object (levels of detail)"})
+    {
+        Showing viewer({"look front", "crowd 1"}, script, choice);
+        const TW2::TW_VirtualObject& copy = *viewer.getCrowd().getCopies()[0];
+        EXPECT_NEAR(std::abs(copy.getPosition().x), 1.2F * 4.0F, 1e-3F) << "as wide as what is seen at first";
+        std::string seen;
+        for (const char* line : {"seek 0.2", "seek 0.8", "seek 0.2", "show visibility off", "show visibility on"})
+        {
+            viewer.run({line});
+            P_Camera camera;
+            viewer.getCamera().apply(camera, 4.0F / 3.0F);
+            const Vector place = (M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix())
+                                     .projectPoint({6, 2, 0});
+            viewer.pick(place.x, place.y);
+            seen += viewer.getObject()->getDrawn().getMesh(1)->isEnabled() ? "shown " : "hidden ";
+            seen += copy.getMesh(1)->isEnabled() ? "copied " : "";
+            seen += viewer.getPickedBone() == 1 ? "picked, " : "missed, ";
+        }
+        EXPECT_EQ(seen, "hidden missed, shown copied picked, hidden missed, shown copied picked, hidden missed, ")
+            << choice;
+    }
 }
 
 TEST(Viewer, ACrowdFillsThePictureWithTheBoxesOfItsCopies)
@@ -474,6 +590,7 @@ TEST(KeyCurves, AnglesMakeTheMatrixAgainAndDoNotJump)
     {
         // Twice about z; about y straight up and beyond, turned about x.
         wheel.keys.push_back({frame, support::rotation(0.0, 0.0, 1.0, frame * quarter / 3.0)});
+        wheel.keys.back().matrix.setTranslation({0.1F * static_cast<float>(frame), 3.0F, -1.0F});
         upright.keys.push_back(
             {frame, support::rotation(1.0, 0.0, 0.0, 0.5) * support::rotation(0.0, 1.0, 0.0, frame * quarter / 12.0)});
     }
@@ -493,7 +610,8 @@ TEST(KeyCurves, AnglesMakeTheMatrixAgainAndDoNotJump)
                 const double angle = static_cast<double>(curves.m_aValues[axis + 3][frame]) * quarter / 90.0;
                 return support::rotation(axis == 0, axis == 1, axis == 2, angle);
             };
-            const Matrix made = about(0) * about(1) * about(2);
+            Matrix made = about(0) * about(1) * about(2);
+            made.setTranslation({curves.m_aValues[0][frame], curves.m_aValues[1][frame], curves.m_aValues[2][frame]});
             EXPECT_LT(support::getDifference({made}, {keys[frame].matrix}), 0.002F) << bone << " at " << frame;
         }
     }
@@ -563,6 +681,11 @@ TEST(SceneView, TellsTheRendererWhatIsToBeShown)
     EXPECT_FALSE(view.m_shadow) << "of nothing";
     EXPECT_TRUE(view.m_bHighlight);
     EXPECT_EQ(view.m_pPickedMesh, nullptr) << "the skin has the surfaces";
+    TW2::viewer::Shown bare =
+        TW2::viewer::makeShown(object.getObject(), object.getSkeleton(), object.getSkeleton(), extent, {});
+    EXPECT_EQ(makeView(show, bare).m_pPickedMesh, nullptr);
+    bare.m_iPickedBone = 2;
+    EXPECT_EQ(makeView(show, bare).m_pPickedMesh, object.getSkeleton().getMesh(2));
     show.m_eSurface = View::Surface::Normals;
     EXPECT_FALSE(makeView(show, shown).m_bHighlight) << "colours say something else";
 
@@ -581,5 +704,6 @@ TEST(SceneView, TellsTheRendererWhatIsToBeShown)
     shown.add(extent.getRest(), {100.0F, 0.0F, 0.0F});
     EXPECT_EQ(shown.m_around.m_vMaximum.x, 100.0F + extent.getRest().m_vMaximum.x);
     EXPECT_GT(shown.m_casters.m_vMaximum.x, shown.m_around.m_vMaximum.x) << "what is moved throws its shadow, too";
+    EXPECT_LT(shown.m_casters.m_vMinimum.y, shown.m_around.m_vMinimum.y);
 }
 }  // namespace
