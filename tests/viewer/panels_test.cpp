@@ -1,6 +1,7 @@
 #include "viewer/window/panels.h"
 
 #include "tests/support/character_files.h"
+#include "tests/support/material_records.h"
 #include "tests/viewer/hand.h"
 #include "viewer/commands.h"
 #include "viewer/key_curves.h"
@@ -389,6 +390,58 @@ TEST_F(PanelsTest, LeaveThePictureFreeAndLetErrorsBeClosed)
         hand.click(0.5F * width, y);
     }
     EXPECT_EQ(hand.m_messages.m_strError, "");
+
+    const auto count = [&hand](ImU32 color)
+    {
+        hand.click(1.0F, 1.0F);
+        return Hand::countLetters(color);
+    };
+    constexpr ImU32 white = IM_COL32(255, 255, 255, 255);
+    const int before = count(white);
+    hand.m_messages = {"It is broken.", "It is written.", "It is being done.", 0.5F};
+    EXPECT_EQ(count(IM_COL32(255, 140, 102, 255)), 11);
+    EXPECT_EQ(count(white) - before, 12 + 14 + 3 + 10) << "note, progress, its part, button";
+}
+
+TEST_F(PanelsTest, ShowOnlyWhatAnObjectHas)
+{
+    support::TextureFolder pictures;
+    pictures.add({"wave0.png", "wave1.png"});
+    m_files.m_materials.texturePath = pictures.getDirectory().getPath().string().c_str();
+    support::fillTexture(m_files.m_materials.materials[0].accessDiffuseTexture(), "wave", {"wave0.png", "wave1.png"});
+    m_files.m_skinKeys = "distance 40";
+    const std::string script = m_files.write();
+    const auto readWith = [this](const std::vector<const char*>& lines)
+    {
+        run(lines);
+        return read(m_viewer);
+    };
+    m_viewer.open(script, "skeleton");
+    const std::string bare = readWith({"play off", "bone 0", "surface weights"});
+    m_viewer.open(script);
+    const std::string skinned = readWith({"bone 0"});
+    EXPECT_EQ(findNew(bare, skinned), "{ object: skeleton }\n[x] visibility tracks\n");
+    EXPECT_EQ(findNew(skinned, bare), R"({ object: skin (levels of detail) }
+{ by distance } level
+[x] texture wave
+### Materials (2) ###
+material0
+   layers
+material1
+   layers
+)");
+    const std::string changed = readWith({"level 1", "texture wave off", "bone none", "play on", "speed 0"});
+    const std::string news = findNew(changed, skinned);
+    EXPECT_TRUE(news.starts_with("{ 1 } level\n[ ] texture wave\n")) << news;
+    EXPECT_NE(news.find("Pick a bone to see how much it moves.\n"), std::string::npos) << news;
+    EXPECT_NE(findNew(skinned, changed).find("red: the bone alone, green: half, blue: not at all\n"),
+              std::string::npos);
+    EXPECT_NE(skinned.find("[ Play ]"), std::string::npos);
+    const std::string asked = sweep(m_viewer);
+    for (const char* line : {"level auto\n", "level 0\n", "texture \"wave\" on\n"})
+    {
+        EXPECT_NE(asked.find(line), std::string::npos) << line << asked;
+    }
 }
 
 TEST_F(PanelsTest, UnfoldWhatACommandHasTurnedOn)

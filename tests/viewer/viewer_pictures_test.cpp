@@ -1,14 +1,23 @@
 #include "render/picture_target.h"
 #include "render/scene_renderer.h"
+#include "tests/support/temporary_directory.h"
 #include "tests/support/with_driver.h"
 #include "tests/viewer/showing.h"
 #include "viewer/commands.h"
+#include "viewer/pictures.h"
+#include "viewer/render_command.h"
 #include "viewer/viewer.h"
 
+#include <tw2/io/light_chunks.h>
+#include <tw2/light/light_animation_chunks.h>
+
 #include <platform/image/image.h>
+#include <platform/runtime/memory_file_writer.h>
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <numeric>
 #include <vector>
 
 namespace
@@ -93,5 +102,43 @@ TEST_F(ViewerPictures, EveryWayOfShowingChangesThePicture)
         EXPECT_TRUE(draw({line}) != plain) << line;
     }
     EXPECT_TRUE(draw({"surface weights", "bone 6"}) != draw({"surface weights", "bone 1"}));
+    EXPECT_TRUE(draw({"show mesh off", "reach look 4", "target 0.3 2 0"}) != draw({"show mesh off"})) << "a cross";
+}
+
+TEST_F(ViewerPictures, TheLightsOfTheFilesShineWithTheClockUntilTheyAreHidden)
+{
+    TW2::DirectionalLightChunk sun;
+    sun.name = "sun";
+    sun.brightness = 1.0F;
+    TW2::DirectionalLightAnimationChunk dawn;
+    dawn.header = {"sun", 10, false};
+    dawn.totalFrameCount = 21;
+    dawn.colorKeys = {{0, {0, 0, 0}}, {20, {200, 200, 200}}};
+    S_MemoryFileWriter writer;
+    writer << sun << dawn;
+    const support::TemporaryDirectory folder;
+    std::filesystem::copy(TW2_SAMPLE, folder.getPath(), std::filesystem::copy_options::recursive);
+    folder.write("sun.tw", writer.getBytes());
+    const std::string script =
+        folder.write("lit.script", folder.read("sprout.script") + "sky { geometry { exportdata \"sun.tw\" } }\n");
+    TW2::render::SceneRenderer renderer;
+    const TW2::render::PictureTarget target(32, 32, 1);
+    target.bind();
+    const auto measure = [&](std::vector<std::string> lines)
+    {
+        lines.insert(lines.begin(), {"show studio-lights off", "look front"});
+        support::Showing viewer(lines, script);
+        EXPECT_EQ(makeRenderCommand(viewer, 8, 8).find(" --file-lights") == std::string::npos, lines.size() > 3);
+        // A picture of another size leaves the target bound.
+        EXPECT_EQ(TW2::viewer::takePicture(viewer, renderer, 48, 48).getWidth(), 48U);
+        viewer.draw(renderer, 32, 32);
+        const G_Image image = target.read();
+        return std::accumulate(image.getPixels(), image.getPixels() + image.getSize(), 0);
+    };
+    const int night = measure({"seek 0"});
+    const int noon = measure({"seek 2"});
+    EXPECT_GT(noon, night + 1000);
+    EXPECT_NEAR(measure({"seek 1"}), (night + noon) / 2, (noon - night) / 4);
+    EXPECT_NEAR(measure({"seek 2", "show file-lights off"}), night, (noon - night) / 10);
 }
 }  // namespace
