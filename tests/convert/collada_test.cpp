@@ -285,6 +285,10 @@ TEST(Collada, AnimationsAreOneClipUnlessTheFileArrangesThem)
     EXPECT_DOUBLE_EQ(one.m_vecClips[0].m_dDuration, 2.0);
 
     EXPECT_TRUE(ClipSampler(one, one.m_vecClips[0]).findJumps(0).empty());
+    EXPECT_THAT(readCollada(makeCollada(makeAnimation("arm/turn.ANGLE", "BSPLINE", "0 9 3") +
+                                        makeAnimation("lens/xfov", "LINEAR", "0 9 3")))
+                    .m_vecWarnings,
+                testing::ElementsAre(testing::HasSubstr("keys of kind BSPLINE"), testing::HasSubstr("\"lens/xfov\"")));
 
     const std::string turn = makeAnimation("arm/turn.ANGLE", "STEP", "0 90 30");
     const std::size_t at = turn.find("id='") + 4;
@@ -528,7 +532,8 @@ namespace
 {
 /// A triangle with the material "cloth", and one without. Beside the file lies a picture, "flag.png".
 Model readCloth(const std::string& shader, const std::string& parameters = {},
-                const std::string& image = "<init_from>flag.png</init_from>")
+                const std::string& image = "<init_from>flag.png</init_from>", const std::string& instance = {},
+                const std::string& material = {})
 {
     const support::TemporaryDirectory directory;
     directory.write("flag.png", G_Image(2, 2).encodePNG());
@@ -536,18 +541,97 @@ Model readCloth(const std::string& shader, const std::string& parameters = {},
         "<library_images><image id='i'>" + image + "</image></library_images><library_effects>" +
         "<effect id='fx'><profile_COMMON>" + parameters + "<technique>" + shader +
         "</technique></profile_COMMON></effect></library_effects>"
-        "<library_materials><material id='m' name='cloth'><instance_effect url='#fx'/></material></library_materials>"
-        "<library_geometries><geometry id='g'><mesh>" +
-        makeSource("gp", floats("0 0 0 4 0 0 4 4 0"), 3) +
+        "<library_materials><material id='m' name='cloth'><instance_effect url='#fx'/>" +
+        material + "</material></library_materials><library_geometries><geometry id='g'><mesh>" +
+        makeSource("gp", floats("0 0 0 4 0 0 4 4 0"), 3) + makeSource("gu", floats("0 0 1 0 1 1"), 2) +
         "<vertices id='gv'><input semantic='POSITION' source='#gp'/></vertices><triangles material='m' count='1'>"
-        "<input semantic='VERTEX' source='#gv' offset='0'/><p>0 1 2</p></triangles><triangles count='1'>"
+        "<input semantic='VERTEX' source='#gv' offset='0'/><input semantic='TEXCOORD' source='#gu' offset='0' set='3'/>"
+        "<input semantic='TEXCOORD' source='#gu' offset='0' set='5'/><p>0 1 2</p></triangles><triangles count='1'>"
         "<input semantic='VERTEX' source='#gv' offset='0'/><p>0 2 1</p></triangles></mesh></geometry>"
         "</library_geometries>";
     // Some programs write a reference's letters by their numbers.
-    const std::string text = makeCollada({}, libraries, "<node><instance_geometry url='#%67'/></node>");
+    const std::string text =
+        makeCollada({}, libraries, "<node><instance_geometry url='#%67'>" + instance + "</instance_geometry></node>");
     return TW2::convert::readModel(directory.write("cloth.dae", text), {});
 }
 }  // namespace
+
+TEST(Collada, ASurfaceIsWhatItsShaderSays)
+{
+    struct Case
+    {
+        std::string m_strShader;
+        std::string m_strExpected;
+        std::string m_strParameters = {};
+        std::string m_strMaterial = {};
+    };
+    const auto color = [](const std::string& name, const std::string& rgb)
+    { return "<" + name + "><color>" + rgb + " 1</color></" + name + ">"; };
+    const auto map = [](const std::string& name, const std::string& picture)
+    { return "<" + name + "><texture texture='" + picture + "'/></" + name + ">"; };
+    const auto extra = [](const std::string& says)
+    { return "<extra><technique profile='x'>" + says + "</technique></extra>"; };
+    const std::string gray = "diffuse 204 204 204";
+    const std::string rest = ", specular 0 0 0, emissive 0 0 0, shininess 0, opacity 1";
+    const std::string glow = color("emission", "0.2 0.4 0.6");
+    for (const Case& each :
+         {Case{glow, gray + rest},  // of no shader
+          Case{"<phong>" + color("diffuse", "1 0.8 0.4") + color("specular", "0.4 0.6 0.8") +
+                   "<shininess><float>20</float></shininess>" + glow + "</phong>",
+               "diffuse 255 204 102, specular 102 153 204, emissive 51 102 153, shininess 20, opacity 1"},
+          Case{"<blinn><diffuse><param ref='p'/></diffuse></blinn>", "diffuse 51 0 255" + rest,
+               "<newparam sid='q'><float4>0 0 0 0</float4></newparam><newparam sid='p'><float4>0.2 0 1 "
+               "1</float4></newparam>"},
+          Case{"<constant>" + glow + "</constant>", "diffuse 51 102 153" + rest + ", unlit"},
+          Case{"<constant>" + map("emission", "i") + "</constant>",
+               "diffuse 255 255 255" + rest + ", unlit, diffuse map"},
+          Case{"<constant>" + color("diffuse", "1 0 0") + glow + "</constant>",
+               "diffuse 255 0 0, specular 0 0 0, emissive 51 102 153, shininess 0, opacity 1, unlit"},
+          Case{"<lambert>" + map("emission", "i") + "</lambert>",
+               gray + ", specular 0 0 0, emissive 255 255 255, shininess 0, opacity 1, emissive map"},
+          Case{"<lambert>" + map("diffuse", "i") + map("specular", "i") + map("ambient", "j") + map("reflective", "j") +
+                   "</lambert>",
+               "diffuse 255 255 255" + rest + ", diffuse map; the map of its ambient colour; the reflection map"},
+          Case{"<lambert/>" + extra("<bump/>"), gray + rest + "; the bump map"},
+          Case{"<lambert/>", gray + rest + "; the bump map", extra("<bump/>")},
+          Case{"<lambert/>", gray + rest + ", of two sides", extra("<double_sided>1</double_sided>")},
+          Case{"<lambert/>", gray + rest + ", of two sides", "", extra("<double_sided>1</double_sided>")},
+          Case{"<lambert/>", gray + rest, "", extra("<double_sided>0</double_sided>")}})
+    {
+        EXPECT_EQ(describeSurface(readCloth(each.m_strShader, each.m_strParameters, "<init_from>flag.png</init_from>",
+                                            "", each.m_strMaterial)),
+                  each.m_strExpected)
+            << each.m_strShader << each.m_strParameters;
+    }
+    // Which of the mesh's coordinates a picture lies at, is said where the mesh is shown.
+    const std::string bound =
+        "<bind_material><technique_common><instance_material symbol='other' target='#x'/>"
+        "<instance_material symbol='m' target='#m'><bind_vertex_input semantic='low' input_set='3'/>"
+        "<bind_vertex_input semantic='high' input_set='5'/></instance_material></technique_common>"
+        "</bind_material>";
+    for (const auto& [name, set] : {std::pair("low", 0), {"high", 1}, {"none", 0}})
+    {
+        for (const auto& [word, wrap] : {std::pair("MIRROR", TW2::convert::Wrap::Mirror),
+                                         {"BORDER", TW2::convert::Wrap::Clamp},
+                                         {"NONE", TW2::convert::Wrap::Clamp},
+                                         {"WRAP", TW2::convert::Wrap::Repeat}})
+        {
+            const std::string filter = set > 0 ? "NEAREST" : "LINEAR";
+            const TW2::convert::Texture texture =
+                readCloth(
+                    std::string("<phong><diffuse><texture texture='s' texcoord='") + name + "'/></diffuse></phong>",
+                    std::string("<newparam sid='s'><samplerRECT><instance_image url='#i'/><wrap_s>") + word +
+                        "</wrap_s><magfilter>" + filter + "</magfilter></samplerRECT></newparam>",
+                    "<init_from>flag.png</init_from>", bound)
+                    .m_vecSurfaces.at(0)
+                    .m_diffuseTexture;
+            EXPECT_TRUE(texture.isUsed());
+            EXPECT_EQ(texture.m_iSet, set) << name;
+            EXPECT_EQ(texture.m_eWrapU, wrap) << word;
+            EXPECT_EQ(texture.m_bCoarse, set > 0);
+        }
+    }
+}
 
 TEST(Collada, HowClearASurfaceIsStandsInOneOfFourWays)
 {
@@ -644,6 +728,16 @@ TEST(Collada, DamageIsToldWithItsPlace)
         const char* m_szSaid;
     };
     const std::string keys = makeAnimation("arm/turn.ANGLE", "LINEAR", "0 90 30");
+    const std::string vertex = "<input semantic='VERTEX' source='#gv' offset='0'/>";
+    const auto geometry = [](const std::string& kind, const std::string& says)
+    {
+        return makeCollada({},
+                           "<library_geometries><geometry id='g'><mesh>" +
+                               makeSource("gp", floats("0 0 0 1 0 0 0 1 0"), 3) +
+                               "<vertices id='gv'><input semantic='POSITION' source='#gp'/></vertices><" + kind + ">" +
+                               says + "</" + kind + "></mesh></geometry></library_geometries>",
+                           "<node><instance_geometry url='#g'/></node>");
+    };
     std::string cut = makeCollada(keys);
     cut.resize(cut.size() - 20);
     for (const Case& each :
@@ -652,11 +746,11 @@ TEST(Collada, DamageIsToldWithItsPlace)
           Case{makeCollada(makeAnimation("arm/turn.ANGLE", "LINEAR", "0 1,2,3 4")), "found \"1,2,3\""},
           Case{cut, "is no XML"}, Case{makeCollada(makeAnimation("arm/turn.Q", "LINEAR", "0 9 3")), "arm/turn.Q"},
           Case{makeCollada(makeAnimation("hand/matrix(9)(9)", "LINEAR", "0 9 3")), "target"},
-          Case{makeCollada({},
-                           "<library_geometries><geometry id='g'><mesh><vertices id='v'/><triangles><p>0 1 2</p>"
-                           "</triangles></mesh></geometry></library_geometries>",
-                           "<node><instance_geometry url='#g'/></node>"),
-               "an input VERTEX"},
+          Case{geometry("triangles", "<p>0 1 2</p>"), "an input VERTEX"},
+          Case{geometry("triangles", vertex + "<p>0 1 3</p>"), "found number 3 of 3"},
+          Case{geometry("triangles", vertex + "<p>0 1 -1</p>"), "numbers of corners"},
+          Case{geometry("polylist", vertex + "<vcount>3 1</vcount><p>0 1 2</p>"), "as many corners as vcount says"},
+          Case{makeCollada({}, {}, "<node><translate>1 2</translate></node>"), "3 numbers, found 2"},
           Case{"<x/>", "is no COLLADA"}})
     {
         EXPECT_THAT(support::complaintOf([&each] { (void)readCollada(each.m_strText); }),

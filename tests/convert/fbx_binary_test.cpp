@@ -73,23 +73,47 @@ public:
             m_content += words;
         };
     }
+    /// Packed where `packs` says so.
     template <typename T>
-    std::function<void()> list(char type, const std::vector<T>& numbers)
+    std::function<void()> list(char type, const std::vector<T>& numbers, bool packs = false)
     {
-        return [this, type, numbers]
+        return [this, type, numbers, packs]
         {
+            const std::size_t begin = m_content.size();
+            std::ranges::for_each(numbers, [this](T number) { addNumber(number); });
+            const std::string bytes = packs ? pack(m_content.substr(begin)) : m_content.substr(begin);
+            m_content.resize(begin);
             m_content += type;
-            for (const std::size_t head : {numbers.size(), std::size_t{0}, numbers.size() * sizeof(T)})
+            for (const std::size_t head : {numbers.size(), std::size_t{packs}, bytes.size()})
             {
                 addNumber(static_cast<std::uint32_t>(head));
             }
-            std::ranges::for_each(numbers, [this](T number) { addNumber(number); });
+            m_content += bytes;
         };
     }
 
     [[nodiscard]] const std::string& getContent() const { return m_content; }
 
 private:
+    /// As one piece that deflate stores as it is.
+    static std::string pack(const std::string& bytes)
+    {
+        const auto size = static_cast<char>(bytes.size());
+        std::uint32_t low = 1;
+        std::uint32_t high = 0;
+        for (const char byte : bytes)
+        {
+            low = (low + static_cast<unsigned char>(byte)) % 65521;
+            high = (high + low) % 65521;
+        }
+        std::string packed = std::string("\x78\x01\x01", 3) + size + '\0' + static_cast<char>(~size) + '\xFF' + bytes;
+        for (const std::uint32_t sum : {high >> 8U, high, low >> 8U, low})
+        {
+            packed += static_cast<char>(sum);
+        }
+        return packed;
+    }
+
     [[nodiscard]] std::size_t offsetSize() const { return m_bWide ? 8 : 4; }
 
     void addOffset(std::size_t offset)
@@ -115,7 +139,7 @@ TEST(BinaryFbx, NumbersOfEverySizeAndByteOrderAreRead)
 {
     for (const std::uint32_t version : {7400U, 7500U})
     {
-        for (const bool lowestLast : {false, true})
+        for (const auto& [lowestLast, packs] : {std::pair(false, false), {true, false}, {false, true}, {true, true}})
         {
             BinaryFbx file(version, lowestLast);
             const auto link = [&file](std::int64_t from, std::int64_t to) {
@@ -123,26 +147,29 @@ TEST(BinaryFbx, NumbersOfEverySizeAndByteOrderAreRead)
             };
             file.add("FBXHeaderExtension", {},
                      [&] { file.add("FBXVersion", {file.value('I', static_cast<std::int32_t>(version))}); });
-            file.add("Objects", {},
-                     [&]
-                     {
-                         file.add("Geometry", {file.value('L', std::int64_t{20}), file.text(""), file.text("Mesh")},
-                                  [&]
-                                  {
-                                      file.add("Vertices", {file.list<double>('d', {0, 0, 0, 1, 0, 0, 0, 2.5, 0})});
-                                      file.add("PolygonVertexIndex", {file.list<std::int32_t>('i', {0, 1, -3})});
-                                  });
-                         const auto property = [&]
-                         {
-                             const std::string name = "Lcl Translation";
-                             file.add("P", {file.text(name), file.text(name), file.text(""), file.text("A"),
-                                            file.value('D', 1.25), file.value('F', -2.5F),
-                                            file.value('Y', std::int16_t{-300})});
-                         };
-                         file.add("Model",
-                                  {file.value('L', std::int64_t{1} << 40), file.text("shown"), file.text("Mesh")},
-                                  [&] { file.add("Properties70", {}, property); });
-                     });
+            file.add(
+                "Objects", {},
+                [&, packs = packs]
+                {
+                    file.add("Geometry", {file.value('L', std::int64_t{20}), file.text(""), file.text("Mesh")},
+                             [&]
+                             {
+                                 file.add("Vertices",
+                                          {packs ? file.list<float>('f', {0, 0, 0, 1, 0, 0, 0, 2.5F, 0}, true)
+                                                 : file.list<double>('d', {0, 0, 0, 1, 0, 0, 0, 2.5, 0})});
+                                 file.add("PolygonVertexIndex", {packs ? file.list<std::int64_t>('l', {0, 1, -3}, true)
+                                                                       : file.list<std::int32_t>('i', {0, 1, -3})});
+                             });
+                    const auto property = [&]
+                    {
+                        const std::string name = "Lcl Translation";
+                        file.add("P",
+                                 {file.text(name), file.text(name), file.text(""), file.text("A"),
+                                  file.value('D', 1.25), file.value('F', -2.5F), file.value('Y', std::int16_t{-300})});
+                    };
+                    file.add("Model", {file.value('L', std::int64_t{1} << 40), file.text("shown"), file.text("Mesh")},
+                             [&] { file.add("Properties70", {}, property); });
+                });
             file.add("Connections", {},
                      [&]
                      {
@@ -156,8 +183,9 @@ TEST(BinaryFbx, NumbersOfEverySizeAndByteOrderAreRead)
             EXPECT_LT(largestDifference(model.m_vecNodes[0].m_local, move(1.25, -2.5, 300.0)), 1e-12);
             ASSERT_EQ(model.m_vecMeshes.size(), 1U);
             EXPECT_EQ(model.m_vecMeshes[0].m_vecIndices.size(), 3U);
-            EXPECT_TRUE(std::ranges::any_of(model.m_vecMeshes[0].m_vecPositions,
-                                            [](const auto& position) { return position.y == 2.5F; }));
+            using TW2::convert::Vector3;
+            EXPECT_THAT(model.m_vecMeshes[0].m_vecPositions,
+                        testing::ElementsAre(Vector3(0, 0, 0), Vector3(1, 0, 0), Vector3(0, 2.5F, 0)));
         }
     }
 }

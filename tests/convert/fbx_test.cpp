@@ -1,6 +1,8 @@
 #include "tests/convert/fbx_builder.h"
 #include "tests/support/expectations.h"
 
+#include <platform/image/image.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -262,32 +264,6 @@ Model readMaterial(const std::string& properties, const std::vector<std::string>
     }
     return readFbx(make(fbx));
 }
-
-/// What a surface says, colours from 0 to 255.
-std::string describe(const Model& model)
-{
-    const TW2::convert::Surface& surface = model.m_vecSurfaces.at(0);
-    std::ostringstream text;
-    text << std::setprecision(4);
-    for (const auto& [name, color] : {std::pair("diffuse", surface.m_diffuse),
-                                      {", specular", surface.m_specular},
-                                      {", emissive", surface.m_emissive}})
-    {
-        text << name << ' ' << color.red << ' ' << color.green << ' ' << color.blue;
-    }
-    text << ", shininess " << surface.m_fShininess << ", opacity " << surface.m_fOpacity;
-    for (const auto& [name, texture] : {std::pair("diffuse", &surface.m_diffuseTexture),
-                                        {"opacity", &surface.m_opacityTexture},
-                                        {"emissive", &surface.m_emissiveTexture}})
-    {
-        text << (texture->isUsed() ? std::string(", ") + name + " map" : "");
-    }
-    for (const std::string& warning : model.m_vecWarnings)
-    {
-        text << "; " << warning.substr(warning.rfind(": ") + 2);
-    }
-    return text.str();
-}
 }  // namespace
 
 TEST(Fbx, ASurfaceIsWhatItsPropertiesAndMapsSay)
@@ -343,7 +319,7 @@ TEST(Fbx, ASurfaceIsWhatItsPropertiesAndMapsSay)
     }
     for (const Case& each : cases)
     {
-        EXPECT_EQ(describe(readMaterial(each.m_strProperties, each.m_vecMaps)), each.m_strExpected)
+        EXPECT_EQ(describeSurface(readMaterial(each.m_strProperties, each.m_vecMaps)), each.m_strExpected)
             << each.m_strProperties << testing::PrintToString(each.m_vecMaps);
     }
 }
@@ -364,6 +340,114 @@ TEST(Fbx, PicturesInTheFileLieAsTheFileSays)
 			P: "Rotation", "Vector", "", "A",0,0,9)");
     EXPECT_EQ(other.m_vecSurfaces.at(0).m_diffuseTexture.m_eWrapV, TW2::convert::Wrap::Clamp);
     EXPECT_THAT(other.m_vecWarnings, testing::ElementsAre(testing::HasSubstr("the rotation of its texture")));
+}
+
+TEST(Fbx, WhatAModelIsSeenWithoutIsTold)
+{
+    struct Case
+    {
+        std::string m_strObjects;
+        std::string m_strLinks;
+        std::vector<std::string> m_vecTold;
+    };
+    const auto skin = [](const std::string& kind)
+    { return "\tDeformer: 30, \"Deformer::\", \"Skin\" { SkinningType: \"" + kind + "\" }\n"; };
+    const std::string straight = "mesh \"shown\": bones pull at it straight";
+    const std::string toMesh = "\tC: \"OO\",30,20\n";
+    const std::string cluster = "\tDeformer: 31, \"SubDeformer::lost\", \"Cluster\" {\n";
+    for (const auto& [objects, links, told] :
+         {Case{skin("Linear"), toMesh, {}}, Case{skin("DualQuaternion"), toMesh, {straight}},
+          Case{skin("Blend"), toMesh, {straight}},
+          Case{"\tDeformer: 30, \"Deformer::\", \"BlendShape\" { }\n",
+               toMesh,
+               {"mesh \"shown\": left out: morph targets"}},
+          Case{skin("") + cluster + "Indexes: *1 { a: 1 }\nWeights: *1 { a: 1 }\n}\n",
+               toMesh + "\tC: \"OO\",31,30\n",
+               {"mesh \"shown\": bone \"lost\" is no node"}},
+          Case{skin("") + cluster + "}\n", toMesh + "\tC: \"OO\",31,30\n", {}},
+          Case{"\tGeometry: 32, \"Geometry::\", \"NurbsCurve\" { }\n",
+               "\tC: \"OO\",32,21\n",
+               {"node \"shown\": left out: its NurbsCurve"}},
+          Case{
+              "\tGeometry: 32, \"Geometry::\", \"Mesh\" { Vertices: *6 { a: 0,0,0,1,0,0 }\nPolygonVertexIndex: *2 { a: "
+              "0,-2 }\nShape: \"smile\" { } }\n",
+              "\tC: \"OO\",32,21\n",
+              {"morph targets", "what consists of points and lines"}},
+          Case{makeNode(33, "X", 0, 0, 0),
+               "\tC: \"OO\",33,11\n\tC: \"OP\",33,2, \"Visibility\"\n",
+               {"clip \"wave\": the animation of \"Visibility\" is left out"}},
+          Case{makeNode(33, "X", 0, 0, 0),
+               "\tC: \"OO\",33,11\n\tC: \"OP\",33,20, \"DeformPercent\"\n",
+               {"clip \"wave\": morph animation is left out"}}})
+    {
+        const Model model =
+            readFbx(make({.m_strObjects = makeTriangle() + "\tModel: 21, \"Model::shown\", \"Mesh\" { }\n" + objects,
+                          .m_strLinks = "\tC: \"OO\",21,0\n\tC: \"OO\",20,21\n" + links}));
+        std::vector<testing::Matcher<std::string>> matchers(told.begin(), told.end());
+        std::ranges::transform(told, matchers.begin(),
+                               [](const std::string& text) { return testing::HasSubstr(text); });
+        EXPECT_THAT(model.m_vecWarnings, testing::ElementsAreArray(matchers)) << objects;
+        ASSERT_EQ(model.m_vecMeshes.size(), 1U);
+        EXPECT_EQ(model.m_vecMeshes[0].m_vecIndices.size(), 3U);
+        EXPECT_EQ(model.m_vecMeshes[0].m_strName, "shown");
+    }
+}
+
+TEST(Fbx, WhatObjectsDoNotSayIsTheirKindsTemplates)
+{
+    // Values that are not there are none; texture coordinates are called by the name of their set.
+    std::string text = make({.m_strObjects = R"(	Geometry: 20, "Geometry::", "Mesh" {
+		Vertices: *9 { a: 0,0,0,1,0,0,0,1,0 }
+		PolygonVertexIndex: *3 { a: 0,1,-3 }
+		LayerElementUV: 0 { Name: "first" }
+		LayerElementUV: 1 {
+			Name: "second"
+			MappingInformationType: "ByPolygonVertex"
+			UV: *4 { a: 0.25,0.5,0.75,1 }
+			UVIndex: *2 { a: 1,2 }
+		}
+	}
+	Model: 21, "Model::shown", "Mesh" { }
+	Material: 22, "Material::", "" { Properties70: { P: "Shininess", "Number", "", "A",7 } }
+	Texture: 24, "Texture::", "" { Properties70: { P: "UVSet", "KString", "", "", "second" }
+		RelativeFilename: "gone.tga"
+		FileName: "flag.png"
+	}
+	Texture: 26, "Texture::", "" { }
+	Video: 25, "Video::", "Clip" { RelativeFilename: "flag.png" }
+)",
+                             .m_strLinks = R"(	C: "OO",21,0
+	C: "OO",20,21
+	C: "OO",22,21
+	C: "OP",24,22, "DiffuseColor"
+	C: "OP",26,22, "EmissiveColor"
+	C: "OO",25,26
+)"});
+    text.insert(text.find("Objects:"), R"(Definitions:  {
+	ObjectType: "Model" { PropertyTemplate: "FbxNode" { Properties70: {
+		P: "Lcl Translation", "Lcl Translation", "", "A",4,5,6 } } }
+	ObjectType: "Material" { PropertyTemplate: "FbxSurfacePhong" { Properties70: {
+		P: "Shininess", "Number", "", "A",9
+		P: "Opacity", "Number", "", "A",0.5 } } }
+	ObjectType: "Texture" { PropertyTemplate: "FbxFileTexture" { Properties70: {
+		P: "WrapModeV", "enum", "", "",1 } } }
+}
+)");
+    const support::TemporaryDirectory directory;
+    directory.write("flag.png", G_Image(2, 2).encodePNG());
+    const Model model = TW2::convert::readModel(directory.write("wave.fbx", text), {});
+    EXPECT_EQ(model.m_vecNodes.at(2).m_local.getTranslation(), Vector3d(4, 5, -6));
+    EXPECT_EQ(describeSurface(model),
+              "diffuse 255 255 255, specular 0 0 0, emissive 255 255 255, shininess 7, opacity "
+              "0.5, diffuse map, emissive map");
+    EXPECT_EQ(model.m_vecSurfaces[0].m_diffuseTexture.m_iSet, 1);
+    EXPECT_EQ(model.m_vecSurfaces[0].m_diffuseTexture.m_eWrapU, TW2::convert::Wrap::Repeat);
+    EXPECT_EQ(model.m_vecSurfaces[0].m_diffuseTexture.m_eWrapV, TW2::convert::Wrap::Clamp);
+    const Mesh& mesh = model.m_vecMeshes.at(0);
+    ASSERT_EQ(mesh.m_vecCoordinates.size(), 2U);
+    const TW2::convert::Vector3 none;
+    EXPECT_THAT(mesh.m_vecCoordinates[0], testing::ElementsAre(none, none, none));
+    EXPECT_THAT(mesh.m_vecCoordinates[1], testing::ElementsAre(TW2::convert::Vector3(0.75F, 0.0F, 0.0F), none, none));
 }
 
 TEST(Fbx, DamageIsToldWithItsPlace)

@@ -149,6 +149,33 @@ inline std::string describeStage(const Model& model)
     return text.str();
 }
 
+/// A surface of a model, with colours from 0 to 255, and what it is seen without.
+inline std::string describeSurface(const Model& model, std::size_t index = 0)
+{
+    const TW2::convert::Surface& surface = model.m_vecSurfaces.at(index);
+    std::ostringstream text;
+    text << std::setprecision(4);
+    for (const auto& [name, color] : {std::pair("diffuse", surface.m_diffuse),
+                                      {", specular", surface.m_specular},
+                                      {", emissive", surface.m_emissive}})
+    {
+        text << name << ' ' << color.red << ' ' << color.green << ' ' << color.blue;
+    }
+    text << ", shininess " << surface.m_fShininess << ", opacity " << surface.m_fOpacity
+         << (surface.m_bUnlit ? ", unlit" : "") << (surface.m_bTwoSided ? ", of two sides" : "");
+    for (const auto& [name, texture] : {std::pair("diffuse", &surface.m_diffuseTexture),
+                                        {"opacity", &surface.m_opacityTexture},
+                                        {"emissive", &surface.m_emissiveTexture}})
+    {
+        text << (texture->isUsed() ? std::string(", ") + name + " map" : "");
+    }
+    for (const std::string& warning : model.m_vecWarnings)
+    {
+        text << "; " << warning.substr(warning.rfind(": ") + 2);
+    }
+    return text.str();
+}
+
 /// Infinite where a number is none.
 inline double largestDifference(const Matrixd& a, const Matrixd& b)
 {
