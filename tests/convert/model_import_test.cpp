@@ -6,6 +6,8 @@
 #include "tests/support/expectations.h"
 #include "tests/support/temporary_directory.h"
 
+#include <platform/image/image.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -106,6 +108,18 @@ TEST(AssimpFiles, ACameraSeesAsWideAndAsFarAsTheFileSays)
 	}
 	*CAMERA_SETTINGS { *CAMERA_NEAR 2.0 *CAMERA_FAR 50.0 *CAMERA_FOV 1.0471976 *CAMERA_TDIST 10.0 }
 }
+*LIGHTOBJECT {
+	*NODE_NAME "lamp"
+	*LIGHT_TYPE Omni
+	*NODE_TM { *NODE_NAME "lamp" *TM_ROW0 1.0 0.0 0.0 *TM_ROW1 0.0 1.0 0.0 *TM_ROW2 0.0 0.0 1.0 *TM_ROW3 0.0 0.0 0.0 }
+	*LIGHT_SETTINGS { *LIGHT_COLOR 1.0 0.5 0.25 *LIGHT_INTENS 2.0 }
+}
+*LIGHTOBJECT {
+	*NODE_NAME "beam"
+	*LIGHT_TYPE Target
+	*NODE_TM { *NODE_NAME "beam" *TM_ROW0 1.0 0.0 0.0 *TM_ROW1 0.0 1.0 0.0 *TM_ROW2 0.0 0.0 1.0 *TM_ROW3 0.0 0.0 0.0 }
+	*LIGHT_SETTINGS { *LIGHT_COLOR 0.5 0.5 1.0 *LIGHT_INTENS 1.0 *LIGHT_HOTSPOT 30.0 *LIGHT_FALLOFF 50.0 }
+}
 *GEOMOBJECT {
 	*NODE_NAME "wall"
 	*MESH {
@@ -116,11 +130,40 @@ TEST(AssimpFiles, ACameraSeesAsWideAndAsFarAsTheFileSays)
 	}
 }
 )");
-    ASSERT_EQ(model.m_vecCameras.size(), 1U);
-    EXPECT_NEAR(model.m_vecCameras[0].m_fHorizontalAngle, 60.0F, 1e-3F);
-    EXPECT_EQ(model.m_vecCameras[0].m_fNear, 2.0F);
-    EXPECT_EQ(model.m_vecCameras[0].m_fFar, 50.0F);
-    EXPECT_EQ(model.m_vecCameras[0].m_iNode, static_cast<int>(findNode(model, "eye")));
+    EXPECT_EQ(describeStage(model),
+              "camera of 4 along 0 0 1: 60 from 2 to 50; point of 2 along 0 0 -1: 255 127.5 63.75 "
+              "times 2 up to 100; spot of 3 along 0 0 -1: 127.5 127.5 255 times 1 up to 100 in 30 "
+              "to 50");
+}
+
+TEST(AssimpFiles, ASurfaceIsWhatItsMaterialAndMapsSay)
+{
+    const support::TemporaryDirectory directory;
+    directory.write("flag.png", G_Image(2, 2).encodePNG());
+    for (const auto& [material, expected] :
+         {std::pair(
+              "Kd 1 0.6 0.2\nKs 0.4 0.8 1\nKe 0 0.2 0.6\nNs 10\nd 0.5\nillum 2\nmap_Ka flag.png\nmap_Ks "
+              "flag.png\nmap_Ns flag.png\nbump flag.png\nnorm flag.png\ndisp flag.png\n",
+              "diffuse 255 153 51, specular 102 204 255, emissive 0 51 153, shininess 10, opacity 0.5; the normal "
+              "map; the bump map; the map of its highlights; the map of its shininess; the map of its ambient "
+              "colour; the displacement map"),
+          {"Kd 1 0.6 0.2\nillum 0\nmap_Kd -clamp on flag.png\nmap_d flag.png\nmap_Ke flag.png\n",
+           "diffuse 255 153 51, specular 0 0 0, emissive 255 255 255, shininess 0, opacity 1, unlit, diffuse map, "
+           "opacity map, emissive map"},
+          {"Kd 1 0.6 0.2\nmap_Kd gone.png\nd 0\n",
+           "diffuse 255 153 51, specular 0 0 0, emissive 0 0 0, shininess 0, opacity 1; was not found; is fully "
+           "transparent in the file, taken as opaque"}})
+    {
+        directory.write("flag.mtl", std::string("newmtl cloth\n") + material);
+        const Model model =
+            TW2::convert::readModel(directory.write("flag.obj",
+                                                    "mtllib flag.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nusemtl cloth\n"
+                                                    "f 1/1 2/1 3/1\n"),
+                                    {});
+        EXPECT_EQ(describeSurface(model, 1), expected);
+        const bool ends = model.m_vecSurfaces[1].m_diffuseTexture.m_eWrapU == TW2::convert::Wrap::Clamp;
+        EXPECT_EQ(ends, std::string(material).find("clamp") != std::string::npos);
+    }
 }
 
 TEST(AssimpFiles, SkinAndMotionOfAnXFileAreThoseOfItsNodesAndOthersAreTold)
