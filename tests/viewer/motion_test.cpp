@@ -18,9 +18,7 @@
 #include <cmath>
 #include <fstream>
 #include <functional>
-#include <initializer_list>
 #include <iterator>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -562,75 +560,5 @@ TEST_F(ViewerLevels, LevelsOfAnObjectWithoutSkinAreChosenByDistanceOrByHand)
     EXPECT_EQ(m_viewer.getObject()->getLevelCount(), 2);
     execute(m_viewer, "open \"" + script + "\" near");
     EXPECT_EQ(m_viewer.getObject()->getChoice().m_strName, "near");
-}
-
-/// What a viewer shows of a chain of two bones, of which the upper one is hidden from 0.5 s to the end at 1 s.
-class ViewerVisibility : public testing::Test
-{
-protected:
-    ViewerVisibility()
-    {
-        TW2::KeyframeAnimationChunk track = support::makeTrack("bone1", 0.0f, 31, 30);
-        track.header.looping = true;
-        track.visibilityKeys = {{0, 1.0f}, {14, 1.0f}, {15, -1.0f}, {30, -1.0f}};
-        m_files.addAnimation(0, {track}, "name blink");
-        m_files.addMotion(1, 31, "name steady");
-        const std::string single = m_files.writeScript();
-        const std::string folder = m_files.getDirectory().getPath().string() + "/";
-        const std::string body = "{\n    geometry { exportdata \"" + folder + "geometry.tw\" distance 40 }\n" +
-                                 "    animation { index 0 filename \"" + folder + "animation1.tw\" }\n}\n";
-        m_mapScripts[false] = single;
-        m_mapScripts[true] = m_files.getDirectory().write("levels.script", "near\n" + body + "far\n" + body);
-    }
-
-    MovingFiles m_files{2};
-    std::map<bool, std::string> m_mapScripts;
-};
-
-TEST_F(ViewerVisibility, HidesOnEveryCopyAndLevelWhatTheTracksHideUntilItIsTurnedOff)
-{
-    for (const auto& [leveled, script] : m_mapScripts)
-    {
-        Viewer viewer;
-        viewer.open(script);
-        viewer.getPlayback().setPlaying(false);
-        ASSERT_EQ(viewer.getObject()->getLevelCount(), leveled ? 2 : 1);
-        // One letter a body: the object, then its copies, each 0.137 s ahead of the one before.
-        const auto look = [&viewer](std::initializer_list<const char*> lines)
-        {
-            for (const char* line : lines)
-            {
-                execute(viewer, line);
-            }
-            viewer.update(0.0);
-            std::string shown;
-            const auto add = [&shown](TW2::TW_VirtualObject& object)
-            {
-                auto* const levels = dynamic_cast<TW2::TW_ObjectAnimationLODs*>(&object);
-                bool any = false;
-                bool all = true;
-                for (int i = 0; i < (levels ? levels->getLevelCount() : 1); ++i)
-                {
-                    TW2::TW_VirtualObject& part = levels ? *levels->getLODObject(i) : object;
-                    EXPECT_TRUE(part.getMesh(0)->isEnabled()) << "a bone without a track";
-                    any |= part.getMesh(1)->isEnabled();
-                    all &= part.getMesh(1)->isEnabled();
-                }
-                EXPECT_EQ(any, all) << "levels are alike";
-                shown += any ? '+' : '-';
-            };
-            add(viewer.getObject()->getObject());
-            for (const auto& copy : viewer.getCrowd().getCopies())
-            {
-                add(*copy);
-            }
-            return shown;
-        };
-        EXPECT_EQ(look({"clip 0", "seek 0.2"}), "+");
-        EXPECT_EQ(look({"seek 0.7"}), "-");
-        EXPECT_EQ(look({"seek 0.2", "crowd 6"}), "+++---+") << "each at its own time";
-        EXPECT_EQ(look({"show visibility off", "seek 0.7"}), "+++++++");
-        EXPECT_EQ(look({"show visibility on"}), "---+++-");
-    }
 }
 }  // namespace
