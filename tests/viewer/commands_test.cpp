@@ -183,6 +183,12 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
             changed += before[i] == after[i] ? "" : (changed.empty() ? "" : ", ") + after[i];
         }
         EXPECT_EQ(changed, each.m_szChanged) << lines;
+        Viewer other;
+        for (const std::string& line : describeSettings(viewer))
+        {
+            execute(other, line);
+        }
+        EXPECT_EQ(describeSettings(other), describeSettings(viewer)) << "settings bring back what was shown";
     }
 }
 

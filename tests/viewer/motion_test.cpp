@@ -519,12 +519,6 @@ protected:
 
 TEST_F(ViewerLevels, LevelsOfAnObjectWithoutSkinAreChosenByDistanceOrByHand)
 {
-    std::string choices;
-    for (const auto& choice : m_viewer.getObject()->getChoices())
-    {
-        choices += choice.m_strName + "; ";
-    }
-    EXPECT_EQ(choices, "near (levels of detail); far; near; ");
     EXPECT_EQ(m_viewer.getObject()->getChoice().m_strName, "near (levels of detail)");
     ASSERT_EQ(m_viewer.getObject()->getLevelCount(), 2);
     EXPECT_EQ(usedLevel(), 0);
