@@ -163,10 +163,14 @@ TEST(FileWatch, LooksIntoTheFoldersBelowAndForgetsThoseOfOtherFiles)
     EXPECT_FALSE(isTold());
     write("one/textures/leaf", "yellow");
     EXPECT_TRUE(isTold());
+    const auto time = fs::last_write_time(script);
+    write("one/a.script", "longer");
+    fs::last_write_time(script, time);
+    EXPECT_TRUE(isTold()) << "as old as before, but longer";
     write("two/b.script", "longer");
     EXPECT_FALSE(isTold()) << "nobody looks there";
     watch.watch({other});
-    write("one/a.script", "longer");
+    write("one/a.script", "longest");
     EXPECT_FALSE(isTold()) << "nobody looks there any more";
     write("two/b.script", "longest");
     EXPECT_TRUE(isTold());
@@ -224,9 +228,9 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
           Case{"show teeth", "skeleton"}, Case{"show grid maybe", "off, on, toggle"},
           Case{"bone head", "no bone \"head\""}, Case{"crowd 10001", "0 to 10000"}, Case{"surface gold", "weights"},
           Case{"object leaf", "there is no object \"leaf\""}, Case{"blend 3 2", "slots 0 to 2, not 3"},
-          Case{"step 1.5", "not a whole number"}, Case{"step 1e10", "not a whole number"},
-          Case{"seek 12x", "\"12x\" is not a number"}, Case{"seek nan", "not a number"},
-          Case{"seek inf", "not a number"}, Case{"blend 1 2 -1", "0 or more"}})
+          Case{"blend -1 2", "slots 0 to 2, not -1"}, Case{"step 1.5", "not a whole number"},
+          Case{"step 1e10", "not a whole number"}, Case{"seek 12x", "\"12x\" is not a number"},
+          Case{"seek nan", "not a number"}, Case{"seek inf", "not a number"}, Case{"blend 1 2 -1", "0 or more"}})
     {
         EXPECT_NE(support::complaintOf<Failure>([&] { execute(viewer, each.m_szLine); }).find(each.m_szSaid),
                   std::string::npos)
