@@ -73,7 +73,7 @@ Frame Time: 0.5
     }
 }
 
-TEST(AssimpFiles, ASurfaceIsLitUnlessItsKindOfShadingSaysOtherwise)
+TEST(AssimpFiles, VerticesKeepTheirColoursAndDamageIsToldWithItsFile)
 {
     const support::TemporaryDirectory directory;
     directory.write("sign.mtl", "newmtl flat\nKd 1 0.5 0\nillum 0\nnewmtl lit\nKd 0 1 0\nd 0.25\nillum 2\n");
@@ -82,12 +82,6 @@ TEST(AssimpFiles, ASurfaceIsLitUnlessItsKindOfShadingSaysOtherwise)
                         "mtllib sign.mtl\nv 0 0 0 1 0.5 0\nv 1 0 0 0 1 0\nv 0 1 0 0 2 -1\nusemtl flat\nf 1 2 3\n"
                         "usemtl lit\nf 3 2 1\n"),
         {});
-    for (const TW2::convert::Surface& surface : model.m_vecSurfaces)
-    {
-        EXPECT_EQ(surface.m_bUnlit, surface.m_strName == "flat");
-        EXPECT_EQ(surface.m_fOpacity, surface.m_strName == "lit" ? 0.25F : 1.0F);
-        EXPECT_FALSE(surface.m_bTwoSided);
-    }
     ASSERT_EQ(model.m_vecMeshes.size(), 2U);
     const std::vector<TW2::convert::Color> colors{{255, 128, 0, 255}, {0, 255, 0, 255}, {0, 255, 0, 255}};
     EXPECT_THAT(model.m_vecMeshes[0].m_vecColors, testing::UnorderedElementsAreArray(colors));
@@ -111,13 +105,11 @@ TEST(AssimpFiles, ACameraSeesAsWideAndAsFarAsTheFileSays)
 *LIGHTOBJECT {
 	*NODE_NAME "lamp"
 	*LIGHT_TYPE Omni
-	*NODE_TM { *NODE_NAME "lamp" *TM_ROW0 1.0 0.0 0.0 *TM_ROW1 0.0 1.0 0.0 *TM_ROW2 0.0 0.0 1.0 *TM_ROW3 0.0 0.0 0.0 }
 	*LIGHT_SETTINGS { *LIGHT_COLOR 1.0 0.5 0.25 *LIGHT_INTENS 2.0 }
 }
 *LIGHTOBJECT {
 	*NODE_NAME "beam"
 	*LIGHT_TYPE Target
-	*NODE_TM { *NODE_NAME "beam" *TM_ROW0 1.0 0.0 0.0 *TM_ROW1 0.0 1.0 0.0 *TM_ROW2 0.0 0.0 1.0 *TM_ROW3 0.0 0.0 0.0 }
 	*LIGHT_SETTINGS { *LIGHT_COLOR 0.5 0.5 1.0 *LIGHT_INTENS 1.0 *LIGHT_HOTSPOT 30.0 *LIGHT_FALLOFF 50.0 }
 }
 *GEOMOBJECT {
