@@ -5,7 +5,6 @@
 #include <tw2/object/bone_handle.h>
 #include <tw2/object/object_animation.h>
 
-#include <platform/scene/scene.h>
 #include <platform/scene/virtual_object.h>
 
 #include <cstdio>
@@ -62,13 +61,10 @@ void run(const Arguments& arguments)
     TW2::viewer::AnimatedScript script(arguments.script, arguments.selection);
     const int index =
         arguments.animation.empty() ? script.chooseAnimation() : script.findAnimation(arguments.animation);
-    P_Scene scene;
-    script.getObject().addTo(&scene);
     if (index >= 0 && !script.getObject().animateObject(index, static_cast<float>(arguments.time), nullptr))
     {
         throw tools::Failure("animation " + std::to_string(index) + " cannot be played");
     }
-    scene.executeFrame();
 
     TW2::TW_ObjectAnimation& skeleton = script.getSkeleton();
     const std::vector<unsigned int> bones = chooseBones(skeleton, arguments.bone);
@@ -100,7 +96,6 @@ void run(const Arguments& arguments)
         json.endObject();
         std::cout.flush();
     }
-    script.getObject().remove();
 }
 
 const tools::Command s_command(
