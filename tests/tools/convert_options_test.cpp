@@ -199,11 +199,13 @@ TEST(ConvertOptions, TheSummaryCountsWhatWasWritten)
     const std::string mover = directory.write("mover.gltf", makeMover().make());
     const CommandResult moved = runTW2({"convert", mover, "-o", directory.file("out")});
     std::smatch line;
-    ASSERT_TRUE(std::regex_search(moved.output, line,
-                                  std::regex("\n  1  sway: 31 frames at 30 per second, looping, keys (\\d+) -> (\\d+), "
-                                             "(\\d+) bytes, largest error \\S+ units, \\S+ degrees\n")))
+    ASSERT_TRUE(std::regex_match(
+        moved.output, line,
+        std::regex("\\S+/mover.script\n  object of 2 nodes, 3 vertices, 1 triangles in 1 groups, \\d materials, 0 "
+                   "textures\n  animations \\(0 is the pose at rest\\), allowed error \\S+ units, 0.1 degrees:\n"
+                   "  1  sway: 31 frames at 30 per second, looping, keys (\\d+) -> (\\d+), (\\d+) bytes, largest error "
+                   "\\S+ units, \\S+ degrees\n  2  rise: 61 frames at 30 per second, keys [^\n]+ degrees\n")))
         << moved.output;
-    EXPECT_EQ(std::ranges::count(moved.output, '\n'), 5) << "no events, which are none: " << moved.output;
     EXPECT_GT(std::stoi(line[1]), std::stoi(line[2]));
     EXPECT_EQ(std::stoul(line[3]), std::filesystem::file_size(directory.file("out/mover_sway.anim.tw")));
     const CommandResult strict =
@@ -221,6 +223,67 @@ TEST(ConvertOptions, WhatTakesTooLongIsGivenUp)
     const CommandResult result = runTW2({"convert", model, "-o", directory.file("out"), "--timeout", "1"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "tw2: " + model + ": takes longer than 1 seconds\n");
+}
+
+// A limit on the size of files ends the process that writes one, as a crash of an importer would.
+TEST(ConvertOptions, ACrashIsToldAndLeavesNothingHalfWritten)
+{
+    const TemporaryDirectory directory;
+    const std::string model = directory.write("mover.gltf", makeMover().make());
+    for (const Strings& to :
+         {Strings{"-o", directory.file("out")}, Strings{"--onto", directory.file("made/mover.script")}})
+    {
+        ASSERT_EQ(runTW2({"convert", model, "-o", directory.file("made"), "--clip", "rise"}).status, 0);
+        const CommandResult result =
+            runTW2(Strings{"convert", model, "--clip", "sway", "--rate", "960", "--tolerance", "1e-9", "1e-9"} + to,
+                   "sh -c 'ulimit -f 8; \"$@\"' sh ");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors, "tw2: " + model + ": the importer crashed on it (File size limit exceeded)\n");
+        EXPECT_TRUE(std::filesystem::is_empty(directory.file("out")));
+        for (const auto& each : std::filesystem::directory_iterator(directory.file("made")))
+        {
+            EXPECT_FALSE(each.is_directory()) << each.path();
+        }
+    }
+}
+
+TEST(ConvertOptions, ASkinIsToldWithWhatItsFileSaysOtherwise)
+{
+    // Five influences at one corner of four.
+    GltfText text;
+    std::string nodes = R"({"name":"wall","mesh":0,"skin":0})";
+    std::vector<std::uint16_t> first;
+    std::vector<std::uint16_t> second(16, 0);
+    std::vector<float> weights(16, 0.25F);
+    std::vector<float> more(16, 0.0F);
+    for (std::uint16_t corner = 0; corner < 4; ++corner)
+    {
+        first.insert(first.end(), {0, 1, 2, 3});
+    }
+    std::fill_n(weights.begin(), 4, 0.225F);
+    more[0] = 0.1F;
+    second[0] = 4;
+    const auto accessor = [&](const char* name, int index)
+    { return ",\"" + std::string(name) + "\":" + number(index); };
+    text.set("meshes",
+             R"([{"primitives":[{)" +
+                 addSquare(text, accessor("JOINTS_0", text.add(first, GltfText::UNSIGNED_SHORT, "VEC4")) +
+                                     accessor("JOINTS_1", text.add(second, GltfText::UNSIGNED_SHORT, "VEC4")) +
+                                     accessor("WEIGHTS_0", text.addFloats(weights, "VEC4")) +
+                                     accessor("WEIGHTS_1", text.addFloats(more, "VEC4"))) +
+                 "}]}]");
+    for (const char* bone : {"a", "b", "c", "d", "e"})
+    {
+        nodes += R"(,{"name":")" + std::string(bone) + "\"}";
+    }
+    text.set("nodes", "[" + nodes + "]");
+    text.set("skins", R"([{"joints":[1,2,3,4,5]}])");
+    const TemporaryDirectory directory;
+    const CommandResult told =
+        runTW2({"convert", directory.write("wall.gltf", text.make()), "-o", directory.file("out")});
+    EXPECT_EQ(told.output, directory.file("out/wall.script") +
+                               "\n  skinned character of 6 nodes, 4 vertices, 2 triangles in 1 groups, 1 materials, 0 "
+                               "textures\n  influences cut to the 4 strongest at 1 vertices (up to 5 before)\n");
 }
 
 TEST(ConvertOptions, QuietKeepsWarningsAndPicturesAreFoundInOtherFolders)

@@ -137,6 +137,7 @@ TEST(ConvertedMotion, AWalkOnTheSpotRepeatsWithItsTravel)
         ASSERT_EQ(converted.status, 0) << converted.errors;
         EXPECT_THAT(converted.output, testing::Not(testing::HasSubstr("more than allowed")))
             << "the rig above the hips is carried along and no error";
+        EXPECT_THAT(converted.output, testing::EndsWith("\n     with travel, 0 events\n"));
         const auto object = load(out + "/walker.script", "object");
         EXPECT_EQ(object->isAnimationLooping(1), looping);
         const TW2::TW_RootMotion motion(*object, 1);
@@ -195,6 +196,8 @@ TEST(ConvertedMotion, EventsComeFromTheFileAndFromBesideItAndStayWithTheirClip)
             runTW2(Strings{"convert", model, "-o", out, "--tolerance", "0.002", "0.1"} + cases[i].m_vecOptions);
         ASSERT_EQ(converted.status, 0) << converted.errors;
         EXPECT_THAT(converted.errors, testing::HasSubstr("events without a name")) << "extras that are not events";
+        EXPECT_THAT(converted.output, testing::HasSubstr((i == 4 ? "\n     with travel, " : "\n     ") +
+                                                         std::to_string(cases[i].m_vecEvents.size()) + " events\n"));
         const auto object = load(out + "/walker.script", "object");
         const int index = object->findAnimation(cases[i].m_pClip);
         std::vector<std::pair<std::string, double>> found;
