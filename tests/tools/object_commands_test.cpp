@@ -45,6 +45,10 @@ TEST(PlayCommand, PrintsThePoseOfAnAnimationByIndexOrName)
     const CommandResult byName = runTW2({"play", s_sample, "--animation", "dance", "--time", "0.4"});
     EXPECT_EQ(byName.output, runTW2({"play", s_sample, "--animation", "2", "--time", "0.4"}).output);
     EXPECT_NE(byName.output, runTW2({"play", s_sample, "--animation", "1", "--time", "0.4"}).output);
+    // All eight bones, at the begin, of the animation that the viewer begins with.
+    const CommandResult all = runTW2({"play", s_sample});
+    EXPECT_EQ(std::ranges::count(all.output, '\n'), 8 * 3);
+    EXPECT_EQ(all.output, runTW2({"play", s_sample, "--block", "skeleton", "--animation", "1", "--time", "0"}).output);
     const std::string json =
         runTW2({"play", s_sample, "--animation", "0", "--time", "0.5", "--bone", "stalk3", "--json"}).output;
     EXPECT_EQ(std::regex_replace(json, std::regex("\n *"), ""),

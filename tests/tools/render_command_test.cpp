@@ -4,6 +4,8 @@
 #include "tests/support/temporary_directory.h"
 
 #include <tw2/io/camera_chunk.h>
+#include <tw2/io/light_chunks.h>
+#include <tw2/light/light_animation_chunks.h>
 
 #include <platform/image/image.h>
 #include <platform/runtime/memory_file_writer.h>
@@ -18,6 +20,8 @@
 #include <fstream>
 #include <numeric>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #ifdef TW2_HAS_RENDER
@@ -65,6 +69,23 @@ protected:
                std::ranges::count(result.errors, '\n') == 1;
     }
 
+    /// Puts chunks behind those of a file.
+    void append(const std::string& name, const S_MemoryFileWriter& chunks) const
+    {
+        std::ofstream(file(name), std::ios::app | std::ios::binary)
+            .write(reinterpret_cast<const char*>(chunks.getBytes().data()),
+                   static_cast<std::streamsize>(chunks.getBytes().size()));
+    }
+
+    /// Eighteen long and one high.
+    static TW2::MeshChunk makePlank()
+    {
+        TW2::MeshChunk plank = support::makeMesh("plank", "", {{4, 2}});
+        plank.editVertices().positions = {
+            {-9.0F, 0.0F, 0.0F}, {9.0F, 0.0F, 0.0F}, {-9.0F, 1.0F, 0.0F}, {9.0F, 1.0F, 0.0F}};
+        return plank;
+    }
+
     /// Pixels that differ by more than a little.
     static unsigned int countDifferent(const G_Image& a, const G_Image& b)
     {
@@ -97,10 +118,16 @@ TEST_F(RenderCommand, WritesEveryKindOfPicture)
         EXPECT_EQ(picture.getWidth(), 48U) << name;
         EXPECT_EQ(picture.getHeight(), 32U) << name;
         EXPECT_FALSE(picture.isUniform()) << name;
-        EXPECT_NE(drawn.output.find(name), std::string::npos) << "what was written is told";
     }
+    std::string told;
+    for (const char* name : {"one.png", "n00.png", "n01.png", "n02.png", "sway.GIF", "sway.webp", "sheet.png"})
+    {
+        told += file(name) + "\n";
+    }
+    EXPECT_EQ(drawn.output, told);
+    EXPECT_EQ(G_Image(file("sheet.png").c_str()).getWidth(), 2 + 3 * 50U) << "twelve pictures, about as wide as high";
+    EXPECT_EQ(G_Image(file("sheet.png").c_str()).getHeight(), 2 + 4 * 34U);
     EXPECT_FALSE(exists("n03.png"));
-    EXPECT_TRUE(exists("sheet.png"));
     EXPECT_EQ(m_directory.read("sway.GIF").substr(0, 6), "GIF89a");
     EXPECT_EQ(m_directory.read("sway.webp").substr(8, 4), "WEBP");
 }
@@ -214,7 +241,15 @@ TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
     EXPECT_TRUE(isRefused({"--gif", "x.png"}, "ends in .gif"));
     EXPECT_TRUE(isRefused({"-o", "x.png", "-o", "y.png"}, "same kind"));
     EXPECT_TRUE(isRefused({"-o", "x.gif", "--transparent"}, "half transparent"));
+    EXPECT_TRUE(isRefused({"-o", "x.png", "--frames", "x.jpg"}, "ends in .png\n"));
     EXPECT_TRUE(isRefused({"-o", "x.png", "--camera", "side"}, "the files have none"));
+    EXPECT_TRUE(isRefused({"-o", "x.png", "--blend", "sway"}, "two animations, such as 0:1, not \"sway\""));
+    for (const char* weight : {"", "half", "0.5s", "0..", "..1", "0..1..2"})
+    {
+        EXPECT_TRUE(isRefused({"-o", "x.png", "--blend", "sway:dance", "--weight", weight},
+                              "a range such as 0..1, not \"" + std::string(weight) + "\""))
+            << weight;
+    }
     for (const Strings& wrong : std::vector<Strings>{{"--camera", "side", "--turntable"},
                                                      {"--target", "0", "0", "0"},
                                                      {"--angle", "0.9"},
@@ -268,9 +303,7 @@ TEST_F(RenderCommand, GoesAroundWhatStandsStill)
 TEST_F(RenderCommand, SeesAllOfALongThingWhileItGoesAround)
 {
     support::ObjectFiles files;
-    TW2::MeshChunk plank = support::makeMesh("plank", "", {{4, 2}});
-    plank.editVertices().positions = {{-9.0F, 0.0F, 0.0F}, {9.0F, 0.0F, 0.0F}, {-9.0F, 1.0F, 0.0F}, {9.0F, 1.0F, 0.0F}};
-    files.addMesh(plank);
+    files.addMesh(makePlank());
     const std::string script = files.writeScript();
     ASSERT_EQ(
         render({"--turntable", "--fps", "2", "--azimuth", "90", "--transparent", "-o", file("p#.png")}, script).status,
@@ -289,6 +322,51 @@ TEST_F(RenderCommand, SeesAllOfALongThingWhileItGoesAround)
     }
     EXPECT_GT(widest, 40U) << "in the middle from one side of the picture nearly to the other";
     EXPECT_LT(widest, 47U) << "and never beyond";
+}
+
+TEST_F(RenderCommand, HidesWhatIsHiddenAndPlaysAnimation0AsLongAsItIs)
+{
+    support::ObjectFiles files;
+    files.addMesh(makePlank());
+    TW2::KeyframeAnimationChunk track = support::makeTrack("plank", 1.0F, 11, 10);
+    track.visibilityKeys = {{0, 1.0F}, {5, 0.0F}};
+    files.addAnimation(0, {track});
+    const std::string script = files.writeScript();
+    ASSERT_EQ(render({"--fps", "10", "--animation", "0", "--transparent", "-o", file("p##.png")}, script).status, 0);
+    EXPECT_FALSE(G_Image(file("p04.png").c_str()).isUniform());
+    EXPECT_TRUE(G_Image(file("p05.png").c_str()).isUniform()) << "hidden";
+    EXPECT_TRUE(exists("p10.png"));
+    EXPECT_FALSE(exists("p11.png"));
+    const CommandResult played = runTW2({"play", script, "--animation", "0", "--time", "0.5"});
+    EXPECT_EQ(played.output,
+              "0 plank\n  local  1 0 0 |  0 1 0 |  0 0 1 |  0.5 0 0\n  world  1 0 0 |  0 1 0 |  0 0 1 |  0.5 0 0\n");
+    support::ObjectFiles empty;
+    empty.addMesh(support::makeMesh("nothing", "", {}));
+    const CommandResult nothing = render({"-o", file("x.png")}, empty.writeScript());
+    EXPECT_NE(nothing.errors.find("there is nothing to see"), std::string::npos) << nothing.errors;
+}
+
+TEST_F(RenderCommand, LightsThatTheFilesBringShineAndChangeWhenAskedFor)
+{
+    std::filesystem::copy(TW2_SAMPLE, file("sample"), std::filesystem::copy_options::recursive);
+    TW2::PointLightChunk lamp;
+    lamp.name = "lamp";
+    lamp.transform.setTranslation({0.0F, 4.0F, -6.0F});
+    lamp.color = {255, 255, 255};
+    lamp.brightness = 1.0F;
+    lamp.fallOff = 100.0F;
+    TW2::PointLightAnimationChunk flicker;
+    flicker.header = {"lamp", 10, false};
+    flicker.totalFrameCount = 11;
+    flicker.colorKeys = {{0, {0, 0, 0}}, {10, {255, 255, 255}}};
+    S_MemoryFileWriter writer;
+    writer << lamp << flicker;
+    append("sample/sprout_skin.tw", writer);
+    const auto shine = [&](const char* time, const Strings& more) {
+        return draw(Strings{"--animation", "0", "--no-lights", "--time", time} + more, file("sample/sprout.script"));
+    };
+    EXPECT_EQ(countDifferent(shine("0", {"--file-lights"}), shine("0", {})), 0U) << "dark still";
+    EXPECT_GT(countDifferent(shine("1", {"--file-lights"}), shine("1", {})), 20U);
 }
 
 TEST_F(RenderCommand, LooksThroughACameraOfTheFiles)
@@ -311,16 +389,33 @@ TEST_F(RenderCommand, LooksThroughACameraOfTheFiles)
     camera.name = "Far";
     camera.value1 = 60.0F;
     writer << camera;
-    const std::string geometry = file("sample/sprout_skin.tw");
-    std::ofstream(geometry, std::ios::app | std::ios::binary)
-        .write(reinterpret_cast<const char*>(writer.getBytes().data()),
-               static_cast<std::streamsize>(writer.getBytes().size()));
+    // Some that say no planes, one that hangs on nothing, and one that sees more than is possible.
+    camera.parentName = "branch";
+    camera.name = "Lost";
+    writer << camera;
+    camera.hasParent = false;
+    camera.transform.setTranslation({1.0F, 4.0F, -20.0F});
+    for (const auto& [name, angle, nearest, farthest] :
+         {std::tuple("Bare", 60.0F, 0.0F, 100.0F), {"Flat", 60.0F, 0.5F, 0.5F}, {"Wide", 200.0F, 0.5F, 100.0F}})
+    {
+        camera.name = name;
+        camera.value0 = angle;
+        camera.value1 = nearest;
+        camera.value2 = farthest;
+        writer << camera;
+    }
+    append("sample/sprout_skin.tw", writer);
     const std::string script = file("sample/sprout.script");
-    // 60 degrees from left to right in a picture of 3 to 2.
-    const double vertical = 360.0 / std::acos(-1.0) * std::atan(std::tan(std::acos(-1.0) / 6.0) / 1.5);
-    const G_Image expected =
-        draw({"--eye", "1", "4", "-20", "--target", "1", "4", "0", "--angle", std::to_string(vertical), "--time", "0"});
-    EXPECT_EQ(countDifferent(draw({"--camera", "front", "--time", "0"}, script), expected), 0U);
+    // So many degrees from left to right in a picture of 3 to 2.
+    for (const auto& [name, degrees] : {std::pair("front", 60.0), {"bare", 60.0}, {"flat", 60.0}, {"wide", 170.0}})
+    {
+        const double vertical = 360.0 / std::acos(-1.0) * std::atan(std::tan(degrees * std::acos(-1.0) / 360.0) / 1.5);
+        const G_Image expected = draw(
+            {"--eye", "1", "4", "-20", "--target", "1", "4", "0", "--angle", std::to_string(vertical), "--time", "0"});
+        EXPECT_EQ(countDifferent(draw({"--camera", name, "--time", "0"}, script), expected), 0U) << name;
+    }
+    EXPECT_NE(render({"--camera", "lost", "-o", file("x.png")}, script).errors.find("under \"branch\", which is not"),
+              std::string::npos);
     const Strings rest{"--animation", "0", "--time", "0", "--no-grid", "--no-shadow", "--camera"};
     const auto through = [&](const std::string& name, const Strings& more = {})
     { return draw(rest + Strings{name} + more, script); };
@@ -328,6 +423,7 @@ TEST_F(RenderCommand, LooksThroughACameraOfTheFiles)
     EXPECT_GT(countDifferent(through("rider"), through("rider", {"--no-mesh"})), 20U);
     EXPECT_EQ(countDifferent(through("far"), through("far", {"--no-mesh"})), 0U) << "nearer than it sees";
     const CommandResult wrong = render({"--camera", "back", "-o", file("x.png")}, script);
-    EXPECT_NE(wrong.errors.find("the cameras are: Front, Rider, Far"), std::string::npos) << wrong.errors;
+    EXPECT_NE(wrong.errors.find("the cameras are: Front, Rider, Far, Lost, Bare, Flat, Wide"), std::string::npos)
+        << wrong.errors;
 }
 #endif

@@ -56,6 +56,47 @@ TEST(Usage, WrongWordsAreToldWithWhatWouldBeRight)
     EXPECT_TRUE(version.output.starts_with("tw2 ")) << version.output;
 }
 
+#if defined(TW2_HAS_CONVERT) && defined(TW2_HAS_WINDOW)
+TEST(Usage, NumbersAreTakenFromTheirLeastToTheirMost)
+{
+    struct Case
+    {
+        const char* m_szCommand;
+        const char* m_szOption;
+        std::vector<const char*> m_vecTaken;
+        std::vector<const char*> m_vecRefused;
+    };
+    for (const Case& each :
+         {Case{"convert", "--rate", {"1", "960"}, {"0", "961"}}, Case{"convert", "-j", {"1", "256"}, {"0", "257"}},
+          Case{"convert", "--progress", {"0", "1048576"}, {"-1", "1048577"}},
+          Case{"convert", "--scale", {"0.000001"}, {"0", "-1", "large"}},
+          Case{"view", "--scale", {"0.5", "4"}, {"0.49", "4.1"}},
+          Case{"render", "--angle", {"1", "170"}, {"0.9", "170.1"}},
+          Case{"render", "--fps", {"1", "50"}, {"0.9", "50.1"}},
+          Case{"render", "--sheet-pictures", {"1", "400"}, {"0", "401"}},
+          Case{"render", "--size", {"1x1", "8192x8192"}, {}}, Case{"view", "--size", {"480x320", "8192x8192"}, {}}})
+    {
+        const auto run = [&each](const char* value)
+        {
+            std::vector<std::string> arguments{each.m_szCommand, "none", each.m_szOption, value};
+            arguments.insert(arguments.end(), {"-o", "none.png"});
+            arguments.resize(std::string(each.m_szCommand) == "view" ? 4 : 6);
+            return support::runTW2(arguments, "env -u DISPLAY -u WAYLAND_DISPLAY ");
+        };
+        for (const char* value : each.m_vecTaken)
+        {
+            const support::CommandResult result = run(value);
+            EXPECT_EQ(result.status, 1) << each.m_szCommand << each.m_szOption << value << " is taken";
+            EXPECT_EQ(result.errors.find("--size"), std::string::npos) << result.errors;
+        }
+        for (const char* value : each.m_vecRefused)
+        {
+            EXPECT_EQ(run(value).status, 2) << each.m_szCommand << each.m_szOption << value << " is refused";
+        }
+    }
+}
+#endif
+
 #if defined(TW2_HAS_CONVERT)
 TEST(Usage, AToleranceOfNothingIsAnsweredWithOneThatIsSomething)
 {
