@@ -180,16 +180,14 @@ private:
     void drawAnimations()
     {
         std::vector<std::pair<std::unique_ptr<TW2::render::AnimationWriter>, std::string>> writers;
+        const double fps = std::clamp(m_moments.getFramesPerSecond(), 1.0, 50.0);  // what a file can say
         if (!m_arguments.gif.empty())
         {
-            writers.emplace_back(
-                TW2::render::makeGIFWriter(drawAll(m_samples), std::min(m_moments.getFramesPerSecond(), 50.0)),
-                m_arguments.gif);
+            writers.emplace_back(TW2::render::makeGIFWriter(drawAll(m_samples), fps), m_arguments.gif);
         }
         if (!m_arguments.webp.empty())
         {
-            writers.emplace_back(TW2::render::makeWebPWriter(std::max(m_moments.getFramesPerSecond(), 1.0)),
-                                 m_arguments.webp);
+            writers.emplace_back(TW2::render::makeWebPWriter(fps), m_arguments.webp);
         }
         for (unsigned int i = 0; isAnimated() && i < m_moments.count; ++i)
         {

@@ -79,7 +79,7 @@ Moments Moments::play(const Motion& motion, double framesPerSecond)
     const double length = motion.end - motion.begin;
     if (motion.loops)
     {
-        const auto count = static_cast<unsigned int>(std::max(std::lround(length * framesPerSecond), 1L));
+        const auto count = static_cast<unsigned int>(std::max(std::ceil(length * framesPerSecond - 1e-6), 1.0));
         return {count, motion.begin, length / count};
     }
     const auto steps = static_cast<unsigned int>(std::floor(length * framesPerSecond + 1e-6));

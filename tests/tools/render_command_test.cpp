@@ -166,9 +166,22 @@ TEST_F(RenderCommand, ALoopIsShownOnceWithoutItsFirstPictureAgain)
     EXPECT_TRUE(exists("b4.png"));
     EXPECT_FALSE(exists("b5.png"));
     // The pictures of a loop share its time evenly, whatever was asked for: 4/3 seconds by 19 pictures.
-    ASSERT_EQ(render({"--animation", "dance", "--fps", "14", "-o", file("dance.gif")}).status, 0);
-    const std::vector<int> delays = support::readGIFDelays(m_directory.read("dance.gif"));
-    EXPECT_EQ(std::accumulate(delays.begin(), delays.end(), 0), 133);
+    for (const auto& [fps, pictures] : {std::pair("14", 19U), {"1", 2U}})
+    {
+        ASSERT_EQ(
+            render({"--animation", "dance", "--fps", fps, "-o", file("dance.gif"), "-o", file("dance.webp")}).status,
+            0);
+        const std::vector<int> delays = support::readGIFDelays(m_directory.read("dance.gif"));
+        EXPECT_EQ(delays.size(), pictures);
+        EXPECT_EQ(std::accumulate(delays.begin(), delays.end(), 0), 133);
+        const std::string webp = m_directory.read("dance.webp");
+        int milliseconds = 0;
+        for (std::size_t at = webp.find("ANMF"); at != std::string::npos; at = webp.find("ANMF", at + 1))
+        {
+            milliseconds += static_cast<unsigned char>(webp[at + 20]) + 256 * static_cast<unsigned char>(webp[at + 21]);
+        }
+        EXPECT_EQ(milliseconds, 1333);
+    }
 }
 
 TEST_F(RenderCommand, PicturesOnASheetShareItsTimeHoweverLongItIs)
