@@ -178,7 +178,6 @@ std::string print(const Options& options)
 void analyze(const Options& options)
 {
     const std::string error = options.json ? writeJson(options) : print(options);
-    std::cout.flush();
     if (!error.empty())
     {
         throw tools::Failure(error);

@@ -362,7 +362,6 @@ void run(const Arguments& arguments)
     json.member("script", arguments.script);
     json.objects("objects", objects, [&json](const ObjectFacts& object) { write(json, object); });
     json.endObject();
-    std::cout.flush();
 }
 
 const tools::Command s_command("info", "Show what a script's objects are made of",

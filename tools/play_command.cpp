@@ -94,7 +94,6 @@ void run(const Arguments& arguments)
                          json.list("world", std::span(mesh.getObjectToWorldMatrix().data(), 12));
                      });
         json.endObject();
-        std::cout.flush();
     }
 }
 

@@ -41,7 +41,6 @@ Stage::Stage(const StageArguments& arguments, const std::string& scriptFile, TW2
       m_target(arguments.size.width, arguments.size.height)
 {
     m_script.getObject().addTo(&m_scene);
-    m_context.setCurrentCamera(nullptr);
     m_extent = TW2::viewer::Extent(m_script, m_scene, m_context);
     frame(scriptFile);
     m_context.setCurrentCamera(&m_camera);
