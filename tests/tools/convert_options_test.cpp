@@ -367,9 +367,15 @@ TEST(ConvertOptions, ManyAtOnceAreToldInTheirOrderAndOneThatFailsStopsNoOther)
     EXPECT_FALSE(std::filesystem::exists(directory.file("out/m3.script")));
     EXPECT_TRUE(std::filesystem::exists(directory.file("out/m0.script")));
     const std::string twin = directory.write("other/M1.gltf", makeMover().make());
-    const CommandResult twins = runTW2({"convert", directory.file("m1.gltf"), twin, "-o", directory.file("x")});
-    EXPECT_EQ(twins.status, 1);
-    EXPECT_THAT(twins.errors, HasSubstr("two of the models are called \"m1\""));
+    const std::string model = directory.file("m1.gltf");
+    for (const auto& [more, reason] : {std::pair(Strings{twin, "-o", "x"}, "two of the models are called \"m1\""),
+                                       {{twin, "-o", "x", "--name", "m"}, "--name and --depfile are for one object"},
+                                       {{"-o", model}, "is a file; expected a folder"}})
+    {
+        const CommandResult refused = runTW2(Strings{"convert", model} + more);
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_THAT(refused.errors, HasSubstr(reason));
+    }
 }
 
 TEST(ConvertOptions, BeingInterruptedEndsAllThatIsAtWorkAndLeavesNothingHalfWritten)
