@@ -5,7 +5,6 @@
 #include "convert/surface_plan.h"
 #include "convert/texture_files.h"
 #include "tests/convert/model_builder.h"
-#include "tests/support/picture_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -187,21 +186,6 @@ TEST_F(WrittenMaterials, TexturesAreThoseOfTheSurfaceWithTheirFilters)
     painted.m_emissive = dark;
     EXPECT_EQ(build().reflectionBlend, 2);
     EXPECT_THAT(m_vecWarnings, testing::ElementsAre(testing::HasSubstr("\"s3\": left out: light of its own, beside")));
-}
-
-TEST_F(WrittenMaterials, APictureThatStaysAsItIsIsCalledByWhatItIs)
-{
-    addSurface().m_diffuseTexture.m_iPicture = 0;
-    m_model.m_vecSurfaces[0].m_diffuse = white;
-    using support::PictureFormat;
-    for (const auto& [format, name] : {std::pair(PictureFormat::PNG, "leaf.png"),
-                                       {PictureFormat::JPEG, "leaf.jpg"},
-                                       {PictureFormat::BMP, "leaf.bmp"},
-                                       {PictureFormat::TGA, "leaf.tga"}})
-    {
-        m_model.m_vecPictures[0].m_vecBytes = support::encodePicture(G_Image(2, 2), format);
-        EXPECT_EQ(build().accessDiffuseTexture().frameFiles.at(0), name);
-    }
 }
 
 TEST_F(WrittenMaterials, ThePictureOfTheOpacityIsNotTinted)
