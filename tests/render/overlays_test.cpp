@@ -1,10 +1,14 @@
 #include "render/overlays.h"
 
+#include "render/studio.h"
+
+#include <platform/scene/lod_object.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace
@@ -18,13 +22,16 @@ bool near(const Vector& a, const Vector& b)
     return (a - b).length() < 1e-5F;
 }
 
-/// Whether a view has a line between two places, in either direction.
-bool hasLine(const std::vector<View::Line>& lines, const Vector& from, const Vector& to)
+/// Whether a view has a line between two places, in either direction, whose colour is strongest in a channel, if given.
+bool hasLine(const std::vector<View::Line>& lines, const Vector& from, const Vector& to, int strongest = -1)
 {
     return std::ranges::any_of(lines,
-                               [&](const View::Line& line) {
-                                   return (near(line.m_vFrom, from) && near(line.m_vTo, to)) ||
-                                          (near(line.m_vFrom, to) && near(line.m_vTo, from));
+                               [&](const View::Line& line)
+                               {
+                                   const float rgb[] = {line.m_color.red, line.m_color.green, line.m_color.blue};
+                                   return ((near(line.m_vFrom, from) && near(line.m_vTo, to)) ||
+                                           (near(line.m_vFrom, to) && near(line.m_vTo, from))) &&
+                                          (strongest < 0 || std::ranges::max_element(rgb) - rgb == strongest);
                                });
 }
 
@@ -62,9 +69,9 @@ TEST_F(Overlays, AxesStandWhereTheObjectsStandAndAreAsLongAsAsked)
 {
     TW2::render::addAxes(m_view, m_object, 0.5F);
     ASSERT_EQ(m_view.m_vecOverlayLines.size(), 3U);
-    EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.5F, 0.0F, 0.0F}));
-    EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.0F, 0.5F, 0.0F}));
-    EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.0F, 0.0F, 0.5F}));
+    EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.5F, 0.0F, 0.0F}, 0));
+    EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.0F, 0.5F, 0.0F}, 1));
+    EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {10.0F, 0.0F, 0.5F}, 2));
 }
 
 TEST_F(Overlays, BoxesHaveTheTwelveEdgesOfTheObjectsVolume)
@@ -85,13 +92,23 @@ TEST_F(Overlays, SpheresRunAroundTheObjectAtItsRadius)
     TW2::render::addBoundingSphere(m_view, m_object, m_color);
     ASSERT_GT(m_view.m_vecLines.size(), 3U * 30U);
     Vector total;
+    std::array<std::size_t, 3> circles{};
     for (const View::Line& line : m_view.m_vecLines)
     {
         EXPECT_NEAR((line.m_vFrom - Vector{10.0F, 0.0F, 0.0F}).length(), 4.0F, 1e-4F);
         EXPECT_LT((line.m_vTo - line.m_vFrom).length(), 1.0F);
+        EXPECT_EQ(line.m_color, m_color);
+        const Vector across = (line.m_vFrom - Vector{10.0F, 0.0F, 0.0F}).cross(line.m_vTo - line.m_vFrom);
+        circles[0] += across.x > 0.9F * across.length() ? 1 : 0;
+        circles[1] += -across.y > 0.9F * across.length() ? 1 : 0;
+        circles[2] += across.z > 0.9F * across.length() ? 1 : 0;
         total = total + line.m_vTo - line.m_vFrom;
     }
     EXPECT_LT(total.length(), 1e-3F) << "closed circles";
+    for (const std::size_t circle : circles)
+    {
+        EXPECT_EQ(circle, m_view.m_vecLines.size() / 3) << "one around each axis";
+    }
 }
 
 TEST_F(Overlays, NormalsStandOnTheSurfaceUnderUnevenScales)
@@ -105,4 +122,55 @@ TEST_F(Overlays, NormalsStandOnTheSurfaceUnderUnevenScales)
     m_view.m_vecLines.clear();
     TW2::render::addVertexNormals(m_view, m_object, 1.0F, m_color);
     EXPECT_TRUE(m_view.m_vecLines.empty()) << "what is not drawn has no normals";
+}
+
+TEST_F(Overlays, OfASkinTheNormalsFollowItsBones)
+{
+    P_VertexFormat format;
+    format.constructFromOldVertexFormat(P_VertexFormat::POSITION | P_VertexFormat::NORMAL |
+                                        1U << P_VertexFormat::boneCountShift);
+    P_VirtualObject object(2);
+    P_SkinMesh& skin = *object.createSkinMesh(0, nullptr, format);
+    skin.allocate(1, 3, false);
+    skin.lock();
+    skin.getVertexBuffer().setNormal(0, {0.0F, 0.0F, -1.0F});
+    skin.setBoneWeight(0, 0, 1.0F);
+    skin.unlock();
+    P_VertexFormat bare;
+    bare.constructFromOldVertexFormat(P_VertexFormat::POSITION);
+    object.createTriangleMesh(1, nullptr, bare)->allocate(1, 3, false);
+    Matrix bone;  // a quarter turn about x: negative z comes to y
+    bone.setRow(1, {0.0F, 0.0F, 1.0F});
+    bone.setRow(2, {0.0F, -1.0F, 0.0F});
+    S_Vector<const Matrix*> bones;
+    bones.push_back(&bone);
+    object.setBoneMatrices(bones);
+    TW2::render::addVertexNormals(m_view, object, 2.0F, m_color);
+    EXPECT_EQ(m_view.m_vecLines.size(), 3U) << "what has no normals shows none";
+    EXPECT_TRUE(hasLine(m_view.m_vecLines, {}, {0.0F, 2.0F, 0.0F}));
+}
+
+TEST_F(Overlays, SkeletonsJoinWhatHangsOnAnotherAndLevelsInUseStandForAll)
+{
+    P_VirtualObject hand(1);
+    P_LODObject levels(2);
+    P_VirtualObject coarse(1);
+    hand.addTo(&m_object);
+    hand.setMatrix(Matrix::translation({1.0F, 2.0F, 0.0F}));
+    levels.addTo(&m_object);
+    P_VirtualObject fine(1);
+    levels.setLODObject(0, &fine, 1.0F);
+    levels.setLODObject(1, &coarse, 2.0F);
+    TW2::render::addSkeleton(m_view, m_object, m_color);
+    ASSERT_EQ(m_view.m_vecOverlayLines.size(), 1U);
+    EXPECT_TRUE(hasLine(m_view.m_vecOverlayLines, {10.0F, 0.0F, 0.0F}, {12.0F, 2.0F, 0.0F}));
+    const auto countAxes = [this]
+    {
+        m_view.m_vecOverlayLines.clear();
+        TW2::render::addAxes(m_view, m_object, 1.0F);
+        return m_view.m_vecOverlayLines.size();
+    };
+    EXPECT_EQ(countAxes(), 2 * 3U) << "no level is in use yet";
+    levels.calculateLOD();
+    EXPECT_EQ(countAxes(), 3 * 3U) << "one level";
 }

@@ -10,6 +10,7 @@
 #include <webp/demux.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
@@ -36,7 +37,7 @@ G_Image makePicture(unsigned int width, unsigned int height, unsigned int step)
 }
 
 /// Plays a GIF as a viewer does: every frame is laid over the one before it.
-std::vector<G_Image> playGIF(const std::string& name, std::vector<int>& delays)
+std::vector<G_Image> playGIF(const std::string& name, std::vector<int>& delays, std::vector<GifImageDesc>& places)
 {
     int error = 0;
     GifFileType* file = DGifOpenFileName(name.c_str(), &error);
@@ -50,7 +51,8 @@ std::vector<G_Image> playGIF(const std::string& name, std::vector<int>& delays)
         EXPECT_EQ(DGifSavedExtensionToGCB(file, i, &control), GIF_OK);
         delays.push_back(control.DelayTime);
         const SavedImage& saved = file->SavedImages[i];
-        const GifImageDesc& place = saved.ImageDesc;
+        const GifImageDesc& place = places.emplace_back(saved.ImageDesc);
+        EXPECT_EQ(control.DisposalMode, DISPOSE_DO_NOT);
         for (int p = 0; p < place.Width * place.Height; ++p)
         {
             if (saved.RasterBits[p] != control.TransparentColor)
@@ -115,11 +117,15 @@ TEST(GIF, PlaysBackWhatWasWrittenAtTheRateAskedFor)
     }
     pictures.push_back(pictures.back());          // nothing changes
     pictures.back().accessPixel(63, 47)[2] = 10;  // but for one channel in the last corner
+    pictures.push_back(pictures.back());
+    pictures.back().accessPixel(0, 40)[2] = 10;  // and then in the first column
+    pictures.push_back(pictures.back());
     const std::string name = directory.file("motion.gif");
     TW2::render::writeGIF(name.c_str(), pictures, 30.0);
 
     std::vector<int> delays;
-    const std::vector<G_Image> played = playGIF(name, delays);
+    std::vector<GifImageDesc> places;
+    const std::vector<G_Image> played = playGIF(name, delays, places);
     ASSERT_EQ(played.size(), pictures.size());
     int total = 0;
     for (std::size_t i = 0; i < played.size(); ++i)
@@ -127,7 +133,15 @@ TEST(GIF, PlaysBackWhatWasWrittenAtTheRateAskedFor)
         EXPECT_LE(measureDifference(played[i], pictures[i]), 3) << "frame " << i << ", to the last pixel of the change";
         total += delays[i];
     }
-    EXPECT_EQ(total, 43) << "13 frames at 30 per second, in hundredths of a second";
+    EXPECT_EQ(total, 50) << "15 frames at 30 per second, in hundredths of a second";
+    // Only what changed is stored: the square's old place with its new one, then single pixels.
+    const std::array<std::array<int, 4>, 5> changes{
+        {{20, 4, 10, 8}, {63, 47, 1, 1}, {0, 40, 1, 1}, {0, 0, 1, 1}, {0, 0, 64, 48}}};
+    for (std::size_t i = 0; i < changes.size(); ++i)
+    {
+        const GifImageDesc& place = places[i + 1 < changes.size() ? 11 + i : 0];
+        EXPECT_EQ((std::array<int, 4>{place.Left, place.Top, place.Width, place.Height}), changes[i]);
+    }
     EXPECT_NE(directory.read("motion.gif").find(std::string("NETSCAPE2.0\x03\x01\0\0", 15)), std::string::npos)
         << "for ever";
 }
@@ -214,6 +228,7 @@ TEST(ContactSheet, HoldsEveryPictureInReadingOrder)
         {
             const unsigned char* edge = sheet.getPixel(2 + i % 2 * 22 + i, 2 + i / 2 * 18 + row);
             EXPECT_EQ(edge[0], 250) << "the square of picture " << i << " begins at its column " << i;
+            EXPECT_EQ(sheet.getPixel(1 + i % 2 * 22, 2 + i / 2 * 18 + row)[0], 150) << "a grey line before it";
         }
     }
     pictures.pop_back();

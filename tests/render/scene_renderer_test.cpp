@@ -160,21 +160,32 @@ TEST_P(SceneRenderer, AMapIsSampledAsItsFilterAndItsLevelsSay)
         P_Material::FILTER_MODE m_eFilter;
         int m_iLevels;
         bool m_bMixed;
+        bool m_bSmooth;
     };
     using Filter = P_Material::FILTER_MODE;
     addSquare(0.0F, 0.0F, nullptr);
-    for (const Case& each : {Case{Filter::Point, 0, false},
-                             {Filter::PointMipMapped, 0, true},
-                             {Filter::PointMipMapped, 1, false},
-                             {Filter::PointMipMapped, 2, false},
-                             {Filter::Trilinear, 0, true},
-                             {Filter::Anisotropic, 0, false}})
+    addSquare(-1.0F, 0.0F, nullptr);
+    P_Map& wide = addMap(2, 1, {255, 0, 0, 255, 0, 255, 0, 255});
+    for (const Case& each : {Case{Filter::Point, 0, false, false},
+                             {Filter::PointMipMapped, 0, true, false},
+                             {Filter::PointMipMapped, 1, false, false},
+                             {Filter::PointMipMapped, 2, false, false},
+                             {Filter::PointMipLinear, 0, true, false},
+                             {Filter::Bilinear, 0, false, true},
+                             {Filter::BilinearMipMapped, 0, true, true},
+                             {Filter::Trilinear, 0, true, true},
+                             {Filter::Anisotropic, 0, false, true}})
     {
         P_Map& map = addMap(16, 128, stripes);
         map.setMipLevelCount(each.m_iLevels);
         m_objects[0]->getPrimitiveInstance(0)->setMaterial(
             &addTextured(map, P_Material::BLENDING_MODE::Opaque, each.m_eFilter));
-        const std::array<int, 3> color = at(draw(), 0.5F, 0.5F);
+        m_objects[1]->getPrimitiveInstance(0)->setMaterial(
+            &addTextured(wide, P_Material::BLENDING_MODE::Opaque, each.m_eFilter));
+        const G_Image picture = draw();
+        const std::array<int, 3> color = at(picture, 0.5F, 0.5F);
+        EXPECT_EQ(std::abs(at(picture, -0.45F, 0.5F)[0] - 128) < 64, each.m_bSmooth)
+            << static_cast<int>(each.m_eFilter);
         EXPECT_EQ(std::abs(color[0] - color[1]) < 20, each.m_bMixed)
             << static_cast<int>(each.m_eFilter) << ", " << each.m_iLevels << ": " << testing::PrintToString(color);
     }
@@ -215,7 +226,31 @@ TEST_P(SceneRenderer, APictureHasAtLeastAPixelEachWayAndNoMoreThanTheDriverDraws
     {
         EXPECT_THROW(TW2::render::PictureTarget(width, height, 1), TW2::render::RenderException) << width;
     }
-    EXPECT_NO_THROW(TW2::render::PictureTarget(1, 1, 1));
+    GLint largest = 0;
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &largest);
+    EXPECT_NO_THROW(TW2::render::PictureTarget(static_cast<unsigned int>(largest), 1, 1));
+    EXPECT_NO_THROW(TW2::render::PictureTarget(1, 1, 1000)) << "of samples as many as the driver has";
+    addSquare(0.0F, 0.0F, &addColor({255.0F, 0.0F, 0.0F}));
+    draw();
+    m_objects.clear();
+    m_scene.executeFrame();
+    m_renderer->draw(m_scene, m_camera, m_view);
+    EXPECT_EQ(at(m_target->read(), 0.5F, 0.5F), background) << "what was read is drawn into again";
+}
+
+TEST_P(SceneRenderer, TheFirstEightMapsOfAMaterialCount)
+{
+    P_Material& material = addTextured(addMap(1, 1, {10, 0, 0, 255}));
+    for (unsigned int layer = 1; layer < P_Material::maximumTextureLayers; ++layer)
+    {
+        material.addTextureLayer(layer, 0, P_Material::BLENDING_MODE::Add, P_Material::FILTER_MODE::Point,
+                                 P_Material::TEXTURE_ADDRESS_MODE::Wrap);
+        material.setTexture(layer, m_maps[0].get());
+    }
+    addSquare(0.0F, 0.0F, &material);
+    expectColor(draw(), 0.5F, 0.5F, {80, 0, 0});
+    material.setTexture(0, nullptr);
+    expectColor(draw(), 0.5F, 0.5F, {255, 255, 255}, "a layer without a map is white");
 }
 
 TEST_P(SceneRenderer, AnAlphaAsLargeAsTheReferencePassesTheTest)
@@ -304,31 +339,117 @@ TEST_P(SceneRenderer, DrawsLinesAlongTheirLengthHiddenOrOverEverything)
     EXPECT_EQ(at(picture, 0.0F, -1.7F), red) << "the part before the camera of a line that passes it";
 }
 
-TEST_P(SceneRenderer, DrawsIntoItsViewportWhateverTheStateAndLeavesTheRestAlone)
+TEST_P(SceneRenderer, LinesAreAsLongAndAsWideAsTheyAreInPixels)
+{
+    // In a picture twice as wide as high; how far a pixel's middle is from a line tells what it shows.
+    constexpr float width = 7.0F;
+    m_target.emplace(2 * side, side, 4);
+    m_camera.setPerspective(m_camera.getVerticalAngle(), 2.0F, 0.1F, 100.0F);
+    m_view.m_fLineWidth = width;
+    for (const auto& [from, to] : {std::pair(Vector{-3.0F, 0.5F, 0.0F}, Vector{2.0F, 0.5F, 0.0F}),
+                                   {Vector{1.0F, 1.5F, 0.0F}, Vector{1.0F, -1.0F, 0.0F}},
+                                   {Vector{-2.0F, -1.5F, 0.0F}, Vector{2.0F, 1.0F, 3.0F}},
+                                   {Vector{1.0F, -1.0F, 0.0F}, Vector{-0.1F, 0.2F, -4.5F}},
+                                   {Vector{0.2F, -0.1F, -9.0F}, Vector{-1.0F, 1.0F, 1.0F}}})
+    {
+        m_view.m_vecLines = {{from, to, {255.0F, 0.0F, 0.0F, 127.5F}}};
+        const G_Image picture = draw();
+        // What lies nearer than a tenth before the eyes is cut off.
+        const auto place = [](const Vector& end, const Vector& other)
+        {
+            const float share = std::max(0.0F, (-3.9F - end.z) / (other.z - end.z));
+            const Vector seen = end.z < -3.9F ? end + (other - end) * share : end;
+            return Vector{side + side * seen.x / (seen.z + 4.0F), side / 2 - side * seen.y / (seen.z + 4.0F), 0.0F};
+        };
+        const Vector begin = place(from, to);
+        const Vector whole = place(to, from) - begin;
+        const Vector along = whole.normalized();
+        for (unsigned int i = 0; i < 2 * side * side; ++i)
+        {
+            const auto column = static_cast<float>(i % (2 * side));
+            const Vector way = Vector{column + 0.5F, static_cast<float>(i / (2 * side)) + 0.5F, 0.0F} - begin;
+            const float beside = std::abs(way.cross(along).z) - 0.5F * width;
+            const float beyond = std::max(-way.dot(along), way.dot(along) - whole.length());
+            const float outside = std::max(beside, beyond);
+            const unsigned char* pixel = picture.getPixel(i % (2 * side), i / (2 * side));
+            ASSERT_TRUE(std::abs(outside) < 1.0F || std::abs(pixel[0] - (outside < 0.0F ? 128 : 0)) <= 2)
+                << "from " << from.x << ", pixel " << column << ", " << i / (2 * side) << ": " << int{pixel[0]};
+        }
+    }
+}
+
+TEST_P(SceneRenderer, APictureIsTheSameWhateverStateItFinds)
+{
+    m_target.emplace(side - 1, side, 4);
+    P_Material& striped = addTextured(addMap(1, 4, {0, 255, 0, 255, 255, 0, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255}));
+    addSquare(-0.5F, -0.5F, &striped);
+    addSquare(-0.7F, -0.7F, nullptr, false, 0.3F);
+    addSquare(0.0F, 0.0F, &addGlass({200, 100, 50}), false, -0.2F);
+    auto& plain = *m_objects.emplace_back(std::make_unique<P_VirtualObject>(1));  // without normals
+    P_VertexFormat format;
+    format.constructFromOldVertexFormat(P_VertexFormat::POSITION);
+    P_TriangleMesh& mesh = *plain.createTriangleMesh(0, nullptr, format);
+    mesh.allocate(1, 3, false);
+    mesh.lock();
+    mesh.getVertexBuffer().setPosition(1, {0.0F, 1.0F, 0.0F});
+    mesh.getVertexBuffer().setPosition(2, {1.0F, 0.0F, 0.0F});
+    mesh.getIndexBuffer().setTriangle(0, 0, 1, 2);
+    mesh.unlock();
+    plain.setMatrix(Matrix::translation({-1.5F, 0.5F, 0.0F}));
+    plain.addTo(&m_scene);
+    P_DirectionalLight sun;
+    sun.setMatrix(makeDown());
+    sun.addTo(&m_scene);
+    m_view.m_ambientSky = m_view.m_ambientGround = G_FColor(90.0F, 60.0F, 30.0F);
+    m_view.m_vecLines.push_back({{-2.0F, 0.2F, 0.1F}, {2.0F, 0.2F, 0.1F}, {255.0F, 0.0F, 0.0F, 99.0F}});
+    m_view.m_vecOverlayLines = m_view.m_vecLines;
+    const auto sampler = TW2::render::GLSampler::create();
+    View::Shadow shadow{{}, {.m_fHeight = -1.5F}};
+    shadow.m_casters.add({-1.0F, -1.0F, -0.5F});
+    shadow.m_casters.add({1.0F, 1.0F, 0.5F});
+    for (const std::optional<View::Shadow>& each : {std::optional<View::Shadow>(shadow), {}})
+    {
+        m_view.m_shadow = each;
+        const G_Image expected = draw();
+        expectColor(expected, -1.3F, 0.7F, {255, 255, 255}, "what has no normals");
+        for (const GLenum state : std::initializer_list<GLenum>{GL_SCISSOR_TEST, GL_CULL_FACE, GL_STENCIL_TEST,
+                                                                GL_POLYGON_OFFSET_FILL, GL_BLEND, GL_DEPTH_TEST})
+        {
+            glEnable(state);
+        }
+        glScissor(0, 0, 1, 1);
+        glColorMask(GL_FALSE, GL_TRUE, GL_TRUE, GL_TRUE);
+        glDepthMask(GL_FALSE);
+        glDepthFunc(GL_NEVER);
+        glCullFace(GL_FRONT);
+        glPolygonOffset(0.0F, -1e9F);
+        glBlendEquation(GL_FUNC_REVERSE_SUBTRACT);
+        glActiveTexture(GL_TEXTURE8);
+        glPixelStorei(GL_PACK_ALIGNMENT, 8);
+        for (GLuint unit = 0; unit < 10; ++unit)
+        {
+            glBindSampler(unit, sampler.get());
+            glVertexAttrib4f(unit, 3.0F, 3.0F, 3.0F, 3.0F);
+        }
+        const G_Image is = draw();
+        EXPECT_EQ(std::memcmp(is.getPixels(), expected.getPixels(), is.getSize()), 0) << each.has_value();
+    }
+}
+
+TEST_P(SceneRenderer, DrawsIntoItsViewportAndLeavesTheRestAlone)
 {
     P_Material& color = addTextured(addMap(1, 4, {0, 255, 0, 255, 255, 0, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255}));
     addSquare(-0.5F, -0.5F, &color);
     m_target->bind();
     glClearColor(0.0F, 1.0F, 0.0F, 1.0F);
     glClear(GL_COLOR_BUFFER_BIT);
-    // The middle of the right half, in states that a host may have left, and with a shadow, which is drawn elsewhere.
+    // The middle of the right half, with a shadow, which is drawn elsewhere, and rows of a map that are not whole
+    // words.
     P_DirectionalLight sun;
     sun.setMatrix(makeDown());
     sun.addTo(&m_scene);
     m_view.m_shadow.emplace().m_casters.add({0.0F, 0.0F, 0.0F});
     glViewport(side / 2, side / 4, side / 2, side / 2);
-    glEnable(GL_SCISSOR_TEST);
-    glScissor(0, 0, 1, 1);
-    glColorMask(GL_FALSE, GL_TRUE, GL_TRUE, GL_TRUE);
-    glDepthMask(GL_FALSE);
-    glEnable(GL_CULL_FACE);
-    glCullFace(GL_FRONT);
-    glEnable(GL_STENCIL_TEST);
-    glEnable(GL_POLYGON_OFFSET_FILL);
-    glPolygonOffset(0.0F, 1e9F);
-    glEnable(GL_BLEND);
-    glBlendEquation(GL_FUNC_REVERSE_SUBTRACT);
-    glActiveTexture(GL_TEXTURE8);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 8);
     m_scene.executeFrame();
     m_renderer->draw(m_scene, m_camera, m_view);
@@ -339,7 +460,10 @@ TEST_P(SceneRenderer, DrawsIntoItsViewportWhateverTheStateAndLeavesTheRestAlone)
     EXPECT_EQ(at(picture, 1.0F, 0.1F), red) << "its middle, with the second row of the map";
     EXPECT_EQ(at(picture, 0.3F, 0.0F), background);
 
-    // A picture that cannot be finished leaves no state behind either.
+    // A picture that cannot be finished, behind glass that was drawn, leaves no state behind either.
+    P_Material& glass = addGlass({255, 0, 0});
+    glass.setSortPriority(P_Material::defaultSortPriority - 1);
+    addSquare(-0.5F, -0.5F, &glass);
     P_Map missing("/nowhere/missing.png", nullptr);
     color.setTexture(0, &missing);
     m_scene.executeFrame();

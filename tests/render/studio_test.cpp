@@ -29,22 +29,48 @@ TEST(Framing, BringsEveryPointIntoThePictureAndTouchesTwoOppositeEdges)
         const auto t = static_cast<float>(i);
         points.push_back({100.0F + 7.0F * std::sin(t), 3.0F * std::cos(2.0F * t), -20.0F + 11.0F * std::sin(3.0F * t)});
     }
+    const float degree = std::acos(-1.0F) / 180.0F;
     for (const auto& viewpoint : viewpoints)
     {
         P_Camera camera;
         TW2::render::frameCamera(camera, points, viewpoint, 1.5F);
+        const float level = std::cos(viewpoint.m_fElevation * degree);
+        const Vector forward{-level * std::sin(viewpoint.m_fAzimuth * degree),
+                             -std::sin(viewpoint.m_fElevation * degree),
+                             level * std::cos(viewpoint.m_fAzimuth * degree)};
+        EXPECT_LT((camera.getObjectToWorldMatrix().getRow(2) - forward).length(), 1e-5F) << viewpoint.m_fAzimuth;
+        EXPECT_EQ(camera.getVerticalAngle(), viewpoint.m_fVerticalAngle);
         const M_Matrix4Template<float> toPicture =
             M_Matrix4Template<float>(camera.getViewMatrix()) * camera.getProjectionMatrix();
         float widest = 0.0F;
+        const float slope = std::tan(viewpoint.m_fVerticalAngle * degree * 0.5F) / viewpoint.m_fMargin;
+        float beyond[] = {-1e9F, -1e9F, -1e9F, -1e9F};  // the left, right, lower and upper edge
         for (const Vector& point : points)
         {
             const Vector p = toPicture.projectPoint(point);
             widest = std::max({widest, std::abs(p.x), std::abs(p.y)});
             EXPECT_GT(p.z, 0.0F);
             EXPECT_LT(p.z, 1.0F);
+            const Vector seen = camera.getViewMatrix().transformPoint(point);
+            const float across[] = {-seen.x, seen.x, -seen.y, seen.y};
+            for (int edge = 0; edge < 4; ++edge)
+            {
+                beyond[edge] = std::max(beyond[edge], across[edge] - seen.z * slope * (edge < 2 ? 1.5F : 1.0F));
+            }
         }
         EXPECT_NEAR(widest * viewpoint.m_fMargin, 1.0F, 1e-3F);
+        EXPECT_NEAR(beyond[0], beyond[1], 1e-3F) << "as far from the left as from the right";
+        EXPECT_NEAR(beyond[2], beyond[3], 1e-3F) << "and from below as from above";
     }
+    // What stands in one line before the eyes needs no width, but lies before them all the same.
+    P_Camera camera;
+    const std::array<Vector, 2> line{Vector{1.0F, 2.0F, -5.0F}, Vector{1.0F, 2.0F, 5.0F}};
+    TW2::render::frameCamera(camera, line, {0.0F, 0.0F}, 1.0F);
+    EXPECT_NEAR(camera.getViewMatrix().transformPoint(line[0]).z, 0.5F, 1e-4F) << "a twentieth of its size";
+    EXPECT_LT(camera.getNearDistance(), 0.5F);
+    TW2::render::frameCamera(camera, line, {0.0F, 120.0F}, 1.0F);
+    EXPECT_NEAR(camera.getObjectToWorldMatrix().getRow(2).y, -1.0F, 1e-3F) << "no steeper than from straight above";
+    EXPECT_GT(camera.getObjectToWorldMatrix().getRow(2).z, 0.0F);
 }
 
 TEST(Framing, LeavesOutWhatIsNotDrawn)
@@ -137,16 +163,18 @@ TEST(Studio, TheGridLiesUnderTheObjectAndFadesOutEvenlyAroundIt)
 {
     TW2::render::Bounds bounds;
     bounds.add({-2.0F, 1.0F, -2.0F});
-    bounds.add({6.0F, 4.0F, 2.0F});
+    bounds.add({6.8F, 4.0F, 2.6F});
     TW2::render::View view;
     TW2::render::addGroundGrid(view, bounds);
     // Beyond the object by its diagonal less a tenth; a quarter of the diagonal, rounded down, from line to line.
-    const float extent = 0.9F * std::sqrt(64.0F + 9.0F + 16.0F) + 4.0F;
+    const float extent = 0.9F * std::sqrt(77.44F + 9.0F + 21.16F) + 4.4F;
     float farthest = 0.0F;
     ASSERT_GT(view.m_vecLines.size(), 100U);
     for (const auto& line : view.m_vecLines)
     {
         EXPECT_EQ(line.m_vFrom.y, 1.0F);
+        EXPECT_EQ(std::remainder(line.m_vFrom.x, 2.0F), 0.0F) << "at whole steps";
+        EXPECT_EQ(std::remainder(line.m_vFrom.z, 2.0F), 0.0F);
         EXPECT_NEAR((line.m_vTo - line.m_vFrom).length(), 2.0F, 1e-5F);
         const float away = ((line.m_vFrom + line.m_vTo) * 0.5F - Vector{2.0F, 1.0F, 0.0F}).length();
         EXPECT_NEAR(line.m_color.alpha, 150.0F * std::max(0.0F, 1.0F - away / extent), 0.01F) << away;
@@ -164,12 +192,16 @@ TEST(Studio, TheGridLiesUnderTheObjectAndFadesOutEvenlyAroundIt)
         const TW2::render::GroundPlane slope{.m_fRiseX = 0.25F, .m_fRiseZ = -0.125F};
         EXPECT_NEAR(slope.getNormal().dot(view.m_vecLines[i].m_vTo - from), 0.0F, 1e-5F) << "a line lies in the plane";
     }
-    view.m_vecLines.clear();
-    TW2::render::Bounds small;
-    small.add({0.0F, 0.0F, 0.0F});
-    small.add({0.01F, 0.02F, 0.01F});
-    TW2::render::addGroundGrid(view, small);
-    EXPECT_GT(view.m_vecLines.size(), 100U) << "however small it is";
+    for (const auto& [size, step] : {std::pair(0.025F, 0.005F), {0.9F, 0.2F}, {70.0F, 10.0F}, {81.0F, 20.0F}})
+    {
+        view.m_vecLines.clear();
+        TW2::render::Bounds other;
+        other.add({0.0F, 0.0F, 0.0F});
+        other.add({0.0F, size, 0.0F});
+        TW2::render::addGroundGrid(view, other);
+        ASSERT_GT(view.m_vecLines.size(), 30U) << "however small it is";
+        EXPECT_NEAR((view.m_vecLines[0].m_vTo - view.m_vecLines[0].m_vFrom).length() / step, 1.0F, 1e-4F) << size;
+    }
     view.m_vecLines.clear();
     TW2::render::addGroundGrid(view, TW2::render::Bounds());
     EXPECT_TRUE(view.m_vecLines.empty());

@@ -177,17 +177,6 @@ TEST_P(ViewOptions, ThrowAShadowOnTheGround)
     EXPECT_EQ(at(shadowed, besideX, besideY), ground) << "beside the plate";
     const auto [plateX, plateY] = project({0.0F, 1.0F, 0.0F});
     EXPECT_EQ(at(shadowed, plateX, plateY), red) << "the plate itself";
-    // Ground that rises along x meets the line of light a little higher under the one side, lower under the other.
-    shadow.m_ground = {.m_fHeight = -0.4F * stage.x, .m_fRiseX = 0.4F};
-    const G_Image sloping = draw();
-    for (const float uphill : {-0.35F, 0.35F})
-    {
-        const auto [x, y] = project({uphill, 0.4F * uphill, 0.3F});
-        expectColor(sloping, x, y, {100, 100, 100}, "on the slope");
-    }
-    const auto [aboveX, aboveY] = project({0.7F, 0.4F * 0.7F, 0.0F});
-    EXPECT_EQ(at(sloping, aboveX, aboveY), ground) << "beside the plate, uphill";
-    shadow.m_ground = {};
     P_Material& glass = addGlass({255, 0, 0});
     glass.setBackfaceCullingMode(P_Material::CullingMode::None);
     m_objects[0]->getPrimitiveInstance(0)->setMaterial(&glass);
@@ -205,4 +194,88 @@ TEST_P(ViewOptions, ThrowAShadowOnTheGround)
     sun.setMatrix(makeDown());
     sun.enable(false);
     EXPECT_EQ(at(draw(), underX, underY), ground) << "no light, no shadow";
+}
+
+TEST_P(ViewOptions, ShadowsLieWhereALightDoesNotReachTheGround)
+{
+    // Two level plates, one of them where its bones bring it. Each pixel's ray tells what it shows.
+    P_Material& color = addColor({255.0F, 0.0F, 0.0F});
+    color.setBackfaceCullingMode(P_Material::CullingMode::None);
+    Matrix plate;
+    plate.setRow(1, {0.0F, 0.0F, 1.0F});
+    plate.setRow(2, {0.0F, 1.0F, 0.0F});
+    const std::array<Vector, 2> corners{Vector{0.3F, 1.0F, -0.2F}, Vector{-1.4F, 0.8F, -0.6F}};
+    plate.setTranslation(corners[0]);
+    addSquare(0.0F, 0.0F, &color).setMatrix(plate);
+    std::array<Matrix, 2> bones;
+    bones[1].setTranslation({2.0F, 0.0F, 0.0F});  // half of it
+    plate.setTranslation(corners[1] + Vector{-1.0F, 0.0F, 0.0F});
+    addSkin(&color, bones.data()).setMatrix(plate);
+    P_DirectionalLight sun;
+    sun.addTo(&m_scene);
+    const Vector eye{0.5F, 3.0F, -6.0F};
+    m_camera.lookAt(eye, {}, {0.0F, 1.0F, 0.0F});
+    m_view.m_topColor = m_view.m_bottomColor = G_FColor(200.0F, 200.0F, 200.0F);
+    View::Shadow& shadow = m_view.m_shadow.emplace();
+    shadow.m_fStrength = 0.25F;
+    for (const Vector& corner : corners)
+    {
+        shadow.m_casters.add(corner);
+        shadow.m_casters.add(corner + Vector{1.0F, 0.0F, 1.0F});
+    }
+    // How far a line goes from a place until it meets a plate; 0: it meets none.
+    const auto meet = [&corners](const Vector& from, const Vector& along)
+    {
+        for (const Vector& corner : corners)
+        {
+            const float away = (corner.y - from.y) / along.y;
+            const Vector inside = from + along * away - corner;
+            if (away > 0.0F && inside.x > 0.0F && inside.x < 1.0F && inside.z > 0.0F && inside.z < 1.0F)
+            {
+                return away;
+            }
+        }
+        return 0.0F;
+    };
+    struct Case
+    {
+        Vector m_vLight;
+        TW2::render::GroundPlane m_ground;
+    };
+    for (const Case& each : {Case{{0.0F, -1.0F, 0.0F}, {}},
+                             {{0.5F, -1.0F, 0.4F}, {.m_fHeight = -0.3F}},
+                             {{-0.6F, -1.0F, -0.2F}, {.m_fHeight = 0.1F, .m_fRiseX = 0.3F, .m_fRiseZ = -0.2F}},
+                             {{2.0F, -1.0F, 0.1F}, {.m_fRiseZ = 0.1F}}})
+    {
+        Matrix place;
+        place.setRow(1, {0.0F, 0.0F, 1.0F});
+        place.setRow(2, each.m_vLight.normalized());
+        sun.setMatrix(place);
+        shadow.m_ground = each.m_ground;
+        const G_Image picture = draw();
+        const Matrix& camera = m_camera.getObjectToWorldMatrix();
+        std::array<int, side * side> expected{};
+        for (unsigned int i = 0; i < side * side; ++i)
+        {
+            const float x = (static_cast<float>(i % side) + 0.5F) / side - 0.5F;
+            const float y = 0.5F - (static_cast<float>(i / side) + 0.5F) / side;
+            const Vector ray = camera.getRow(2) + camera.getRow(0) * x + camera.getRow(1) * y;
+            const float away = (each.m_ground.getHeight(eye) - eye.y) /
+                               (ray.y - each.m_ground.m_fRiseX * ray.x - each.m_ground.m_fRiseZ * ray.z);
+            const bool shadowed = away > 0.0F && meet(eye + ray * away, each.m_vLight * -1.0F) > 0.0F;
+            expected[i] = meet(eye, ray) > 0.0F ? 0 : shadowed ? 150 : 200;
+        }
+        for (unsigned int i = side + 1; i < side * (side - 1) - 1; ++i)
+        {
+            bool edge = false;
+            for (unsigned int k = 0; k < 9; ++k)
+            {
+                edge |= expected[i + k / 3 * side + k % 3 - side - 1] != expected[i];
+            }
+            const int is = picture.getPixel(i % side, i / side)[1];
+            ASSERT_TRUE(edge || std::abs(is - expected[i]) <= 2)
+                << each.m_vLight.x << ": " << is << " instead of " << expected[i] << " at " << i % side << ", "
+                << i / side;
+        }
+    }
 }
