@@ -58,8 +58,6 @@ void MatrixTexture::upload()
                      nullptr);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     }
     glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, texelsPerRow, static_cast<GLsizei>(rows), GL_RGBA, GL_FLOAT,
                     m_vecTexels.data());

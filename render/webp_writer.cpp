@@ -23,7 +23,6 @@ public:
             throw RenderException("The WebP library has another version than it was built with");
         }
         m_config.quality = quality;
-        m_config.alpha_quality = 100;
         m_config.thread_level = 1;
     }
 

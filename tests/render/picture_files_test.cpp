@@ -10,7 +10,6 @@
 #include <webp/demux.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
@@ -37,7 +36,7 @@ G_Image makePicture(unsigned int width, unsigned int height, unsigned int step)
 }
 
 /// Plays a GIF as a viewer does: every frame is laid over the one before it.
-std::vector<G_Image> playGIF(const std::string& name, std::vector<int>& delays, std::vector<GifImageDesc>& places)
+std::vector<G_Image> playGIF(const std::string& name, std::vector<int>& delays)
 {
     int error = 0;
     GifFileType* file = DGifOpenFileName(name.c_str(), &error);
@@ -51,7 +50,7 @@ std::vector<G_Image> playGIF(const std::string& name, std::vector<int>& delays, 
         EXPECT_EQ(DGifSavedExtensionToGCB(file, i, &control), GIF_OK);
         delays.push_back(control.DelayTime);
         const SavedImage& saved = file->SavedImages[i];
-        const GifImageDesc& place = places.emplace_back(saved.ImageDesc);
+        const GifImageDesc& place = saved.ImageDesc;
         EXPECT_EQ(control.DisposalMode, DISPOSE_DO_NOT);
         for (int p = 0; p < place.Width * place.Height; ++p)
         {
@@ -124,8 +123,7 @@ TEST(GIF, PlaysBackWhatWasWrittenAtTheRateAskedFor)
     TW2::render::writeGIF(name.c_str(), pictures, 30.0);
 
     std::vector<int> delays;
-    std::vector<GifImageDesc> places;
-    const std::vector<G_Image> played = playGIF(name, delays, places);
+    const std::vector<G_Image> played = playGIF(name, delays);
     ASSERT_EQ(played.size(), pictures.size());
     int total = 0;
     for (std::size_t i = 0; i < played.size(); ++i)
@@ -134,14 +132,6 @@ TEST(GIF, PlaysBackWhatWasWrittenAtTheRateAskedFor)
         total += delays[i];
     }
     EXPECT_EQ(total, 50) << "15 frames at 30 per second, in hundredths of a second";
-    // Only what changed is stored: the square's old place with its new one, then single pixels.
-    const std::array<std::array<int, 4>, 5> changes{
-        {{20, 4, 10, 8}, {63, 47, 1, 1}, {0, 40, 1, 1}, {0, 0, 1, 1}, {0, 0, 64, 48}}};
-    for (std::size_t i = 0; i < changes.size(); ++i)
-    {
-        const GifImageDesc& place = places[i + 1 < changes.size() ? 11 + i : 0];
-        EXPECT_EQ((std::array<int, 4>{place.Left, place.Top, place.Width, place.Height}), changes[i]);
-    }
     EXPECT_NE(directory.read("motion.gif").find(std::string("NETSCAPE2.0\x03\x01\0\0", 15)), std::string::npos)
         << "for ever";
 }
@@ -162,7 +152,10 @@ TEST(GIF, RefusesWhatItCannotShowAndLeavesNoFile)
         EXPECT_THROW(TW2::render::writeGIF(name.c_str(), two, 25.0), TW2::render::RenderException) << width;
     }
     EXPECT_FALSE(std::filesystem::exists(name));
-    EXPECT_NO_THROW(TW2::render::writeGIF(name.c_str(), pictures, 50.0));
+    for (const double rate : {1.0, 50.0})
+    {
+        EXPECT_NO_THROW(TW2::render::writeGIF(name.c_str(), pictures, rate));
+    }
 }
 
 TEST(WebP, PlaysBackColoursAndAlphaAtTheRateAskedFor)

@@ -37,17 +37,12 @@ protected:
     {
         try
         {
-            open(GetParam());
+            m_driver.emplace(GetParam());
         }
         catch (const TW2::render::RenderException& exception)
         {
             GTEST_SKIP() << exception.getErrorMessage();
         }
-    }
-
-    void open(TW2::render::OffscreenContext::Kind kind)
-    {
-        m_driver.emplace(kind);
         m_renderer.emplace();
         m_target.emplace(side, side, 4);
         m_camera.lookAt({0.0F, 0.0F, -4.0F}, {}, {0.0F, 1.0F, 0.0F});

@@ -181,6 +181,10 @@ TEST(Studio, TheGridLiesUnderTheObjectAndFadesOutEvenlyAroundIt)
         farthest = std::max(farthest, away);
     }
     EXPECT_NEAR(farthest, extent, 1.0F);
+    EXPECT_EQ(2U * static_cast<std::size_t>(std::ranges::count_if(
+                       view.m_vecLines, [](const auto& line) { return line.m_vFrom.x == line.m_vTo.x; })),
+              view.m_vecLines.size())
+        << "as many across as along";
     const auto level = view.m_vecLines;
     view.m_vecLines.clear();
     TW2::render::addGroundGrid(view, bounds, {.m_fHeight = 0.5F, .m_fRiseX = 0.25F, .m_fRiseZ = -0.125F});
