@@ -180,10 +180,10 @@ private:
     void drawAnimations()
     {
         std::vector<std::pair<std::unique_ptr<TW2::render::AnimationWriter>, std::string>> writers;
-        const double fps = std::clamp(m_moments.getFramesPerSecond(), 1.0, 50.0);  // what a file can say
+        const double fps = std::max(m_moments.getFramesPerSecond(), 1.0);
         if (!m_arguments.gif.empty())
         {
-            writers.emplace_back(TW2::render::makeGIFWriter(drawAll(m_samples), fps), m_arguments.gif);
+            writers.emplace_back(TW2::render::makeGIFWriter(drawAll(m_samples), std::min(fps, 50.0)), m_arguments.gif);
         }
         if (!m_arguments.webp.empty())
         {

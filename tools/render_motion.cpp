@@ -79,7 +79,9 @@ Moments Moments::play(const Motion& motion, double framesPerSecond)
     const double length = motion.end - motion.begin;
     if (motion.loops)
     {
-        const auto count = static_cast<unsigned int>(std::max(std::ceil(length * framesPerSecond - 1e-6), 1.0));
+        // About as many as were asked for, and at least the one per second that files can say.
+        const double fewest = std::max(std::ceil(length - 1e-6), 1.0);
+        const auto count = static_cast<unsigned int>(std::max(std::round(length * framesPerSecond), fewest));
         return {count, motion.begin, length / count};
     }
     const auto steps = static_cast<unsigned int>(std::floor(length * framesPerSecond + 1e-6));

@@ -247,45 +247,6 @@ TEST(ConvertOptions, ACrashIsToldAndLeavesNothingHalfWritten)
     }
 }
 
-TEST(ConvertOptions, ASkinIsToldWithWhatItsFileSaysOtherwise)
-{
-    // Five influences at one corner of four.
-    GltfText text;
-    std::string nodes = R"({"name":"wall","mesh":0,"skin":0})";
-    std::vector<std::uint16_t> first;
-    std::vector<std::uint16_t> second(16, 0);
-    std::vector<float> weights(16, 0.25F);
-    std::vector<float> more(16, 0.0F);
-    for (std::uint16_t corner = 0; corner < 4; ++corner)
-    {
-        first.insert(first.end(), {0, 1, 2, 3});
-    }
-    std::fill_n(weights.begin(), 4, 0.225F);
-    more[0] = 0.1F;
-    second[0] = 4;
-    const auto accessor = [&](const char* name, int index)
-    { return ",\"" + std::string(name) + "\":" + number(index); };
-    text.set("meshes",
-             R"([{"primitives":[{)" +
-                 addSquare(text, accessor("JOINTS_0", text.add(first, GltfText::UNSIGNED_SHORT, "VEC4")) +
-                                     accessor("JOINTS_1", text.add(second, GltfText::UNSIGNED_SHORT, "VEC4")) +
-                                     accessor("WEIGHTS_0", text.addFloats(weights, "VEC4")) +
-                                     accessor("WEIGHTS_1", text.addFloats(more, "VEC4"))) +
-                 "}]}]");
-    for (const char* bone : {"a", "b", "c", "d", "e"})
-    {
-        nodes += R"(,{"name":")" + std::string(bone) + "\"}";
-    }
-    text.set("nodes", "[" + nodes + "]");
-    text.set("skins", R"([{"joints":[1,2,3,4,5]}])");
-    const TemporaryDirectory directory;
-    const CommandResult told =
-        runTW2({"convert", directory.write("wall.gltf", text.make()), "-o", directory.file("out")});
-    EXPECT_EQ(told.output, directory.file("out/wall.script") +
-                               "\n  skinned character of 6 nodes, 4 vertices, 2 triangles in 1 groups, 1 materials, 0 "
-                               "textures\n  influences cut to the 4 strongest at 1 vertices (up to 5 before)\n");
-}
-
 TEST(ConvertOptions, QuietKeepsWarningsAndPicturesAreFoundInOtherFolders)
 {
     const TemporaryDirectory directory;

@@ -294,19 +294,6 @@ TEST(Viewer, ACrowdFillsASquareBehindTheObjectAndIsPosedLaterAndLater)
     }
 }
 
-TEST(Crowd, TellsWhatABoneCostsAsAMeanOfTheLastPictures)
-{
-    TW2::viewer::Crowd crowd;
-    crowd.addCost(1e-6, 2e-6, 10);
-    for (const auto& [pose, frame, both] : {std::tuple(100.0, 200.0, 3e-3), {105.0, 200.0, 3.05e-3}})
-    {
-        EXPECT_NEAR(crowd.getCost().m_dPoseNanosecondsPerBone, pose, 1e-6);
-        EXPECT_NEAR(crowd.getCost().m_dFrameNanosecondsPerBone, frame, 1e-6);
-        EXPECT_NEAR(crowd.getCost().m_dMilliseconds, both, 1e-9);
-        crowd.addCost(2e-6, 2e-6, 10);
-    }
-}
-
 TEST(Viewer, AMovingObjectIsLookedAtWithAllThatItsClipComesTo)
 {
     for (const char* side : {"look front", "look left", "look top"})
