@@ -12,7 +12,7 @@ namespace TW2::render
 /// Axis-aligned box in world space that grows; empty at first.
 struct Bounds
 {
-    static constexpr float none = std::numeric_limits<float>::infinity();
+    static constexpr float none = std::numeric_limits<float>::infinity();  ///< no place is beyond it
     M_Vector3Template<float> m_vMinimum{none, none, none};     ///< larger than the maximum while the box is empty
     M_Vector3Template<float> m_vMaximum{-none, -none, -none};  ///< the other corner
 
