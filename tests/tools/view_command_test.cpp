@@ -30,9 +30,9 @@ namespace
 const std::string s_sample = TW2_SAMPLE "/sprout.script";
 /// What stands before a program in the shell's line to give it a display of its own.
 const std::string s_display = "'" TW2_SCRIPTS "/with_display.sh' ";
-/// The search fails where a window goes away under it, as those do in which drivers are tried out.
+/// The search fails, or waits for ever, where a window goes away under it, as those do in which drivers are tried out.
 const std::string s_focus =
-    "until xdotool search --sync --onlyvisible --name \"tw2 view\" windowfocus --sync; do sleep 0.05; done; ";
+    "until timeout 5 xdotool search --sync --onlyvisible --name \"tw2 view\" windowfocus --sync; do sleep 0.05; done; ";
 
 bool hasProgram(const char* name)
 {
