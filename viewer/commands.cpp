@@ -59,18 +59,13 @@ void blend(Viewer& viewer, const Arguments& arguments)
 {
     needNoMixer(viewer);
     const int slot = toWhole(arguments.at(0));
-    if (slot < 0)
-    {
-        throw Failure("a blend has slots 0 to 2, not " + arguments[0]);
-    }
     const bool empty = arguments.at(1) == "none";
     const float weight = arguments.size() > 2 ? static_cast<float>(toNumber(arguments[2])) : 1.0F;
     if (weight < 0.0F)
     {
         throw Failure("a weight is 0 or more, not " + arguments[2]);
     }
-    viewer.getPlayback().setSlot(static_cast<std::size_t>(slot), empty ? -1 : needObject(viewer).findClip(arguments[1]),
-                                 weight);
+    viewer.getPlayback().setSlot(slot, empty ? -1 : needObject(viewer).findClip(arguments[1]), weight);
 }
 
 void look(Viewer& viewer, const Arguments& arguments)

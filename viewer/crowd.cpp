@@ -67,7 +67,7 @@ void Crowd::standOn(const render::GroundPlane& ground) const
     }
 }
 
-void Crowd::pose(Playback& playback, int visibility) const
+void Crowd::pose(Playback& playback, int visibilityAnimation) const
 {
     // A step that no loop is a multiple of: nobody marches in step with a neighbour.
     constexpr double step = 0.137;
@@ -75,7 +75,7 @@ void Crowd::pose(Playback& playback, int visibility) const
     for (const std::unique_ptr<TW_VirtualObject>& copy : m_vecCopies)
     {
         playback.apply(*copy, offset += step);
-        followVisibility(*copy, visibility, static_cast<float>(playback.getTime(offset)));
+        followVisibility(*copy, visibilityAnimation, static_cast<float>(playback.getTime(offset)));
     }
 }
 

@@ -47,8 +47,8 @@ public:
     }
     /// Puts every copy onto the ground where it stands.
     void standOn(const render::GroundPlane& ground) const;
-    /// Poses every copy, and shows what the visibility tracks of `visibility` say; -1 shows all.
-    void pose(Playback& playback, int visibility) const;
+    /// Poses every copy, and shows and hides its meshes as the visibility tracks of an animation say; -1 shows all.
+    void pose(Playback& playback, int visibilityAnimation) const;
 
     /// Takes in what one picture cost, in seconds.
     void addCost(double poseSeconds, double frameSeconds, std::size_t bones) noexcept;

@@ -57,9 +57,9 @@ void Playback::setClip(int animation, bool keepTime)
     seek(keepTime ? m_dTime : 0.0);
 }
 
-void Playback::setSlot(std::size_t slot, int animation, float weight)
+void Playback::setSlot(int slot, int animation, float weight)
 {
-    if (slot >= mostSlots)
+    if (slot < 0 || slot >= static_cast<int>(mostSlots))
     {
         throw Failure("a blend has slots 0 to 2, not " + std::to_string(slot));
     }
@@ -71,7 +71,7 @@ void Playback::setSlot(std::size_t slot, int animation, float weight)
     {
         throw Failure("slot 0 sets the length of the loop and cannot be empty");
     }
-    m_aSlots[slot] = {animation, animation == -1 || !(weight > 0.0F) ? 0.0F : weight};
+    m_aSlots[static_cast<std::size_t>(slot)] = {animation, animation == -1 || !(weight > 0.0F) ? 0.0F : weight};
 }
 
 void Playback::setPlaying(bool playing) noexcept

@@ -53,7 +53,7 @@ public:
     void setClip(int animation, bool keepTime = false);
     /// Gives a slot an animation and a weight (0 or more); -1 empties it. Throws Failure for a slot or index that does
     /// not exist. Slot 0 sets the length of a loop.
-    void setSlot(std::size_t slot, int animation, float weight);
+    void setSlot(int slot, int animation, float weight);
     [[nodiscard]] const std::array<Slot, mostSlots>& getSlots() const noexcept { return m_aSlots; }
     /// The animation of slot 0; -1 when nothing plays.
     [[nodiscard]] int getMainAnimation() const noexcept { return m_aSlots[0].m_iAnimation; }
@@ -63,9 +63,8 @@ public:
     /// @{
     [[nodiscard]] bool isPlaying() const noexcept { return m_bPlaying; }
     void setPlaying(bool playing) noexcept;
-    [[nodiscard]] double getTime() const noexcept { return m_dTime; }
-    /// That of somebody who is `offset` seconds ahead of the clock.
-    [[nodiscard]] double getTime(double offset) const noexcept
+    /// Seconds of the clock, or of somebody who is `offset` seconds ahead of it.
+    [[nodiscard]] double getTime(double offset = 0.0) const noexcept
     {
         return offset == 0.0 ? m_dTime : wrap(m_dTime + offset);
     }

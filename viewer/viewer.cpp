@@ -382,10 +382,10 @@ void Viewer::pose(double seconds)
     }
     standOnGround();
     m_reaching.apply(m_orbit.getEye());
-    const int visibility = m_show.m_bVisibility ? m_playback.getMainAnimation() : -1;
-    m_crowd.pose(m_playback, visibility);
+    const int visibilityAnimation = m_show.m_bVisibility ? m_playback.getMainAnimation() : -1;
+    m_crowd.pose(m_playback, visibilityAnimation);
     const auto time = static_cast<float>(m_playback.getTime());
-    followVisibility(m_pObject->getObject(), visibility, time);
+    followVisibility(m_pObject->getObject(), visibilityAnimation, time);
     for (const std::string& set : m_vecTextureSets)
     {
         m_pObject->getObject().animateTexture(toEngineText(set), time);

@@ -160,7 +160,7 @@ TEST_F(PlaybackTest, BlendsByWeightsWhateverTheirSum)
     {
         for (std::size_t slot = 0; slot < weights.size(); ++slot)
         {
-            m_playback.setSlot(slot, std::array{sway, dance, 0}[slot], weights[slot]);
+            m_playback.setSlot(static_cast<int>(slot), std::array{sway, dance, 0}[slot], weights[slot]);
         }
         EXPECT_EQ(pose(4), played(4, alone, 0.3F)) << testing::PrintToString(weights);
     }

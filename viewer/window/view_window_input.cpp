@@ -29,7 +29,10 @@ void ViewWindow::handleMouse()
     const float height = m_free.m_fHeight;
     OrbitCamera& camera = m_viewer.getCamera();
     const bool shift = io.KeyShift;
-    m_bDragged &= !ImGui::IsMouseClicked(ImGuiMouseButton_Left);
+    if (ImGui::IsMouseClicked(ImGuiMouseButton_Left))
+    {
+        m_bDragged = false;
+    }
     const bool reaches = io.KeyCtrl && m_viewer.getReaching().getTarget();
     if (ImGui::IsMouseDragging(ImGuiMouseButton_Left) && reaches)
     {
