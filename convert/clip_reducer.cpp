@@ -32,7 +32,8 @@ ClipReducer::ClipReducer(const Model& model, const Skeleton& skeleton, const Opt
       m_tolerance(tolerance),
       m_travel(travel),
       m_dReach(travel ? measureExtent(model, skeleton) : 0.0),
-      m_meter(model, skeleton)
+      m_meter(model, skeleton),
+      m_threads(options.m_uiThreads)
 {
 }
 
@@ -55,6 +56,7 @@ WrittenClip ClipReducer::reduce(const Clip& clip) const
     // The library plays in single precision: what that adds is made up for by a tighter reduction.
     constexpr double tighter = 0.7;
     constexpr int mostTries = 4;
+    const SpareThreads::Working working(m_threads);
     std::shared_ptr<const Travel> travel;
     if (m_travel)
     {
@@ -68,19 +70,21 @@ WrittenClip ClipReducer::reduce(const Clip& clip) const
     WrittenClip written;
     for (int tries = 0; tries < mostTries; ++tries)
     {
-        written.m_reduced = reduceClip(m_model, m_skeleton, played, tolerance, m_options.m_iFrameRate);
+        written.m_reduced = reduceClip(m_model, m_skeleton, played, tolerance, m_options.m_iFrameRate, m_threads);
         written.m_eSeam = chooseSeam(written.m_reduced);
         written.m_vecRecords = makeRecords(m_skeleton, written.m_reduced, written.m_eSeam);
         const int rate = written.m_reduced.m_iFrameRate;
         const std::vector<double>& times = written.m_reduced.m_vecLookedAt;
         if (travel)
         {
-            written.m_travel = makeTravelRecord(*travel, written.m_reduced, written.m_eSeam, tolerance, m_dReach);
-            written.m_error = m_meter.measure(clip, written.m_vecRecords, *travel, *written.m_travel, rate, times);
+            written.m_travel =
+                makeTravelRecord(*travel, written.m_reduced, written.m_eSeam, tolerance, m_dReach, m_threads);
+            written.m_error =
+                m_meter.measure(clip, written.m_vecRecords, *travel, *written.m_travel, rate, times, m_threads);
         }
         else
         {
-            written.m_error = m_meter.measure(clip, written.m_vecRecords, rate, times);
+            written.m_error = m_meter.measure(clip, written.m_vecRecords, rate, times, m_threads);
         }
         if (written.m_error.isWithin(m_tolerance) || !written.m_reduced.m_error.isWithin(tolerance))
         {

@@ -32,6 +32,7 @@ public:
     ClipReducer(const Model& model, const Skeleton& skeleton, const Options& options, const Tolerance& tolerance,
                 const std::optional<TravelChoice>& travel);
 
+    /// `Options::m_uiThreads` threads are at work in all calls together, where there are no more calls than that.
     [[nodiscard]] WrittenClip reduce(const Clip& clip) const;
     [[nodiscard]] const PlaybackMeter& getMeter() const noexcept { return m_meter; }
 
@@ -45,6 +46,7 @@ private:
     std::optional<TravelChoice> m_travel;
     double m_dReach = 0.0;
     PlaybackMeter m_meter;
+    mutable SpareThreads m_threads;
 };
 
 /// Reduces clips in their order on threads of its own, some ahead of what is asked for. With one thread, or where no

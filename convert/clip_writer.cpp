@@ -13,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <span>
 
 namespace TW2::convert
 {
@@ -81,7 +82,8 @@ void composeMoved(const Skeleton& skeleton, const std::vector<Matrixd>& local, c
 }
 }  // namespace
 
-/// Plays records as the library does. Players are made and go one at a time, as the library demands, and play at once.
+/// Plays records as the library does. Players are made and go one at a time, as the library demands, and play on all
+/// threads at once.
 class PlaybackMeter::Player
 {
 public:
@@ -91,7 +93,6 @@ public:
         : m_skeleton(skeleton)
     {
         build(records, travel);
-        m_vecLocal.resize(m_vecTracks.size());
         for (std::size_t joint = 0; joint < records.size(); ++joint)
         {
             const int parent = skeleton.m_vecJoints[joint].m_iParent;
@@ -123,20 +124,21 @@ public:
     /// Whether the object, or a record above or at a joint, moves it, per joint.
     [[nodiscard]] const std::vector<bool>& getMoving() const noexcept { return m_vecMoving; }
 
-    /// World matrices at `frame`, one per record. Empty before the first frame; what does not move stays as it is.
-    void play(double frame, std::vector<Matrixd>& world) const
+    /// Matrices at `frame`, one per record. Empty before the first frame; what does not move stays as it is.
+    void play(double frame, std::vector<Matrixd>& local, std::vector<Matrixd>& world) const
     {
         const bool first = world.empty();
+        local.resize(m_vecTracks.size());
         for (std::size_t joint = 0; joint < m_vecTracks.size(); ++joint)
         {
             if (first || m_vecPlaying[joint])
             {
                 M_Matrix4x3Template<float> matrix;
                 m_vecTracks[joint]->animateFrame(matrix, static_cast<float>(frame));
-                m_vecLocal[joint] = toDouble(matrix);
+                local[joint] = toDouble(matrix);
             }
         }
-        composeMoved(m_skeleton, m_vecLocal, m_vecMoving, world);
+        composeMoved(m_skeleton, local, m_vecMoving, world);
         if (m_pTravel)
         {
             M_Matrix4x3Template<float> place;
@@ -176,7 +178,6 @@ private:
     bool m_bAgain = false;
     std::vector<bool> m_vecPlaying;  // the records that have more than one key
     std::vector<bool> m_vecMoving;
-    mutable std::vector<Matrixd> m_vecLocal;
 };
 
 std::mutex PlaybackMeter::Player::s_building;
@@ -225,7 +226,7 @@ std::vector<KeyframeAnimationChunk> makeRestRecords(const Skeleton& skeleton)
 }
 
 KeyframeAnimationChunk makeTravelRecord(const Travel& travel, const ReducedClip& clip, Seam seam,
-                                        const Tolerance& tolerance, double reach)
+                                        const Tolerance& tolerance, double reach, SpareThreads& threads)
 {
     Model model;
     model.m_vecNodes.push_back({"travel", -1, Matrixd(), {}, {}});
@@ -238,7 +239,7 @@ KeyframeAnimationChunk makeTravelRecord(const Travel& travel, const ReducedClip&
     channel.m_pMotion = std::make_shared<Carrying>(travel, 1.0 / clip.m_iFrameRate);
     std::vector<std::string> warnings;
     const Skeleton skeleton = makeSkeleton(model, warnings);
-    const ReducedClip reduced = reduceClip(model, skeleton, carried, tolerance, clip.m_iFrameRate);
+    const ReducedClip reduced = reduceClip(model, skeleton, carried, tolerance, clip.m_iFrameRate, threads);
     return makeRecords(skeleton, reduced, Seam::Open).front();
 }
 
@@ -247,80 +248,122 @@ PlaybackMeter::PlaybackMeter(const Model& model, const Skeleton& skeleton)
 {
 }
 
+/// A clip beside the records that were made of it.
+class PlaybackMeter::Comparison
+{
+public:
+    /// All must outlive the comparison. `measured`: the joints that count.
+    Comparison(const PlaybackMeter& meter, const Clip& clip, const Player& player, const std::vector<bool>& measured)
+        : m_meter(meter),
+          m_sampler(meter.m_model, clip),
+          m_player(player),
+          m_measured(measured),
+          m_jumps(findJumps(m_sampler, measured.size())),
+          m_vecMoving(player.getMoving())
+    {
+        for (std::size_t joint = 0; joint < m_vecMoving.size(); ++joint)
+        {
+            const int parent = meter.m_skeleton.m_vecJoints[joint].m_iParent;
+            m_vecMoving[joint] = m_vecMoving[joint] || m_sampler.isMoved(joint) ||
+                                 (parent >= 0 && m_vecMoving[static_cast<std::size_t>(parent)]);
+        }
+    }
+
+    /// The largest difference at some times, in frames. May be asked on several threads at once.
+    [[nodiscard]] PoseError measure(std::span<const double> frames, int frameRate) const
+    {
+        const std::size_t joints = m_measured.size();
+        std::vector<Matrixd> shouldLocal(joints);
+        std::vector<Matrixd> shouldBe;
+        std::vector<Matrixd> local;
+        std::vector<Matrixd> world;
+        PoseError error;
+        PoseDifference difference;
+        bool drawn = false;  // all that does not move
+        const double end = m_player.beginsAgain() ? m_player.getFrameCount() : std::numeric_limits<double>::max();
+        for (const double frame : frames)
+        {
+            const double seconds = frame / frameRate;
+            if (frame >= end || isAtJump(m_jumps, seconds))
+            {
+                continue;
+            }
+            const bool first = world.empty();
+            for (std::size_t joint = 0; joint < joints; ++joint)
+            {
+                if (first || m_sampler.isMoved(joint))
+                {
+                    shouldLocal[joint] = m_sampler.sample(joint, seconds);
+                }
+            }
+            composeMoved(m_meter.m_skeleton, shouldLocal, m_vecMoving, shouldBe);
+            m_player.play(frame, local, world);
+            for (std::size_t joint = 0; joint < joints; ++joint)
+            {
+                if (!m_measured[joint])
+                {
+                    shouldBe[joint] = world[joint];
+                }
+                if (first || m_vecMoving[joint])
+                {
+                    difference.add(world[joint], shouldBe[joint], m_meter.m_reach[joint]);
+                }
+            }
+            if (frame == std::floor(frame))
+            {
+                error.add({m_meter.m_drawn.measureDistance(world, shouldBe, drawn ? &m_vecMoving : nullptr), 0.0});
+                drawn = true;
+            }
+        }
+        error.add(difference.get());
+        return error;
+    }
+
+private:
+    const PlaybackMeter& m_meter;
+    ClipSampler m_sampler;
+    const Player& m_player;
+    const std::vector<bool>& m_measured;
+    std::set<double> m_jumps;
+    std::vector<bool> m_vecMoving;
+};
+
 PoseError PlaybackMeter::measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records, int frameRate,
-                                 const std::vector<double>& times) const
+                                 const std::vector<double>& times, SpareThreads& threads) const
 {
     return measure(clip, Player(m_skeleton, records, nullptr), std::vector<bool>(records.size(), true), frameRate,
-                   times);
+                   times, threads);
 }
 
 PoseError PlaybackMeter::measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records,
                                  const Travel& travel, const KeyframeAnimationChunk& record, int frameRate,
-                                 const std::vector<double>& times) const
+                                 const std::vector<double>& times, SpareThreads& threads) const
 {
     std::vector<bool> measured(records.size(), true);
     for (std::size_t i = 1; i < travel.getPath().size(); ++i)
     {
         measured[static_cast<std::size_t>(travel.getPath()[i])] = false;
     }
-    return measure(clip, Player(m_skeleton, records, &record), measured, frameRate, times);
+    return measure(clip, Player(m_skeleton, records, &record), measured, frameRate, times, threads);
 }
 
 PoseError PlaybackMeter::measure(const Clip& clip, const Player& player, const std::vector<bool>& measured,
-                                 int frameRate, const std::vector<double>& times) const
+                                 int frameRate, const std::vector<double>& times, SpareThreads& threads) const
 {
-    const std::size_t joints = measured.size();
-    const ClipSampler sampler(m_model, clip);
-    const std::set<double> jumps = findJumps(sampler, joints);
-    std::vector<bool> moving = player.getMoving();
-    for (std::size_t joint = 0; joint < joints; ++joint)
-    {
-        const int parent = m_skeleton.m_vecJoints[joint].m_iParent;
-        moving[joint] =
-            moving[joint] || sampler.isMoved(joint) || (parent >= 0 && moving[static_cast<std::size_t>(parent)]);
-    }
-    std::vector<Matrixd> shouldLocal(joints);
-    std::vector<Matrixd> shouldBe;
-    std::vector<Matrixd> world;
+    constexpr std::size_t timesAtOnce = 64;  // the first of them also costs what does not move
+    const Comparison comparison(*this, clip, player, measured);
+    std::vector<PoseError> errors((times.size() + timesAtOnce - 1) / timesAtOnce);
+    threads.share(errors.size(),
+                  [&](std::size_t part)
+                  {
+                      const std::span<const double> rest = std::span(times).subspan(part * timesAtOnce);
+                      errors[part] = comparison.measure(rest.first(std::min(timesAtOnce, rest.size())), frameRate);
+                  });
     PoseError error;
-    PoseDifference difference;
-    bool drawn = false;  // all that does not move
-    const double end = player.beginsAgain() ? player.getFrameCount() : std::numeric_limits<double>::max();
-    for (const double frame : times)
+    for (const PoseError& part : errors)
     {
-        const double seconds = frame / frameRate;
-        if (frame >= end || isAtJump(jumps, seconds))
-        {
-            continue;
-        }
-        const bool first = world.empty();
-        for (std::size_t joint = 0; joint < joints; ++joint)
-        {
-            if (first || sampler.isMoved(joint))
-            {
-                shouldLocal[joint] = sampler.sample(joint, seconds);
-            }
-        }
-        composeMoved(m_skeleton, shouldLocal, moving, shouldBe);
-        player.play(frame, world);
-        for (std::size_t joint = 0; joint < joints; ++joint)
-        {
-            if (!measured[joint])
-            {
-                shouldBe[joint] = world[joint];
-            }
-            if (first || moving[joint])
-            {
-                difference.add(world[joint], shouldBe[joint], m_reach[joint]);
-            }
-        }
-        if (frame == std::floor(frame))
-        {
-            error.add({m_drawn.measureDistance(world, shouldBe, drawn ? &moving : nullptr), 0.0});
-            drawn = true;
-        }
+        error.add(part);
     }
-    error.add(difference.get());
     return error;
 }
 
@@ -330,10 +373,11 @@ void PlaybackMeter::addBounds(const std::vector<KeyframeAnimationChunk>& records
     constexpr int timesPerSecond = 60;
     const Player player(m_skeleton, records, nullptr);
     const auto step = static_cast<std::size_t>(std::max(records.front().header.frameRate / timesPerSecond, 1));
+    std::vector<Matrixd> local;
     std::vector<Matrixd> world;
     for (std::size_t frame = 0; frame < player.getFrameCount(); frame += step)
     {
-        player.play(static_cast<double>(frame), world);
+        player.play(static_cast<double>(frame), local, world);
         bounds.add(world);
     }
 }

@@ -21,7 +21,7 @@ namespace TW2::convert
 /// The record of a clip's travel, for records that `makeRecords` has made of the clip without it: within `tolerance` of
 /// where the object stands, everywhere up to `reach` from its origin.
 [[nodiscard]] KeyframeAnimationChunk makeTravelRecord(const Travel& travel, const ReducedClip& clip, Seam seam,
-                                                      const Tolerance& tolerance, double reach);
+                                                      const Tolerance& tolerance, double reach, SpareThreads& threads);
 
 /// Looks at clips as the library plays their records. May be asked on several threads at once.
 class PlaybackMeter
@@ -33,19 +33,20 @@ public:
     /// The largest difference between a clip's own curves and its records in world space: at `times` (frames,
     /// ascending) of every joint, its axes and its surroundings, at whole frames also of the drawn vertices.
     [[nodiscard]] PoseError measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records, int frameRate,
-                                    const std::vector<double>& times) const;
+                                    const std::vector<double>& times, SpareThreads& threads) const;
     /// The same of a clip whose records were made without its travel, which `record` puts back. The nodes above the one
     /// that travels are not looked at: they stand still in the clip and are carried with the object.
     [[nodiscard]] PoseError measure(const Clip& clip, const std::vector<KeyframeAnimationChunk>& records,
                                     const Travel& travel, const KeyframeAnimationChunk& record, int frameRate,
-                                    const std::vector<double>& times) const;
+                                    const std::vector<double>& times, SpareThreads& threads) const;
     /// Makes `bounds` contain what is drawn while the records play.
     void addBounds(const std::vector<KeyframeAnimationChunk>& records, DrawnBounds& bounds) const;
 
 private:
     class Player;
+    class Comparison;
     [[nodiscard]] PoseError measure(const Clip& clip, const Player& player, const std::vector<bool>& measured,
-                                    int frameRate, const std::vector<double>& times) const;
+                                    int frameRate, const std::vector<double>& times, SpareThreads& threads) const;
 
     const Model& m_model;
     const Skeleton& m_skeleton;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -237,12 +238,14 @@ private:
     ErrorLimit m_limit;
 };
 
-/// Goes through a skeleton, a limb at a time, so that only the courses from the root to one joint are in memory.
+/// Goes through a skeleton, a limb at a time, so that only the courses from the root to one joint are in memory, for
+/// each thread that helps.
 class Reduction
 {
 public:
-    Reduction(const Model& model, const Skeleton& skeleton, const Clip& clip)
+    Reduction(const Model& model, const Skeleton& skeleton, const Clip& clip, SpareThreads& threads)
         : m_clip(clip),
+          m_threads(threads),
           m_sampler(model, clip),
           m_reach(measureReach(model, skeleton)),
           m_uiDepth(measureDepth(skeleton)),
@@ -264,23 +267,30 @@ public:
     /// What no frame of the rate can say, as something jumps between two, is not part of the result.
     [[nodiscard]] PoseError measureFrames(int rate, const Tolerance& wanted)
     {
+        const Stretch whole{0, getLastFrame(rate), rate, 0};
+        const std::vector<Measured> before =
+            m_vecStretches.empty() ? split(whole, rate) : std::exchange(m_vecStretches, {});
+        std::vector<Measurement> measured(before.size());
+        m_threads.share(before.size(),
+                        [&](std::size_t i)
+                        {
+                            if (before[i].m_dBend > settled)
+                            {
+                                measureParts(before[i].m_stretch, chooseFiner(before[i], rate), rate, wanted,
+                                             measured[i]);
+                            }
+                            else
+                            {
+                                measured[i].m_vecStretches = {before[i]};
+                            }
+                        });
         m_bJumpsBetween = false;
         PoseError error;
-        if (m_vecStretches.empty())
+        for (const Measurement& one : measured)
         {
-            measureParts({0, getLastFrame(rate), rate, 0}, rate, rate, wanted, error);
-            return error;
-        }
-        for (const Measured& before : std::exchange(m_vecStretches, {}))
-        {
-            if (before.m_dBend > settled)
-            {
-                measureParts(before.m_stretch, chooseFiner(before, rate), rate, wanted, error);
-            }
-            else
-            {
-                m_vecStretches.push_back(before);
-            }
+            error.add(one.m_error);
+            m_bJumpsBetween = m_bJumpsBetween || one.m_bJumpsBetween;
+            m_vecStretches.insert(m_vecStretches.end(), one.m_vecStretches.begin(), one.m_vecStretches.end());
         }
         return error;
     }
@@ -303,26 +313,28 @@ public:
         }
         // What a joint should be and what it has become of all above one joint, and what is tried for that one.
         const std::size_t courses = 2 * m_uiDepth + 4;
-        m_timeline = makeTimeline(rate, last, stretches, mostMatrices / courses);
+        const Timeline timeline = makeTimeline(rate, last, stretches, mostMatrices / courses);
         ReducedClip reduced;
         reduced.m_iFrameRate = rate;
         reduced.m_uiFrames = last + 1;
-        reduced.m_vecLookedAt = m_timeline.getFrames();
+        reduced.m_vecLookedAt = timeline.getFrames();
         reduced.m_vecTracks.resize(m_vecChildren.size());
+        std::mutex adding;
         const auto reduceJoint = [&](std::size_t joint, const Course& course, const Matrices* parent)
         {
             // A joint leaves half of what is allowed to those below it, the last ones what is missed between samples.
             const double share = m_vecChildren[joint].empty() ? 0.93 : 0.5;
-            const JointReducer reducer(m_timeline, course, parent, m_reach[joint],
+            const JointReducer reducer(timeline, course, parent, m_reach[joint],
                                        {share * tolerance.m_dDistance, share * tolerance.m_dDegrees});
             Track& track = reduced.m_vecTracks[joint];
             PoseError error;
             Matrices world = chooseTrack(reducer, course, tolerance, track, error);
+            const std::lock_guard lock(adding);
             reduced.m_error.add(error);
             reduced.m_uiSampledKeys += course.m_bMoved ? reduced.m_uiFrames + course.m_vecJumps.size() : 1;
             return world;
         };
-        visit(m_vecRoots, nullptr, nullptr, reduceJoint);
+        visit(timeline, m_vecRoots, nullptr, nullptr, reduceJoint);
         return reduced;
     }
 
@@ -348,15 +360,35 @@ private:
         return std::min(measured.m_stretch.m_iRate * factor, fastest);
     }
 
-    /// Measures a stretch at `rate`, and what is not settled by that at higher ones up to `fastest`.
-    void measureParts(const Stretch& stretch, int rate, int fastest, const Tolerance& wanted, PoseError& error)
+    /// What comes of measuring a stretch.
+    struct Measurement
+    {
+        PoseError m_error;
+        bool m_bJumpsBetween = false;
+        std::vector<Measured> m_vecStretches;
+    };
+
+    /// The parts of a stretch that are measured at once, not measured yet.
+    [[nodiscard]] std::vector<Measured> split(const Stretch& stretch, int rate) const
     {
         constexpr unsigned int framesAtOnce = 16;
         const auto factor = static_cast<unsigned int>(rate / stretch.m_iRate);
         const unsigned int end = std::min(stretch.m_uiEnd * factor, getLastFrame(rate));
+        std::vector<Measured> parts;
         for (unsigned int first = stretch.m_uiFirst * factor; first < end; first += framesAtOnce)
         {
-            Measured part{{first, std::min(first + framesAtOnce, end), rate, chooseSamplesPerFrame(rate)}, 0.0};
+            parts.push_back({{first, std::min(first + framesAtOnce, end), rate, chooseSamplesPerFrame(rate)},
+                             std::numeric_limits<double>::infinity()});
+        }
+        return parts;
+    }
+
+    /// Measures a stretch at `rate`, and what is not settled by that at higher ones up to `fastest`.
+    void measureParts(const Stretch& stretch, int rate, int fastest, const Tolerance& wanted,
+                      Measurement& measurement) const
+    {
+        for (Measured& part : split(stretch, rate))
+        {
             Course::Jumps jumps;
             const PoseError own = measureStretch(part.m_stretch, jumps);
             part.m_dBend = jumps.m_bOnFrames || jumps.m_bBetween
@@ -364,13 +396,13 @@ private:
                                : std::max(own.m_dDistance / wanted.m_dDistance, own.m_dDegrees / wanted.m_dDegrees);
             if (part.m_dBend > settled && rate < fastest)
             {
-                measureParts(part.m_stretch, chooseFiner(part, fastest), fastest, wanted, error);
+                measureParts(part.m_stretch, chooseFiner(part, fastest), fastest, wanted, measurement);
                 continue;
             }
-            m_bJumpsBetween = m_bJumpsBetween || jumps.m_bBetween;
-            error.add(jumps.m_bBetween ? PoseError() : own);
+            measurement.m_bJumpsBetween = measurement.m_bJumpsBetween || jumps.m_bBetween;
+            measurement.m_error.add(jumps.m_bBetween ? PoseError() : own);
             part.m_stretch.m_uiPerFrame = std::min(part.m_stretch.m_uiPerFrame, chooseSamples(part.m_dBend));
-            m_vecStretches.push_back(part);
+            measurement.m_vecStretches.push_back(part);
         }
     }
 
@@ -380,48 +412,54 @@ private:
     }
 
     /// `jumps`: where any joint does.
-    [[nodiscard]] PoseError measureStretch(const Stretch& stretch, Course::Jumps& jumps)
+    [[nodiscard]] PoseError measureStretch(const Stretch& stretch, Course::Jumps& jumps) const
     {
-        m_timeline = Timeline(stretch.m_iRate);
-        m_timeline.add(stretch.m_uiFirst, stretch.m_uiEnd, 1, stretch.m_uiPerFrame);
+        Timeline timeline(stretch.m_iRate);
+        timeline.add(stretch.m_uiFirst, stretch.m_uiEnd, 1, stretch.m_uiPerFrame);
         PoseError error;
-        const auto playEveryFrame =
-            [this, &error, &jumps](std::size_t joint, const Course& course, const Matrices* parent)
+        std::mutex adding;
+        const auto playEveryFrame = [&](std::size_t joint, const Course& course, const Matrices* parent)
         {
             Track track;
             track.m_eForm = findForm(course.m_local, course.m_vecJumps);
-            jumps.m_bOnFrames |= course.m_jumps.m_bOnFrames;
-            jumps.m_bBetween |= course.m_jumps.m_bBetween;
             auto jump = course.m_vecJumps.begin();
-            for (std::size_t frame = 0; frame < (course.m_local.isStill() ? 1 : m_timeline.getFrameCount()); ++frame)
+            for (std::size_t frame = 0; frame < (course.m_local.isStill() ? 1 : timeline.getFrameCount()); ++frame)
             {
-                const unsigned int number = m_timeline.getFrame(frame);
+                const unsigned int number = timeline.getFrame(frame);
                 if (jump != course.m_vecJumps.end() && jump->m_uiFrame == frame)
                 {
                     track.m_vecKeys.push_back({number, jump->m_before});
                     ++jump;
                 }
-                track.m_vecKeys.push_back({number, course.m_local[m_timeline.at(frame)]});
+                track.m_vecKeys.push_back({number, course.m_local[timeline.at(frame)]});
             }
-            return JointReducer(m_timeline, course, parent, m_reach[joint], {}).play(track, error);
+            PoseError own;
+            Matrices world = JointReducer(timeline, course, parent, m_reach[joint], {}).play(track, own);
+            const std::lock_guard lock(adding);
+            error.add(own);
+            jumps.m_bOnFrames |= course.m_jumps.m_bOnFrames;
+            jumps.m_bBetween |= course.m_jumps.m_bBetween;
+            return world;
         };
-        visit(m_vecRoots, nullptr, nullptr, playEveryFrame);
+        visit(timeline, m_vecRoots, nullptr, nullptr, playEveryFrame);
         return error;
     }
 
     /// Calls `play`(joint, course, what the parent has become) for each joint, parents first; it returns what the joint
-    /// has become.
+    /// has become. Limbs are visited side by side where there are threads.
     template <typename Play>
-    void visit(const std::vector<std::size_t>& joints, const Matrices* parentWorld, const Matrices* parentPlayed,
-               const Play& play)
+    void visit(const Timeline& timeline, const std::vector<std::size_t>& joints, const Matrices* parentWorld,
+               const Matrices* parentPlayed, const Play& play) const
     {
-        for (const std::size_t joint : joints)
-        {
-            Course course = sampleCourse(m_sampler, m_timeline, joint, m_vecJumps[joint], parentWorld);
-            const Matrices played = play(joint, course, parentPlayed);
-            course.m_local = {};
-            visit(m_vecChildren[joint], &course.m_world, &played, play);
-        }
+        m_threads.share(joints.size(),
+                        [&](std::size_t i)
+                        {
+                            const std::size_t joint = joints[i];
+                            Course course = sampleCourse(m_sampler, timeline, joint, m_vecJumps[joint], parentWorld);
+                            const Matrices played = play(joint, course, parentPlayed);
+                            course.m_local = {};
+                            visit(timeline, m_vecChildren[joint], &course.m_world, &played, play);
+                        });
     }
 
     /// Of the joint's own values, and of values that make up for what its parents are off, those that need fewer keys.
@@ -462,14 +500,14 @@ private:
     }
 
     const Clip& m_clip;
+    SpareThreads& m_threads;
     ClipSampler m_sampler;
     std::vector<double> m_reach;
     std::size_t m_uiDepth;
     std::vector<std::size_t> m_vecRoots;
     std::vector<std::vector<std::size_t>> m_vecChildren;
     std::vector<std::vector<double>> m_vecJumps;  ///< per joint, seconds
-    Timeline m_timeline;
-    std::vector<Measured> m_vecStretches;  ///< of the whole clip, once it is measured
+    std::vector<Measured> m_vecStretches;         ///< of the whole clip, once it is measured
     bool m_bJumpsBetween = false;
 };
 /// How many times as many frames make what bends by so much less wrong, as a power of two: at least two.
@@ -485,7 +523,7 @@ int estimateFactor(const PoseError& error, const Tolerance& wanted)
 }  // namespace
 
 ReducedClip reduceClip(const Model& model, const Skeleton& skeleton, const Clip& clip, const Tolerance& tolerance,
-                       int frameRate)
+                       int frameRate, SpareThreads& threads)
 {
     // Twice as many frames make what bends a quarter as wrong, what has a corner half as wrong, and do not help where
     // the clip jumps beside a frame.
@@ -498,7 +536,7 @@ ReducedClip reduceClip(const Model& model, const Skeleton& skeleton, const Clip&
     int rate = std::clamp(wanted, 1, std::max(fastest, 1));
     // Inner joints may use half of what is allowed: that much has to be reached with all keys in place.
     const Tolerance half{tolerance.m_dDistance * 0.5, tolerance.m_dDegrees * 0.5};
-    Reduction reduction(model, skeleton, clip);
+    Reduction reduction(model, skeleton, clip, threads);
     if (frameRate == 0)
     {
         PoseError error = reduction.measureFrames(rate, half);

@@ -4,6 +4,7 @@
 #include "convert/model.h"
 #include "convert/pose_error.h"
 #include "convert/skeleton.h"
+#include "convert/spare_threads.h"
 #include "convert/track_form.h"
 
 #include <cstddef>
@@ -41,7 +42,7 @@ struct ReducedClip
 ///
 /// `frameRate` 0: chosen by `chooseFrameRate`, and multiplied (up to 960) as long as the motion between two frames
 /// bends more than the tolerance allows and more frames help. Frame numbers end at 32767: long clips get fewer per
-/// second.
+/// second. What comes out does not tell how many of `threads` have helped.
 [[nodiscard]] ReducedClip reduceClip(const Model& model, const Skeleton& skeleton, const Clip& clip,
-                                     const Tolerance& tolerance, int frameRate);
+                                     const Tolerance& tolerance, int frameRate, SpareThreads& threads);
 }  // namespace TW2::convert

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # One way to spell, as far as clang-tidy does not see to it: it knows nothing of includes, and it looks at the libraries
-# alone. Ends with 1 after naming each line that is spelled otherwise.
+# alone; and nothing left over of a merge. Ends with 1 after naming each line that is spelled otherwise.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -28,4 +28,8 @@ forbid "Suffixes of numbers are upper case" '(?<![\w."%])(\d+\.\d*|\.\d+|\d+(?=[
 forbid "Constants are named in camelBack, without a prefix" \
     '^\s*(inline |static )*constexpr [^;=({]*\b(?!S_CACHE_LINE|M_LUTInverseSqrt)(sm?_\w+|[A-Z][A-Z0-9]*_\w*|[A-Z]{2,})(\[[^\]]*\])*\s*(=|\{|;)' \
     include src platform render convert viewer web json tools examples
+if git grep -nE '^(<{7}|>{7}|[|]{7}) ' -- . >&2; then
+    printf 'Both sides of a merge were kept there\n' >&2
+    status=1
+fi
 exit "$status"

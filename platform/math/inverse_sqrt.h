@@ -52,7 +52,7 @@ constexpr std::array<unsigned char, 256> makeTable()
 /// seven highest mantissa bits of the argument.
 inline constexpr std::array<unsigned char, 256> M_LUTInverseSqrt = M_InverseSqrtDetail::makeTable();
 
-/// About 1 / sqrt(x), with a relative error below 2e-5, for x above 0: a table and one Newton-Raphson step. Finite for
+/// About 1 / sqrt(x), with a relative error below 2e-5, for normal x above 0: a table and one Newton-Raphson step. Finite for
 /// every finite x.
 [[nodiscard]] constexpr float M_fastInverseSqrt(float x) noexcept
 {
@@ -63,7 +63,7 @@ inline constexpr std::array<unsigned char, 256> M_LUTInverseSqrt = M_InverseSqrt
     return 1.5F * y - (0.5F * x) * y * y * y;
 }
 
-/// About the length of `v`, with the same error; 0 for the zero vector.
+/// About the length of `v`, with the same error where its square is a normal number; 0 for the zero vector.
 [[nodiscard]] constexpr float M_fastLength(const M_Vector3Template<float>& v) noexcept
 {
     const float lengthSquared = v.lengthSquared();

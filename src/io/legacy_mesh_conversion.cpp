@@ -1,7 +1,10 @@
 #include "io/legacy_mesh_conversion.h"
 
+#include "core/unit_init.h"
 #include "io/group_offsets.h"
 #include "io/legacy_mesh_work_lists.h"
+
+#include <platform/runtime/system.h>
 
 #include <algorithm>
 
@@ -111,6 +114,12 @@ S_String convertLegacyMesh(MeshChunk& mesh)
         return fault;
     }
     putTogether(lists, mesh);
+    // The lists are done with: a host's log may let them go.
+    if (const std::size_t left = (lists.corners.size() - lists.groupIndices.size()) / 3; left > 0)
+    {
+        Sys.verbose("Mesh \"%s\": %zu polygons name none of the %zu materials and are left out\n", mesh.name.c_str(),
+                    left, mesh.materials.names.size());
+    }
     return {};
 }
 }  // namespace TW2

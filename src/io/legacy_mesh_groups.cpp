@@ -1,10 +1,8 @@
-#include "core/unit_init.h"
 #include "io/group_offsets.h"
 #include "io/legacy_mesh_conversion.h"
 #include "io/legacy_mesh_work_lists.h"
 
 #include <platform/runtime/str.h>
-#include <platform/runtime/system.h>
 
 #include <algorithm>
 #include <numeric>
@@ -67,11 +65,6 @@ S_String makeGroups(const MeshChunk& mesh, LegacyMeshLists& lists)
 {
     const std::size_t materials = mesh.materials.names.size();
     sortPolygons(mesh, lists);
-    if (const unsigned int left = lists.materialStarts[materials + 1] - lists.materialStarts[materials]; left > 0)
-    {
-        Sys.verbose("Mesh \"%s\": %u polygons name none of the %zu materials and are left out\n", mesh.name.c_str(),
-                    left, materials);
-    }
     lists.groupOfVertex.assign(lists.positions.size(), 0);
     lists.numberInGroup.resize(lists.positions.size());
     for (std::size_t group = 0; group < materials; ++group)

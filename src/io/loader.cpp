@@ -165,9 +165,8 @@ void TW_Loader::cacheFileForLoading(std::string_view fileName)
 {
     S_String name(fileName);
     Walk::putAside();
-    // Until the file is open no name stands for it, so that a file that cannot be opened is tried again next time.
-    sm_strCachedMemoryFile.clear();
-    sm_cachedMemoryFile.construct(name, S_MemoryFile::accessRead);
+    S_MemoryFile opened(name, S_MemoryFile::accessRead);
+    sm_cachedMemoryFile.swap(opened);
     sm_strCachedMemoryFile.swap(name);
 }
 

@@ -57,11 +57,11 @@ bool isInGroups(const MeshChunk& mesh)
     return mesh.hasVertices && mesh.hasFaces && mesh.vertices.hasNormals && mesh.faces.hasIndices;
 }
 
-/// A mesh without names has one group, also when there is nothing in it and the file therefore has none.
+/// A mesh of one name, or of none, has one group, also when there is nothing in it and the file therefore has none.
 void addEmptyGroup(MeshChunk& mesh)
 {
-    const bool hasNames = mesh.hasMaterials && !mesh.materials.names.empty();
-    if (hasNames || !mesh.vertices.positions.empty() || !mesh.vertices.groupCounts.empty() ||
+    const bool hasSeveral = mesh.hasMaterials && mesh.materials.names.size() >= 2;
+    if (hasSeveral || !mesh.vertices.positions.empty() || !mesh.vertices.groupCounts.empty() ||
         !mesh.faces.groupCounts.empty())
     {
         return;

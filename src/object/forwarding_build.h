@@ -17,7 +17,7 @@ void TW_ForwardingObject::build(const Steps& steps)
     const LoadScope load(*this);
     load.requireObject();
     m_bConstructed = true;
-    setEngineFlag(FLAG_BOUNDING_SPHERE, false);
+    forgetBoundingVolumes();
     steps();
     load.requireObject();
     complete();

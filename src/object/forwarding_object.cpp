@@ -75,6 +75,19 @@ void TW_ForwardingObject::destruct() noexcept
     }
 }
 
+void TW_ForwardingObject::forgetBoundingVolumes()
+{
+    setEngineFlag(FLAG_BOUNDING_SPHERE, false);
+    if (hasEngineFlag(FLAG_FIXED_BOUNDING_VOLUME))
+    {
+        setEngineFlag(FLAG_FIXED_BOUNDING_VOLUME, false);
+        setEngineFlag(FLAG_BOUNDING_BOX, false);
+        setEngineFlag(FLAG_CULL_SUBTREE, false);
+        setBoundingRadius(0.0F);
+        setBoundingBox({}, {});
+    }
+}
+
 bool TW_ForwardingObject::isToCopy(const TW_ForwardingObject& source) noexcept
 {
     const bool isComplete = source.m_bConstructed && !source.isLoading();

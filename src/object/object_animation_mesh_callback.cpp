@@ -48,7 +48,9 @@ S_String findListFault(const MeshChunk& record)
     const std::size_t count = vertices.positions.size();
     if (record.channels.size() != MeshChunk::channelSlots || record.channelUsed.size() != MeshChunk::channelSlots)
     {
-        return S_STR("%zu texture channel slots, found %zu", MeshChunk::channelSlots, record.channels.size()).str();
+        return S_STR("%zu texture channel slots, found %zu", MeshChunk::channelSlots,
+                     std::min(record.channels.size(), record.channelUsed.size()))
+            .str();
     }
     if (vertices.normals.size() != count || (record.hasVertexMap() && vertices.vertexMap.size() != count))
     {

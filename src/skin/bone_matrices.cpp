@@ -241,16 +241,16 @@ bool TW_VertexAnimation::executeAlways()
     {
         return false;
     }
-    mesh->enable(false);
+    // A volume that the engine computes is that of enabled meshes: one that was hidden would stay so for good.
+    mesh->enable(true);
     if (!isSkinVisible())
     {
-        return false;
+        mesh->enable(false);
     }
-    if (hasMovedSinceUpdate())
+    else if (hasMovedSinceUpdate())
     {
         updateBoneMatrices();
     }
-    mesh->enable(true);
     return false;
 }
 

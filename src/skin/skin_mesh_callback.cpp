@@ -24,11 +24,15 @@ constexpr int maximumBonesPerVertex = static_cast<int>(P_VertexFormat::maximumBo
 class SkinVertices
 {
 public:
-    /// Throws unless the skin data hold all of them.
+    /// Throws unless the skin data hold all of them. A mesh's material that no polygon has makes a primitive of none.
     SkinVertices(const TW_VertexAnimation::Skin& skin, const P_VirtualObject& mesh, int primitive, int vertexCount,
                  const S_Vector<int>& vertexMap)
         : m_vertexMap(vertexMap), m_iPrimitive(vertexMap.empty() ? primitive : 0)
     {
+        if (vertexCount <= 0)
+        {
+            return;
+        }
         const SkinChunk& chunk = skin.getSkinChunk();
         const auto primitives = static_cast<int>(chunk.primitiveVertexCounts.size());
         if (m_iPrimitive < 0 || m_iPrimitive >= primitives)

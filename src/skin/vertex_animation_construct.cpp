@@ -121,6 +121,7 @@ void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, const TW_
     const TW_ObjectAnimation* const skin = skinSource.m_pSkin;  // either source may be this object
     const Skin* const skinData = skinSource.m_pSkinData;
     const S_Handle pose = skinSource.m_pReferencePose;
+    const bool unfinished = skinSource.isLoading();
     const S_Handle skeleton = holdSkeleton(skeletonSource);
     const ReleaseGuard passed(skin, skinData, materialManager);
     build(
@@ -129,6 +130,11 @@ void TW_VertexAnimation::construct(TW_VertexAnimation* skeletonSource, const TW_
             if (!skin)
             {
                 throw TW_Exception_InvalidGeometry("The vertex animation whose skin is to be copied has none");
+            }
+            if (unfinished)
+            {
+                throw TW_Exception_InvalidGeometry(
+                    "The vertex animation whose skin is to be copied is still being built");
             }
             m_pSharedSkeleton = skeleton;
             copySkin(*skin, skinData, materialManager);
@@ -289,7 +295,7 @@ void TW_VertexAnimation::readSkinData(S_Script& script)
     }
 }
 
-/// The manual volumes of skin or skeleton become the object's own; without any it keeps the ones that it has, fixed.
+/// The manual volumes of skin or skeleton become the object's own; without any it keeps the engine's, fixed.
 void TW_VertexAnimation::takeBoundingVolumes()
 {
     const auto take = [this](const TW_ObjectAnimation& part)

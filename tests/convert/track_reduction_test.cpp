@@ -23,6 +23,7 @@ using TW2::convert::reduceClip;
 using TW2::convert::ReducedClip;
 using TW2::convert::Seam;
 using TW2::convert::Skeleton;
+using TW2::convert::SpareThreads;
 using TW2::convert::Tolerance;
 using TW2::convert::Track;
 
@@ -40,7 +41,8 @@ struct Reduced
     {
         std::vector<std::string> warnings;
         m_skeleton = makeSkeleton(m_model, warnings);
-        m_reduced = reduceClip(m_model, m_skeleton, m_clip, s_tolerance, rate);
+        SpareThreads none(0);
+        m_reduced = reduceClip(m_model, m_skeleton, m_clip, s_tolerance, rate, none);
     }
 
     [[nodiscard]] std::size_t countKeys() const
@@ -62,8 +64,10 @@ struct Reduced
         }
         std::erase_if(times,
                       [&](double frame) { return std::abs(frame / m_reduced.m_iFrameRate - jump) < 1.1 / 960.0; });
+        SpareThreads none(0);
         return PlaybackMeter(m_model, m_skeleton)
-            .measure(m_clip, makeRecords(m_skeleton, m_reduced, m_reduced.m_eSeam), m_reduced.m_iFrameRate, times);
+            .measure(m_clip, makeRecords(m_skeleton, m_reduced, m_reduced.m_eSeam), m_reduced.m_iFrameRate, times,
+                     none);
     }
 };
 

@@ -215,15 +215,19 @@ TEST(MeshChunk, OldPartsOfANewMeshStayAsTheyAre)
 
 TEST(MeshChunk, AnEmptyMeshHasOneEmptyGroup)
 {
-    const MeshChunk mesh = readMesh(
-        [](S_MemoryFileWriter& writer)
-        {
-            writeVertices(writer, 0, {});
-            writeFaces(writer, {}, {});
-        });
-    ASSERT_EQ(mesh.getGroupCount(), 1u);
-    EXPECT_EQ(mesh.getVertexCount(0), 0u);
-    EXPECT_EQ(mesh.getTriangleCount(0), 0u);
+    for (const std::vector<std::string>& names : {std::vector<std::string>(), {"a"}})
+    {
+        const MeshChunk mesh = readMesh(
+            [&names](S_MemoryFileWriter& writer)
+            {
+                writeVertices(writer, 0, {});
+                writeFaces(writer, {}, {});
+                writeNames(writer, names);
+            });
+        ASSERT_EQ(mesh.getGroupCount(), 1u);
+        EXPECT_EQ(mesh.getVertexCount(0), 0u);
+        EXPECT_EQ(mesh.getTriangleCount(0), 0u);
+    }
 }
 
 TEST(MeshChunk, DamageIsAnErrorThatNamesFileChunkAndValue)
@@ -250,7 +254,7 @@ TEST(MeshChunk, DamageIsAnErrorThatNamesFileChunkAndValue)
         {3, {3}, {0, 1, 2}, {1, 0}, {}, 0, {}, "as many groups of triangles as of vertices, 1, found 2"},
         {3, {3}, {0, 1, 2}, {1}, {"a", "b"}, 0, {}, "2 groups for 2 materials, found 1"},
         {3, {3, 0}, {0, 1, 2}, {1, 0}, {}, 0, {}, "1 groups for 0 materials, found 2"},
-        {0, {}, {}, {}, {"a"}, 0, {}, "1 groups for 1 materials, found 0"},
+        {0, {}, {}, {}, {"a", "b"}, 0, {}, "2 groups for 2 materials, found 0"},
     };
     for (const auto& c : cases)
     {

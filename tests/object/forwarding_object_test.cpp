@@ -355,19 +355,22 @@ void expectItsLoadEnds(Object& object, const std::function<void()>& build, int m
     EXPECT_TRUE(object.isConstructed());
 }
 
-TEST(ForwardingObjects, ASkeletonIsSharedOnceItIsBuilt)
+TEST(ForwardingObjects, ASkeletonIsSharedAndASkinCopiedOnceItIsBuilt)
 {
     const support::CharacterFiles files;
     S_Script script(files.write().c_str());
-    const TW_VertexAnimation source(&script, "skeleton", "skin");
+    TW_VertexAnimation source(&script, "skeleton", "skin");
     TW_VertexAnimation character;
     TW_VertexAnimation sharer(source);
     const auto share = [&] { sharer.construct(&character, source, nullptr); };
+    const auto copySkin = [&] { sharer.construct(&source, character, nullptr); };
     for (const int mesh : {1, 9})
     {
         const auto complain = [&]
         {
             EXPECT_NE(support::messageOf(share).find("is still being built"), std::string::npos);
+            EXPECT_FALSE(sharer.isConstructed());
+            EXPECT_NE(support::messageOf(copySkin), "");
             EXPECT_FALSE(sharer.isConstructed());
         };
         const Taker taker(Taker::MESH_LOADED, complain, mesh);

@@ -242,6 +242,9 @@ TEST(SkinMeshes, SlotsAreSortedByWeightUnlessAVertexMapNamesTheVertices)
     P_VirtualObject larger(2);
     EXPECT_EQ(callback.createTriangleMesh(&larger, 1, 0x30, 1, 3, {0, 1, 2})->asSkinMesh()->getBoneCountList(), nullptr)
         << "the skin data have no second primitive";
+    P_VirtualObject unused(2);
+    EXPECT_EQ(callback.createTriangleMesh(&unused, 1, 0x30, 0, 0, {})->asSkinMesh()->getSlotCount(), 0u)
+        << "a material that no polygon has";
     for (const int vertex : {3, -1, INT_MAX})
     {
         const std::string message = support::messageOf([&] { make({0, vertex, 0}); });

@@ -414,13 +414,14 @@ TEST(VertexAnimations, ManualVolumesOfTheSkinComeBeforeThoseOfTheSkeleton)
         {"boundingSphereRadius 3 enableBoundingBox 0", automatic, 3},
         {automatic, automatic, 0},
     };
+    TW_VertexAnimation character;  // what it was built from before leaves no volumes
     for (const auto& [skeleton, skin, radius] : cases)
     {
         support::CharacterFiles files;
         files.m_skeletonKeys = skeleton;
         files.m_skinKeys = skin;
         S_Script script(files.write().c_str());
-        TW_VertexAnimation character(&script, 0, &script, 1);
+        character.construct(&script, 0, &script, 1);
         EXPECT_EQ(character.hasEngineFlag(Flag::FLAG_BOUNDING_SPHERE), radius > 0);
         EXPECT_FALSE(character.hasEngineFlag(Flag::FLAG_BOUNDING_BOX));
         EXPECT_TRUE(character.hasEngineFlag(Flag::FLAG_FIXED_BOUNDING_VOLUME));
@@ -433,8 +434,15 @@ TEST(VertexAnimations, ManualVolumesOfTheSkinComeBeforeThoseOfTheSkeleton)
     support::CharacterFiles files;
     files.m_skinKeys = "boundingBoxMin (-1,-2,-3) boundingBoxMax (4,5,6) enableBoundingSphere 0";
     S_Script script(files.write().c_str());
-    TW_VertexAnimation character(&script, 0, &script, 1);
+    character.construct(&script, 0, &script, 1);
     EXPECT_TRUE(character.hasEngineFlag(Flag::FLAG_BOUNDING_BOX));
     EXPECT_EQ(character.getBoundingBoxMin(), M_Vector3Template<float>(-1, -2, -3));
     EXPECT_EQ(character.getBoundingBoxMax(), M_Vector3Template<float>(4, 5, 6));
+
+    files.m_skinKeys.clear();
+    files.write();
+    const TW_VertexAnimation fresh(script.getScriptName(), "skeleton", "skin");
+    character.construct(script.getScriptName(), "skeleton", "skin");
+    EXPECT_EQ(character.getEngineFlags(), fresh.getEngineFlags());
+    EXPECT_EQ(character.getBoundingRadius(), TW_VertexAnimation(fresh).getBoundingRadius());
 }

@@ -45,6 +45,7 @@ public:
 Model makeModel(std::size_t damaged)
 {
     Model model = makeChain(jointCount);
+    model.m_vecNodes[4].m_iParent = 1;  // two limbs, which are looked at side by side
     model.m_vecSurfaces.emplace_back().m_strName = "surface";
     model.m_vecMeshes.push_back(makeSkin({{1, move(-1.0, 0.0, 0.0)}, {5, move(-5.0, 0.0, 0.0)}}));
     model.m_vecNodes[0].m_vecMeshes = {0};

@@ -99,7 +99,7 @@ public:
     /// @name Loading
     /// @{
 
-    /// Opens a file ahead of the loads of the same name. When it cannot be opened, no file is in memory any more.
+    /// Opens a file ahead of the loads of the same name. When it cannot be opened, the one that is in memory stays.
     static void cacheFileForLoading(std::string_view fileName);
     /// Lets go of the file in memory.
     static void freeCachedFile() noexcept;

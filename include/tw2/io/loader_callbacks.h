@@ -43,8 +43,8 @@ protected:
 class TW_LightCallback
 {
 public:
-    /// An animation of a light, or a light. The record is the loader's and changes with the next one; copy what is to
-    /// stay. An exception ends the reading of the file and reaches whoever began it. By itself nothing happens.
+    /// An animation of a light, or a light. The record is the loader's and goes with the call; copy what is to stay. An
+    /// exception ends the reading of the file and reaches whoever began it. By itself nothing happens.
     virtual void operator()(const SpotLightAnimationChunk&) {}
     virtual void operator()(const DirectionalLightAnimationChunk&) {}
     virtual void operator()(const PointLightAnimationChunk&) {}
@@ -60,7 +60,7 @@ protected:
 class TW_HelperCallback
 {
 public:
-    /// A helper; the record is the loader's and changes with the next one.
+    /// A helper; the record is the loader's and goes with the call.
     virtual void operator()(const HelperChunk& helper) = 0;
 
 protected:
@@ -71,7 +71,7 @@ protected:
 class TW_EnvironmentCallback
 {
 public:
-    /// The environment; the record is the loader's and changes with the next one.
+    /// The environment; the record is the loader's and goes with the call.
     virtual void operator()(const EnvironmentChunk& environment) = 0;
 
 protected:

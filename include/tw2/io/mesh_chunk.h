@@ -93,10 +93,11 @@ struct TextureChannelChunk
 
 /// One mesh of a scene.
 ///
-/// Whatever layout the file has, a record that was read is in the current one: vertices and triangles in groups, one
-/// group per material name, or a single group without names. Its lists fit each other: the reader has checked every
-/// index and every count, so consumers need not. Only a mesh chunk of version 2 or later whose vertices or faces are of
-/// the old layout is left as it is: the parts say so (`hasNormals`, `hasIndices`), and no object can be built from it.
+/// Whatever layout the file has, a record with vertices and faces is in the current one when it was read: vertices and
+/// triangles in groups, one group per material name, or a single group without names. Its lists fit each other: the
+/// reader has checked every index and every count, so consumers need not. A record that lacks either, and a mesh chunk
+/// of version 2 or later whose vertices or faces are of the old layout, is left as it is in the file, unchecked: the
+/// parts say so (`hasVertices`, `hasFaces`, `hasNormals`, `hasIndices`), and no object can be built from it.
 ///
 /// Making a record also makes the first set of work lists of the conversion from old layouts; see `deleteStaticData`.
 struct MeshChunk : NodeChunk
@@ -133,7 +134,7 @@ struct MeshChunk : NodeChunk
 
     /// Groups: one per material name, or one without names.
     [[nodiscard]] std::size_t getGroupCount() const noexcept { return vertices.groupCounts.size(); }
-    /// Vertices of a group, at most `maxGroupVertices`.
+    /// Vertices of a group. Triangles reach the first `maxGroupVertices` of them.
     [[nodiscard]] unsigned int getVertexCount(std::size_t group) const { return vertices.groupCounts[group]; }
     /// Triangles of a group.
     [[nodiscard]] unsigned int getTriangleCount(std::size_t group) const

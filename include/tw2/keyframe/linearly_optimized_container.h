@@ -61,7 +61,8 @@ public:
     /// @{
 
     /// Where `frame` (any value) lies in the track: negative frames count from its end, frames past the end cycle
-    /// through the frames from the loop-to frame on. Not a number when the track has no extent.
+    /// through the frames from the loop-to frame on. Without an extent (no frames, or none from the loop-to frame on)
+    /// nothing is promised but that the lookups below stay among the keys.
     [[nodiscard]] float wrapFrame(float frame) const;
     /// Copies the keys around `frame` to `lower` and `upper` and the position between them (0 to 1) to `fraction`.
     /// Returns the index of the upper key, which makes the next lookup start there when it is passed as `hint`.

@@ -16,9 +16,8 @@ namespace TW2
 {
 /// One material of a file: flags, colours, selectors and up to five textures.
 ///
-/// Colours are on the scale 0 to 255. Selectors are kept as the file has them; TW_Material takes those outside their
-/// range as 0. A texture slot is a record of its own that this record owns, and a flag that says whether it is part of
-/// the material.
+/// Colours are on the scale 0 to 255. Selectors are kept as the file has them; one outside its range is no error. A
+/// texture slot is a record of its own that this record owns, and a flag that says whether it is part of the material.
 struct TW2_API TWMaterialChunk
 {
     /// Values of `shading`.
@@ -36,7 +35,7 @@ struct TW2_API TWMaterialChunk
     bool invisibleGeometry = false;  ///< geometry with this material is not drawn
     bool vertexAlpha = false;        ///< drawn with the constant alpha `vertexAlphaValue`
     bool shadeReflection = false;    ///< shading layers come after the reflection layer rather than before it
-    bool alphaTest = false;          ///< pixels whose alpha is below the reference are not drawn
+    bool alphaTest = false;          ///< pixels whose alpha is below the reference are not drawn; for diffuse textures
     bool alphaBlend = false;         ///< blending stays on beside the alpha test
     int alphaReference = 240;        ///< of the alpha test, 0 to 255
     G_FColor ambientColor;           ///< of the light from everywhere
@@ -47,7 +46,7 @@ struct TW2_API TWMaterialChunk
     int reflectionMapping = 0;       ///< 0, 1: the reflection is generated; 2: it lies on the mesh's coordinates
     int glossChannel = 0;            ///< 1: the gloss texture has coordinates of its own; 0: the diffuse texture's
     int diffuseBlend = 0;            ///< blending of the diffuse layer: 0 replace, 1 add, 2 multiply
-    int reflectionBlend = 0;         ///< blending of the reflection layer, the same values
+    int reflectionBlend = 0;         ///< of the reflection layer: 1 add; 0, 2 multiply what lies below
     float vertexAlphaValue = 0.0F;   ///< 0 to 1
     float specularExponent = 0.0F;   ///< size of the highlight: the larger, the smaller
 

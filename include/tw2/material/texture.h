@@ -87,7 +87,8 @@ public:
 
     /// Appends the directories of a text separated by ';', without the blanks around them. They are relative to the
     /// directory that is current when a texture is built, or absolute; both separators and either letter case work.
-    /// When memory runs out the list is as before.
+    /// When memory runs out the list is as before. Building an object, or loading materials, adds the folder of each
+    /// file's materials for itself and leaves the list empty.
     static void addTexturePath(const S_String& directories);
     /// The same with a string of the host's.
     template <TW_ForeignString Directories>

@@ -16,7 +16,7 @@ namespace TW2
 class TW2_API TW_ForwardingObject : public TW_VirtualObject
 {
 public:
-    /// Deletes the parts, unless other objects share them; the object is as default-constructed.
+    /// Deletes the parts, unless other objects share them. The engine object keeps its name, place and flags.
     void destruct() noexcept;
     /// False before the first `construct`, after `destruct` and after a construction that threw.
     [[nodiscard]] bool isConstructed() const noexcept { return m_bConstructed; }
@@ -43,7 +43,7 @@ public:
     bool animateObject(int index, float time, TW_BoneGroupHandle* group = nullptr) override;
     bool animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group = nullptr) override;
     /// Shows and hides the meshes of a character's skin, of its level 0, or of every level of an object, as the
-    /// animation's visibility tracks say. False when there is no such animation or it was loaded without them.
+    /// animation's visibility tracks say; the skin's first mesh until the scene's next frame, which shows it. False when there is no such animation or it was loaded without them.
     bool updateVisibility(int index, float time);
     /// The same at a frame.
     bool updateVisibilityFrame(int index, float frame);
@@ -158,6 +158,8 @@ protected:
     [[nodiscard]] bool isToCopy(const TW_ForwardingObject& source) noexcept;
 
 private:
+    /// Takes back the bounding volumes that an earlier construction has fixed, and no longer tests the sphere.
+    void forgetBoundingVolumes();
     /// Called when the steps of a construction have made all parts.
     virtual void complete() {}
     /// Lets go of all parts of a constructed object, however far its construction has come.

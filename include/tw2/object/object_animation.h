@@ -369,9 +369,10 @@ public:
     [[nodiscard]] float getBoundingRadius() override;
     [[nodiscard]] M_Vector3Template<float> getBoundingBoxMin() override;
     [[nodiscard]] M_Vector3Template<float> getBoundingBoxMax() override;
-    /// Takes the sphere set here, or, with false, computes it from the meshes.
+    /// Takes the sphere set here, or, with false, the engine's: computed from the meshes, unless the script fixed both
+    /// volumes.
     void setUseManualBoundingSphere(bool use) noexcept { m_bUseManualBoundingSphere = use; }
-    /// Takes the box set here, or, with false, computes it from the meshes.
+    /// Takes the box set here, or, with false, the engine's, likewise.
     void setUseManualBoundingBox(bool use) noexcept { m_bUseManualBoundingBox = use; }
     /// Whether the sphere set here counts.
     [[nodiscard]] bool getUseManualBoundingSphere() const noexcept { return m_bUseManualBoundingSphere; }

@@ -38,10 +38,11 @@ struct TW_AnimationEvent;
 /// **Groups.** A null group means all meshes; a group restricts the operation to the meshes that it holds and must be
 /// attached to this object.
 ///
-/// **Nothing.** An object that is not constructed has no meshes, animations and textures: what is asked is answered
-/// with null, false and 0, moving it changes nothing, and no bone is found. A null name is an empty one; a null state,
-/// object or manager changes nothing, and the answer is false. Only building from a null script or object is an error:
-/// TW_Exception_InvalidScriptParameter or TW_Exception_InvalidGeometry, and the object is not constructed.
+/// **Nothing.** An object that is not constructed has no meshes (but those that a host adds), animations and textures:
+/// what is asked of these is answered with null, false and 0, moving it changes nothing, and no bone is found. A null
+/// name is an empty one; a null state, object or manager changes nothing, and the answer is false. Only building from a
+/// null script or object is an error: TW_Exception_InvalidScriptParameter or TW_Exception_InvalidGeometry, and the
+/// object is not constructed.
 ///
 /// One thread at a time per object; which objects may be used on several is told in docs/threads.md.
 class TW2_API TW_VirtualObject : public P_BaseObject
@@ -82,7 +83,7 @@ public:
 
     /// Number of animation records, deleted ones included.
     [[nodiscard]] virtual unsigned int getTotalAnimations() const = 0;
-    /// Largest animation index ever added; -1 when there was none or all were negative.
+    /// Largest animation index ever added, also by a load that failed; -1 when there was none or all were negative.
     [[nodiscard]] virtual int getMaximumAnimationIndex() const = 0;
     /// Whether an animation of that index was loaded and not deleted.
     [[nodiscard]] virtual bool isValidAnimation(int index) const = 0;

@@ -216,11 +216,12 @@ public:
 
     /// @name Bone matrices
     /// Matrix i takes a vertex of the skin's first mesh from its rest position to where bone i carries it, both in that
-    /// mesh's space. Written by `executeAlways`; at rest all are the identity.
+    /// mesh's space. Written by `executeAlways` and `updateBones`, after which all are the identity at rest; before the
+    /// first of these, and for good without skin data, they are where the bones stand at rest, in that mesh's space.
     /// @{
 
     /// For hosts without a scene that calls `executeAlways`: writes the bone matrices for the pose as it is, whatever
-    /// the camera sees. Nothing happens without a skeleton or a skin. Allocates nothing.
+    /// the camera sees. Nothing happens without skin data or meshes of the skin. Allocates nothing.
     void updateBones();
     /// One per mesh of the skeleton, in the order of its meshes; skin data may name fewer, in another order.
     [[nodiscard]] int getBoneMatrixCount() const noexcept { return static_cast<int>(m_vecBoneMatrices.size()); }
