@@ -1,6 +1,7 @@
 #include "convert/animation_writer.h"
 
 #include "convert/clip_gathering.h"
+#include "convert/clip_sampler.h"
 
 #include <platform/runtime/memory_file_writer.h>
 
@@ -29,11 +30,38 @@ std::string makeLine(std::string text)
     return text;
 }
 
+namespace
+{
+/// The largest diagonal of the box around what is drawn, in the middle of the clips.
+double measurePlayedSize(const Model& model, const Skeleton& skeleton)
+{
+    double size = 0.0;
+    for (const Clip& clip : model.m_vecClips)
+    {
+        const ClipSampler sampler(model, clip);
+        std::vector<Matrixd> local(skeleton.m_vecJoints.size());
+        for (std::size_t joint = 0; joint < local.size(); ++joint)
+        {
+            local[joint] = sampler.sample(joint, clip.m_dDuration / 2.0);
+        }
+        std::vector<Matrixd> world;
+        composeWorld(skeleton, local, world);
+        DrawnBounds bounds(model, skeleton);
+        bounds.add(world);
+        size = bounds.getBox().isEmpty() ? size : std::max(size, bounds.getBox().getDiagonal());
+    }
+    return size;
+}
+}  // namespace
+
 Tolerance chooseTolerance(const Model& model, const Skeleton& skeleton)
 {
     constexpr double ofSize = 1.0 / 2000.0;
     constexpr double degrees = 0.1;
-    return {std::max(measureSize(model, skeleton) * ofSize, 1e-9), degrees};
+    constexpr double grown = 4.0;  // what is so much larger in its clips was bound in a size that nobody sees
+    const double atRest = measureSize(model, skeleton);
+    const double played = measurePlayedSize(model, skeleton);
+    return {std::max((played > atRest * grown ? played : atRest) * ofSize, 1e-9), degrees};
 }
 
 namespace
@@ -123,6 +151,7 @@ ScriptBlock::Animation AnimationWriter::addClip(int index, const Clip& clip, con
         animation.m_strTravelFile = summary.m_strTravelFile = addRecords(name + ".travel.tw", {*written.m_travel});
     }
     const double end = static_cast<double>(reduced.m_uiFrames - 1) / reduced.m_iFrameRate;
+    summary.m_dLonger = std::max(end - clip.m_dDuration, 0.0);
     animation.m_vecEvents = findEvents(clip, end);
     summary.m_uiEvents = animation.m_vecEvents.size();
     summary.m_uiBytes = m_files.getSize(summary.m_strFile) + m_files.getSize(summary.m_strTravelFile);

@@ -1,6 +1,7 @@
 #include "convert/clip_gathering.h"
 
 #include "convert/clip_selection.h"
+#include "convert/convert_exception.h"
 #include "convert/event_file.h"
 #include "convert/model_reader.h"
 #include "convert/node_match.h"
@@ -8,11 +9,25 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <set>
 
 namespace TW2::convert
 {
 namespace
 {
+std::size_t countMoved(const Model& model)
+{
+    std::set<int> moved;
+    for (const Clip& clip : model.m_vecClips)
+    {
+        for (const Channel& channel : clip.m_vecChannels)
+        {
+            moved.insert(channel.m_iNode);
+        }
+    }
+    return moved.size();
+}
+
 void warnOfLost(const MotionSource& source, std::vector<std::string>& warnings)
 {
     constexpr std::size_t most = 8;
@@ -68,6 +83,12 @@ void gatherClips(Model& body, std::vector<Model>& models, const std::string& fil
             continue;
         }
         std::vector<Clip> fitted = fitClips(body, model, map, sources.emplace_back());
+        if (const std::size_t moved = countMoved(model); moved > 0 && moved == sources.back().m_vecLost.size())
+        {
+            const std::string reason = "none of the nodes that it moves is called as one of \"" + body.m_strName +
+                                       "\": a file for --map tells which is which";
+            throw ConvertException(model.m_strName.c_str(), reason.c_str());
+        }
         std::move(fitted.begin(), fitted.end(), std::back_inserter(clips));
         warnOfLost(sources.back(), body.m_vecWarnings);
         std::copy(model.m_vecSources.begin(), model.m_vecSources.end(), std::back_inserter(body.m_vecSources));

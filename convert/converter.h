@@ -56,6 +56,7 @@ struct ClipSummary
     int m_iFrameRate = 0;
     unsigned int m_uiFrames = 0;
     bool m_bLooping = false;
+    double m_dLonger = 0.0;           ///< seconds by which whole frames last longer than the model's clip
     std::size_t m_uiSampledKeys = 0;  ///< keys before the reduction
     std::size_t m_uiKeys = 0;         ///< keys written
     std::size_t m_uiBytes = 0;

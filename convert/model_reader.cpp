@@ -104,6 +104,13 @@ Model readModel(const std::string& fileName, const ImportOptions& options)
     }
     Model model = read(fileName, options);
     hangOnHolders(model);
+    for (Clip& clip : model.m_vecClips)
+    {
+        if (clip.m_strName.empty())
+        {
+            clip.m_strName = "clip";  // what scripts call it, summaries and options may as well
+        }
+    }
     const bool anyTriangles = std::any_of(model.m_vecMeshes.begin(), model.m_vecMeshes.end(),
                                           [](const Mesh& mesh) { return !mesh.m_vecIndices.empty(); });
     if (!anyTriangles && model.m_vecClips.empty())

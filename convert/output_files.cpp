@@ -71,6 +71,9 @@ std::vector<std::string> OutputFiles::write(const std::string& folder) const
 {
     const std::filesystem::path unfinished = getUnfinishedName(folder, getpid());
     const RemovalGuard guard(unfinished);
+    std::error_code made;
+    std::filesystem::create_directories(unfinished, made);
+    check(made, folder);
     for (const Entry& file : m_vecFiles)
     {
         const std::filesystem::path path = unfinished / file.m_strName;

@@ -49,6 +49,14 @@ Size parseSize(const std::string& text, const Size& least)
     return size;
 }
 
+bool hasEnding(const std::string& file, std::string_view ending)
+{
+    return file.size() > ending.size() &&
+           std::ranges::equal(file.end() - static_cast<std::ptrdiff_t>(ending.size()), file.end(), ending.begin(),
+                              ending.end(),
+                              [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
+}
+
 CLI::Validator aboveZero()
 {
     return CLI::Validator(

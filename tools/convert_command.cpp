@@ -370,6 +370,7 @@ const tools::Command s_command(
         command
             .add_option("--textures", arguments->options.m_import.m_vecTextureFolders,
                         "Folder that is searched for pictures too; may be given several times")
+            ->check(CLI::ExistingDirectory)
             ->type_name("DIR")
             ->allow_extra_args(false);
         command.add_option("--timeout", arguments->timeout, "Seconds after which to give up (default: 600; 0: never)");

@@ -24,6 +24,11 @@ void printClip(const ClipSummary& clip, const TW2::convert::Tolerance& tolerance
         clip.m_iIndex, clip.m_strName.c_str(), clip.m_uiFrames, clip.m_iFrameRate, clip.m_bLooping ? ", looping" : "",
         clip.m_uiSampledKeys, clip.m_uiKeys, clip.m_uiBytes, clip.m_error.m_dDistance, clip.m_error.m_dDegrees,
         clip.m_error.isWithin(tolerance) ? "" : " (more than allowed)");
+    constexpr double rounding = 2e-3;  // of files that say times in few digits
+    if (clip.m_dLonger > rounding)
+    {
+        std::printf("     %.3g s longer than in the file, as frames are whole\n", clip.m_dLonger);
+    }
     if (!clip.m_strTravelFile.empty() || clip.m_uiEvents > 0)
     {
         std::printf("     %s%zu events\n", clip.m_strTravelFile.empty() ? "" : "with travel, ", clip.m_uiEvents);
@@ -93,6 +98,7 @@ void writeClip(TW2::json::Writer& json, const ClipSummary& clip)
     json.member("framesPerSecond", clip.m_iFrameRate);
     json.member("frames", clip.m_uiFrames);
     json.member("looping", clip.m_bLooping);
+    json.member("secondsLonger", clip.m_dLonger);
     json.member("sampledKeys", clip.m_uiSampledKeys);
     json.member("keys", clip.m_uiKeys);
     json.member("bytes", clip.m_uiBytes);

@@ -5,10 +5,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -28,20 +30,42 @@ void printReason(std::string reason)
     std::fprintf(stderr, "tw2: %s\n", reason.c_str());
 }
 
+std::string findNearest(const std::string& word, const std::vector<std::string>& names)
+{
+    return *std::min_element(names.begin(), names.end(),
+                             [&word](const std::string& a, const std::string& b)
+                             { return TW2::viewer::countChanges(word, a) < TW2::viewer::countChanges(word, b); });
+}
+
 /// What is said of a first word that is no sub-command: which one is nearest.
 std::string describeUnknown(const std::string& word, const CLI::App& program)
 {
-    std::string nearest;
-    std::size_t distance = std::string::npos;
+    std::vector<std::string> names;
     for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; }))
     {
-        if (const std::size_t now = TW2::viewer::countChanges(word, command->get_name()); now < distance)
-        {
-            distance = now;
-            nearest = command->get_name();
-        }
+        names.push_back(command->get_name());
     }
-    return "there is no command \"" + word + "\"; the nearest is \"" + nearest + "\", and tw2 --help lists all";
+    return "there is no command \"" + word + "\"; the nearest is \"" + findNearest(word, names) +
+           "\", and tw2 --help lists all";
+}
+
+/// The same of an option of a sub-command; empty when what was not understood is none.
+std::string describeUnknownOption(const CLI::App& program)
+{
+    const std::vector<CLI::App*> commands = program.get_subcommands();
+    const std::vector<std::string> rest = program.remaining(true);
+    if (commands.empty() || rest.empty() || !rest.front().starts_with("--"))
+    {
+        return {};
+    }
+    const std::string word = rest.front().substr(2, rest.front().find('=') - 2);
+    std::vector<std::string> names;
+    for (const CLI::Option* option : commands.front()->get_options())
+    {
+        names.insert(names.end(), option->get_lnames().begin(), option->get_lnames().end());
+    }
+    return "there is no option \"--" + word + "\"; the nearest is \"--" + findNearest(word, names) + "\", and tw2 " +
+           commands.front()->get_name() + " --help lists all";
 }
 
 int run(int argc, char** argv)
@@ -59,6 +83,16 @@ int run(int argc, char** argv)
     try
     {
         program.parse(argc, argv);
+    }
+    catch (const CLI::ExtrasError& error)
+    {
+        const std::string reason = describeUnknownOption(program);
+        if (reason.empty())
+        {
+            return program.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : usageError;
+        }
+        printReason(reason);
+        return usageError;
     }
     catch (const CLI::ParseError& error)
     {

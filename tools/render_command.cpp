@@ -40,23 +40,15 @@ struct Arguments
     unsigned int columns = 0;
 };
 
-bool hasEnding(const std::string& file, std::string_view ending)
-{
-    return file.size() > ending.size() &&
-           std::ranges::equal(file.end() - static_cast<std::ptrdiff_t>(ending.size()), file.end(), ending.begin(),
-                              ending.end(),
-                              [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
-}
-
 /// What `--output` names is what its ending says.
 void sortOutput(Arguments& arguments)
 {
     for (const std::string& file : arguments.output)
     {
-        std::string& kind = hasEnding(file, ".gif")                                          ? arguments.gif
-                            : hasEnding(file, ".webp")                                       ? arguments.webp
-                            : hasEnding(file, ".png") && file.find('#') != std::string::npos ? arguments.frames
-                                                                                             : arguments.png;
+        std::string& kind = tools::hasEnding(file, ".gif")                                          ? arguments.gif
+                            : tools::hasEnding(file, ".webp")                                       ? arguments.webp
+                            : tools::hasEnding(file, ".png") && file.find('#') != std::string::npos ? arguments.frames
+                                                                                                    : arguments.png;
         if (!kind.empty())
         {
             throw tools::Failure("\"" + kind + "\" and \"" + file +
@@ -82,7 +74,7 @@ void checkOutput(const Arguments& arguments)
     }
     for (const Named& named : files)
     {
-        if (!named.m_file.empty() && !hasEnding(named.m_file, named.m_szEnding))
+        if (!named.m_file.empty() && !tools::hasEnding(named.m_file, named.m_szEnding))
         {
             throw tools::Failure("\"" + named.m_file + "\" is to be a picture, which ends in " +
                                  (&named.m_file == &arguments.png && !arguments.output.empty() ? ".png, .gif or .webp"
@@ -120,6 +112,13 @@ public:
           m_samples(Moments::spread(motion, arguments.gif.empty() ? 0 : std::min(mostSamples, m_moments.count))),
           m_progress("Drawing", countPictures())
     {
+        const tools::Size size = arguments.stage.size;
+        if (!arguments.sheet.empty() && double{1} * m_sheet.count * size.width * size.height > mostSheetPixels)
+        {
+            throw tools::Failure("a sheet of " + std::to_string(m_sheet.count) + " pictures of " + arguments.size +
+                                 " is more than " + std::to_string(mostSheetPixels / 1000000) +
+                                 " million pixels: ask for fewer or smaller ones");
+        }
         if (isAnimated() && m_moments.count > mostPictures)
         {
             throw tools::Failure("that would be " + std::to_string(m_moments.count) + " pictures, more than " +
@@ -149,6 +148,7 @@ public:
 
 private:
     static constexpr unsigned int mostPictures = 10000;
+    static constexpr unsigned int mostSheetPixels = 200000000;
     static constexpr unsigned int mostSamples = 16;  ///< pictures that a GIF's colours are chosen from
 
     [[nodiscard]] bool isAnimated() const
@@ -245,7 +245,8 @@ void addPictureOptions(CLI::App& command, Arguments& arguments)
     command.add_option("--webp", arguments.webp, "Write an animated WebP: all colours, transparency");
     command.add_option("--sheet-pictures", arguments.sheetPictures, "Moments on the sheet (default: 12)")
         ->check(CLI::Range(1, 400));
-    command.add_option("--columns", arguments.columns, "Columns of the sheet (default: about as wide as high)");
+    command.add_option("--columns", arguments.columns, "Columns of the sheet (default: about as wide as high)")
+        ->check(CLI::Range(1, 400));
     command.add_option("--size", arguments.size, "WIDTHxHEIGHT of each picture (default: 640x480)");
     command.add_option("--fps", arguments.fps, "Pictures per second (default: 25)")->check(CLI::Range(1.0, 50.0));
 }
@@ -319,13 +320,17 @@ const tools::Command s_command(
         command.add_option("--skeleton-block", arguments->selection.skeleton, "Skeleton of a skin");
         command.add_option("--levels", arguments->selection.levels, "Blocks that are levels of detail, nearest first")
             ->delimiter(',');
-        command.add_option("--animation", arguments->motion.animation, "Index, name, or part of a name");
-        command.add_option("--blend", arguments->motion.blend, "Two animations A:B: fade from A into B");
-        command.add_option("--weight", arguments->motion.weight,
-                           "Weight of B, or its course over the time range (0..1)");
-        command.add_option("--time", arguments->motion.time, "One moment, in seconds");
-        command.add_option("--from", arguments->motion.from, "Begin of the time range, in seconds");
-        command.add_option("--to", arguments->motion.to, "End of the time range, in seconds");
+        CLI::Option* animation =
+            command.add_option("--animation", arguments->motion.animation, "Index, name, or part of a name");
+        CLI::Option* blend =
+            command.add_option("--blend", arguments->motion.blend, "Two animations A:B: fade from A into B")
+                ->excludes(animation);
+        command
+            .add_option("--weight", arguments->motion.weight, "Weight of B, or its course over the time range (0..1)")
+            ->needs(blend);
+        CLI::Option* time = command.add_option("--time", arguments->motion.time, "One moment, in seconds");
+        command.add_option("--from", arguments->motion.from, "Begin of the time range, in seconds")->excludes(time);
+        command.add_option("--to", arguments->motion.to, "End of the time range, in seconds")->excludes(time);
         addPictureOptions(command, *arguments);
         addViewOptions(command, arguments->stage);
         addCameraOptions(command, arguments->stage);

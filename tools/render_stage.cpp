@@ -114,7 +114,7 @@ void Stage::frame(const std::string& scriptFile)
         pose(moments.get(i));
         collect();
     }
-    if (m_bounds.isEmpty())
+    if (m_bounds.isEmpty() || (!m_extent.hasVertices() && m_bounds.getSize() == 0.0F))
     {
         throw Failure("there is nothing to see: the object has no visible vertices");
     }
@@ -181,6 +181,10 @@ void Stage::collect()
     constexpr std::size_t enough = 4000;
     m_vecVertices.clear();
     TW2::render::collectVertices(m_script.getObject(), m_vecVertices);
+    for (unsigned int i = 0; !m_extent.hasVertices() && i < m_script.getSkeleton().getTotalMeshes(); ++i)
+    {
+        m_vecVertices.push_back(m_script.getSkeleton().getMesh(i)->getObjectToWorldMatrix().getTranslation());
+    }
     const std::size_t step = m_vecVertices.size() / enough + 1;
     for (std::size_t i = 0; i < m_vecVertices.size(); ++i)
     {

@@ -18,6 +18,11 @@ void run(Arguments& arguments)
     const tools::Size size = tools::parseSize(arguments.size, {480, 320});
     options.m_uiWidth = size.width;
     options.m_uiHeight = size.height;
+    const std::string& picture = options.m_strWindowPicture;
+    if (!picture.empty() && !tools::hasEnding(picture, ".png") && !tools::hasEnding(picture, ".gif"))
+    {
+        throw tools::Failure("\"" + picture + "\" is to be a picture of the window, which ends in .png or .gif");
+    }
     TW2::viewer::ViewWindow(options).run();
 }
 
@@ -29,7 +34,8 @@ const tools::Command s_command(
         TW2::viewer::WindowOptions& options = arguments->options;
         command.add_option("FILE", options.m_strFile,
                            "Script, folder with a script, or a model, which is converted first");
-        command.add_option("--size", arguments->size, "WIDTHxHEIGHT of the window (default: 1280x800)");
+        command.add_option("--size", arguments->size,
+                           "WIDTHxHEIGHT of the window, 480x320 or more (default: 1280x800)");
         command
             .add_option("--scale", options.m_fScale, "How large letters and controls are (default: as the screen says)")
             ->check(CLI::Range(0.5, 4.0));

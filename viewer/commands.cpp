@@ -177,7 +177,13 @@ const std::array s_commands{
             { viewer.setPickedBone(a.at(0) == "none" ? -1 : needObject(viewer).findBone(a.at(0))); }},
     Command{"crowd", "COPIES", "copies besides the object, 0 to 10000", "", "",
             [](Viewer& viewer, const Arguments& a)
-            { viewer.setCrowd(static_cast<std::size_t>(std::max(toWhole(a.at(0)), 0))); }},
+            {
+                if (toWhole(a.at(0)) < 0)
+                {
+                    throw Failure("the copies are 0 or more, not " + a[0]);
+                }
+                viewer.setCrowd(static_cast<std::size_t>(toWhole(a[0])));
+            }},
 
     Command{"frame", "", "look at the whole object", "F", "",
             [](Viewer& viewer, const Arguments&) { viewer.frameNext(); }},

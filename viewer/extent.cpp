@@ -83,7 +83,8 @@ Extent::Extent(AnimatedScript& script, P_Scene& scene, P_Context& context)
     {
         m_rest.add(point);
     }
-    m_rest = m_rest.isEmpty() ? bones : m_rest;
+    m_bVertices = !m_rest.isEmpty();
+    m_rest = m_bVertices ? m_rest : bones;
     for (auto& [index, room] : m_mapRooms)
     {
         room = grow(m_rest, room, bones);

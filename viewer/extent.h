@@ -28,6 +28,8 @@ public:
     /// its first pose: the beginning of the animation that is played when nobody chooses one.
     Extent(AnimatedScript& script, P_Scene& scene, P_Context& context);
 
+    /// Whether the first pose shows any; what does not is seen by its bones.
+    [[nodiscard]] bool hasVertices() const noexcept { return m_bVertices; }
     /// Around the vertices of the first pose, or around its bones when it has none. The ground lies at the lowest
     /// point.
     [[nodiscard]] const render::Bounds& getRest() const noexcept { return m_rest; }
@@ -35,6 +37,7 @@ public:
     [[nodiscard]] render::Bounds getRoom(std::span<const int> animations) const;
 
 private:
+    bool m_bVertices = false;
     render::Bounds m_rest;
     std::map<int, render::Bounds> m_mapRooms;
 };

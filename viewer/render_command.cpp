@@ -91,10 +91,12 @@ std::string makeRenderCommand(const Viewer& viewer, unsigned int width, unsigned
     writeObject(command, *object, viewer.getLevel());
     writeMotion(command, viewer.getPlayback());
     const OrbitCamera& orbit = viewer.getCamera();
-    const Vector eye = orbit.getEye();
+    // The object may have travelled; the command draws it where it began.
+    const M_Matrix4x3Template<float> place = viewer.getPlace().inverse();
+    const Vector eye = place.transformPoint(orbit.getEye());
+    const Vector target = place.transformPoint(orbit.m_vTarget);
     command << " --size " << width << "x" << height << " --angle " << orbit.m_fVerticalAngle << " --eye " << eye.x
-            << " " << eye.y << " " << eye.z << " --target " << orbit.m_vTarget.x << " " << orbit.m_vTarget.y << " "
-            << orbit.m_vTarget.z;
+            << " " << eye.y << " " << eye.z << " --target " << target.x << " " << target.y << " " << target.z;
     writeLook(command, viewer.getShow(), *object, viewer.getPickedBone());
     const SceneLights& lights = viewer.getFileLights();
     command << (viewer.getShow().m_bFileLights && lights.getCount() > 0 ? " --file-lights" : "")

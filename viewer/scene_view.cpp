@@ -29,7 +29,8 @@ Shown makeShown(P_BaseObject& object, TW_ObjectAnimation& skeleton, TW_ObjectAni
                 std::span<const int> animations)
 {
     const render::Bounds& rest = extent.getRest();
-    Shown shown{object, skeleton, drawn, rest.getSize(), {.m_fHeight = rest.m_vMinimum.y}, {}, {}, -1};
+    Shown shown{object, skeleton, drawn, rest.getSize(),       {.m_fHeight = rest.m_vMinimum.y},
+                {},     {},       -1,    !extent.hasVertices()};
     shown.add(extent.getRoom(animations), object.getPosition());
     return shown;
 }
@@ -68,7 +69,7 @@ render::View makeView(const Show& show, const Shown& shown)
     {
         render::addGroundGrid(view, shown.m_around, shown.m_ground);
     }
-    if (show.m_bSkeleton)
+    if (show.m_bSkeleton || shown.m_bBones)
     {
         render::addSkeleton(view, shown.m_skeleton, G_FColor(230.0F, 80.0F, 40.0F));
     }

@@ -86,8 +86,13 @@ void Viewer::reload()
     const Slope slope = m_slope;
     const std::vector<Planting::Leg> legs = m_planting.getLegs();
     const std::shared_ptr<const MixerPlayback::Kept> mixed = m_mixer.interrupt();
+    const float size = m_extent.getRest().getSize();
     clear();
     start(std::make_unique<LoadedObject>(file, choice));
+    // Made again in another unit, or of another model: where the eye is says nothing any more.
+    constexpr float other = 2.0F;
+    const float now = m_extent.getRest().getSize();
+    m_bFrameWanted = m_bFrameWanted || now > size * other || size > now * other;
     if (m_playback.findClip(clip))
     {
         m_playback.setClip(clip);
@@ -358,11 +363,16 @@ void Viewer::moveTarget(float right, float up)
 
 void Viewer::setLevel(int level)
 {
-    if (m_pObject)
+    if (!m_pObject)
     {
-        m_pObject->setLevel(level);
-        m_iLevel = level;
+        return;
     }
+    if (level >= 0 && m_pObject->getLevelCount() == 0)
+    {
+        throw Failure("there are no levels of detail");
+    }
+    m_pObject->setLevel(level);
+    m_iLevel = level;
 }
 
 void Viewer::pose(double seconds)

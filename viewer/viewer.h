@@ -84,6 +84,8 @@ public:
     [[nodiscard]] const LoadedObject* getObject() const noexcept { return m_pObject.get(); }
     /// How often something was loaded: with the next number everything may have changed.
     [[nodiscard]] unsigned int getLoadCount() const noexcept { return m_uiLoads; }
+    /// Where the object stands, once it is loaded: mixers let it travel.
+    [[nodiscard]] const M_Matrix4x3Template<float>& getPlace() const { return m_pObject->getObject().getMatrix(); }
     /// @}
 
     /// @name Parts

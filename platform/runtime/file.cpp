@@ -285,6 +285,18 @@ S_String getTarget(std::string_view name)
     const fs::path resolved = fs::canonical(os::toPath(target), error);
     return error ? target : os::fromPath(resolved);
 }
+
+/// Writes everything and closes the file, whatever comes of it.
+void writeAll(std::string_view name, OpenFile& file, const void* data, std::size_t size)
+{
+    const bool written = size == 0 || std::fwrite(data, 1, size, file.get()) == size;
+    const int writeError = errno;
+    const bool closed = std::fclose(file.release()) == 0;
+    if (!written || !closed)
+    {
+        failWithSystemError(name, written ? errno : writeError);
+    }
+}
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -440,6 +452,18 @@ void S_File::write(std::string_view name, const void* data, std::size_t size) co
     }
     static constinit S_Counter<unsigned int> s_uTemporaries;
     const S_String target = getTarget(name);
+    std::error_code error;
+    const fs::file_status old = fs::status(os::toPath(target), error);
+    if (fs::is_character_file(old) || fs::is_fifo(old))
+    {
+        OpenFile stream(os::openStream(target.c_str()));
+        if (!stream)
+        {
+            failWithSystemError(name, errno);
+        }
+        writeAll(name, stream, data, size);
+        return;
+    }
     TemporaryFile temporary(S_STR("%s.%ld-%u.tmp", target.c_str(), os::getProcessNumber(), ++s_uTemporaries).str());
     OpenFile file(os::createFile(temporary.getName()));
     if (!file)
@@ -448,15 +472,7 @@ void S_File::write(std::string_view name, const void* data, std::size_t size) co
         temporary.keep();  // it is not ours
         failWithSystemError(name, reason);
     }
-    const bool written = size == 0 || std::fwrite(data, 1, size, file.get()) == size;
-    const int writeError = errno;
-    const bool closed = std::fclose(file.release()) == 0;
-    if (!written || !closed)
-    {
-        failWithSystemError(name, written ? errno : writeError);
-    }
-    std::error_code error;
-    const fs::file_status old = fs::status(os::toPath(target), error);
+    writeAll(name, file, data, size);
     if (fs::is_regular_file(old))
     {
         fs::permissions(os::toPath(temporary.getName()), old.permissions(), error);

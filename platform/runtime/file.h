@@ -45,7 +45,7 @@ public:
     /// nothing that can be relied on.
     void read(std::string_view name, S_Bytes& bytes) const;
     /// Writes a whole file at once: a temporary file beside it is renamed into place, so that a reader sees the old
-    /// content or the new one, and a failure leaves the old one.
+    /// content or the new one, and a failure leaves the old one. To a device or a pipe the content goes as it is.
     void write(std::string_view name, const void* data, std::size_t size) const;
     /// @}
 };

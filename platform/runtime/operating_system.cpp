@@ -140,6 +140,11 @@ std::FILE* createFile(const char* name)
     return open(name, GENERIC_WRITE, CREATE_NEW, _O_WRONLY | _O_BINARY, "wb");
 }
 
+std::FILE* openStream(const char* name)
+{
+    return open(name, GENERIC_WRITE, OPEN_EXISTING, _O_WRONLY | _O_BINARY, "wb");
+}
+
 void removeFile(const char* name) noexcept
 {
     DeleteFileW(WideName(name).get());
@@ -200,6 +205,11 @@ std::FILE* openFile(const char* name)
 std::FILE* createFile(const char* name)
 {
     return std::fopen(name, "wbx");
+}
+
+std::FILE* openStream(const char* name)
+{
+    return std::fopen(name, "wb");
 }
 
 void removeFile(const char* name) noexcept

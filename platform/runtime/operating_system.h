@@ -30,6 +30,8 @@ namespace S_OperatingSystem
 [[nodiscard]] std::FILE* openFile(const char* name);
 /// For writing bytes, where no file of that name stands.
 [[nodiscard]] std::FILE* createFile(const char* name);
+/// For writing bytes to the device or pipe of that name.
+[[nodiscard]] std::FILE* openStream(const char* name);
 void removeFile(const char* name) noexcept;
 /// Gives the file `name` the name `target`, in the place of what stands there, in one step.
 [[nodiscard]] bool replaceFile(const char* name, const char* target) noexcept;

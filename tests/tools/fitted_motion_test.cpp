@@ -340,6 +340,15 @@ TEST(FittedMotion, WhatCannotBeAddedLeavesTheCharacterAsItWas)
         EXPECT_EQ(result.status, 1);
         EXPECT_THAT(result.errors, testing::HasSubstr(reason));
     }
+    GltfCharacter stranger = person;
+    for (std::size_t i = 0; i < stranger.m_vecBones.size(); ++i)
+    {
+        stranger.m_vecBones[i].m_strName = "x" + std::to_string(i);
+    }
+    EXPECT_THAT(
+        runTW2({"convert", directory.write("stranger.gltf", stranger.make()), "--onto", script, "--clip", "dance=new"})
+            .errors,
+        testing::HasSubstr("none of the nodes that it moves is called as one of \"person\": a file for --map"));
     EXPECT_EQ(runTW2({"convert", model}).status, 2) << "neither a folder nor a script";
     EXPECT_EQ(runTW2({"convert", model, "-o", directory.file("out"), "--onto", script}).status, 2) << "both";
     EXPECT_EQ(directory.read("out/person.script"), before);
@@ -353,7 +362,7 @@ TEST(FittedMotion, SeveralModelsAreOneCharacter)
     GltfCharacter bones = person;
     bones.m_bShown = false;
     bones.m_vecClips.resize(1);
-    bones.m_vecClips[0].m_strName = "other dance";
+    bones.m_vecClips[0].m_strName.clear();
     const TemporaryDirectory directory;
     const std::string motion = directory.write("bones.gltf", bones.make());
     const std::string model = directory.write("person.gltf", person.make());
@@ -361,7 +370,7 @@ TEST(FittedMotion, SeveralModelsAreOneCharacter)
         runTW2({"convert", "--tolerance", "0.002", "0.1", motion, model, "--together", "-o", directory.file("out")});
     ASSERT_EQ(converted.status, 0) << converted.errors;
     const auto object = load(directory.file("out/person.script"), "skeleton");
-    for (const char* name : {"other dance", "dance"})
+    for (const char* name : {"clip", "dance"})
     {
         object->animateObject(object->findAnimation(name), 0.5f, nullptr);
         EXPECT_LT(length(getPoint(*object, "mixamorig:LeftHand", {}) - person.getPoint(0, 5, 0.5)), 0.005) << name;

@@ -353,10 +353,22 @@ TEST_F(RenderCommand, HidesWhatIsHiddenAndPlaysAnimation0AsLongAsItIs)
     const CommandResult played = runTW2({"play", script, "--animation", "0", "--time", "0.5"});
     EXPECT_EQ(played.output,
               "0 plank\n  local  1 0 0 |  0 1 0 |  0 0 1 |  0.5 0 0\n  world  1 0 0 |  0 1 0 |  0 0 1 |  0.5 0 0\n");
+    const CommandResult huge =
+        runTW2({"render", script, "--sheet", file("s.png"), "--size", "1000x1001", "--sheet-pictures", "200"});
+    EXPECT_NE(huge.errors.find("a sheet of 200 pictures of 1000x1001 is more than 200 million pixels"),
+              std::string::npos)
+        << huge.errors;
     support::ObjectFiles empty;
     empty.addMesh(support::makeMesh("nothing", "", {}));
     const CommandResult nothing = render({"-o", file("x.png")}, empty.writeScript());
     EXPECT_NE(nothing.errors.find("there is nothing to see"), std::string::npos) << nothing.errors;
+    support::ObjectFiles bones;
+    bones.addMesh(support::makeMesh("hip", "", {}));
+    TW2::MeshChunk hand = support::makeMesh("hand", "hip", {});
+    hand.transform.setTranslation({1.0F, 2.0F, 0.0F});
+    bones.addMesh(hand);
+    ASSERT_EQ(render({"--no-grid", "-o", file("x.png")}, bones.writeScript()).status, 0) << "what has bones alone";
+    EXPECT_FALSE(G_Image(file("x.png").c_str()).isUniform());
 }
 
 TEST_F(RenderCommand, LightsThatTheFilesBringShineAndChangeWhenAskedFor)

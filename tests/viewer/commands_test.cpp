@@ -141,7 +141,7 @@ TEST(Commands, DoWhatTheySayAndNothingElse)
         {{"bone stalk5"}, "bone 5"},
         {{"bone 4", "bone none"}, ""},
         {{"crowd 3"}, "crowd 3"},
-        {{"crowd 3", "crowd -5"}, ""},
+        {{"crowd 3", "crowd 0"}, ""},
         {{"look back"}, "azimuth 180, elevation 0"},
         {{"look left"}, "azimuth -90, elevation 0"},
         {{"look right"}, "azimuth 90, elevation 0"},
@@ -239,6 +239,16 @@ TEST(Commands, TheCommandForThePictureSaysWhatIsShown)
         const std::string command = makeRenderCommand(viewer, 10, 10);
         EXPECT_EQ(command.find(each.m_szPart) != std::string::npos, each.m_bThere) << each.m_szPart << ": " << command;
     }
+}
+
+TEST(RenderCommands, DrawWhatHasTravelledWhereItBegan)
+{
+    support::Showing viewer({}, TW2_SAMPLE "/sprout.script");
+    const std::string before = makeRenderCommand(viewer, 10, 10);
+    viewer.getObject()->getObject().setPosition(4.0F, 0.0F, 8.0F);
+    EXPECT_NE(makeRenderCommand(viewer, 10, 10), before);
+    viewer.getCamera().m_vTarget = viewer.getCamera().m_vTarget + Vector{4.0F, 0.0F, 8.0F};
+    EXPECT_EQ(makeRenderCommand(viewer, 10, 10), before);
 }
 
 TEST(OrbitCamera, WhatWasInTheMiddleMovesAgainstThePan)

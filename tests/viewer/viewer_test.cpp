@@ -202,15 +202,26 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
     Viewer viewer;
     EXPECT_THROW(execute(viewer, "clip walk"), Failure) << "nothing is loaded";
     viewer.open(s_sprout);
-    for (const Case& each :
-         {Case{"dance", "no command \"dance\"; there are: open"}, Case{"clip", "it is: clip NAME"},
-          Case{"clip walk", "sprout_dance"}, Case{"seek soon", "\"soon\" is not a number"},
-          Case{"show teeth", "skeleton"}, Case{"show grid maybe", "off, on, toggle"},
-          Case{"bone head", "no bone \"head\""}, Case{"crowd 10001", "0 to 10000"}, Case{"surface gold", "weights"},
-          Case{"object leaf", "there is no object \"leaf\""}, Case{"blend 3 2", "slots 0 to 2, not 3"},
-          Case{"blend -1 2", "slots 0 to 2, not -1"}, Case{"step 1.5", "not a whole number"},
-          Case{"step 1e10", "not a whole number"}, Case{"seek 12x", "\"12x\" is not a number"},
-          Case{"seek nan", "not a number"}, Case{"seek inf", "not a number"}, Case{"blend 1 2 -1", "0 or more"}})
+    for (const Case& each : {Case{"dance", "no command \"dance\"; there are: open"},
+                             Case{"clip", "it is: clip NAME"},
+                             Case{"clip walk", "sprout_dance"},
+                             Case{"seek soon", "\"soon\" is not a number"},
+                             Case{"show teeth", "skeleton"},
+                             Case{"show grid maybe", "off, on, toggle"},
+                             Case{"bone head", "no bone \"head\""},
+                             Case{"crowd 10001", "0 to 10000"},
+                             Case{"crowd -1", "0 or more"},
+                             Case{"level 0", "no levels"},
+                             Case{"surface gold", "weights"},
+                             Case{"object leaf", "there is no object \"leaf\""},
+                             Case{"blend 3 2", "slots 0 to 2, not 3"},
+                             Case{"blend -1 2", "slots 0 to 2, not -1"},
+                             Case{"step 1.5", "not a whole number"},
+                             Case{"step 1e10", "not a whole number"},
+                             Case{"seek 12x", "\"12x\" is not a number"},
+                             Case{"seek nan", "not a number"},
+                             Case{"seek inf", "not a number"},
+                             Case{"blend 1 2 -1", "0 or more"}})
     {
         EXPECT_NE(support::complaintOf<Failure>([&] { execute(viewer, each.m_szLine); }).find(each.m_szSaid),
                   std::string::npos)

@@ -13,9 +13,12 @@
 #include <epoxy/gl.h>
 
 #include <algorithm>
+#include <array>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <utility>
 
 namespace TW2::viewer
 {
@@ -23,6 +26,38 @@ namespace fs = std::filesystem;
 
 namespace
 {
+volatile std::sig_atomic_t s_iAsked = 0;
+
+/// As long as there is one, being asked to end closes the window, which then clears up as it always does.
+class ClosingSignals
+{
+public:
+    ClosingSignals() noexcept
+    {
+        s_iAsked = 0;
+        for (std::size_t i = 0; i < signals.size(); ++i)
+        {
+            m_before[i] = std::signal(signals[i], [](int) { s_iAsked = 1; });
+        }
+    }
+    ~ClosingSignals()
+    {
+        for (std::size_t i = 0; i < signals.size(); ++i)
+        {
+            std::signal(signals[i], m_before[i]);
+        }
+    }
+    ClosingSignals(const ClosingSignals&) = delete;
+    ClosingSignals& operator=(const ClosingSignals&) = delete;
+
+    [[nodiscard]] static bool areThere() noexcept { return s_iAsked != 0; }
+
+private:
+    using Handler = void (*)(int);
+    static constexpr std::array<int, 2> signals{SIGINT, SIGTERM};
+    std::array<Handler, 2> m_before{};
+};
+
 /// A name that no file has yet: "walk.png", "walk-2.png", ...
 std::string makeFreeName(const std::string& stem, const char* extension)
 {
@@ -66,8 +101,13 @@ void ViewWindow::run()
     const bool alone = m_options.m_uiPictures > 0;
     unsigned int pictures = 0;
     double last = m_window.getTime();
+    const ClosingSignals signals;
     while (!m_window.isClosing())
     {
+        if (ClosingSignals::areThere())
+        {
+            m_window.close();
+        }
         m_window.poll();
         for (const std::string& file : m_window.takeDroppedFiles())
         {
@@ -111,9 +151,33 @@ void ViewWindow::doLines()
         const std::string& line = m_options.m_vecLines[m_uiNextLine++];
         if (std::sscanf(line.c_str(), "wait %u", &m_uiWait) != 1)
         {
-            execute(line);
+            doLine(line);
         }
     }
+}
+
+/// What went wrong stays for those who read it after the last line.
+void ViewWindow::doLine(const std::string& line)
+{
+    const std::string before = std::exchange(m_messages.m_strError, {});
+    attempt(
+        [this, &line]
+        {
+            try
+            {
+                if (line == "wait" || line.starts_with("wait "))
+                {
+                    throw Failure("wait how many pictures? Such as \"wait 20\"");
+                }
+                viewer::execute(m_viewer, line);
+            }
+            catch (const std::exception& error)
+            {
+                throw Failure("--do \"" + line + "\": " + error.what());
+            }
+        });
+    const bool both = !before.empty() && !m_messages.m_strError.empty();
+    m_messages.m_strError = before + (both ? "\n" : "") + m_messages.m_strError;
 }
 
 void ViewWindow::drawPicture()
@@ -198,7 +262,9 @@ void ViewWindow::copyRenderCommand()
     const std::string command = makeRenderCommand(m_viewer, getPictureWidth(), getPictureHeight());
     const std::string missing = listWhatRenderLeavesOut(m_viewer);
     m_window.setClipboard(command);
-    note("In the clipboard: " + command + (missing.empty() ? "" : "\nIt draws all but " + missing + "."));
+    const bool converted = fs::path(m_strModel) != fs::path(m_viewer.getObject()->getScriptFile());
+    note("In the clipboard: " + command + (missing.empty() ? "" : "\nIt draws all but " + missing + ".") +
+         (converted ? "\nIts script goes with this window: \"tw2 convert\" makes one that stays." : ""));
 }
 
 void ViewWindow::writePicture()

@@ -69,6 +69,7 @@ private:
     void writePicture();
     void writeLoopPicture();
     void doLines();
+    void doLine(const std::string& line);
     void drawPicture();
     [[nodiscard]] unsigned int getPictureWidth() const { return static_cast<unsigned int>(m_free.m_fWidth); }
     [[nodiscard]] unsigned int getPictureHeight() const { return static_cast<unsigned int>(m_free.m_fHeight); }

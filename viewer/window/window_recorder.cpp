@@ -1,6 +1,7 @@
 #include "viewer/window/window_recorder.h"
 
 #include "render/animation_writer.h"
+#include "viewer/text.h"
 
 #include <epoxy/gl.h>
 
@@ -40,7 +41,7 @@ WindowRecorder::WindowRecorder(std::string file, double secondsPerPicture)
 
 void WindowRecorder::take(unsigned int width, unsigned int height, bool begun, bool last)
 {
-    const bool moving = m_strFile.ends_with(".gif");
+    const bool moving = toLower(m_strFile).ends_with(".gif");
     if (moving && begun)
     {
         m_vecPictures.push_back(readWindow(width, height));

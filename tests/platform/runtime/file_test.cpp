@@ -11,6 +11,12 @@ using support::TemporaryDirectory;
 
 namespace
 {
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
 #ifdef _WIN32
 constexpr bool isWindows = true;
 #else
@@ -172,6 +178,24 @@ TEST(Files, WritingReplacesTheFileThatANameMeans)
     EXPECT_EQ(directory.read("Out/fresh.txt"), "");
     EXPECT_EQ(std::distance(fs::recursive_directory_iterator(directory.getPath()), {}), 4);
 }
+
+#ifndef _WIN32
+TEST(Files, APipeIsWrittenToAndStays)
+{
+    const TemporaryDirectory directory;
+    const std::string pipe = directory.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    fs::create_symlink("pipe", directory.file("link"));
+    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    File.write(directory.file("link"), "content", 7);
+    char read[8] = {};
+    EXPECT_EQ(::read(reader, read, sizeof(read)), 7);
+    EXPECT_STREQ(read, "content");
+    close(reader);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+}
+#endif
 
 TEST(Files, TheGuardReturnsToTheDirectoryAlsoWhenMemoryIsShort)
 {
