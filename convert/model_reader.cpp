@@ -102,6 +102,11 @@ Model readModel(const std::string& fileName, const ImportOptions& options)
     {
         throw ConvertException(fileName.c_str(), "there is no such file");
     }
+    const std::filesystem::path extension = std::filesystem::path(fileName).extension();
+    if (extension == ".script" || extension == ".tw" || extension == ".skd")
+    {
+        throw ConvertException(fileName.c_str(), "is what the library loads, and needs no conversion");
+    }
     Model model = read(fileName, options);
     hangOnHolders(model);
     for (Clip& clip : model.m_vecClips)

@@ -96,7 +96,7 @@ std::size_t findSkeleton(const std::vector<ScriptEntry>& entries, const std::str
     found = found == entries.end() ? std::find_if_not(entries.begin(), entries.end(), isSkin) : found;
     if (found == entries.end())
     {
-        throw Failure("the script has a skin, but no skeleton for it");
+        throw Failure("the script has a skin, but no skeleton for it: programs may take that from another script");
     }
     return static_cast<std::size_t>(found - entries.begin());
 }

@@ -193,15 +193,15 @@ int LoadedObject::getLevelCount() const
 
 void LoadedObject::setLevel(int level)
 {
+    if (level >= getLevelCount() || level < -1)
+    {
+        throw Failure("there are levels 0 to " + std::to_string(getLevelCount() - 1) + ", not " +
+                      std::to_string(level));
+    }
     P_LODObject* const levels = m_script.getLevels();
     if (!levels)
     {
         return;
-    }
-    if (level >= levels->getLevelCount() || level < -1)
-    {
-        throw Failure("there are levels 0 to " + std::to_string(levels->getLevelCount() - 1) + ", not " +
-                      std::to_string(level));
     }
     if (m_vecRanges.empty())
     {

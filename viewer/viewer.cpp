@@ -367,10 +367,6 @@ void Viewer::setLevel(int level)
     {
         return;
     }
-    if (level >= 0 && m_pObject->getLevelCount() == 0)
-    {
-        throw Failure("there are no levels of detail");
-    }
     m_pObject->setLevel(level);
     m_iLevel = level;
 }

@@ -30,6 +30,7 @@ TEST(Usage, WrongWordsAreToldWithWhatWouldBeRight)
          2,
          "no option \"--wierframe\"; the nearest is \"--wireframe\", and tw2 render"},
         {{"render", "x", "y"}, 2, "y"},
+        {{"convert", TW2_SAMPLE "/walker.script", "-o", "x"}, 1, "is what the library loads"},
         {{"render", "x", "--sheet", "s.png", "--weight", "1"}, 2, "--blend"},
         {{"xview"}, 2, "the nearest is \"view\""},
         {{"covnert"}, 2, "the nearest is \"convert\""},

@@ -230,6 +230,18 @@ TEST_F(ViewInput, MouseAndKeysDoWhatTheirCommandsDo)
     }
 }
 
+TEST_F(ViewCommand, LeavesNothingOfAModelWhenItIsInterrupted)
+{
+    const std::string folder = (m_folder.getPath() / "temporary").string();
+    std::filesystem::create_directory(folder);
+    const support::CommandResult result =
+        support::runTW2({"view", "--no-settings", m_folder.write("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")},
+                        s_display + "env TMPDIR='" + folder + "' timeout 60 sh -c '\"$@\" & until ls \"" + folder +
+                            "\" | grep -q tw2-view; do sleep 0.02; done; kill -TERM $!; wait $!' sh ");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+}
+
 TEST_F(ViewCommand, KeysOpenAndCloseWhatTheWindowSays)
 {
     if (!hasProgram("xdotool"))

@@ -13,8 +13,6 @@
 #include <epoxy/gl.h>
 
 #include <algorithm>
-#include <array>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -26,38 +24,6 @@ namespace fs = std::filesystem;
 
 namespace
 {
-volatile std::sig_atomic_t s_iAsked = 0;
-
-/// As long as there is one, being asked to end closes the window, which then clears up as it always does.
-class ClosingSignals
-{
-public:
-    ClosingSignals() noexcept
-    {
-        s_iAsked = 0;
-        for (std::size_t i = 0; i < signals.size(); ++i)
-        {
-            m_before[i] = std::signal(signals[i], [](int) { s_iAsked = 1; });
-        }
-    }
-    ~ClosingSignals()
-    {
-        for (std::size_t i = 0; i < signals.size(); ++i)
-        {
-            std::signal(signals[i], m_before[i]);
-        }
-    }
-    ClosingSignals(const ClosingSignals&) = delete;
-    ClosingSignals& operator=(const ClosingSignals&) = delete;
-
-    [[nodiscard]] static bool areThere() noexcept { return s_iAsked != 0; }
-
-private:
-    using Handler = void (*)(int);
-    static constexpr std::array<int, 2> signals{SIGINT, SIGTERM};
-    std::array<Handler, 2> m_before{};
-};
-
 /// A name that no file has yet: "walk.png", "walk-2.png", ...
 std::string makeFreeName(const std::string& stem, const char* extension)
 {
@@ -101,10 +67,9 @@ void ViewWindow::run()
     const bool alone = m_options.m_uiPictures > 0;
     unsigned int pictures = 0;
     double last = m_window.getTime();
-    const ClosingSignals signals;
     while (!m_window.isClosing())
     {
-        if (ClosingSignals::areThere())
+        if (m_signals.areThere())
         {
             m_window.close();
         }

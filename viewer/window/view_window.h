@@ -3,6 +3,7 @@
 #include "render/scene_renderer.h"
 #include "viewer/file_watch.h"
 #include "viewer/viewer.h"
+#include "viewer/window/closing_signals.h"
 #include "viewer/window/conversion.h"
 #include "viewer/window/glfw_window.h"
 #include "viewer/window/panels.h"
@@ -76,6 +77,7 @@ private:
     void fail(const std::string& reason);
     void note(const std::string& text);
 
+    ClosingSignals m_signals;
     WindowOptions m_options;
     GlfwWindow m_window;
     WindowRecorder m_recorder;
