@@ -165,9 +165,12 @@ def find_statements(blank):
 
 def find_arguments(blank):
     for match in re.finditer(r"[\w\])>]\(", blank):
+        if re.search(r"\b(?:std::(?:max|min|hypot|swap)|dot)$", blank[: match.end() - 1]):
+            continue  # the order says nothing
+        clamps = blank[: match.end() - 1].endswith("std::clamp")  # the larger of the first two, whichever comes first
         end = find_end(blank, match.end(), ";")
         parts = [(match.end() + a, match.end() + b) for a, b in split_list(blank[match.end() : end])]
-        for first, second in zip(parts, parts[1:]):
+        for first, second in list(zip(parts, parts[1:]))[1 if clamps else 0 :]:
             one, two = (blank[a:b].strip() for a, b in (first, second))
             begin = second[0] - 1 - len(blank[first[0] : second[0] - 1].lstrip())
             # Two words in a row are a parameter.

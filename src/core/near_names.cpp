@@ -3,6 +3,7 @@
 #include <platform/runtime/hash_map.h>
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace TW2
@@ -13,10 +14,7 @@ namespace
 std::size_t countChanges(std::string_view a, std::string_view b)
 {
     S_Vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j)
-    {
-        row[j] = j;
-    }
+    std::iota(row.begin(), row.end(), std::size_t{0});
     for (std::size_t i = 0; i < a.size(); ++i)
     {
         std::size_t diagonal = std::exchange(row[0], i + 1);

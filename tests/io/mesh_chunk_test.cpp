@@ -225,6 +225,8 @@ TEST(MeshChunk, AnEmptyMeshHasOneEmptyGroup)
                 writeNames(writer, names);
             });
         ASSERT_EQ(mesh.getGroupCount(), 1u);
+        EXPECT_EQ(mesh.vertices.groupOffsets.size(), 1u);
+        EXPECT_EQ(mesh.faces.groupOffsets.size(), 1u);
         EXPECT_EQ(mesh.getVertexCount(0), 0u);
         EXPECT_EQ(mesh.getTriangleCount(0), 0u);
     }

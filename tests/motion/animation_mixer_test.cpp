@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 
 using namespace TW2;
@@ -101,6 +102,11 @@ TEST_F(AnimationMixer, AFadeIsStraightAndACrossFadeTakesUpWhatStillPlays)
     EXPECT_EQ(mixer.findPlay("WALK"), walk);
     EXPECT_EQ(mixer.findPlay("run"), 0u);
     EXPECT_NE(mixer.play("walk"), walk) << "playing begins anew";
+    const auto first = mixer.play("run", {.fade = 0.1F});
+    const auto second = mixer.play("run", {.fade = 0.1F});
+    mixer.stop(first, 1.0F);
+    mixer.stop(second, 1.0F);
+    EXPECT_EQ(mixer.crossFade("run", {.fade = 0.1F}), second) << "of what goes the last";
 }
 
 TEST_F(AnimationMixer, AWeightTakesBackThatSomethingIsStopped)
@@ -334,6 +340,22 @@ TEST_F(AnimationMixer, AStateIsRestoredToTheSameBits)
         EXPECT_THAT(support::messageOf([&] { to.restoreState(again); }), testing::HasSubstr("entry 0 is animation 1"));
         EXPECT_EQ(to.getPlayCount(), 0u) << "an animation of another character of the same number";
     }
+    unsigned int refused = 0;
+    for (std::size_t byte = 40; byte < state.size(); byte += 8)
+    {
+        S_Bytes damaged = state;
+        const double below = -1.0;
+        std::memcpy(&damaged[byte], &below, sizeof(below));
+        try
+        {
+            other->restoreState(damaged);
+        }
+        catch (const TW_Exception_InvalidMotion&)
+        {
+            ++refused;
+        }
+    }
+    EXPECT_EQ(refused, 11U) << "frames, weights, targets, what is left of fades, and identities";
     for (std::size_t byte = 40; byte < state.size(); byte += 8)
     {
         S_Bytes damaged = state;

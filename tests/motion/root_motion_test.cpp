@@ -28,7 +28,8 @@ M_Matrix4x3Template<float> placeAt(double x, double z, double yaw)
 /// A walk that goes forward and turns by `yaw` degrees per loop, with keys at every frame of a circle's arc.
 struct Walk
 {
-    explicit Walk(double yaw, unsigned int loopTo = 0)
+    /// `space`: what the track's places are in.
+    explicit Walk(double yaw, unsigned int loopTo = 0, const M_Matrix4x3Template<float>& space = {})
     {
         m_files.addMesh("hip");
         KeyframeAnimationChunk pose = support::makeTrack("hip", 0.0f, 31, 30);
@@ -40,7 +41,7 @@ struct Walk
         for (unsigned int f = 0; f <= 30; ++f)
         {
             const Complex place = getPlace(f, yaw);
-            travel.keys.push_back({f, placeAt(place.imag(), place.real(), yaw * f / 30.0)});
+            travel.keys.push_back({f, placeAt(place.imag(), place.real(), yaw * f / 30.0) * space});
         }
         const std::string file = m_files.writeAnimation("travel.tw", {travel});
         m_files.addAnimation(1, {pose}, "name walk rootmotion \"" + file + "\"");
@@ -90,7 +91,7 @@ TEST(RootMotion, TravelsComposeOverAnyMomentsForwardsAndBackwards)
 {
     for (const unsigned int loopTo : {0u, 11u})
     {
-        const Walk walk(40.0, loopTo);
+        const Walk walk(40.0, loopTo, placeAt(2.0, -1.0, 30.0));
         const TW_RootMotion motion(*walk.m_object, 1);
         std::mt19937 random(1);
         std::uniform_real_distribution<double> anyTime(-9.0, 9.0);
@@ -111,6 +112,10 @@ TEST(RootMotion, TravelsComposeOverAnyMomentsForwardsAndBackwards)
         const TW_Travel travel = motion.getTravel(0.0, 77.0 / 30.0);
         EXPECT_NEAR(travel.m_vTranslation.z, place.real(), 1e-5);
         EXPECT_NEAR(travel.m_vTranslation.x, place.imag(), 1e-5);
+        const Complex before = Walk::getPlace(-77.0, 40.0);
+        const TW_Travel back = motion.getTravel(0.0, -77.0 / 30.0);
+        EXPECT_NEAR(back.m_vTranslation.z, before.real(), 1e-5);
+        EXPECT_NEAR(back.m_vTranslation.x, before.imag(), 1e-5);
     }
 }
 

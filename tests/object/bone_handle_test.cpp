@@ -4,6 +4,8 @@
 #include <tw2/core/exceptions.h>
 #include <tw2/object/object_animation_state.h>
 
+#include <gmock/gmock.h>
+
 namespace
 {
 using TW2::TW_BoneGroupHandle;
@@ -49,6 +51,15 @@ TEST(BoneHandle, AnUnknownNameIsToldWithThoseThatAreLikeIt)
         EXPECT_EQ(complain(name),
                   std::string("TW2: Bone \"") + name + "\" not found from object \"soldier\" " + expected);
     }
+    for (const auto& [mesh, name] : {std::pair{2U, "Hand_1"}, {3U, "Hand_2"}, {4U, "Hand_3"}})
+    {
+        character->getMesh(mesh)->setName(name);
+    }
+    EXPECT_THAT(complain("hand_x"), testing::EndsWith(R"("Hand_L", "Hand_R"))")) << "five are all";
+    // Names so long are not compared.
+    const std::string longer(101, 'n');
+    character->getMesh(7)->setName(longer.c_str());
+    EXPECT_THAT(complain(longer.substr(1).c_str()), testing::HasSubstr(R"("Bone0", "Bone1", "Hand_1")"));
     EXPECT_EQ(support::complaintOf([] { (void)TW2::TW_ObjectAnimation().getBoneHandle("tail"); }),
               R"(TW2: Bone "tail" not found from object "" (it has none))");
 }
