@@ -350,15 +350,18 @@ void Viewer::plant(const std::vector<Planting::Leg>& legs)
 
 void Viewer::moveTarget(float right, float up)
 {
-    const std::optional<Vector> target = m_reaching.getTarget();
-    if (!target)
+    if (m_reaching.getKind() == Reaching::Kind::None)
     {
         throw Failure("nothing reaches for a point that could be moved");
     }
+    // Where the eye is, or beside it, nothing is seen to move.
+    constexpr float nearest = 0.25F;
     const M_Matrix4x3Template<float>& world = m_camera.getObjectToWorldMatrix();
-    const float depth = (*target - world.getTranslation()).dot(world.getRow(2));
+    const Vector before = world.getTranslation() + world.getRow(2) * (0.5F * m_orbit.m_fDistance);
+    const Vector target = m_reaching.getTarget().value_or(before);
+    const float depth = std::max((target - world.getTranslation()).dot(world.getRow(2)), nearest * m_orbit.m_fDistance);
     const float height = 2.0F * depth * std::tan(m_camera.getVerticalAngle() * std::numbers::pi_v<float> / 360.0F);
-    m_reaching.setTarget(*target + world.getRow(0) * (right * height) + world.getRow(1) * (up * height));
+    m_reaching.setTarget(target + world.getRow(0) * (right * height) + world.getRow(1) * (up * height));
 }
 
 void Viewer::setLevel(int level)

@@ -122,7 +122,8 @@ public:
     /// @name Doing
     /// @{
 
-    /// Moves what a bone reaches for, in heights of the picture there. Throws Failure when nothing does.
+    /// Moves what a bone reaches for, in heights of the picture there; what looks at the eye looks at a point before it
+    /// from then on. Throws Failure when nothing reaches.
     void moveTarget(float right, float up);
 
     /// Tilts the ground, and puts everybody onto it. Throws Failure when it would be too steep.

@@ -132,6 +132,12 @@ TEST(RootMotion, AnAnimationWithoutTravelStaysWhereItIs)
     EXPECT_TRUE(TW_RootMotion(copy, 1).isMoving()) << "copies travel as well";
 }
 
+TEST(RootMotion, WhatLoopsToItsLastFrameEndsThere)
+{
+    EXPECT_TRUE(Walk(40.0, 29).m_object->getAnimationCourse(1).m_bLooping);
+    EXPECT_FALSE(Walk(40.0, 30).m_object->getAnimationCourse(1).m_bLooping);
+}
+
 TEST(RootMotion, ATravelFileIsOneTrackOfAtLeastOneFrame)
 {
     const auto build = [](const std::vector<KeyframeAnimationChunk>& travel)

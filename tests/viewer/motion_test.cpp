@@ -427,6 +427,14 @@ TEST_F(ViewerMotion, ATargetMovesByHeightsOfThePicture)
     EXPECT_NEAR(see().x - before.x, 0.2F, 1e-4F);
     EXPECT_NEAR(see().y - before.y, 0.05F, 1e-4F);
     EXPECT_NEAR(see().z, before.z, 1e-3F) << "as far away as before";
+    run({"reach look bone5", "target eye", "move-target 0.1 0"});
+    EXPECT_NEAR(see().x, 0.1F, 1e-4F) << "what looked at the eye looks at a point before it";
+    EXPECT_NEAR(see().z, 0.5F * m_viewer.getCamera().m_fDistance, 1e-3F);
+    const Vector eye = m_viewer.getCamera().getEye();
+    const std::string atEye =
+        "target " + std::to_string(eye.x) + " " + std::to_string(eye.y) + " " + std::to_string(eye.z);
+    run({atEye.c_str(), "move-target 1 0"});
+    EXPECT_GT((*m_viewer.getReaching().getTarget() - eye).length(), 0.1F * m_viewer.getCamera().m_fDistance);
 }
 
 TEST_F(ViewerMotion, CommandsThatCannotBeDoneSayWhy)

@@ -33,7 +33,7 @@ void ViewWindow::handleMouse()
     {
         m_bDragged = false;
     }
-    const bool reaches = io.KeyCtrl && m_viewer.getReaching().getTarget();
+    const bool reaches = io.KeyCtrl && m_viewer.getReaching().getKind() != Reaching::Kind::None;
     if (ImGui::IsMouseDragging(ImGuiMouseButton_Left) && reaches)
     {
         m_viewer.moveTarget(io.MouseDelta.x / height, -io.MouseDelta.y / height);
