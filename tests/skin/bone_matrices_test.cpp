@@ -285,6 +285,20 @@ TEST(BoneMatrices, AHostWithoutASceneGetsThemWhenItAsks)
     EXPECT_EQ(nothing.getBoneMatrixCount(), 0);
 }
 
+TEST(BoneMatrices, TheSceneIsToldThatNothingElseIsToBeDone)
+{
+    struct Open : TW_VertexAnimation
+    {
+        using TW_VertexAnimation::executeAlways;
+    };
+    Open character;
+    EXPECT_FALSE(character.executeAlways());
+    const support::CharacterFiles files;
+    character.construct(files.write().c_str(), "skeleton", "skin");
+    EXPECT_FALSE(character.executeAlways());
+    EXPECT_TRUE(character.getSkin()->getMesh(0)->isEnabled());
+}
+
 TEST(BoneMatrices, ACharacterThatStandsStillIsNotComputedAgain)
 {
     Character character;

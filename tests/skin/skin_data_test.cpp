@@ -247,9 +247,12 @@ TEST(SkinMeshes, SlotsAreSortedByWeightUnlessAVertexMapNamesTheVertices)
         << "a material that no polygon has";
     for (const int vertex : {3, -1, INT_MAX})
     {
-        const std::string message = support::messageOf([&] { make({0, vertex, 0}); });
-        EXPECT_THAT(message, testing::HasSubstr("Skin mesh \"hand-made\""));
-        EXPECT_THAT(message, testing::HasSubstr("vertex " + std::to_string(vertex)));
+        for (const S_Vector<int>& map : {S_Vector<int>{vertex, 0, 0}, {0, 0, vertex}})
+        {
+            const std::string message = support::messageOf([&] { make(map); });
+            EXPECT_THAT(message, testing::HasSubstr("Skin mesh \"hand-made\""));
+            EXPECT_THAT(message, testing::HasSubstr("vertex " + std::to_string(vertex)));
+        }
     }
     EXPECT_THAT(support::messageOf([&] { make({0}); }), testing::HasSubstr("a vertex map of 1 entries for 3 vertices"));
     TW_VertexAnimation empty;
