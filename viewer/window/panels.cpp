@@ -206,6 +206,7 @@ void Panels::drawHelp()
         row("wheel", "come nearer, go away");
         row("click", "pick a bone");
         row("Ctrl and drag", "move what a bone reaches for");
+        row("Ctrl+Q", "close the window");
         ImGui::Separator();
         for (const Command& command : listCommands())
         {
