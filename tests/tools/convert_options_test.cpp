@@ -212,6 +212,17 @@ TEST(ConvertOptions, TheSummaryCountsWhatWasWritten)
         runTW2({"convert", mover, "-o", directory.file("out"), "--rate", "2", "--tolerance", "1e-6", "1e-6"});
     EXPECT_THAT(strict.output, HasSubstr("degrees (more than allowed)")) << "two frames a second cannot say it";
     EXPECT_EQ(moved.output.find("more than allowed"), std::string::npos);
+    EXPECT_EQ(strict.output.find("longer"), std::string::npos);
+    GltfCharacter shorter = makeMover();
+    shorter.m_vecClips[0].m_dSeconds = 0.7;
+    const std::string brief = directory.write("shorter.gltf", shorter.make());
+    EXPECT_THAT(runTW2({"convert", brief, "-o", directory.file("out"), "--rate", "2"}).output,
+                HasSubstr("\n     0.3 s longer than in the file"));
+    const std::vector<std::string> seconds = findMembers(
+        runTW2({"convert", brief, "-o", directory.file("out"), "--rate", "2", "--json"}).output, "secondsLonger");
+    ASSERT_EQ(seconds.size(), 2U);
+    EXPECT_NEAR(std::stod(seconds[0]), 0.3, 1e-6);
+    EXPECT_EQ(seconds[1], "0");
 }
 
 TEST(ConvertOptions, WhatTakesTooLongIsGivenUp)
