@@ -6,17 +6,19 @@
 
 #include <gtest/gtest.h>
 
-using support::messageOf;
-using support::TemporaryDirectory;
+#include <thread>
 
-namespace
-{
 #ifndef _WIN32
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
 
+using support::messageOf;
+using support::TemporaryDirectory;
+
+namespace
+{
 #ifdef _WIN32
 constexpr bool isWindows = true;
 #else
@@ -194,6 +196,12 @@ TEST(Files, APipeIsWrittenToAndStays)
     EXPECT_STREQ(read, "content");
     close(reader);
     EXPECT_TRUE(fs::is_fifo(pipe));
+    std::string much(300'001, 'm');
+    much.back() = '.';
+    std::thread writer([&] { File.write(pipe, much.data(), much.size()); });
+    const S_Bytes all = File.read(pipe);
+    writer.join();
+    EXPECT_TRUE(std::string(all.begin(), all.end()) == much);
 }
 #endif
 
