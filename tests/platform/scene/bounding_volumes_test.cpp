@@ -1,12 +1,15 @@
 #include "skinned_geometry.h"
 
 #include <platform/scene/camera.h>
+#include <platform/scene/context.h>
 #include <platform/scene/lod_object.h>
+#include <platform/scene/scene.h>
 #include <platform/scene/virtual_object.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <set>
 #include <vector>
@@ -253,6 +256,50 @@ TEST(BoundingVolumes, ComeFromTheLevelInUseAndStayWhenTheyAreFixed)
     larger.m[2][2] = 4.0f;
     root.setMatrix(larger);
     EXPECT_TRUE(root.isInsideViewVolume(&camera));
+}
+
+TEST(BoundingVolumes, AreDrawnAsABoxAndAsThreeCircles)
+{
+    struct Open : P_VirtualObject
+    {
+        using P_VirtualObject::visualization;
+    };
+    P_Context context;
+    P_Scene scene(&context);
+    Open object;
+    EXPECT_TRUE(object.isInView()) << "before a scene has looked";
+    object.addTo(&scene);
+    object.setPosition(1.0F, 2.0F, 3.0F);
+    object.setEngineFlag(P_BaseObject::FLAG_FIXED_BOUNDING_VOLUME, true);
+    object.setBoundingRadius(2.0F);
+    object.setBoundingBox({-1.0F, -2.0F, -3.0F}, {1.0F, 2.0F, 3.0F});
+    P_VirtualObject copy;
+    copy.duplicate(object);
+    EXPECT_EQ(copy.getStoredBoundingRadius(), 2.0F);
+
+    object.setEngineFlag(P_BaseObject::FLAG_BOUNDING_SPHERE, true);
+    object.visualization();
+    const M_Vector3Template<float> middle(1.0F, 2.0F, 3.0F);
+    ASSERT_EQ(context.getDebugLines().size(), 72U);
+    for (const P_Context::DebugLine& line : context.getDebugLines())
+    {
+        EXPECT_NEAR((line.m_vFrom - middle).length(), 2.0F, 1e-5F);
+        EXPECT_NEAR((line.m_vTo - middle).length(), 2.0F, 1e-5F);
+        EXPECT_NEAR((line.m_vTo - line.m_vFrom).length(), 4.0 * std::sin(3.14159265 / 24.0), 1e-5)
+            << "a circle's 24th part";
+    }
+    context.clearDebugLines();
+    object.setEngineFlag(P_BaseObject::FLAG_BOUNDING_SPHERE, false);
+    object.setEngineFlag(P_BaseObject::FLAG_BOUNDING_BOX, true);
+    object.visualization();
+    ASSERT_EQ(context.getDebugLines().size(), 12U);
+    float all = 0.0F;
+    for (const P_Context::DebugLine& line : context.getDebugLines())
+    {
+        EXPECT_NEAR((line.m_vFrom - middle).length(), std::sqrt(14.0F), 1e-5F);
+        all += (line.m_vTo - line.m_vFrom).length();
+    }
+    EXPECT_NEAR(all, 4.0F * (2.0F + 4.0F + 6.0F), 1e-4F);
 }
 
 TEST(BoundingVolumes, ASphereIsInViewWhereverAPointOfItIs)
