@@ -87,13 +87,13 @@ void MeshCache::uploadBones(Entry& entry, const P_SkinMesh& mesh)
 {
     const unsigned int slots = mesh.getSlotCount();
     const std::size_t values = std::size_t{mesh.getVertexBuffer().getCapacity()} * slots;
-    const auto stride = static_cast<GLsizei>(slots * sizeof(float));
+    constexpr GLsizei packed = 0;
     fill(entry.m_bones, GL_ARRAY_BUFFER, values * sizeof(unsigned int), mesh.getBoneIndexData());
     glEnableVertexAttribArray(ATTRIBUTE_BONES);
-    glVertexAttribIPointer(ATTRIBUTE_BONES, static_cast<GLint>(slots), GL_UNSIGNED_INT, stride, nullptr);
+    glVertexAttribIPointer(ATTRIBUTE_BONES, static_cast<GLint>(slots), GL_UNSIGNED_INT, packed, nullptr);
     fill(entry.m_weights, GL_ARRAY_BUFFER, values * sizeof(float), mesh.getBoneWeightData());
     glEnableVertexAttribArray(ATTRIBUTE_WEIGHTS);
-    glVertexAttribPointer(ATTRIBUTE_WEIGHTS, static_cast<GLint>(slots), GL_FLOAT, GL_FALSE, stride, nullptr);
+    glVertexAttribPointer(ATTRIBUTE_WEIGHTS, static_cast<GLint>(slots), GL_FLOAT, GL_FALSE, packed, nullptr);
 }
 
 void MeshCache::uploadLines(Entry& entry, const P_TriangleMesh& mesh)

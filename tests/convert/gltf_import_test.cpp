@@ -164,7 +164,9 @@ TEST(GltfGeometry, PointsAndLinesAreNamedAndLeftOut)
     text.set("textures", "[{}]");
     text.set("materials", R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}])");
     showPrimitive(text, R"({"material":0,)" + square + "}");
-    EXPECT_THAT(read(text).m_vecWarnings, testing::Contains(testing::HasSubstr("textures[0] is left out: it has no")));
+    const Model bare = read(text);
+    EXPECT_THAT(bare.m_vecWarnings, testing::Contains(testing::HasSubstr("textures[0] is left out: it has no")));
+    EXPECT_FALSE(bare.m_vecSurfaces.at(0).m_diffuseTexture.isUsed());
 }
 
 /// A model whose one node is moved along x by one curve.
