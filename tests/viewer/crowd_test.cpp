@@ -1,4 +1,5 @@
 #include "tests/motion/moving_files.h"
+#include "tests/support/sanitized.h"
 #include "tests/viewer/showing.h"
 
 #include <tw2/object/virtual_object.h>
@@ -27,6 +28,10 @@ TEST(Viewer, ACrowdFillsASquareBehindTheObjectAndIsPosedLaterAndLater)
     const float distance = viewer.getCamera().m_fDistance;
     viewer.run({"crowd 24", "seek 0.3"});
     EXPECT_GT(viewer.getCamera().m_fDistance, 2.0F * distance) << "all of it is looked at";
+    if (!support::isSanitized)
+    {
+        EXPECT_GT(viewer.getCrowd().getCost().m_uiBytesPerCopy, 500U);
+    }
     std::set<std::pair<long, long>> places{{0, 0}};
     for (const auto& copy : viewer.getCrowd().getCopies())
     {

@@ -13,6 +13,7 @@
 #include "viewer/file_watch.h"
 #include "viewer/key_curves.h"
 #include "viewer/scene_view.h"
+#include "viewer/text.h"
 
 #include <tw2/material/material_manager.h>
 #include <tw2/object/object_animation.h>
@@ -32,6 +33,7 @@
 #include <cmath>
 #include <filesystem>
 #include <set>
+#include <tuple>
 
 namespace
 {
@@ -202,25 +204,16 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
     Viewer viewer;
     EXPECT_THROW(execute(viewer, "clip walk"), Failure) << "nothing is loaded";
     viewer.open(s_sprout);
-    for (const Case& each : {Case{"dance", "no command \"dance\"; there are: open"},
-                             Case{"clip", "it is: clip NAME"},
-                             Case{"clip walk", "sprout_dance"},
-                             Case{"seek soon", "\"soon\" is not a number"},
-                             Case{"show teeth", "skeleton"},
-                             Case{"show grid maybe", "off, on, toggle"},
-                             Case{"bone head", "no bone \"head\""},
-                             Case{"crowd 10001", "0 to 10000"},
-                             Case{"crowd -1", "0 or more"},
-                             Case{"surface gold", "weights"},
-                             Case{"object leaf", "there is no object \"leaf\""},
-                             Case{"blend 3 2", "slots 0 to 2, not 3"},
-                             Case{"blend -1 2", "slots 0 to 2, not -1"},
-                             Case{"step 1.5", "not a whole number"},
-                             Case{"step 1e10", "not a whole number"},
-                             Case{"seek 12x", "\"12x\" is not a number"},
-                             Case{"seek nan", "not a number"},
-                             Case{"seek inf", "not a number"},
-                             Case{"blend 1 2 -1", "0 or more"}})
+    for (const Case& each :
+         {Case{"dance", "no command \"dance\"; there are: open"}, Case{"clip", "it is: clip NAME"},
+          Case{"clip walk", "sprout_dance"}, Case{"seek soon", "\"soon\" is not a number"},
+          Case{"show teeth", "skeleton"}, Case{"show grid maybe", "off, on, toggle"},
+          Case{"bone head", "no bone \"head\""}, Case{"crowd 10001", "0 to 10000"}, Case{"crowd -1", "0 or more"},
+          Case{"surface gold", "weights"}, Case{"object leaf", "there is no object \"leaf\""},
+          Case{"blend 3 2", "slots 0 to 2, not 3"}, Case{"blend -1 2", "slots 0 to 2, not -1"},
+          Case{"step 1.5", "not a whole number"}, Case{"step 1e10", "not a whole number"},
+          Case{"seek 12x", "\"12x\" is not a number"}, Case{"seek nan", "not a number"},
+          Case{"seek inf", "not a number"}, Case{"blend 1 2 -1", "0 or more"}})
     {
         EXPECT_NE(support::complaintOf<Failure>([&] { execute(viewer, each.m_szLine); }).find(each.m_szSaid),
                   std::string::npos)
@@ -228,6 +221,21 @@ TEST(Viewer, CommandsThatMeanNothingSayWhatWouldBeRight)
     }
     viewer.open(TW2_SAMPLE "/walker.script");
     EXPECT_EQ(support::complaintOf<Failure>([&] { execute(viewer, "level 1"); }), "there are levels 0 to 0, not 1");
+}
+
+TEST(Viewer, WordsAreAsFarApartAsLettersHaveToChange)
+{
+    for (const auto& [from, to, changes] : {std::tuple("walk", "walk", 0U),
+                                            {"", "walk", 4U},
+                                            {"walk", "", 4U},
+                                            {"walk", "wal", 1U},
+                                            {"walk", "swalk", 1U},
+                                            {"kitten", "sitting", 3U},
+                                            {"flaw", "lawn", 2U},
+                                            {"run", "walk", 4U}})
+    {
+        EXPECT_EQ(TW2::viewer::countChanges(from, to), changes) << from << " " << to;
+    }
 }
 
 TEST(Viewer, EveryKeyDoesItsOneCommand)
