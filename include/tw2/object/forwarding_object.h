@@ -43,7 +43,8 @@ public:
     bool animateObject(int index, float time, TW_BoneGroupHandle* group = nullptr) override;
     bool animateObjectFrame(int index, float frame, TW_BoneGroupHandle* group = nullptr) override;
     /// Shows and hides the meshes of a character's skin, of its level 0, or of every level of an object, as the
-    /// animation's visibility tracks say; the skin's first mesh until the scene's next frame, which shows it. False when there is no such animation or it was loaded without them.
+    /// animation's visibility tracks say; the skin's first mesh until the scene's next frame, which shows it. False
+    /// when there is no such animation or it was loaded without them.
     bool updateVisibility(int index, float time);
     /// The same at a frame.
     bool updateVisibilityFrame(int index, float frame);
