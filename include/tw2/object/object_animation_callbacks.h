@@ -34,9 +34,9 @@ public:
 };
 
 /// Told of a mesh whose parent is not, or not yet, a mesh of the object. The mesh hangs under nothing unless the
-/// callback hangs it somewhere; it is added to the object all the same, afterwards. Its own name comes later: it has none yet, or, as an instance, its
-/// source's. Set with
-/// `TW_ObjectAnimation::setMeshParentNotFoundCallback`; stays the host's.
+/// callback hangs it somewhere; it is added to the object all the same, afterwards. Its own name comes later: it has
+/// none yet, or, as an instance, its source's. Set with `TW_ObjectAnimation::setMeshParentNotFoundCallback`; stays the
+/// host's.
 class TW2_API TW_MeshParentNotFoundCallback
 {
 public:
