@@ -52,8 +52,8 @@ constexpr std::array<unsigned char, 256> makeTable()
 /// seven highest mantissa bits of the argument.
 inline constexpr std::array<unsigned char, 256> M_LUTInverseSqrt = M_InverseSqrtDetail::makeTable();
 
-/// About 1 / sqrt(x), with a relative error below 2e-5, for normal x above 0: a table and one Newton-Raphson step. Finite for
-/// every finite x.
+/// About 1 / sqrt(x), with a relative error below 2e-5, for normal x above 0: a table and one Newton-Raphson step.
+/// Finite for every finite x.
 [[nodiscard]] constexpr float M_fastInverseSqrt(float x) noexcept
 {
     const auto bits = S_bitCast<std::uint32_t>(x);
