@@ -185,6 +185,15 @@ void Stage::collect()
     {
         m_vecVertices.push_back(m_script.getSkeleton().getMesh(i)->getObjectToWorldMatrix().getTranslation());
     }
+    if (m_arguments.show.m_bBounds)
+    {
+        TW2::render::View volumes;
+        TW2::viewer::addVolumes(volumes, m_script.getObject(), m_script.getDrawn());
+        for (const TW2::render::View::Line& line : volumes.m_vecLines)
+        {
+            m_vecPoints.push_back(line.m_vFrom);
+        }
+    }
     const std::size_t step = m_vecVertices.size() / enough + 1;
     for (std::size_t i = 0; i < m_vecVertices.size(); ++i)
     {

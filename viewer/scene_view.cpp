@@ -35,6 +35,15 @@ Shown makeShown(P_BaseObject& object, TW_ObjectAnimation& skeleton, TW_ObjectAni
     return shown;
 }
 
+void addVolumes(render::View& view, P_BaseObject& object, TW_ObjectAnimation& drawn)
+{
+    const G_FColor color(60.0F, 130.0F, 230.0F);
+    // A character whose files give no volume has none of its own; what is drawn of it has.
+    P_BaseObject& bounded = object.getBoundingRadius() > 0.0F ? object : static_cast<P_BaseObject&>(drawn);
+    render::addBoundingBox(view, bounded, color);
+    render::addBoundingSphere(view, bounded, color);
+}
+
 render::View makeView(const Show& show)
 {
     render::View view;
@@ -79,12 +88,7 @@ render::View makeView(const Show& show, const Shown& shown)
     }
     if (show.m_bBounds)
     {
-        const G_FColor color(60.0F, 130.0F, 230.0F);
-        // A character whose files give no volume has none of its own; what is drawn of it has.
-        P_BaseObject& object =
-            shown.m_object.getBoundingRadius() > 0.0F ? shown.m_object : static_cast<P_BaseObject&>(shown.m_drawn);
-        render::addBoundingBox(view, object, color);
-        render::addBoundingSphere(view, object, color);
+        addVolumes(view, shown.m_object, shown.m_drawn);
     }
     return view;
 }

@@ -38,6 +38,8 @@ struct Shown
 /// of its first pose.
 [[nodiscard]] Shown makeShown(P_BaseObject& object, TW_ObjectAnimation& skeleton, TW_ObjectAnimation& drawn,
                               const Extent& extent, std::span<const int> animations);
+/// Draws the box and the sphere that an object is bounded by.
+void addVolumes(render::View& view, P_BaseObject& object, TW_ObjectAnimation& drawn);
 /// How the renderer shows it: the same for the window, the page and `tw2 render`. Lights and camera are the scene's.
 [[nodiscard]] render::View makeView(const Show& show, const Shown& shown);
 /// With nothing to see yet.

@@ -277,6 +277,17 @@ TEST_F(RenderCommand, SaysWhatIsWrongWithItsArguments)
 
 TEST_F(RenderCommand, LeavesTheBackgroundAndTheGridOutAsAsked)
 {
+    ASSERT_EQ(runTW2({"render", s_sample, "--size", "240x160", "--transparent", "--no-shadow", "--no-mesh", "--bounds",
+                      "--png", file("v.png")})
+                  .status,
+              0);
+    const G_Image volumes(file("v.png").c_str());
+    EXPECT_FALSE(volumes.isUniform());
+    for (unsigned int x = 0; x < volumes.getWidth(); ++x)
+    {
+        EXPECT_EQ(volumes.getPixel(x, 0)[3] + volumes.getPixel(x, volumes.getHeight() - 1)[3], 0)
+            << "all of them is seen";
+    }
     const G_Image transparent = draw({"--transparent", "--no-shadow", "--time", "0"});
     EXPECT_EQ(transparent.getPixel(0, 0)[3], 0);
     unsigned int opaque = 0;
