@@ -36,6 +36,7 @@ namespace
 double measurePlayedSize(const Model& model, const Skeleton& skeleton)
 {
     double size = 0.0;
+    const DrawnBounds nothing(model, skeleton);
     for (const Clip& clip : model.m_vecClips)
     {
         const ClipSampler sampler(model, clip);
@@ -46,7 +47,7 @@ double measurePlayedSize(const Model& model, const Skeleton& skeleton)
         }
         std::vector<Matrixd> world;
         composeWorld(skeleton, local, world);
-        DrawnBounds bounds(model, skeleton);
+        DrawnBounds bounds = nothing;
         bounds.add(world);
         size = bounds.getBox().isEmpty() ? size : std::max(size, bounds.getBox().getDiagonal());
     }

@@ -124,7 +124,8 @@ public:
     /// Whether the object, or a record above or at a joint, moves it, per joint.
     [[nodiscard]] const std::vector<bool>& getMoving() const noexcept { return m_vecMoving; }
 
-    /// Matrices at `frame`, one per record. Empty before the first frame; what does not move stays as it is.
+    /// The pose at `frame`, in the parents' spaces and in the world: a matrix per record. Both lists are empty before
+    /// the first frame that they take; in later ones what does not move stays as it is.
     void play(double frame, std::vector<Matrixd>& local, std::vector<Matrixd>& world) const
     {
         const bool first = world.empty();

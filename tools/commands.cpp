@@ -1,5 +1,7 @@
 #include "tools/commands.h"
 
+#include "viewer/text.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <string_view>
@@ -51,10 +53,7 @@ Size parseSize(const std::string& text, const Size& least)
 
 bool hasEnding(const std::string& file, std::string_view ending)
 {
-    return file.size() > ending.size() &&
-           std::ranges::equal(file.end() - static_cast<std::ptrdiff_t>(ending.size()), file.end(), ending.begin(),
-                              ending.end(),
-                              [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
+    return file.size() > ending.size() && TW2::viewer::toLower(file).ends_with(ending);
 }
 
 CLI::Validator aboveZero()

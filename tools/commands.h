@@ -51,7 +51,7 @@ struct Size
 /// What `--size` says. Throws Failure when that is not WIDTHxHEIGHT with sides from those of `least` to 8192.
 [[nodiscard]] Size parseSize(const std::string& text, const Size& least);
 
-/// Whether a file's name ends so, letter case aside, and is more than that.
+/// Whether a file's name ends so (given in small letters), letter case aside, and is more than that.
 [[nodiscard]] bool hasEnding(const std::string& file, std::string_view ending);
 
 /// Lets a number above 0 pass; of another one it says so, and what to give for "as exact as can be".

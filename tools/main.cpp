@@ -30,6 +30,7 @@ void printReason(std::string reason)
     std::fprintf(stderr, "tw2: %s\n", reason.c_str());
 }
 
+/// Of names, of which there is one at least, the one that takes the fewest changes.
 std::string findNearest(const std::string& word, const std::vector<std::string>& names)
 {
     return *std::min_element(names.begin(), names.end(),
@@ -84,18 +85,14 @@ int run(int argc, char** argv)
     {
         program.parse(argc, argv);
     }
-    catch (const CLI::ExtrasError& error)
-    {
-        const std::string reason = describeUnknownOption(program);
-        if (reason.empty())
-        {
-            return program.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : usageError;
-        }
-        printReason(reason);
-        return usageError;
-    }
     catch (const CLI::ParseError& error)
     {
+        const bool unknown = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+        if (const std::string reason = unknown ? describeUnknownOption(program) : std::string(); !reason.empty())
+        {
+            printReason(reason);
+            return usageError;
+        }
         return program.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : usageError;
     }
     // A result that did not reach its place is a failure too.

@@ -113,7 +113,7 @@ public:
           m_progress("Drawing", countPictures())
     {
         const tools::Size size = arguments.stage.size;
-        if (!arguments.sheet.empty() && double{1} * m_sheet.count * size.width * size.height > mostSheetPixels)
+        if (!arguments.sheet.empty() && static_cast<double>(m_sheet.count) * size.width * size.height > mostSheetPixels)
         {
             throw tools::Failure("a sheet of " + std::to_string(m_sheet.count) + " pictures of " + arguments.size +
                                  " is more than " + std::to_string(mostSheetPixels / 1000000) +

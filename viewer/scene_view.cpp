@@ -78,7 +78,7 @@ render::View makeView(const Show& show, const Shown& shown)
     {
         render::addGroundGrid(view, shown.m_around, shown.m_ground);
     }
-    if (show.m_bSkeleton || shown.m_bBones)
+    if (show.m_bSkeleton || shown.m_bOnlyBones)
     {
         render::addSkeleton(view, shown.m_skeleton, G_FColor(230.0F, 80.0F, 40.0F));
     }

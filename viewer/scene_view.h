@@ -28,7 +28,7 @@ struct Shown
     render::Bounds m_around;         ///< around everybody, in the world: the grid lies below it
     render::Bounds m_casters;        ///< around everybody that throws a shadow
     int m_iPickedBone = -1;          ///< mesh index; -1: none
-    bool m_bBones = false;           ///< there is nothing else to draw
+    bool m_bOnlyBones = false;       ///< no vertices, so that the bones are drawn
 
     /// Somebody stands at a place and needs some room around it.
     void add(const render::Bounds& room, const M_Vector3Template<float>& place);

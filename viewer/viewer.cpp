@@ -366,12 +366,11 @@ void Viewer::moveTarget(float right, float up)
 
 void Viewer::setLevel(int level)
 {
-    if (!m_pObject)
+    if (m_pObject)
     {
-        return;
+        m_pObject->setLevel(level);
+        m_iLevel = level;
     }
-    m_pObject->setLevel(level);
-    m_iLevel = level;
 }
 
 void Viewer::pose(double seconds)

@@ -227,9 +227,9 @@ void ViewWindow::copyRenderCommand()
     const std::string command = makeRenderCommand(m_viewer, getPictureWidth(), getPictureHeight());
     const std::string missing = listWhatRenderLeavesOut(m_viewer);
     m_window.setClipboard(command);
-    const bool converted = fs::path(m_strModel) != fs::path(m_viewer.getObject()->getScriptFile());
     note("In the clipboard: " + command + (missing.empty() ? "" : "\nIt draws all but " + missing + ".") +
-         (converted ? "\nIts script goes with this window: \"tw2 convert\" makes one that stays." : ""));
+         (Conversion::isModel(m_strModel) ? "\nIts script goes with this window: \"tw2 convert\" makes one that stays."
+                                          : ""));
 }
 
 void ViewWindow::writePicture()
